@@ -1,0 +1,41 @@
+# qelm_room(NAME FOLDER [LIBRARIES...]) makes the library qelm_NAME of the sources right in FOLDER (not below it:
+# a folder inside is a room of its own). A room without a source is an interface library.
+function(qelm_room name folder)
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/${folder}/*.cc)
+  list(FILTER sources EXCLUDE REGEX "/main\\.cc$")
+  if(sources)
+    add_library(qelm_${name} STATIC ${sources})
+    target_link_libraries(qelm_${name} PUBLIC ${ARGN})
+    target_include_directories(qelm_${name} PUBLIC ${CMAKE_SOURCE_DIR}/src)
+  else()
+    add_library(qelm_${name} INTERFACE)
+    target_link_libraries(qelm_${name} INTERFACE ${ARGN})
+    target_include_directories(qelm_${name} INTERFACE ${CMAKE_SOURCE_DIR}/src)
+  endif()
+endfunction()
+
+# The helpers of tests/support, which know the contract with the host and nothing else: a library that is made once.
+function(qelm_test_support)
+  if(TARGET qelm_test_support)
+    return()
+  endif()
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/tests/support/*.cc)
+  add_library(qelm_test_support STATIC ${sources})
+  target_link_libraries(qelm_test_support PUBLIC qelm_host_interface)
+  target_include_directories(qelm_test_support PUBLIC ${CMAKE_SOURCE_DIR}/tests)
+endfunction()
+
+# qelm_tests(NAME LIBRARIES...) makes the test program test_NAME of tests/NAME/*.cc, with the helpers of
+# tests/support, and hands its cases to CTest.
+function(qelm_tests name)
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/tests/${name}/*.cc)
+  if(sources)
+    qelm_test_support()
+    add_executable(test_${name} ${sources})
+    target_link_libraries(test_${name} PRIVATE qelm_test_support ${ARGN} GTest::gtest GTest::gtest_main)
+    target_include_directories(test_${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
+    target_compile_definitions(test_${name} PRIVATE QELM_SOURCE_DIR="${CMAKE_SOURCE_DIR}"
+      QELM_BINARY_DIR="${CMAKE_BINARY_DIR}")
+    add_test(NAME ${name} COMMAND test_${name})
+  endif()
+endfunction()

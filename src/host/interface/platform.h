@@ -1,0 +1,50 @@
+// The platform: files, environment, clock and external programs. Paths are the platform's own, texts UTF-8.
+#pragma once
+
+#include <optional>
+
+#include "host/interface/types.h"
+
+namespace qelm::host {
+
+// A moment in the calendar of the local time zone.
+struct LocalTime {
+  std::int32_t year = 0;
+  std::int32_t month = 1;   // 1 to 12
+  std::int32_t day = 1;     // 1 to 31
+  std::int32_t hour = 0;
+  std::int32_t minute = 0;
+  std::int32_t second = 0;
+};
+
+class Platform {
+ public:
+  virtual ~Platform() = default;
+
+  virtual bool FileExists(const std::string& path) = 0;
+  virtual bool FolderExists(const std::string& path) = 0;
+  // The whole content of a file; nothing when it cannot be read.
+  virtual std::optional<std::string> ReadFile(const std::string& path) = 0;
+  // Replaces the file by one with this content: it is written beside and renamed, so that whatever happens there
+  // is either the old file or the new one. False, with the old file as it was, on failure.
+  virtual bool ReplaceFile(const std::string& path, std::string_view content) = 0;
+  // Adds to the end of a file, which is made when it is missing.
+  virtual bool AppendFile(const std::string& path, std::string_view content) = 0;
+  // Copies one file; a target that exists is replaced as by ReplaceFile.
+  virtual bool CopyFile(const std::string& from, const std::string& to) = 0;
+  virtual bool RemoveFile(const std::string& path) = 0;
+  // Makes a folder and those above it that are missing. True when it is there afterwards.
+  virtual bool MakeFolder(const std::string& path) = 0;
+  // The names in a folder, in byte order; empty when it cannot be read.
+  virtual std::vector<std::string> FolderNames(const std::string& path) = 0;
+
+  // The value of an environment variable, empty when it is not set.
+  virtual std::string Environment(std::string_view name) = 0;
+  virtual LocalTime Now() = 0;
+  // Milliseconds of a clock that never goes back.
+  virtual std::int64_t Milliseconds() = 0;
+  // Starts an external program and does not wait for it. False when it cannot be started.
+  virtual bool Start(const std::string& program, const std::vector<std::string>& arguments) = 0;
+};
+
+}  // namespace qelm::host
