@@ -1,0 +1,59 @@
+#include "embedded/model/document.h"
+
+namespace qelm::embedded::model {
+namespace {
+
+// Finds or makes the entry of a name in a catalog with an index beside it.
+template <typename Entry>
+Id InternNamed(std::string_view name, std::vector<Entry>* entries,
+               std::unordered_map<std::string_view, Id>* index) {
+  const auto [found, is_new] = index->try_emplace(name, static_cast<Id>(entries->size()));
+  if (is_new) {
+    entries->emplace_back();
+    entries->back().name = name;
+  }
+  return found->second;
+}
+
+}  // namespace
+
+void CharacterProperties::Take(const CharacterProperties& from) {
+  if ((from.known & kColorBit) != 0) color = from.color;
+  if ((from.known & kUnderliningBit) != 0) underlining = from.underlining;
+  if ((from.known & kOverlineBit) != 0) overline = from.overline;
+  if ((from.known & kStrikethroughBit) != 0) strikethrough = from.strikethrough;
+  if ((from.known & kChangeBarBit) != 0) change_bar = from.change_bar;
+  if ((from.known & kBackgroundBit) != 0) background = from.background;
+  known |= from.known;
+}
+
+std::uint32_t Document::InternName(std::string_view name) {
+  const auto [found, is_new] = name_index.try_emplace(name, static_cast<std::uint32_t>(names.size()));
+  if (is_new) names.push_back(name);
+  return found->second;
+}
+
+Id Document::InternDefinition(std::string_view name) {
+  return InternNamed(name, &definitions, &definition_index);
+}
+
+Id Document::InternCondition(std::string_view name) {
+  return InternNamed(name, &conditions, &condition_index);
+}
+
+Id Document::InternColor(std::string_view name) { return InternNamed(name, &colors, &color_index); }
+
+std::uint16_t Document::InternConditions(const std::vector<Id>& set) {
+  if (set.empty()) return 0;
+  std::string key(reinterpret_cast<const char*>(set.data()), set.size() * sizeof(Id));
+  const auto found = condition_set_index.find(key);
+  if (found != condition_set_index.end()) return found->second;
+  // One more would not fit the items' field; no document comes near. What cannot be told apart stays plain.
+  if (condition_sets.size() > 0xFFFF) return 0;
+  const auto index = static_cast<std::uint16_t>(condition_sets.size());
+  condition_sets.push_back(set);
+  condition_set_index.emplace(Keep(std::move(key)), index);
+  return index;
+}
+
+}  // namespace qelm::embedded::model

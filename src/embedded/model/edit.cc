@@ -1,0 +1,279 @@
+#include "embedded/model/edit.h"
+
+#include <algorithm>
+#include <map>
+
+#include "embedded/model/text_access.h"
+
+namespace qelm::embedded::model {
+namespace {
+
+bool IsStateStatement(ItemKind kind) { return kind == ItemKind::kFont || kind == ItemKind::kConditional; }
+
+// Items that only describe the layout or the file, and carry no state of their own.
+bool IsStructural(ItemKind kind) {
+  return IsStateStatement(kind) || kind == ItemKind::kLine || kind == ItemKind::kTextFrame ||
+         kind == ItemKind::kPartBegin || kind == ItemKind::kPartEnd || kind == ItemKind::kParagraphBegin;
+}
+
+// The states of the source are kept from the first edit on, so that saving can tell what changed.
+void KeepSourceConditions(Document* document) {
+  if (!document->source_conditions.empty()) return;
+  document->source_conditions.reserve(document->items.size());
+  for (const Item& item : document->items) document->source_conditions.push_back(item.conditions);
+}
+
+void KeepSourceFonts(Document* document) {
+  if (!document->source_fonts.empty()) return;
+  document->source_fonts.reserve(document->items.size());
+  for (const Item& item : document->items) document->source_fonts.push_back(item.font);
+}
+
+void Unlink(Document* document, Id id) {
+  Element& element = document->elements[id];
+  if (element.previous != 0) document->elements[element.previous].next = element.next;
+  if (element.next != 0) document->elements[element.next].previous = element.previous;
+  if (element.parent != 0) {
+    Element& parent = document->elements[element.parent];
+    if (parent.first_child == id) parent.first_child = element.next;
+    if (parent.last_child == id) parent.last_child = element.previous;
+  }
+  element.parent = element.previous = element.next = 0;
+}
+
+// Marks the elements that lie wholly in the items as deleted; the outermost ones leave the tree.
+void DeleteElementsIn(Document* document, std::uint32_t begin, std::uint32_t end) {
+  auto& elements = document->elements;
+  const auto first = std::lower_bound(
+      elements.begin() + 1, elements.end(), begin,
+      [](const Element& element, std::uint32_t item) { return element.first_item < item; });
+  for (auto at = first; at != elements.end() && at->first_item < end; ++at) {
+    if (at->end_item > end || at->deleted || at->is_virtual) continue;
+    const auto id = static_cast<Id>(at - elements.begin());
+    if (at->parent == 0 || !elements[at->parent].deleted) {
+      const Id flow = FlowOf(*document, at->first_item);
+      if (flow != 0 && document->flows[flow].root == id) document->flows[flow].root = 0;
+      Unlink(document, id);
+    }
+    at->deleted = true;
+    if (at->part != 0) document->parts[at->part].deleted = true;
+  }
+}
+
+// How many rows of a heading, body or footing are left.
+std::uint32_t& RowsLeft(Document* document, std::uint32_t rows_part) {
+  Part& rows = document->parts[rows_part];
+  if (rows.rows_left != kNoIndex) return rows.rows_left;
+  rows.rows_left = 0;
+  for (std::uint32_t i = rows_part + 1; i < document->parts.size(); ++i) {
+    const Part& part = document->parts[i];
+    if (part.first_item >= rows.end_item) break;
+    if (part.parent == rows_part && !part.deleted) ++rows.rows_left;
+  }
+  return rows.rows_left;
+}
+
+void DeleteItems(Document* document, std::uint32_t begin, std::uint32_t end) {
+  for (std::uint32_t i = begin; i < end; ++i) {
+    Item& item = document->items[i];
+    if (item.kind == ItemKind::kPartBegin) document->parts[item.ref].deleted = true;
+    if (!IsStateStatement(item.kind) && item.kind != ItemKind::kTextFrame && item.kind != ItemKind::kLine) {
+      item.flags |= kDeleted;
+    }
+  }
+  document->modified = true;
+}
+
+const char* UnderliningWord(Underlining kind) {
+  switch (kind) {
+    case Underlining::kSingle: return "FSingle";
+    case Underlining::kDouble: return "FDouble";
+    case Underlining::kNumeric: return "FNumeric";
+    default: return "FNoUnderlining";
+  }
+}
+
+// The order in which FrameMaker writes the children of a Font that follow FTag.
+constexpr std::string_view kFontOrder[] = {
+    "FPlatformName", "FFamily",      "FVar",       "FWeight",    "FAngle", "FPostScriptName", "FEncoding",
+    "FSize",         "FUnderlining", "FOverline",  "FStrike",    "FChangeBar", "FOutline",    "FShadow",
+    "FPairKern",     "FTsume",       "FCase",      "FPosition",  "FDX",    "FDY",             "FDW",
+    "FStretch",      "FLanguage",    "FSeparation", "FColor",    "FBackgroundColor",
+};
+
+std::size_t OrderOf(std::string_view name) {
+  return static_cast<std::size_t>(std::find(std::begin(kFontOrder), std::end(kFontOrder), name) -
+                                  std::begin(kFontOrder));
+}
+
+void SetOverride(Document* document, FontState* state, std::string_view name, const std::string& data) {
+  std::erase_if(state->overrides, [&](const auto& old) { return old.name == name; });
+  const std::string_view text = document->Keep("<" + std::string(name) + " " + data + ">");
+  const auto place = std::find_if(state->overrides.begin(), state->overrides.end(),
+                                  [&](const auto& old) { return OrderOf(old.name) > OrderOf(name); });
+  state->overrides.insert(place, {name, text});
+}
+
+std::string ColorData(const Document& document, Id color) {
+  return "`" + mif::Encode(document.colors[color].name, document.encoding) + "'";
+}
+
+// The state `font` with the properties on top, made once for each state that occurs.
+std::uint32_t ChangedFont(Document* document, std::uint32_t font, const CharacterProperties& properties) {
+  FontState state = document->fonts[font];
+  const auto yes_no = [](bool on) { return std::string(on ? "Yes" : "No"); };
+  if ((properties.known & kUnderliningBit) != 0) {
+    SetOverride(document, &state, "FUnderlining", UnderliningWord(properties.underlining));
+  }
+  if ((properties.known & kOverlineBit) != 0) {
+    SetOverride(document, &state, "FOverline", yes_no(properties.overline));
+  }
+  if ((properties.known & kStrikethroughBit) != 0) {
+    SetOverride(document, &state, "FStrike", yes_no(properties.strikethrough));
+  }
+  if ((properties.known & kChangeBarBit) != 0) {
+    SetOverride(document, &state, "FChangeBar", yes_no(properties.change_bar));
+  }
+  if ((properties.known & kColorBit) != 0 && properties.color != 0) {
+    // The legacy number of a color would contradict the new name.
+    std::erase_if(state.overrides, [](const auto& old) { return old.name == "FSeparation"; });
+    SetOverride(document, &state, "FColor", ColorData(*document, properties.color));
+  }
+  // The statement came with level 10; older programs do not know it.
+  if ((properties.known & kBackgroundBit) != 0 && (document->format == Format::kXml || document->level >= 10)) {
+    SetOverride(document, &state, "FBackgroundColor",
+                properties.background == 0 ? "NoColor" : ColorData(*document, properties.background));
+  }
+  state.properties.Take(properties);
+  document->fonts.push_back(std::move(state));
+  return static_cast<std::uint32_t>(document->fonts.size()) - 1;
+}
+
+}  // namespace
+
+void SetConditions(Document* document, std::uint32_t begin, std::uint32_t end, std::uint16_t set) {
+  KeepSourceConditions(document);
+  for (std::uint32_t i = begin; i < end;) {
+    Item& item = document->items[i];
+    if (item.kind == ItemKind::kPartBegin && document->parts[item.ref].kind == ElementKind::kTableRow) {
+      SetRowConditions(document, item.ref, set);
+      i = document->parts[item.ref].end_item;
+      continue;
+    }
+    if (!IsStructural(item.kind)) item.conditions = set;
+    i = EndOfItem(*document, i);
+  }
+  document->modified = true;
+}
+
+void SetCharacterProperties(Document* document, std::uint32_t begin, std::uint32_t end,
+                            const CharacterProperties& properties) {
+  KeepSourceFonts(document);
+  std::map<std::uint32_t, std::uint32_t> changed;
+  for (std::uint32_t i = begin; i < end; i = EndOfItem(*document, i)) {
+    Item& item = document->items[i];
+    if (!IsContent(item.kind)) continue;
+    const auto [found, is_new] = changed.try_emplace(item.font, 0);
+    if (is_new) found->second = ChangedFont(document, item.font, properties);
+    item.font = found->second;
+  }
+  document->modified = true;
+}
+
+void SetRowConditions(Document* document, std::uint32_t row_part, std::uint16_t set) {
+  Part& row = document->parts[row_part];
+  if (row.conditions == set) return;
+  row.conditions = set;
+  document->modified = true;
+}
+
+Id CreateCondition(Document* document, std::string_view name) {
+  const auto known = document->condition_index.find(name);
+  if (known != document->condition_index.end() && document->conditions[known->second].declared) {
+    return known->second;
+  }
+  const Id id = known != document->condition_index.end() ? known->second
+                                                         : document->InternCondition(document->Keep(std::string(name)));
+  Condition& condition = document->conditions[id];
+  condition.created = true;
+  condition.declared = true;
+  document->modified = true;
+  return id;
+}
+
+void SetConditionShown(Document* document, Id condition, bool shown) {
+  if (document->conditions[condition].shown == shown) return;
+  document->conditions[condition].shown = shown;
+  document->modified = true;
+}
+
+bool DeleteRange(Document* document, std::uint32_t begin, std::uint32_t end) {
+  if (begin >= end || end > document->items.size()) return false;
+  DeleteElementsIn(document, begin, end);
+  DeleteItems(document, begin, end);
+  return true;
+}
+
+bool DeleteElement(Document* document, Id id) {
+  const Element& element = document->elements[id];
+  if (element.deleted || element.is_virtual) return false;
+  switch (element.kind) {
+    case ElementKind::kTableTitle:
+    case ElementKind::kTableHeading:
+    case ElementKind::kTableBody:
+    case ElementKind::kTableFooting:
+    case ElementKind::kTableRow:
+    case ElementKind::kTableCell: return false;
+    default: return DeleteRange(document, element.first_item, element.end_item);
+  }
+}
+
+bool DeleteRow(Document* document, std::uint32_t row_part) {
+  const Part& row = document->parts[row_part];
+  if (row.kind != ElementKind::kTableRow || row.deleted) return false;
+  const std::uint32_t rows_part = row.parent;
+  std::uint32_t& left = RowsLeft(document, rows_part);
+  const bool is_last = left <= 1;
+  if (is_last && document->parts[rows_part].kind == ElementKind::kTableBody) return false;
+  --left;
+  // A heading or footing does not exist without a row.
+  Part& gone = document->parts[is_last ? rows_part : row_part];
+  gone.deleted = true;
+  return DeleteRange(document, gone.first_item, gone.end_item);
+}
+
+bool DeleteTitle(Document* document, std::uint32_t table_part) {
+  const Part& table = document->parts[table_part];
+  for (std::uint32_t i = table_part + 1; i < document->parts.size(); ++i) {
+    Part& part = document->parts[i];
+    if (part.first_item >= table.end_item) break;
+    if (part.parent != table_part || part.kind != ElementKind::kTableTitle || part.deleted) continue;
+    part.deleted = true;
+    return DeleteRange(document, part.first_item, part.end_item);
+  }
+  return false;
+}
+
+bool SetAttributes(Document* document, Id id, const std::vector<NewAttribute>& attributes) {
+  Element& element = document->elements[id];
+  if (element.definition == 0 || element.deleted || element.is_virtual || attributes.size() > 0xFFFF) {
+    return false;
+  }
+  element.first_attribute = static_cast<std::uint32_t>(document->attributes.size());
+  element.attribute_count = static_cast<std::uint16_t>(attributes.size());
+  for (const NewAttribute& from : attributes) {
+    const auto known = document->name_index.find(from.name);
+    Attribute attribute;
+    attribute.name = known != document->name_index.end() ? known->second
+                                                         : document->InternName(document->Keep(from.name));
+    attribute.first_value = static_cast<std::uint32_t>(document->values.size());
+    attribute.value_count = static_cast<std::uint32_t>(from.values.size());
+    for (const std::string& value : from.values) document->values.push_back(document->Keep(value));
+    document->attributes.push_back(attribute);
+  }
+  element.attributes_changed = true;
+  document->modified = true;
+  return true;
+}
+
+}  // namespace qelm::embedded::model

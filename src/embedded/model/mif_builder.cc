@@ -1,0 +1,18 @@
+#include "embedded/model/files.h"
+#include "embedded/model/tree_builder.h"
+
+namespace qelm::embedded::model {
+
+std::unique_ptr<Document> BuildMif(std::string bytes, std::string* error) {
+  auto document = std::make_unique<Document>();
+  document->format = Format::kMif;
+  document->source = std::move(bytes);
+  const std::size_t line_end = document->source.find('\n');
+  document->crlf = line_end != std::string::npos && line_end > 0 && document->source[line_end - 1] == '\r';
+  Scan scan;
+  if (!ScanMif(document.get(), &scan, error)) return nullptr;
+  BuildTree(document.get(), &scan);
+  return document;
+}
+
+}  // namespace qelm::embedded::model

@@ -1,0 +1,366 @@
+// Saving MIF: the source with the statements replaced that the edits call for.
+
+#include <algorithm>
+
+#include "embedded/mif/reader.h"
+#include "embedded/model/files.h"
+#include "embedded/model/mif_layout.h"
+#include "embedded/model/paragraph_format.h"
+#include "embedded/model/splice.h"
+#include "embedded/model/story_saver.h"
+#include "embedded/model/text_access.h"
+
+namespace qelm::embedded::model {
+namespace {
+
+class MifSaver {
+ public:
+  explicit MifSaver(const Document& document)
+      : document_(document),
+        layout_(document),
+        removed_(document.paragraphs.size(), false),
+        written_(document.paragraphs.size(), false),
+        moves_(document.blocks.size(), false) {}
+
+  std::string Run();
+
+ private:
+  void SaveCatalogs();
+  void AddToCatalog(Span catalog, std::string_view name, const std::vector<std::string>& entries);
+  void SaveShowAll();
+  void SaveParts();
+  void SaveRow(const Part& row);
+  void SaveFrames();
+  void ChooseMovingBlocks();
+  bool BlockMoves(const HiddenBlock& block) const;
+  bool IsVisible(std::uint16_t set, bool now) const;
+  void SaveStories();
+  void SaveStory(StorySaver* saver, std::uint32_t begin, std::uint32_t end);
+  void SaveHiddenFlow(StorySaver* saver);
+  StoryItem Seen(std::uint32_t index) const;
+  void RemoveParagraphsIn(Span span);
+  void RepairParagraphStates();
+  void WriteFormat(const Paragraph& paragraph);
+  void SaveAttributes();
+  void Remove(Span span);
+
+  const Document& document_;
+  MifLayout layout_;
+  Splice splice_;
+  std::vector<bool> removed_;   // by paragraph
+  std::vector<bool> written_;   // by paragraph: written anew, with its whole format
+  std::vector<bool> moves_;     // by hidden block: its text goes where it belongs, or it was deleted
+};
+
+std::string MifSaver::Run() {
+  ChooseMovingBlocks();
+  SaveCatalogs();
+  SaveShowAll();
+  SaveParts();
+  SaveFrames();
+  SaveStories();
+  RepairParagraphStates();
+  SaveAttributes();
+  return splice_.Apply(document_.source);
+}
+
+void MifSaver::Remove(Span span) {
+  const Span gone = layout_.Removal(span.begin, span.end);
+  splice_.Remove(gone.begin, gone.end);
+}
+
+// Puts entries at the end of a catalog; one that is empty or missing is made.
+void MifSaver::AddToCatalog(Span catalog, std::string_view name, const std::vector<std::string>& entries) {
+  if (entries.empty()) return;
+  const bool is_group = document_.At(catalog).find('<', 1) != std::string_view::npos;
+  if (!catalog.Empty() && is_group) {
+    layout_.InsertAtEnd(catalog.end - 1, entries, &splice_);
+    return;
+  }
+  std::string text = "<" + std::string(name) + " \n";
+  text += layout_.Lines(entries, 1);
+  std::erase(text, '\r');
+  text += "> # end of " + std::string(name);
+  if (!catalog.Empty()) {
+    std::string in_place = layout_.Lines({text}, 0);
+    in_place.resize(in_place.size() - layout_.LineEnd().size());
+    splice_.Replace(catalog.begin, catalog.end, in_place);
+    return;
+  }
+  // Behind the line of the first statement, where catalogs begin.
+  const std::size_t line = document_.source.find('\n', document_.first_statement_end);
+  const std::size_t at = line == std::string::npos ? document_.source.size() : line + 1;
+  const std::string before = line == std::string::npos ? std::string(layout_.LineEnd()) : std::string();
+  splice_.Insert(static_cast<std::uint32_t>(at), before + layout_.Lines({text}, 0));
+}
+
+void MifSaver::SaveCatalogs() {
+  std::vector<std::string> added;
+  for (const Condition& condition : document_.conditions) {
+    const char* const state = condition.shown ? "<CState CShown>" : "<CState CHidden>";
+    if (condition.created) {
+      added.push_back("<Condition \n <CTag " + layout_.Quoted(condition.name) + ">\n " + state +
+                      "\n <CStyle CAsIs>\n> # end of Condition");
+    } else if (condition.declared && condition.shown != condition.source_shown) {
+      const bool missing = condition.state.Empty();
+      splice_.Replace(condition.state.begin, condition.state.end, missing ? " " + std::string(state) : state);
+    }
+  }
+  AddToCatalog(document_.condition_catalog, "ConditionCatalog", added);
+  added.clear();
+  for (const Color& color : document_.colors) {
+    if (!color.created) continue;
+    added.push_back("<Color \n <ColorTag " + layout_.Quoted(color.name) + ">\n <ColorCyan " +
+                    std::to_string(color.cyan) + ">\n <ColorMagenta " + std::to_string(color.magenta) +
+                    ">\n <ColorYellow " + std::to_string(color.yellow) + ">\n <ColorBlack " +
+                    std::to_string(color.black) + ">\n> # end of Color");
+  }
+  AddToCatalog(document_.color_catalog, "ColorCatalog", added);
+}
+
+void MifSaver::SaveShowAll() {
+  if (document_.show_all == document_.source_show_all) return;
+  const std::string value = document_.show_all ? "Yes" : "No";
+  if (!document_.show_all_statement.Empty()) {
+    splice_.Replace(document_.show_all_statement.begin, document_.show_all_statement.end, value);
+  } else {
+    AddToCatalog(document_.document_statement, "Document", {"<DShowAllConditions " + value + ">"});
+  }
+}
+
+void MifSaver::SaveParts() {
+  for (std::size_t i = 1; i < document_.parts.size(); ++i) {
+    const Part& part = document_.parts[i];
+    if (part.deleted) {
+      const bool outermost = part.parent == 0 || !document_.parts[part.parent].deleted;
+      if (!outermost) continue;
+      Remove(part.span);
+      RemoveParagraphsIn(part.span);
+    } else if (part.kind == ElementKind::kTableRow && part.conditions != part.source_conditions) {
+      SaveRow(part);
+    }
+  }
+}
+
+// A row's condition is its first child (MIF reference, "Row"); there is no Unconditional.
+void MifSaver::SaveRow(const Part& row) {
+  if (!row.condition_statement.Empty()) Remove(row.condition_statement);
+  if (row.conditions == 0) return;
+  const std::string statement = ConditionalStatement(document_, row.conditions);
+  mif::Reader reader(document_.At(row.span));
+  reader.Next();
+  if (reader.kind() == mif::Piece::kGroup && reader.Next() && reader.kind() != mif::Piece::kGroupEnd) {
+    layout_.InsertBefore(row.span.begin + reader.begin(), {statement}, &splice_);
+  }
+}
+
+// A frame goes with its anchor, and the flows that run through it go with it.
+void MifSaver::SaveFrames() {
+  std::vector<bool> gone(document_.frames.size(), false);
+  for (std::size_t i = 1; i < document_.frames.size(); ++i) {
+    const AnchoredFrame& frame = document_.frames[i];
+    if (frame.anchor == kNoIndex || !document_.items[frame.anchor].Is(kDeleted)) continue;
+    gone[i] = true;
+    Remove(frame.span);
+  }
+  for (const Flow& flow : document_.flows) {
+    const auto found = document_.text_frame_index.find(flow.text_frame);
+    if (found == document_.text_frame_index.end()) continue;
+    if (!gone[document_.text_frames[found->second].frame]) continue;
+    Remove(flow.span);
+    RemoveParagraphsIn(flow.span);
+  }
+}
+
+void MifSaver::RemoveParagraphsIn(Span span) {
+  const auto& paragraphs = document_.paragraphs;
+  auto at = std::lower_bound(
+      paragraphs.begin() + 1, paragraphs.end(), span.begin,
+      [](const Paragraph& paragraph, std::uint32_t offset) { return paragraph.begin < offset; });
+  for (; at != paragraphs.end() && at->begin < span.end; ++at) {
+    removed_[static_cast<std::size_t>(at - paragraphs.begin())] = true;
+  }
+}
+
+// Text is seen when one of its tags is shown; the tags of change tracking do not count.
+bool MifSaver::IsVisible(std::uint16_t set, bool now) const {
+  if (set == 0 || (now ? document_.show_all : document_.source_show_all)) return true;
+  for (const Id id : document_.condition_sets[set]) {
+    const Condition& condition = document_.conditions[id];
+    if (condition.name.starts_with("FM8_TRACK_CHANGES")) continue;
+    if (now ? condition.shown : condition.source_shown) return true;
+  }
+  return false;
+}
+
+// A block stays where it is, byte for byte, unless its text or its state changed, or it is to be seen now.
+bool MifSaver::BlockMoves(const HiddenBlock& block) const {
+  for (std::uint32_t i = block.first_item; i < block.end_item; ++i) {
+    const Item& item = document_.items[i];
+    if (item.Is(kDeleted)) return true;
+    if (!document_.source_conditions.empty() && document_.source_conditions[i] != item.conditions) return true;
+    if (!document_.source_fonts.empty() && document_.source_fonts[i] != item.font) return true;
+  }
+  for (std::uint32_t i = block.first_item; i < block.end_item; ++i) {
+    const Item& item = document_.items[i];
+    if (IsContent(item.kind)) return IsVisible(item.conditions, true) && !IsVisible(item.conditions, false);
+  }
+  return false;
+}
+
+void MifSaver::ChooseMovingBlocks() {
+  for (std::size_t i = 1; i < document_.blocks.size(); ++i) {
+    const HiddenBlock& block = document_.blocks[i];
+    moves_[i] = block.place != kNoIndex && BlockMoves(block);
+  }
+}
+
+StoryItem MifSaver::Seen(std::uint32_t index) const {
+  const Item& item = document_.items[index];
+  StoryItem seen;
+  seen.begin = item.begin;
+  seen.end = item.end;
+  seen.ref = item.ref;
+  seen.kind = item.kind;
+  seen.deleted = item.Is(kDeleted);
+  seen.conditions = item.conditions;
+  seen.source_conditions =
+      document_.source_conditions.empty() ? item.conditions : document_.source_conditions[index];
+  seen.font = item.font;
+  seen.source_font = document_.source_fonts.empty() ? item.font : document_.source_fonts[index];
+  return seen;
+}
+
+void MifSaver::SaveStory(StorySaver* saver, std::uint32_t begin, std::uint32_t end) {
+  saver->Begin();
+  for (std::uint32_t i = begin; i < end;) {
+    const Item& item = document_.items[i];
+    StoryItem seen = Seen(i);
+    if (item.Is(kInBlock)) seen.brought = true;
+    if (item.kind == ItemKind::kHiddenPlace) {
+      const HiddenBlock& block = document_.blocks[item.ref];
+      if (moves_[item.ref]) {
+        seen.deleted = true;
+      } else if (block.first_item != kNoIndex) {
+        saver->Add(seen);
+        i = block.end_item;
+        continue;
+      }
+    }
+    saver->Add(seen);
+    i = EndOfItem(document_, i);
+  }
+  saver->End();
+}
+
+void MifSaver::SaveHiddenFlow(StorySaver* saver) {
+  const auto& stored = document_.hidden_items;
+  std::vector<bool> leaves(stored.size(), false);
+  bool any = false;
+  for (std::size_t i = 1; i < document_.blocks.size(); ++i) {
+    if (!moves_[i]) continue;
+    any = true;
+    const HiddenBlock& block = document_.blocks[i];
+    std::fill(leaves.begin() + block.first_stored, leaves.begin() + block.end_stored, true);
+  }
+  if (!any) return;
+  saver->Begin();
+  for (std::size_t i = 0; i < stored.size(); ++i) {
+    const Item& item = stored[i];
+    StoryItem seen;
+    seen.begin = item.begin;
+    seen.end = item.end;
+    seen.ref = item.ref;
+    seen.kind = item.kind;
+    seen.conditions = seen.source_conditions = item.conditions;
+    seen.font = seen.source_font = item.font;
+    const bool is_statement = item.kind == ItemKind::kFont || item.kind == ItemKind::kConditional;
+    seen.deleted = leaves[i] && !is_statement && item.kind != ItemKind::kParagraphEnd;
+    saver->Add(seen);
+  }
+  saver->End();
+}
+
+void MifSaver::SaveStories() {
+  StorySaver saver(document_, layout_, &splice_, &removed_, &written_);
+  for (std::size_t i = 1; i < document_.flows.size(); ++i) {
+    const Flow& flow = document_.flows[i];
+    SaveStory(&saver, flow.first_item, flow.end_item);
+  }
+  for (const Part& part : document_.parts) {
+    const bool has_text = part.kind == ElementKind::kTableCell || part.kind == ElementKind::kTableTitle ||
+                          part.kind == ElementKind::kFootnote;
+    if (!has_text || part.deleted || part.end_item <= part.first_item + 2) continue;
+    SaveStory(&saver, part.first_item + 1, part.end_item - 1);
+  }
+  SaveHiddenFlow(&saver);
+}
+
+// A paragraph without a catalog format takes the one of the paragraph before it in the file. Where that one went,
+// the paragraph gets its format written out.
+void MifSaver::RepairParagraphStates() {
+  std::uint32_t out = 0;
+  for (std::size_t i = 1; i < document_.paragraphs.size(); ++i) {
+    if (removed_[i]) continue;
+    const Paragraph& paragraph = document_.paragraphs[i];
+    const std::uint32_t relies_on =
+        paragraph.sets_state ? document_.paragraph_states[paragraph.state].before : paragraph.state;
+    if (!written_[i] && !paragraph.absolute && out != relies_on) WriteFormat(paragraph);
+    out = paragraph.state;
+  }
+}
+
+void MifSaver::WriteFormat(const Paragraph& paragraph) {
+  const std::vector<std::string> statements = FormatStatements(document_, paragraph.state);
+  if (statements.empty()) return;
+  if (paragraph.sets_state) {
+    const Span own = document_.paragraph_states[paragraph.state].override_statement;
+    const Span lines = layout_.Removal(own.begin, own.end);
+    splice_.Replace(lines.begin, lines.end, layout_.Lines(statements, layout_.Indentation(own.begin)));
+    return;
+  }
+  // Behind Unique, which is the first child where there is one.
+  mif::Reader reader(
+      std::string_view(document_.source).substr(paragraph.begin, paragraph.end - paragraph.begin));
+  reader.Next();
+  while (reader.Next() && reader.token() == mif::Token::kUnique) {
+  }
+  if (reader.Failed()) return;
+  layout_.InsertBefore(paragraph.begin + reader.begin(), statements, &splice_);
+}
+
+void MifSaver::SaveAttributes() {
+  for (const Element& element : document_.elements) {
+    if (!element.attributes_changed || element.deleted) continue;
+    std::string text = "<Attributes \n";
+    for (std::uint32_t i = 0; i < element.attribute_count; ++i) {
+      const Attribute& attribute = document_.attributes[element.first_attribute + i];
+      text += " <Attribute \n  <AttrName " + layout_.Quoted(document_.names[attribute.name]) + ">\n";
+      for (std::uint32_t v = 0; v < attribute.value_count; ++v) {
+        text += "  <AttrValue " + layout_.Quoted(document_.values[attribute.first_value + v]) + ">\n";
+      }
+      text += " > # end of Attribute\n";
+    }
+    text += "> # end of Attributes";
+    mif::Reader reader(std::string_view(document_.source).substr(element.source));
+    reader.Next();
+    const std::size_t inside = reader.depth();
+    while (inside > 0 && reader.Next() && reader.depth() >= inside) {
+      const std::uint32_t begin = element.source + reader.begin();
+      if (reader.kind() == mif::Piece::kGroup && !reader.Skip()) break;
+      if (reader.token() != mif::Token::kAttributes) continue;
+      const Span old = layout_.Removal(begin, element.source + reader.end());
+      splice_.Replace(old.begin, old.end, layout_.Lines({text}, layout_.Indentation(begin)));
+      break;
+    }
+  }
+}
+
+}  // namespace
+
+std::string SaveMif(const Document& document) {
+  if (!document.modified) return document.source;
+  return MifSaver(document).Run();
+}
+
+}  // namespace qelm::embedded::model

@@ -1,0 +1,26 @@
+#include "embedded/model/splice.h"
+
+#include <algorithm>
+
+namespace qelm::embedded::model {
+
+std::string Splice::Apply(std::string_view source) {
+  const auto earlier = [](const Edit& a, const Edit& b) { return a.begin < b.begin; };
+  if (!std::is_sorted(edits_.begin(), edits_.end(), earlier)) {
+    std::stable_sort(edits_.begin(), edits_.end(), earlier);
+  }
+  std::size_t added = 0;
+  for (const Edit& edit : edits_) added += edit.text.size();
+  std::string result;
+  result.reserve(source.size() + added);
+  std::size_t at = 0;
+  for (const Edit& edit : edits_) {
+    if (edit.begin > at) result.append(source.substr(at, edit.begin - at));
+    result.append(edit.text);
+    at = std::max(at, static_cast<std::size_t>(std::max(edit.begin, edit.end)));
+  }
+  if (at < source.size()) result.append(source.substr(at));
+  return result;
+}
+
+}  // namespace qelm::embedded::model

@@ -1,0 +1,45 @@
+// Collects replacements of byte ranges and applies them in one pass: everything between them is copied as it stands.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace qelm::embedded::model {
+
+class Splice {
+ public:
+  // Replaces the bytes [begin, end) by `text`; begin == end inserts. Ranges may come in any order and may overlap:
+  // bytes are removed once, and texts for one place stay in the order in which they came.
+  void Replace(std::uint32_t begin, std::uint32_t end, std::string text) {
+    if (begin == end && text.empty()) return;
+    const bool follows = edits_.size() > barrier_ && text.empty() && edits_.back().text.empty() &&
+                         edits_.back().end == begin && edits_.back().begin != edits_.back().end;
+    if (follows) {
+      edits_.back().end = end;
+    } else {
+      edits_.push_back({begin, end, std::move(text)});
+    }
+  }
+  void Insert(std::uint32_t at, std::string text) { Replace(at, at, std::move(text)); }
+  void Remove(std::uint32_t begin, std::uint32_t end) { Replace(begin, end, {}); }
+
+  bool Empty() const { return edits_.empty(); }
+  // A mark, and going back to it: what came after it is forgotten.
+  std::size_t Mark() { return barrier_ = edits_.size(); }
+  void ReturnTo(std::size_t mark) { edits_.resize(mark); }
+
+  std::string Apply(std::string_view source);
+
+ private:
+  struct Edit {
+    std::uint32_t begin = 0;
+    std::uint32_t end = 0;
+    std::string text;
+  };
+  std::vector<Edit> edits_;
+  std::size_t barrier_ = 0;  // removals do not grow into edits before it
+};
+
+}  // namespace qelm::embedded::model

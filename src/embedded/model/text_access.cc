@@ -1,0 +1,214 @@
+#include "embedded/model/text_access.h"
+
+#include <algorithm>
+
+#include "embedded/mif/reader.h"
+
+namespace qelm::embedded::model {
+namespace {
+
+// The name and data of a leaf statement `<Name data>` as it stands in the source.
+std::string_view LeafData(std::string_view statement) {
+  const std::size_t name_end = statement.find_first_of(" \t\r\n`");
+  if (name_end == std::string_view::npos || statement.empty()) return {};
+  std::string_view data = statement.substr(name_end, statement.size() - name_end - 1);
+  while (!data.empty() && static_cast<unsigned char>(data.front()) <= ' ') data.remove_prefix(1);
+  while (!data.empty() && static_cast<unsigned char>(data.back()) <= ' ') data.remove_suffix(1);
+  return data;
+}
+
+// A variable's text as far as it is plain: building blocks are computed by the page and are left out, and so are
+// switches of the character format.
+void AppendVariable(const Document& document, const Item& item, std::string* text) {
+  const std::string name = Substatement(document, item, "VariableName");
+  const auto found = document.variables.find(name);
+  if (found == document.variables.end()) {
+    text->append(name);
+    return;
+  }
+  const std::string_view definition = found->second;
+  bool computed = false;
+  std::string plain;
+  for (std::size_t at = 0; at < definition.size(); ++at) {
+    if (definition[at] == '<') {
+      const std::size_t end = definition.find('>', at);
+      if (end != std::string_view::npos) {
+        computed = computed || definition[at + 1] == '$';
+        at = end;
+        continue;
+      }
+    }
+    plain.push_back(definition[at]);
+  }
+  text->append(computed && plain.find_first_not_of(' ') == std::string::npos ? name : plain);
+}
+
+// Counts characters and cuts behind the last one that fits. False when the text was full already.
+bool CutAt(std::size_t max_characters, std::size_t* count, std::size_t from, std::string* text) {
+  for (std::size_t at = from; at < text->size(); ++at) {
+    if ((static_cast<unsigned char>((*text)[at]) & 0xC0) == 0x80) continue;
+    if (*count == max_characters) {
+      text->resize(at);
+      return false;
+    }
+    ++*count;
+  }
+  return true;
+}
+
+std::size_t CutView(std::string_view text, std::size_t max_characters) {
+  if (text.size() <= max_characters) return text.size();
+  std::size_t count = 0;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    if ((static_cast<unsigned char>(text[at]) & 0xC0) == 0x80) continue;
+    if (count++ == max_characters) return at;
+  }
+  return text.size();
+}
+
+bool IsTextItem(ItemKind kind) {
+  return kind == ItemKind::kString || kind == ItemKind::kCharacter || kind == ItemKind::kVariable;
+}
+
+}  // namespace
+
+std::string_view PlainText(const Document& document, const Item& item) {
+  if (document.format == Format::kXml) {
+    return item.Is(kEscaped) ? document.values[item.ref] : document.At(item);
+  }
+  return mif::Inside(LeafData(document.At(item)));
+}
+
+void AppendItemText(const Document& document, const Item& item, std::string* text) {
+  switch (item.kind) {
+    case ItemKind::kString:
+      if (document.format == Format::kMif && item.Is(kEscaped)) {
+        mif::AppendDecoded(PlainText(document, item), document.encoding, text);
+      } else {
+        text->append(PlainText(document, item));
+      }
+      break;
+    case ItemKind::kCharacter: text->append(mif::CharNamed(LeafData(document.At(item)))); break;
+    case ItemKind::kVariable: AppendVariable(document, item, text); break;
+    default: break;
+  }
+}
+
+std::string_view ElementText(const Document& document, Id id, std::size_t max_characters,
+                             std::string* buffer) {
+  const Element& element = document.elements[id];
+  const Item* only = nullptr;
+  buffer->clear();
+  std::size_t count = 0;
+  bool built = false;
+  for (std::uint32_t i = element.first_item; i < element.end_item; ++i) {
+    const Item& item = document.items[i];
+    if (!IsTextItem(item.kind) || item.Is(kDeleted) || item.Is(kGenerated)) continue;
+    const bool plain = item.kind == ItemKind::kString &&
+                       (document.format == Format::kXml || !item.Is(kEscaped));
+    if (only == nullptr && !built && plain) {
+      only = &item;
+      continue;
+    }
+    if (only != nullptr) {
+      AppendItemText(document, *only, buffer);
+      only = nullptr;
+      if (!CutAt(max_characters, &count, 0, buffer)) return *buffer;
+    }
+    built = true;
+    const std::size_t from = buffer->size();
+    AppendItemText(document, item, buffer);
+    if (!CutAt(max_characters, &count, from, buffer)) return *buffer;
+  }
+  if (only == nullptr) return *buffer;
+  const std::string_view text = PlainText(document, *only);
+  return text.substr(0, CutView(text, max_characters));
+}
+
+std::uint32_t EndOfItem(const Document& document, std::uint32_t index) {
+  const Item& item = document.items[index];
+  const bool anchors = item.kind == ItemKind::kTableAnchor || item.kind == ItemKind::kNoteAnchor;
+  if (!anchors || item.ref == 0) return index + 1;
+  return document.parts[item.ref].end_item;
+}
+
+std::uint32_t ParagraphOf(const Document& document, std::uint32_t index) {
+  // The mark that ends the paragraph carries its format, so the search goes forward, over what is anchored.
+  for (std::uint32_t i = index; i < document.items.size(); i = EndOfItem(document, i)) {
+    const Item& item = document.items[i];
+    if (item.kind == ItemKind::kParagraphEnd) return item.ref;
+    if (item.kind == ItemKind::kPartEnd) break;
+    if (item.kind == ItemKind::kPartBegin) {
+      // The start of a part: its first paragraph is the one meant.
+      while (i < document.items.size() && document.items[i].kind != ItemKind::kParagraphBegin) ++i;
+      return i < document.items.size() ? document.items[i].ref : 0;
+    }
+  }
+  return 0;
+}
+
+Id FlowOf(const Document& document, std::uint32_t index) {
+  const auto after = std::upper_bound(
+      document.flows.begin() + 1, document.flows.end(), index,
+      [](std::uint32_t value, const Flow& flow) { return value < flow.first_item; });
+  if (after == document.flows.begin() + 1) return 0;
+  const auto flow = static_cast<Id>(after - document.flows.begin()) - 1;
+  return index < document.flows[flow].end_item ? flow : 0;
+}
+
+std::uint32_t PartOf(const Document& document, std::uint32_t index) {
+  for (std::uint32_t i = index; i > 0; --i) {
+    const Item& item = document.items[i - 1];
+    if (item.kind == ItemKind::kPartBegin) return item.ref;
+    if (item.kind == ItemKind::kPartEnd) {
+      // Everything in the part lies inside it; go on before its beginning.
+      i = document.parts[item.ref].first_item + 1;
+      continue;
+    }
+    if (item.kind == ItemKind::kParagraphBegin && i - 1 == document.flows[FlowOf(document, i - 1)].first_item) {
+      return 0;
+    }
+  }
+  return 0;
+}
+
+std::int32_t PageOf(const Document& document, std::uint32_t index) {
+  const Id flow_id = FlowOf(document, index);
+  if (flow_id == 0) return -1;
+  const Flow& flow = document.flows[flow_id];
+  for (std::uint32_t i = index + 1; i > flow.first_item; --i) {
+    const Item& item = document.items[i - 1];
+    if (item.kind == ItemKind::kTextFrame && !item.Is(kInBlock)) {
+      const auto found = document.text_frame_index.find(item.ref);
+      if (found != document.text_frame_index.end()) return document.text_frames[found->second].page;
+    }
+  }
+  return flow.page;
+}
+
+CharacterProperties PropertiesAt(const Document& document, std::uint32_t index) {
+  return PropertiesAt(document, index, ParagraphOf(document, index));
+}
+
+CharacterProperties PropertiesAt(const Document& document, std::uint32_t index, std::uint32_t paragraph) {
+  // What lies on top is taken last.
+  CharacterProperties result;
+  const FontState& state = document.fonts[document.items[index].font];
+  if (paragraph != 0) result.Take(document.paragraph_states[document.paragraphs[paragraph].state].font);
+  const auto format = document.character_formats.find(state.tag);
+  if (!state.tag.empty() && format != document.character_formats.end()) result.Take(format->second);
+  result.Take(state.properties);
+  return result;
+}
+
+std::string Substatement(const Document& document, const Item& item, std::string_view name) {
+  mif::Reader reader(document.At(item));
+  while (reader.Next()) {
+    if (reader.kind() == mif::Piece::kLeaf && reader.name() == name) {
+      return mif::DecodeString(reader.data(), document.encoding);
+    }
+  }
+  return {};
+}
+
+}  // namespace qelm::embedded::model

@@ -1,0 +1,44 @@
+// Reading a document's text: what an item says, what an element says, and the properties in force.
+#pragma once
+
+#include "embedded/model/document.h"
+
+namespace qelm::embedded::model {
+
+// Appends what one item contributes to the text: strings and characters decoded, variables expanded as far as
+// their definition is plain text (else "<$name>" parts are left out and the rest kept).
+void AppendItemText(const Document& document, const Item& item, std::string* text);
+
+// The text of one string item as it stands: for MIF the inside of the string, escapes not decoded.
+std::string_view PlainText(const Document& document, const Item& item);
+
+// The text of an element with everything inside it, generated text left out, cut at a character after
+// `max_characters`. The view is into the source where the element has one plain string, else into `buffer`.
+std::string_view ElementText(const Document& document, Id element, std::size_t max_characters,
+                             std::string* buffer);
+
+// The properties in force at an item: overrides, then the character format, then the paragraph's font.
+CharacterProperties PropertiesAt(const Document& document, std::uint32_t item);
+// The same for a caller who knows the paragraph (0: none), which is what takes the time.
+CharacterProperties PropertiesAt(const Document& document, std::uint32_t item, std::uint32_t paragraph);
+
+// The paragraph in which the item is (by the mark that ends it), 0 when it is in none.
+std::uint32_t ParagraphOf(const Document& document, std::uint32_t item);
+
+// The page on which the item is, as an index into Document::pages; -1 when it is on none.
+std::int32_t PageOf(const Document& document, std::uint32_t item);
+
+// The part (cell, title, footnote) or 0 (the flow) to whose text the item belongs.
+std::uint32_t PartOf(const Document& document, std::uint32_t item);
+
+// The flow in which an item is.
+Id FlowOf(const Document& document, std::uint32_t item);
+
+// Where the item range of a table anchor ends: behind the parts that follow it; `item` + 1 for other items.
+std::uint32_t EndOfItem(const Document& document, std::uint32_t item);
+
+// A property of the statement behind a marker, cross-reference, frame: the data of its first substatement of that
+// name, decoded; empty when there is none.
+std::string Substatement(const Document& document, const Item& item, std::string_view name);
+
+}  // namespace qelm::embedded::model
