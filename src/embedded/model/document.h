@@ -238,6 +238,7 @@ class Document {
   std::vector<Item> hidden_items;           // the hidden flow as the file has it
   std::vector<TextFrame> text_frames{1};
   std::unordered_map<std::uint32_t, std::uint32_t> text_frame_index;  // by number
+  std::unordered_multimap<std::uint32_t, Id> frame_flows;  // anchored frame to the flows in it
   std::vector<Page> pages;
   std::unordered_map<std::string_view, CharacterProperties> character_formats;
   std::unordered_map<std::string_view, CharacterProperties> paragraph_formats;  // their fonts

@@ -73,10 +73,15 @@ std::uint32_t& RowsLeft(Document* document, std::uint32_t rows_part) {
   return rows.rows_left;
 }
 
-void DeleteItems(Document* document, std::uint32_t begin, std::uint32_t end) {
+// Marks items as deleted, and adds the flows in deleted frames to `flows`.
+void DeleteItems(Document* document, std::uint32_t begin, std::uint32_t end, std::vector<Id>* flows) {
   for (std::uint32_t i = begin; i < end; ++i) {
     Item& item = document->items[i];
     if (item.kind == ItemKind::kPartBegin) document->parts[item.ref].deleted = true;
+    if (item.kind == ItemKind::kFrameAnchor && item.ref != 0) {
+      const auto [first, last] = document->frame_flows.equal_range(item.ref);
+      for (auto flow = first; flow != last; ++flow) flows->push_back(flow->second);
+    }
     if (!IsStateStatement(item.kind) && item.kind != ItemKind::kTextFrame && item.kind != ItemKind::kLine) {
       item.flags |= kDeleted;
     }
@@ -209,8 +214,20 @@ void SetConditionShown(Document* document, Id condition, bool shown) {
 
 bool DeleteRange(Document* document, std::uint32_t begin, std::uint32_t end) {
   if (begin >= end || end > document->items.size()) return false;
+  // What an anchor stands for goes with it, also where the anchor is the last thing in the range.
+  for (std::uint32_t i = begin; i < end; i = EndOfItem(*document, i)) {
+    end = std::max(end, EndOfItem(*document, i));
+  }
+  std::vector<Id> flows;
   DeleteElementsIn(document, begin, end);
-  DeleteItems(document, begin, end);
+  DeleteItems(document, begin, end, &flows);
+  // The text in a frame goes with the frame, and may have frames of its own.
+  while (!flows.empty()) {
+    const Flow flow = document->flows[flows.back()];
+    flows.pop_back();
+    DeleteElementsIn(document, flow.first_item, flow.end_item);
+    DeleteItems(document, flow.first_item, flow.end_item, &flows);
+  }
   return true;
 }
 

@@ -20,7 +20,8 @@ class MifSaver {
         layout_(document),
         removed_(document.paragraphs.size(), false),
         written_(document.paragraphs.size(), false),
-        moves_(document.blocks.size(), false) {}
+        moves_(document.blocks.size(), false),
+        removed_flows_(document.flows.size(), false) {}
 
   std::string Run();
 
@@ -50,6 +51,7 @@ class MifSaver {
   std::vector<bool> removed_;   // by paragraph
   std::vector<bool> written_;   // by paragraph: written anew, with its whole format
   std::vector<bool> moves_;     // by hidden block: its text goes where it belongs, or it was deleted
+  std::vector<bool> removed_flows_;
 };
 
 std::string MifSaver::Run() {
@@ -163,12 +165,11 @@ void MifSaver::SaveFrames() {
     gone[i] = true;
     Remove(frame.span);
   }
-  for (const Flow& flow : document_.flows) {
-    const auto found = document_.text_frame_index.find(flow.text_frame);
-    if (found == document_.text_frame_index.end()) continue;
-    if (!gone[document_.text_frames[found->second].frame]) continue;
-    Remove(flow.span);
-    RemoveParagraphsIn(flow.span);
+  for (const auto& [frame, flow] : document_.frame_flows) {
+    if (!gone[frame]) continue;
+    removed_flows_[flow] = true;
+    Remove(document_.flows[flow].span);
+    RemoveParagraphsIn(document_.flows[flow].span);
   }
 }
 
@@ -285,6 +286,7 @@ void MifSaver::SaveStories() {
   StorySaver saver(document_, layout_, &splice_, &removed_, &written_);
   for (std::size_t i = 1; i < document_.flows.size(); ++i) {
     const Flow& flow = document_.flows[i];
+    if (removed_flows_[i]) continue;
     SaveStory(&saver, flow.first_item, flow.end_item);
   }
   for (const Part& part : document_.parts) {

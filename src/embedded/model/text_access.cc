@@ -133,10 +133,17 @@ std::uint32_t EndOfItem(const Document& document, std::uint32_t index) {
 }
 
 std::uint32_t ParagraphOf(const Document& document, std::uint32_t index) {
-  // The mark that ends the paragraph carries its format, so the search goes forward, over what is anchored.
+  // The mark that ends the paragraph carries its format, so the search goes forward, over what is anchored. Where
+  // the mark was deleted and nothing but another mark is left behind it, the text keeps the format that it had.
+  std::uint32_t deleted_mark = 0;
+  bool joined = false;
   for (std::uint32_t i = index; i < document.items.size(); i = EndOfItem(document, i)) {
     const Item& item = document.items[i];
-    if (item.kind == ItemKind::kParagraphEnd) return item.ref;
+    if (item.kind == ItemKind::kParagraphEnd) {
+      if (!item.Is(kDeleted)) return deleted_mark != 0 && !joined ? deleted_mark : item.ref;
+      if (deleted_mark == 0) deleted_mark = item.ref;
+    }
+    joined = joined || (deleted_mark != 0 && IsContent(item.kind) && !item.Is(kDeleted));
     if (item.kind == ItemKind::kPartEnd) break;
     if (item.kind == ItemKind::kPartBegin) {
       // The start of a part: its first paragraph is the one meant.
@@ -144,7 +151,7 @@ std::uint32_t ParagraphOf(const Document& document, std::uint32_t index) {
       return i < document.items.size() ? document.items[i].ref : 0;
     }
   }
-  return 0;
+  return deleted_mark;
 }
 
 Id FlowOf(const Document& document, std::uint32_t index) {

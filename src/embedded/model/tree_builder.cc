@@ -130,6 +130,11 @@ void TreeBuilder::BuildFlow(const RawFlow& raw) {
   document_.flows.push_back(raw.flow);
   flow_ = &document_.flows.back();
   flow_->kind = KindOf(raw.flow, &flow_->page);
+  const auto frame = document_.text_frame_index.find(raw.flow.text_frame);
+  if (flow_->kind == FlowKind::kFrame && frame != document_.text_frame_index.end()) {
+    document_.frame_flows.emplace(document_.text_frames[frame->second].frame,
+                                  static_cast<Id>(document_.flows.size()) - 1);
+  }
   flow_->first_item = Here();
   open_.clear();
   open_parts_.clear();
