@@ -190,8 +190,9 @@ bool Reader::Next() {
   if (name_.empty()) {
     return Fail("expected the name of a statement after '<'", static_cast<std::uint32_t>(at_));
   }
+  const std::size_t name_end = at_;
   while (at_ < bytes_.size() && (bytes_[at_] == ' ' || bytes_[at_] == '\t')) ++at_;
-  const std::size_t data_begin = at_;
+  std::size_t data_begin = at_;
   if (token_ == Token::kComment) {
     // Its body is no MIF: brackets are counted and nothing else.
     if (!SkipLeafData()) return false;
@@ -204,15 +205,14 @@ bool Reader::Next() {
     if (bytes_[at_] == '<') {
       NoteTopLevel();
       kind_ = Piece::kGroup;
-      end_ = static_cast<std::uint32_t>(data_begin);
+      end_ = static_cast<std::uint32_t>(name_end);
       data_ = {};
       open_.push_back({begin_, token_, name_});
       return true;
     }
-    if (bytes_[at_] != '>') {
-      at_ = data_begin;
-      if (!SkipLeafData()) return false;
-    }
+    // A comment before the data is passed over with the blanks.
+    data_begin = at_;
+    if (!SkipLeafData()) return false;
   }
   std::size_t data_end = at_;
   while (data_end > data_begin && IsBlank(bytes_[data_end - 1])) --data_end;
@@ -255,6 +255,20 @@ Place PlaceOf(std::string_view bytes, std::uint32_t offset) {
   return place;
 }
 
+namespace {
+
+// What was opened, for a message: a statement by its name, or a string or directive as such.
+std::string OpenedName(std::string_view bytes, std::uint32_t at) {
+  if (at >= bytes.size() || bytes[at] != '<') return at < bytes.size() && bytes[at] == '`' ? "the string" : "it";
+  std::string name = "<";
+  for (std::size_t i = at + 1; i < bytes.size() && !kNameEnds[static_cast<unsigned char>(bytes[i])]; ++i) {
+    name.push_back(bytes[i]);
+  }
+  return name + ">";
+}
+
+}  // namespace
+
 std::string Describe(std::string_view bytes, const ReadError& error) {
   const Place place = PlaceOf(bytes, error.offset);
   std::string text = "line " + std::to_string(place.line) + ", offset " + std::to_string(error.offset) + ": " +
@@ -262,7 +276,7 @@ std::string Describe(std::string_view bytes, const ReadError& error) {
   if (error.seen != Token::kUnknown) text += " (<" + std::string(TokenName(error.seen)) + ">)";
   if (error.opened != Token::kUnknown || error.opened_at != 0) {
     text += "; ";
-    text += error.opened != Token::kUnknown ? "<" + std::string(TokenName(error.opened)) + ">" : "what";
+    text += OpenedName(bytes, error.opened_at);
     text += " began in line " + std::to_string(PlaceOf(bytes, error.opened_at).line);
   }
   return text;
