@@ -251,6 +251,7 @@ class Document {
   Span condition_catalog;          // whole statements; empty when the file has none
   Span color_catalog;
   Span document_statement;
+  std::uint32_t content_begin = 0; // the first statement behind the catalogs and the Document statement; 0: none
   std::uint32_t first_statement_end = 0;    // behind <MIFFile ...> and its line
 
   // States that edits changed, as they were in the source; empty while nothing was edited.

@@ -10,12 +10,6 @@ namespace {
 
 bool IsStateStatement(ItemKind kind) { return kind == ItemKind::kFont || kind == ItemKind::kConditional; }
 
-// Items that only describe the layout or the file, and carry no state of their own.
-bool IsStructural(ItemKind kind) {
-  return IsStateStatement(kind) || kind == ItemKind::kLine || kind == ItemKind::kTextFrame ||
-         kind == ItemKind::kPartBegin || kind == ItemKind::kPartEnd || kind == ItemKind::kParagraphBegin;
-}
-
 // The states of the source are kept from the first edit on, so that saving can tell what changed.
 void KeepSourceConditions(Document* document) {
   if (!document->source_conditions.empty()) return;
@@ -165,7 +159,7 @@ void SetConditions(Document* document, std::uint32_t begin, std::uint32_t end, s
       i = document->parts[item.ref].end_item;
       continue;
     }
-    if (!IsStructural(item.kind)) item.conditions = set;
+    if (HasConditions(item.kind)) item.conditions = set;
     i = EndOfItem(*document, i);
   }
   document->modified = true;

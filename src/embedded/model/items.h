@@ -83,4 +83,20 @@ constexpr bool IsContent(ItemKind kind) {
   }
 }
 
+// Whether the item stands under conditions. The others only describe the file's layout or set a state.
+constexpr bool HasConditions(ItemKind kind) {
+  switch (kind) {
+    case ItemKind::kParagraphBegin:
+    case ItemKind::kLine:
+    case ItemKind::kPartBegin:
+    case ItemKind::kPartEnd:
+    case ItemKind::kTextFrame:
+    case ItemKind::kFont:
+    case ItemKind::kConditional:
+      return false;
+    default:
+      return true;
+  }
+}
+
 }  // namespace qelm::embedded::model

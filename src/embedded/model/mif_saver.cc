@@ -125,6 +125,10 @@ void MifSaver::SaveShowAll() {
   const std::string value = document_.show_all ? "Yes" : "No";
   if (!document_.show_all_statement.Empty()) {
     splice_.Replace(document_.show_all_statement.begin, document_.show_all_statement.end, value);
+  } else if (document_.document_statement.Empty() && document_.content_begin != 0) {
+    // It follows the catalogs and comes before everything else.
+    layout_.InsertBefore(document_.content_begin,
+                         {"<Document \n <DShowAllConditions " + value + ">\n> # end of Document"}, &splice_);
   } else {
     AddToCatalog(document_.document_statement, "Document", {"<DShowAllConditions " + value + ">"});
   }

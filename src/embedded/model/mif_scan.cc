@@ -146,6 +146,16 @@ void Scanner::TopLevel() {
     return;
   }
   switch (reader_.token()) {
+    case Token::kAFrames:
+    case Token::kTbls:
+    case Token::kPage:
+    case Token::kTextFlow:
+    case Token::kPara:
+      if (document_.content_begin == 0) document_.content_begin = opened.begin;
+      break;
+    default: break;
+  }
+  switch (reader_.token()) {
     case Token::kColorCatalog:
       ScanColors(&reader_, &document_);
       document_.color_catalog = {opened.begin, reader_.end()};

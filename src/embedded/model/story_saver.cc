@@ -17,7 +17,7 @@ bool IsFrame(ItemKind kind) {
   return kind == ItemKind::kParagraphBegin || kind == ItemKind::kLine || kind == ItemKind::kTextFrame;
 }
 
-bool NeedsConditions(const StoryItem& item) { return !IsStateStatement(item.kind) && !IsFrame(item.kind); }
+bool NeedsConditions(const StoryItem& item) { return HasConditions(item.kind); }
 
 bool NeedsFont(const StoryItem& item) { return IsContent(item.kind); }
 
