@@ -1,0 +1,122 @@
+#include "common/text.h"
+
+#include <unicode/uchar.h>
+
+#include <algorithm>
+
+#include "common/utf8.h"
+
+namespace qelm::common {
+namespace {
+
+constexpr std::string_view kWhiteSpace = " \t\r\n\f\v";
+constexpr std::string_view kNoBreakSpace = "\xC2\xA0";
+
+char LowerAscii(char byte) { return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte; }
+
+}  // namespace
+
+std::string_view Trim(std::string_view text) {
+  while (!text.empty()) {
+    if (kWhiteSpace.find(text.front()) != kWhiteSpace.npos) {
+      text.remove_prefix(1);
+    } else if (text.starts_with(kNoBreakSpace)) {
+      text.remove_prefix(kNoBreakSpace.size());
+    } else {
+      break;
+    }
+  }
+  while (!text.empty()) {
+    if (kWhiteSpace.find(text.back()) != kWhiteSpace.npos) {
+      text.remove_suffix(1);
+    } else if (text.ends_with(kNoBreakSpace)) {
+      text.remove_suffix(kNoBreakSpace.size());
+    } else {
+      break;
+    }
+  }
+  return text;
+}
+
+void SplitAtSpaces(std::string_view text, std::vector<std::string_view>* pieces) {
+  std::size_t begin = text.find_first_not_of(' ');
+  while (begin != text.npos) {
+    const std::size_t end = std::min(text.find(' ', begin), text.size());
+    pieces->push_back(text.substr(begin, end - begin));
+    begin = text.find_first_not_of(' ', end);
+  }
+}
+
+std::vector<std::string_view> SplitLines(std::string_view text) {
+  std::vector<std::string_view> lines;
+  std::size_t begin = 0;
+  while (begin < text.size()) {
+    const std::size_t end = std::min(text.find_first_of("\r\n", begin), text.size());
+    lines.push_back(text.substr(begin, end - begin));
+    begin = end + 1;
+    if (begin < text.size() && text[end] == '\r' && text[begin] == '\n') ++begin;
+  }
+  return lines;
+}
+
+std::string FoldCase(std::string_view text) {
+  if (IsAscii(text)) return AsciiLower(text);
+  std::string result;
+  result.reserve(text.size());
+  for (std::size_t offset = 0; offset < text.size();) {
+    const std::size_t begin = offset;
+    const char32_t code_point = DecodeCharacter(text, &offset);
+    if (code_point == kReplacementCharacter) {
+      // Damaged bytes stay as they are: two different ones must not become equal.
+      result.append(text.substr(begin, offset - begin));
+    } else {
+      AppendCharacter(
+          static_cast<char32_t>(u_foldCase(static_cast<UChar32>(code_point), U_FOLD_CASE_DEFAULT)), &result);
+    }
+  }
+  return result;
+}
+
+std::string AsciiLower(std::string_view text) {
+  std::string result(text);
+  std::transform(result.begin(), result.end(), result.begin(), LowerAscii);
+  return result;
+}
+
+bool ContainsIgnoreCase(std::string_view text, std::string_view part) {
+  if (IsAscii(text) && IsAscii(part)) {
+    return std::search(text.begin(), text.end(), part.begin(), part.end(),
+                       [](char left, char right) { return LowerAscii(left) == LowerAscii(right); }) !=
+               text.end() ||
+           part.empty();
+  }
+  return FoldCase(text).find(FoldCase(part)) != std::string::npos;
+}
+
+std::string ReplaceAll(std::string_view text, std::string_view what, std::string_view with) {
+  if (what.empty()) return std::string(text);
+  std::string result;
+  std::size_t begin = 0;
+  for (std::size_t at = text.find(what); at != text.npos; at = text.find(what, begin)) {
+    result.append(text.substr(begin, at - begin)).append(with);
+    begin = at + what.size();
+  }
+  return result.append(text.substr(begin));
+}
+
+SwitchWord ReadSwitchWord(std::string_view text) {
+  switch (text.empty() ? '\0' : LowerAscii(text.front())) {
+    case 't':
+    case 'y':
+    case '1':
+      return SwitchWord::kTrue;
+    case 'f':
+    case 'n':
+    case '0':
+      return SwitchWord::kFalse;
+    default:
+      return SwitchWord::kUnclear;
+  }
+}
+
+}  // namespace qelm::common
