@@ -1,0 +1,25 @@
+#include "xpath/environment.h"
+
+#include <algorithm>
+
+namespace qelm::xpath {
+
+std::uint32_t Environment::TreeOfDocument(host::Id document) {
+  const auto found =
+      std::find_if(trees_.begin(), trees_.end(),
+                   [document](const std::unique_ptr<Tree>& tree) { return tree->Document() == document; });
+  const auto number = static_cast<std::uint32_t>(found - trees_.begin());
+  if (found == trees_.end()) {
+    trees_.push_back(std::make_unique<Tree>(host_.elements, host_.definitions, document));
+  }
+  return number;
+}
+
+std::string_view Environment::SingleValue(const Node& node, std::size_t most_characters) {
+  const host::Id document = TreeOf(node).Document();
+  if (node.IsProperty())
+    return ReadProperty(host_.text, document, node.element, node.PropertyCode(), &buffer_);
+  return host_.text.ElementText(document, node.element, most_characters, &buffer_);
+}
+
+}  // namespace qelm::xpath

@@ -1,0 +1,75 @@
+// What all parts of one search share: the host, the documents it walks through, the attributes being read,
+// and whether something went wrong for good.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/interface/host.h"
+#include "xpath/tree.h"
+#include "xpath/values.h"
+
+namespace qelm::xpath {
+
+// Why a search ended before its time.
+enum class Failure : std::uint8_t { kNone, kPredicate, kPosition, kLast, kEndless };
+
+class Environment {
+ public:
+  Environment(host::Host& host, host::Id document, bool with_defaults)
+      : host_(host), attributes_(host.elements, host.definitions, with_defaults) {
+    TreeOfDocument(document);
+  }
+
+  host::Host& Host() { return host_; }
+  // The document that is searched.
+  host::Id Document() { return trees_.front()->Document(); }
+
+  Tree& TreeOf(const Node& node) { return *trees_[node.tree]; }
+  // The number of the tree of a document, for Node::tree.
+  std::uint32_t TreeOfDocument(host::Id document);
+
+  // The attributes of the node's element.
+  AttributeSource& AttributesOf(const Node& node) {
+    attributes_.Load(TreeOf(node).Document(), node.element);
+    return attributes_;
+  }
+  void ForgetAttributes() { attributes_.Forget(); }
+
+  // Calls `use` with each value of the node until it returns true. Returns whether it did.
+  template <typename Use>
+  bool AnyValue(const Node& node, Use&& use) {
+    if (node.IsAttribute()) {
+      const AttributeSource& attributes = AttributesOf(node);
+      for (const std::string_view value : attributes.Values(static_cast<std::size_t>(node.part))) {
+        if (use(value)) return true;
+      }
+      return false;
+    }
+    return use(SingleValue(node, kComparedCharacters));
+  }
+
+  // The value of a node that is no attribute.
+  std::string_view SingleValue(const Node& node, std::size_t most_characters);
+
+  void Fail(Failure failure) {
+    if (failure_ == Failure::kNone) failure_ = failure;
+  }
+  // Names the purpose of a walk that did not end.
+  void Explain(Failure failure) {
+    if (failure_ == Failure::kEndless) failure_ = failure;
+  }
+  Failure Why() const { return failure_; }
+  bool Failed() const { return failure_ != Failure::kNone; }
+
+ private:
+  host::Host& host_;
+  AttributeSource attributes_;
+  std::vector<std::unique_ptr<Tree>> trees_;
+  std::string buffer_;
+  Failure failure_ = Failure::kNone;
+};
+
+}  // namespace qelm::xpath

@@ -1,0 +1,228 @@
+#include "xpath/evaluation.h"
+
+#include <fmt/format.h>
+
+namespace qelm::xpath {
+
+Evaluation::Evaluation(Environment& environment, const Plan& plan)
+    : environment_(environment),
+      plan_(plan),
+      paths_(plan.paths.size()),
+      comparisons_(plan.comparisons.size()) {}
+
+const TreeOrder& Evaluation::OrderOf(std::uint32_t tree) {
+  if (tree >= orders_.size()) orders_.resize(tree + 1);
+  if (orders_[tree] == nullptr) {
+    Node node;
+    node.tree = tree;
+    orders_[tree] = std::make_unique<TreeOrder>(environment_, environment_.TreeOf(node));
+  }
+  return *orders_[tree];
+}
+
+bool Evaluation::Holds(const StepPlan& step, const Node& node, std::int64_t position, std::int64_t last) {
+  const Candidate candidate{node, position, last};
+  for (const PredicatePlan& predicate : step.predicates) {
+    const bool holds =
+        predicate.is_existence ? Exists(predicate.number, node) : Compare(predicate.number, candidate);
+    if (holds == step.any_holds) return holds && !environment_.Failed();
+  }
+  return (step.predicates.empty() || !step.any_holds) && !environment_.Failed();
+}
+
+PathRun& Evaluation::RunOf(std::size_t path) {
+  std::unique_ptr<PathRun>& run = paths_[path].run;
+  if (run == nullptr) {
+    run = std::make_unique<PathRun>(*this, plan_.paths[path]);
+  } else {
+    run->Clear();
+  }
+  return *run;
+}
+
+FirstMatch& Evaluation::FirstOf(std::size_t path) {
+  std::unique_ptr<FirstMatch>& first = paths_[path].first;
+  if (first == nullptr) first = std::make_unique<FirstMatch>(*this, plan_.paths[path], ValueFilter());
+  return *first;
+}
+
+// Direct paths are followed faster than remembered. Others are asked from many elements that share what they
+// find.
+bool Evaluation::CanRemember(std::size_t path, const Node& node) const {
+  return plan_.paths[path].local && !plan_.paths[path].direct && node.IsElement();
+}
+
+bool Evaluation::Exists(std::size_t path, const Node& node) {
+  Node found;
+  if (CanRemember(path, node)) return FirstOf(path).Find(node).element != host::kNone;
+  PathState& state = paths_[path];
+  if (plan_.paths[path].absolute) {
+    EnterRoot(path, node);
+    if (state.exists_known) return state.exists;
+  }
+  PathRun& run = RunOf(path);
+  run.Start(node);
+  state.exists = run.Next(&found);
+  state.exists_known = true;
+  return state.exists;
+}
+
+// What an absolute path gives holds as long as it is asked from the same flow.
+void Evaluation::EnterRoot(std::size_t path, const Node& node) {
+  PathState& state = paths_[path];
+  Node root{1, Node::kAboveRoot, node.tree};
+  if (plan_.paths[path].steps.front().axis == Axis::kRoot) {
+    root.element = environment_.TreeOf(node).RootOf(node.element);
+  }
+  if (state.root.element == root.element && state.root.tree == root.tree) return;
+  state.root = root;
+  state.exists_known = state.values_known = false;
+}
+
+bool Evaluation::IsTrue(const Operand& operand, const Candidate& candidate) {
+  switch (operand.kind) {
+    case OperandKind::kPath:
+      return Exists(operand.number, candidate.node);
+    case OperandKind::kComparison:
+      return Compare(operand.number, candidate);
+    case OperandKind::kNot:
+      return !IsTrue(plan_.negated[operand.number], candidate);
+    case OperandKind::kConstant:
+      return !operand.constant.empty();
+    case OperandKind::kPosition:
+    case OperandKind::kLast:
+      return true;
+    case OperandKind::kNothing:
+      break;
+  }
+  return false;
+}
+
+bool Evaluation::Compare(std::size_t comparison, const Candidate& candidate) {
+  const ComparisonPlan& plan = plan_.comparisons[comparison];
+  if (plan.is_truth) return IsTrue(plan.left, candidate);
+  ComparisonState& state = comparisons_[comparison];
+  const Fixed left = FixedValues(plan.left, candidate, &state.left, &state.left_known);
+  const Fixed right = FixedValues(plan.right, candidate, &state.right, &state.right_known);
+  if (left.values != nullptr && right.values != nullptr) {
+    return CompareSets(plan.test, *left.values, *right.values);
+  }
+  if (left.values != nullptr) return ComparePath(comparison, candidate, left, true);
+  if (right.values != nullptr) return ComparePath(comparison, candidate, right, false);
+  Gather(plan.left.number, candidate.node, &state.left);
+  return ComparePathByValue(plan.test, plan.right.number, candidate.node, state.left, true);
+}
+
+// The values of an operand that is no path from the candidate. `own` keeps them, `known` whether they are
+// there.
+Evaluation::Fixed Evaluation::FixedValues(const Operand& operand, const Candidate& candidate, ValueSet* own,
+                                          bool* known) {
+  if (operand.kind == OperandKind::kPath) {
+    if (!plan_.paths[operand.number].absolute) return {};
+    return {&AbsoluteValues(operand.number, candidate.node), true};
+  }
+  if (operand.kind == OperandKind::kConstant || operand.kind == OperandKind::kNothing) {
+    if (!*known && operand.kind == OperandKind::kConstant) own->Add(operand.constant);
+    *known = true;
+    return {own, true};
+  }
+  own->Clear();
+  if (operand.kind == OperandKind::kPosition || operand.kind == OperandKind::kLast) {
+    own->Add(fmt::format_int(operand.kind == OperandKind::kPosition ? candidate.position : candidate.last)
+                 .c_str());
+  } else {
+    own->Add(IsTrue(operand, candidate) ? "true" : "false");
+  }
+  return {own, false};
+}
+
+ValueSet& Evaluation::AbsoluteValues(std::size_t path, const Node& node) {
+  EnterRoot(path, node);
+  PathState& state = paths_[path];
+  if (!state.values_known) Gather(path, node, &state.values);
+  state.values_known = true;
+  return state.values;
+}
+
+void Evaluation::Gather(std::size_t path, const Node& node, ValueSet* values) {
+  values->Clear();
+  PathRun& run = RunOf(path);
+  run.Start(node);
+  Node found;
+  while (run.Next(&found)) {
+    environment_.AnyValue(found, [values](std::string_view value) {
+      values->Add(value);
+      return false;
+    });
+  }
+}
+
+bool Evaluation::CompareSets(Test test, ValueSet& left, ValueSet& right) {
+  if (left.IsEmpty() || right.IsEmpty()) return CompareEmpty(test, left.IsEmpty(), right.IsEmpty());
+  bool any = false;
+  for (std::size_t index = 0; index < left.Size() && !any; ++index)
+    any = right.AnyPair(test, left[index], true);
+  return any != (test == Test::kNotEqual);
+}
+
+bool Evaluation::ComparePath(std::size_t comparison, const Candidate& candidate, const Fixed& other,
+                             bool other_is_left) {
+  const ComparisonPlan& plan = plan_.comparisons[comparison];
+  const std::size_t path = other_is_left ? plan.right.number : plan.left.number;
+  if (!other.constant || !CanRemember(path, candidate.node)) {
+    return ComparePathByValue(plan.test, path, candidate.node, *other.values, other_is_left);
+  }
+  return ComparePathByFirst(comparisons_[comparison], plan.test, path, candidate.node, *other.values,
+                            other_is_left);
+}
+
+bool Evaluation::ComparePathByValue(Test test, std::size_t path, const Node& node, ValueSet& other,
+                                    bool other_is_left) {
+  const auto is_empty = [&](bool path_empty) {
+    return other_is_left ? CompareEmpty(test, other.IsEmpty(), path_empty)
+                         : CompareEmpty(test, path_empty, other.IsEmpty());
+  };
+  PathRun& run = RunOf(path);
+  run.Start(node);
+  Node found;
+  bool first = true;
+  bool any = false;
+  bool one_is_empty = false;
+  while (!any && !one_is_empty && run.Next(&found)) {
+    environment_.AnyValue(found, [&](std::string_view value) {
+      one_is_empty = first && (value.empty() || other.IsEmpty());
+      if (one_is_empty) any = is_empty(value.empty());
+      first = false;
+      if (!one_is_empty) any = other.AnyPair(test, value, !other_is_left);
+      return any || one_is_empty;
+    });
+  }
+  if (one_is_empty) return any;
+  if (first) return is_empty(true);
+  return any != (test == Test::kNotEqual);
+}
+
+// The first node tells whether the path counts as empty; whether any other satisfies the test is another
+// question of the same kind.
+bool Evaluation::ComparePathByFirst(ComparisonState& state, Test test, std::size_t path, const Node& node,
+                                    ValueSet& other, bool other_is_left) {
+  const Node first = FirstOf(path).Find(node);
+  bool path_empty = true;
+  if (first.element != host::kNone) {
+    environment_.AnyValue(first, [&path_empty](std::string_view value) {
+      path_empty = value.empty();
+      return true;
+    });
+  }
+  if (path_empty || other.IsEmpty()) {
+    return other_is_left ? CompareEmpty(test, other.IsEmpty(), path_empty)
+                         : CompareEmpty(test, path_empty, other.IsEmpty());
+  }
+  if (state.matching == nullptr) {
+    state.matching =
+        std::make_unique<FirstMatch>(*this, plan_.paths[path], ValueFilter{test, &other, other_is_left});
+  }
+  return (state.matching->Find(node).element != host::kNone) != (test == Test::kNotEqual);
+}
+
+}  // namespace qelm::xpath
