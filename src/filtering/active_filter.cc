@@ -1,0 +1,238 @@
+// The filter of the active document: the questions, the copy and the undoing around the driver.
+#include <filesystem>
+
+#include "filtering/document_driver.h"
+#include "filtering/document_name.h"
+#include "filtering/notify.h"
+#include "filtering/restore.h"
+#include "filtering/run_guards.h"
+
+namespace qelm::filtering {
+namespace {
+
+using host::DocumentSwitch;
+using host::Id;
+using host::kNone;
+
+constexpr std::int64_t kMillisecondsASecond = 1000;
+constexpr std::int64_t kSecondsAMinute = 60;
+
+class ActiveFilter {
+ public:
+  explicit ActiveFilter(FilterContext& context)
+      : context_(context), host_(context.host), run_(context.run), messenger_(context.messenger) {}
+
+  // Each sets the run's ending when it does not return true.
+  bool FindDocument();
+  void Run();
+  void Conclude();
+
+  Id document() const { return document_; }
+
+ private:
+  bool RootMayGo(const std::vector<FlowRoot>& flows, Verdicts& verdicts);
+  bool SaveFirst();
+  bool Duplicate();
+  bool SaveBeforeCopy(const std::string& source);
+  bool CopyTo(const std::string& source, const std::string& target);
+  bool IsOpen(const std::string& path);
+  void Undo();
+
+  bool NotSaved(Ending ending, std::string_view id);
+  bool Save(Id document) { return host_.documents.Save(document, {}) || HostSays(); }
+  // Keeps what the host says about its last failure. Returns false.
+  bool HostSays() {
+    why_ = host_.documents.LastError();
+    return false;
+  }
+
+  FilterContext& context_;
+  host::Host& host_;
+  FilterRun& run_;
+  messages::Messenger& messenger_;
+  Id document_ = kNone;
+  std::int64_t started_ = 0;
+  std::string why_;  // what the host says about a failure; empty when it was not the host's
+};
+
+std::string Normal(std::string_view path) { return std::filesystem::path(path).lexically_normal().string(); }
+
+bool ActiveFilter::FindDocument() {
+  document_ = host_.documents.ActiveDocument();
+  const bool active_scheme = context_.scheme.Active();
+  if (document_ != kNone && active_scheme) return true;
+  run_.ending = document_ == kNone ? Ending::kMissingDocument : Ending::kMissingScheme;
+  run_.cancel_flag = 1;
+  if (run_.prompts) messenger_.Alert(document_ == kNone ? "QELM_MSG_FILTER_30" : "QELM_MSG_FILTER_44");
+  return false;
+}
+
+void ActiveFilter::Run() {
+  started_ = host_.platform.Milliseconds();
+  const bool copies = run_.mode == LaunchMode::kDuplicate && !run_.dry_run;
+  std::vector<FlowRoot> flows = FlowsToFilter(host_, context_.scheme, document_);
+  Verdicts verdicts(context_, document_);
+  if (!verdicts.Prepare(flows) || !RootMayGo(flows, verdicts)) return;
+  if (run_.dry_run) {
+    DriveFilter(context_, document_, flows, verdicts);
+    return;
+  }
+  ScreenUpdatesOff screen(host_.session, document_, run_.disable_screen_updates);
+  const StatusShown status(host_.user);
+  if (run_.save_first && !SaveFirst()) return;
+  if (copies && !Duplicate()) return;
+  host_.user.ShowStatus({"QELM - Filtering", "Filtering Document", "Please wait...", "Press Esc to cancel"});
+  if (copies) {
+    // The copy is a document with ids of its own.
+    flows = FlowsToFilter(host_, context_.scheme, document_);
+    Verdicts of_copy(context_, document_);
+    if (of_copy.Prepare(flows)) DriveFilter(context_, document_, flows, of_copy);
+  } else {
+    DriveFilter(context_, document_, flows, verdicts);
+  }
+  if (run_.cancel_flag != 0 && run_.mode != LaunchMode::kDuplicate && run_.touched) Undo();
+}
+
+bool ActiveFilter::RootMayGo(const std::vector<FlowRoot>& flows, Verdicts& verdicts) {
+  const FlowRoot main = MainFlow(host_, document_);
+  if (main.root == kNone || flows.empty()) return true;
+  run_.root_filtered = verdicts.Fails(main.root);
+  if (!run_.root_filtered || !run_.prompts || run_.dry_run) return true;
+  if (messenger_.Ask("QELM_MSG_FILTER_15")) return true;
+  run_.ending = Ending::kDeclined;
+  return false;
+}
+
+bool ActiveFilter::NotSaved(Ending ending, std::string_view id) {
+  run_.ending = ending;
+  run_.cancel_flag = 1;
+  if (run_.prompts) {
+    const std::string name = DocumentName(host_.documents, document_);
+    messenger_.AlertFormatted(id, messenger_.Format(id, name, why_));
+  }
+  return false;
+}
+
+bool ActiveFilter::SaveFirst() {
+  return Save(document_) || NotSaved(Ending::kNotSaved, "QELM_MSG_FILTER_42");
+}
+
+bool ActiveFilter::SaveBeforeCopy(const std::string& source) {
+  if (source.empty()) return false;  // never saved: there is no file to copy
+  if (!host_.documents.Switch(document_, DocumentSwitch::kModified)) return true;
+  if (run_.prompts && run_.unsaved_file_prompt && !messenger_.Ask("QELM_MSG_FILTER_16")) return true;
+  return Save(document_);
+}
+
+bool ActiveFilter::Duplicate() {
+  const std::string source(host_.documents.Path(document_));
+  const std::string target =
+      run_.duplicate_path.empty()
+          ? messages::Messenger::FormatText("%s%s", source, messenger_.Get("QELM_MSG_FILTER_17"))
+          : run_.duplicate_path;
+  if (!SaveBeforeCopy(source) || !CopyTo(source, target)) {
+    return NotSaved(Ending::kNotCopied, "QELM_MSG_FILTER_18");
+  }
+  return true;
+}
+
+// A document that is open would be replaced behind the user's back, and the source must stay untouched, so a
+// copy never goes where an open document lies.
+bool ActiveFilter::IsOpen(const std::string& path) {
+  const std::string normal = Normal(path);
+  for (Id open = host_.documents.FirstOpenDocument(); open != kNone;
+       open = host_.documents.NextOpenDocument(open)) {
+    if (Normal(host_.documents.Path(open)) == normal) return true;
+  }
+  return false;
+}
+
+bool ActiveFilter::CopyTo(const std::string& source, const std::string& target) {
+  if (IsOpen(target)) return false;
+  host_.user.ShowStatus({"QELM - Filtering", "Copying Document", "Please wait...", ""});
+  if (!host_.platform.CopyFile(source, target)) return false;
+  host::OpenStatus status = host::OpenStatus::kUnreadable;
+  const Id copy = host_.documents.Open(target, {}, &status);
+  if (copy == kNone) return HostSays();
+  if (status == host::OpenStatus::kAlreadyOpen) return false;
+  document_ = copy;
+  return true;
+}
+
+// A cancelled or failed run leaves nothing hidden.
+void ActiveFilter::Undo() {
+  const Id shown = run_.cancel_flag > 1 ? run_.cancel_flag : kNone;
+  const Ending ending = run_.ending;
+  RestoreDocument(host_, messenger_, run_, document_, false, false);
+  run_.ending = ending;
+  if (shown == kNone) return;
+  host_.text.SelectElement(document_, shown);
+  host_.text.ScrollTo(document_, host_.text.ElementRange(document_, shown));
+  run_.cancel_flag = 0;
+}
+
+void ActiveFilter::Conclude() {
+  if (!run_.prompts || run_.dry_run) return;
+  if (run_.ending == Ending::kByUser) messenger_.Alert("QELM_MSG_FILTER_29");
+  if (run_.ending != Ending::kCompleted || !run_.completion_prompt) return;
+  const std::int64_t seconds = (host_.platform.Milliseconds() - started_) / kMillisecondsASecond;
+  messenger_.AlertFormatted(
+      "QELM_MSG_FILTER_13",
+      messenger_.Format("QELM_MSG_FILTER_13", seconds / kSecondsAMinute, seconds % kSecondsAMinute));
+}
+
+std::int32_t ResultOf(Ending ending) {
+  switch (ending) {
+    case Ending::kCompleted:
+      return kDone;
+    case Ending::kByUser:
+    case Ending::kTitleStays:
+      return kCancelled;
+    case Ending::kMissingDocument:
+      return kNoDocument;
+    case Ending::kMissingScheme:
+      return kNoActiveScheme;
+    case Ending::kNotCopied:
+      return kCopyFailed;
+    default:
+      return 0;
+  }
+}
+
+}  // namespace
+
+void PrepareRun(const config::LocalSettings& settings, FilterRun* run) {
+  FilterRun fresh;
+  fresh.mode = static_cast<LaunchMode>(settings.filter_type);
+  fresh.condition_name = settings.source_file_filter_condition_tag;
+  fresh.save_first = settings.filt_default_save_files;
+  fresh.remove_coloring = settings.filt_default_remove_coloring;
+  fresh.disable_screen_updates = settings.filt_disable_screen_updates;
+  fresh.consider_text_nodes = settings.filt_xpath_consider_text_nodes;
+  fresh.filter_text_insets = settings.filt_filter_text_insets;
+  fresh.hide_after_no_restore = static_cast<HideAfter>(settings.filt_hide_content_after_no_restore_filter);
+  fresh.show_before_no_restore = settings.filt_show_all_before_restore_filter;
+  fresh.unsaved_file_prompt = settings.prompt_filter_unsaved_file_warning;
+  fresh.completion_prompt = settings.prompt_post_document_filter_messaging;
+  fresh.notification_client = std::move(run->notification_client);
+  fresh.notify = run->notify;
+  *run = std::move(fresh);
+}
+
+std::int32_t FilterActiveDocument(FilterContext& context) {
+  ClearOutcome(&context.run);
+  ActiveFilter filter(context);
+  if (!filter.FindDocument()) return ResultOf(context.run.ending);
+  const bool notify = !context.run.dry_run;
+  if (notify) Notify(context.host.clients, context.run, "QELM_Filter_Start");
+  filter.Run();
+  context.run.result_document = filter.document();
+  filter.Conclude();
+  const bool done = context.run.ending == Ending::kCompleted;
+  if (notify) {
+    Notify(context.host.clients, context.run, done ? "QELM_Filter_Complete" : "QELM_Filter_Cancelled");
+  }
+  return ResultOf(context.run.ending);
+}
+
+}  // namespace qelm::filtering

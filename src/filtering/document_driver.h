@@ -1,0 +1,19 @@
+// The driver for one document, given the verdicts.
+#pragma once
+
+#include <vector>
+
+#include "filtering/document_filter.h"
+#include "filtering/verdicts.h"
+
+namespace qelm::filtering {
+
+// Filters the flows of the document by verdicts that are ready for them. Leaves the outcome in the run's
+// cancel flag, ending and counts; puts back what it switched on every way out.
+void DriveFilter(FilterContext& context, host::Id document, const std::vector<FlowRoot>& flows,
+                 Verdicts& verdicts);
+
+// Clears what came of an earlier run.
+void ClearOutcome(FilterRun* run);
+
+}  // namespace qelm::filtering

@@ -1,0 +1,92 @@
+// The state of one filter run: what was asked for, and what came of it. It is set from the settings, a dialog
+// or a call before the run; one run is under way at a time.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "common/result_codes.h"
+#include "host/interface/types.h"
+
+namespace qelm::filtering {
+
+enum class LaunchMode : std::uint8_t {
+  kSourceRestoreFirst = 1,
+  kSourceNoRestore = 2,
+  kDuplicate = 3,
+};
+
+enum class TargetKind : std::uint8_t { kDocument = 4, kBook = 5 };
+
+// Result codes of operations, which calls and the command line pass on.
+using common::kCancelled;
+using common::kCopyFailed;
+using common::kDone;
+using common::kNoActiveScheme;
+using common::kNoDocument;
+using common::kNoFlowOrRoot;
+
+// When to hide the content after a filter that does not restore first.
+enum class HideAfter : std::uint8_t { kNever = 0, kAlways = 1, kAsk = 2 };
+
+// How a run ended, for callers that turn it into words or an exit status. From kSchemeRefused on it failed.
+enum class Ending : std::uint8_t {
+  kNone,  // not run, or still under way
+  kCompleted,
+  kDeclined,       // the highest-level element would go, and the user did not want that
+  kByUser,         // cancelled
+  kTitleStays,     // a table title cannot be hidden, and the user did not want to go on
+  kSchemeRefused,  // an expression is not valid, or there is none
+  kNodeSetCut,     // more nodes were selected than the engine may collect
+  kMissingDocument,
+  kMissingScheme,
+  kMissingElement,  // a walk was begun without an element
+  kNotSaved,        // the save before the run failed
+  kNotCopied,
+  kNotHidden,   // the host did not hide what it should have
+  kNotDeleted,  // an element could not be deleted
+  kNotRestored,
+};
+
+struct FilterRun {
+  // What was asked for.
+  LaunchMode mode = LaunchMode::kDuplicate;
+  TargetKind target = TargetKind::kDocument;
+  std::string condition_name = "Hidden";
+  bool prompts = true;
+  bool save_first = false;
+  bool remove_coloring = false;
+  bool disable_screen_updates = false;
+  bool consider_text_nodes = false;
+  bool filter_text_insets = true;
+  HideAfter hide_after_no_restore = HideAfter::kAlways;
+  bool show_before_no_restore = true;
+  bool unsaved_file_prompt = true;
+  bool completion_prompt = true;
+  std::string notification_client;
+  bool notify = false;
+  std::string
+      duplicate_path;    // where mode 3 puts the copy; empty: beside the document, by QELM_MSG_FILTER_17
+  bool dry_run = false;  // only count verdicts; nothing is hidden, deleted, created, copied or saved
+
+  // What came of it. The cancel flag is 0 while all is well, 1 when the run was cancelled or failed, and else
+  // the id of an element that the user is to be shown after the run is undone.
+  host::Id cancel_flag = 0;
+  bool cancelled = false;  // by the user
+  bool restore_cancelled = false;
+  bool restore_failed = false;  // something could not be restored; the user was told
+  bool touched = false;         // the document was changed, or may have been
+  bool root_filtered = false;   // the highest-level element of the main flow failed the scheme
+  Ending ending = Ending::kNone;
+  host::Id result_document = host::kNone;  // the document that was filtered: in mode 3 the copy
+
+  // Elements, each counted once. What was visited is kept, hidden, deleted or left; the descendants of hidden
+  // and deleted elements are not visited.
+  std::uint64_t elements = 0;
+  std::uint64_t kept = 0;
+  std::uint64_t hidden = 0;
+  std::uint64_t deleted = 0;
+  std::uint64_t left = 0;  // failed the scheme, but could not be hidden
+};
+
+}  // namespace qelm::filtering

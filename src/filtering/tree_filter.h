@@ -1,0 +1,81 @@
+// The walk over one flow's element tree, which tests each element and carries its verdict out.
+//
+// The walk is a loop with a direction, not a recursion: it goes to the first child, else to the next sibling,
+// else up to the parent, which it then meets a second time and does not enter again. A hidden element is left
+// without entering it. Before an element is deleted, the element to go on with is chosen; when the whole
+// table went with it, the walk goes on behind the table.
+#pragma once
+
+#include "filtering/debug_prompts.h"
+#include "filtering/document_filter.h"
+#include "filtering/hiding.h"
+#include "filtering/id_set.h"
+#include "filtering/verdicts.h"
+
+namespace qelm::filtering {
+
+class TreeFilter {
+ public:
+  // One for all flows of a document. `hiding` is what modes 1 and 2 hide with; mode 3 does not use it.
+  TreeFilter(FilterContext& context, DebugPrompts& prompts, host::Id document, Verdicts& verdicts,
+             Hiding& hiding);
+
+  // Filters the tree under `top`, itself included. The outcome is in the run's cancel flag and counts.
+  void Run(host::Id top);
+
+ private:
+  enum class Direction : std::uint8_t { kDown = 1, kAcross = 2, kUp = 3 };
+
+  // What stands around an element before it is deleted. The table is the one that it is a part of.
+  struct Surroundings {
+    host::Id parent = host::kNone;
+    host::Id before = host::kNone;
+    host::Id table = host::kNone;
+    host::Id behind_table = host::kNone;
+    host::Id above_table = host::kNone;
+  };
+
+  bool Cancelled();
+  bool Fails(host::Id element);
+  // Carry a verdict out and set the element to go on with. False when the walk ends here.
+  bool Hide(host::Id element);
+  bool LeaveTitle(host::Id title);
+  bool Delete(host::Id* element);
+  bool DeleteNow(host::Id element);
+  bool CannotDelete(host::Id element, std::string_view why);
+
+  host::Id Next(host::Id element);
+  host::Id Step(host::Id element);
+  // The next element that is not in this one.
+  host::Id Behind(host::Id element);
+  Surroundings LookAround(host::Id element);
+  // Where to go on when what stood behind a deleted element went with it.
+  host::Id GoOnElsewhere(const Surroundings& around);
+  bool TakesTableAlong(host::Id element, host::Id table);
+
+  bool Visits(host::Id element);
+  bool IsNamed(host::Id element);
+  void Count(host::Id element, std::uint64_t* counter);
+  void Fail(Ending ending, std::string_view id, host::Id element, const std::string& why);
+  std::string Tag(host::Id element);
+
+  FilterContext& context_;
+  host::Host& host_;
+  FilterRun& run_;
+  DebugPrompts& prompts_;
+  host::Id document_;
+  Verdicts& verdicts_;
+  Hiding& hiding_;
+  bool hides_;        // modes 1 and 2
+  bool text_nodes_;   // text nodes are visited as well
+  bool locked_text_;  // there is text that the run is not to touch, and the host refuses to
+  IdSet kept_;        // had the verdict KEEP
+  IdSet walked_;      // all children had their verdict
+  host::Id top_ = host::kNone;
+  host::Id stop_ = host::kNone;
+  Direction direction_ = Direction::kDown;
+  bool advance_ = true;
+  std::int32_t since_poll_ = 0;
+};
+
+}  // namespace qelm::filtering

@@ -1,0 +1,135 @@
+#include "filtering/verdicts.h"
+
+namespace qelm::filtering {
+namespace {
+
+using host::Id;
+using host::kNone;
+
+// Expressions of a filter read attributes as the scheme says; everything else reads them with defaults.
+class AttributeMode {
+ public:
+  AttributeMode(xpath::Engine& engine, bool with_defaults) : engine_(engine) {
+    xpath::SetAttributeValuesMode(engine_, with_defaults ? 1 : 0);
+  }
+  ~AttributeMode() { xpath::SetAttributeValuesMode(engine_, 1); }
+  AttributeMode(const AttributeMode&) = delete;
+  AttributeMode& operator=(const AttributeMode&) = delete;
+
+ private:
+  xpath::Engine& engine_;
+};
+
+bool IsSequence(std::int32_t parsed) { return parsed > 0 && parsed < xpath::kFirstError; }
+
+}  // namespace
+
+FlowRoot MainFlow(host::Host& host, Id document) {
+  const Id flow = host.elements.MainFlow(document);
+  return {flow, flow == kNone ? kNone : host.elements.Root(document, flow)};
+}
+
+std::vector<FlowRoot> FlowsToFilter(host::Host& host, const schemes::Scheme& scheme, Id document) {
+  std::vector<FlowRoot> flows;
+  if (!scheme.process_all_flows) {
+    const FlowRoot main = MainFlow(host, document);
+    if (main.flow != kNone) flows.push_back(main);
+    return flows;
+  }
+  for (Id flow = host.elements.FirstFlow(document); flow != kNone;
+       flow = host.elements.NextFlow(document, flow)) {
+    flows.push_back({flow, host.elements.Root(document, flow)});
+  }
+  return flows;
+}
+
+Verdicts::Verdicts(FilterContext& context, Id document)
+    : context_(context),
+      document_(document),
+      reader_(context.host.definitions, context.host.elements, document, context.scheme) {}
+
+bool Verdicts::Prepare(const std::vector<FlowRoot>& flows) {
+  if (!context_.scheme.is_xpath) {
+    rules_.emplace(context_.scheme);
+    return true;
+  }
+  if (!ExpressionsAreValid()) return false;
+  selected_.Reset(context_.host.elements.IdLimit(document_));
+  const AttributeMode mode(context_.engine, context_.scheme.include_edd_defaults);
+  for (const FlowRoot& flow : flows) {
+    if (flow.root != kNone && !Evaluate(flow, flows.size() > 1)) return false;
+  }
+  return true;
+}
+
+bool Verdicts::ExpressionsAreValid() {
+  messages::Messenger& messenger = context_.messenger;
+  if (context_.scheme.expressions.empty()) {
+    return Refuse(Ending::kSchemeRefused, "QELM_MSG_FILTER_39",
+                  messenger.Format("QELM_MSG_FILTER_39", SchemeName()));
+  }
+  for (const std::string& expression : context_.scheme.expressions) {
+    if (IsSequence(xpath::bw_ParseXPath(context_.engine, expression, 0))) continue;
+    const xpath::ParseError error = xpath::LastParseError(context_.engine);
+    const std::string why = error.id.empty() ? std::string() : messenger.Get(error.id);
+    return Refuse(Ending::kSchemeRefused, "QELM_MSG_FILTER_38",
+                  messenger.Format("QELM_MSG_FILTER_38", SchemeName(), expression, error.position + 1, why));
+  }
+  return true;
+}
+
+bool Verdicts::Evaluate(const FlowRoot& flow, bool several_flows) {
+  xpath::MatchList matches;
+  for (const std::string& expression : context_.scheme.expressions) {
+    matches.clear();
+    if (!EvaluateOne(flow, expression, &matches)) return false;
+    for (const xpath::Match& match : matches) {
+      // An attribute that was selected does not select the element that carries it.
+      if (match.document != document_ || match.attribute >= 0) continue;
+      if (several_flows && context_.host.elements.FlowOf(document_, match.element) != flow.flow) continue;
+      selected_.Add(match.element);
+    }
+  }
+  return true;
+}
+
+bool Verdicts::EvaluateOne(const FlowRoot& flow, const std::string& expression, xpath::MatchList* matches) {
+  // Parsed anew, which is a look-up: parsing another one may have emptied the table.
+  const std::int32_t sequence = xpath::bw_ParseXPath(context_.engine, expression, 0);
+  if (IsSequence(sequence) &&
+      xpath::xpath_MatchAll(context_.engine, document_, flow.root, sequence, 0, matches)) {
+    return true;
+  }
+  // Everything that was not reached would be taken for not selected, and go.
+  return Refuse(Ending::kNodeSetCut, "QELM_MSG_FILTER_40",
+                context_.messenger.Format("QELM_MSG_FILTER_40", SchemeName(), matches->size(), expression));
+}
+
+bool Verdicts::Refuse(Ending ending, std::string_view id, const std::string& text) {
+  context_.run.ending = ending;
+  context_.run.cancel_flag = 1;
+  if (context_.run.prompts) context_.messenger.AlertFormatted(id, text);
+  return false;
+}
+
+std::string Verdicts::SchemeName() const { return context_.scheme.category + "/" + context_.scheme.name; }
+
+bool Verdicts::Fails(Id element) {
+  if (context_.scheme.is_xpath) return selected_.Holds(element) == context_.scheme.use_negative_logic;
+  return rules_->Fails(reader_.Read(element));
+}
+
+std::int32_t FilterCheck(FilterContext& context, Id document, Id element) {
+  if (document == kNone || element == kNone) return 0;
+  const Id flow = context.host.elements.FlowOf(document, element);
+  Verdicts verdicts(context, document);
+  if (!verdicts.Prepare({{flow, context.host.elements.Root(document, flow)}})) return 0;
+  return verdicts.Fails(element) ? 1 : 0;
+}
+
+std::int32_t RootWouldBeFiltered(FilterContext& context, Id document) {
+  const FlowRoot main = MainFlow(context.host, document);
+  return main.root == kNone ? 0 : FilterCheck(context, document, main.root);
+}
+
+}  // namespace qelm::filtering

@@ -1,0 +1,56 @@
+// Which elements of a document fail the scheme.
+//
+// A classic scheme is asked element by element. An XPath scheme is evaluated once a flow, before anything of
+// the document is changed: what its expressions select is kept as one bit an element, so that a verdict is a
+// look-up. One set serves all flows, because an element is in one flow only; of each flow's selection the
+// elements of that flow go in.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "filtering/classic_rules.h"
+#include "filtering/document_filter.h"
+#include "filtering/id_set.h"
+#include "schemes/attribute_values.h"
+
+namespace qelm::filtering {
+
+struct FlowRoot {
+  host::Id flow = host::kNone;
+  host::Id root = host::kNone;  // the highest-level element, 0 where there is none
+};
+
+// The flows that the scheme filters, in the host's order: all of them, or the main flow.
+std::vector<FlowRoot> FlowsToFilter(host::Host& host, const schemes::Scheme& scheme, host::Id document);
+// The main flow alone.
+FlowRoot MainFlow(host::Host& host, host::Id document);
+
+class Verdicts {
+ public:
+  Verdicts(FilterContext& context, host::Id document);
+
+  // Makes ready for elements of these flows. False, after an alert where the run has prompts, when the scheme
+  // cannot be used: the run's ending then says why, its cancel flag is 1, and nothing of the document has
+  // changed.
+  bool Prepare(const std::vector<FlowRoot>& flows);
+
+  // Whether the element fails the scheme and is to go. It must be in one of the flows.
+  bool Fails(host::Id element);
+
+ private:
+  bool ExpressionsAreValid();
+  bool Evaluate(const FlowRoot& flow, bool several_flows);
+  bool EvaluateOne(const FlowRoot& flow, const std::string& expression, xpath::MatchList* matches);
+  bool Refuse(Ending ending, std::string_view id, const std::string& text);
+  std::string SchemeName() const;
+
+  FilterContext& context_;
+  host::Id document_;
+  IdSet selected_;
+  std::optional<ClassicRules> rules_;
+  schemes::AttributeReader reader_;
+};
+
+}  // namespace qelm::filtering
