@@ -1,0 +1,300 @@
+#include <array>
+#include <filesystem>
+#include <limits>
+
+#include "embedded/adapter/file_places.h"
+#include "embedded/adapter/roles.h"
+#include "embedded/model/files.h"
+#include "embedded/model/locate.h"
+
+namespace qelm::embedded::adapter {
+namespace {
+
+using host::OpenStatus;
+using model::FileKind;
+using model::Format;
+
+// Positions in a file are 32 bits wide, and one is kept for "none".
+constexpr std::uintmax_t kLargestFile = std::numeric_limits<std::uint32_t>::max() - 1;
+
+struct Refusal {
+  FileKind kind;
+  OpenStatus status;
+  std::string_view text;
+};
+constexpr std::array kRefusals = {
+    Refusal{FileKind::kEmpty, OpenStatus::kEmpty, "the file is empty."},
+    Refusal{FileKind::kBinary, OpenStatus::kBinaryFormat,
+            "the file is in FrameMaker's binary format, which only FrameMaker reads. Open it there and save "
+            "it as "
+            "MIF (File > Save As, format MIF)."},
+    Refusal{FileKind::kUnknown, OpenStatus::kUnknownFormat,
+            "the file is neither MIF (it would begin with <MIFFile or <Book) nor XML."},
+};
+
+class DocumentsRole : public host::Documents {
+ public:
+  explicit DocumentsRole(Workspace& workspace) : workspace_(workspace) {}
+
+  Id ActiveDocument() override {
+    return workspace_.Document(workspace_.Active()) != nullptr ? workspace_.Active() : host::kNone;
+  }
+  Id ActiveBook() override {
+    return workspace_.Book(workspace_.Active()) != nullptr ? workspace_.Active() : host::kNone;
+  }
+  bool Activate(Id id) override {
+    OpenFile* file = workspace_.File(id);
+    if (file == nullptr) return false;
+    workspace_.Activate(id);
+    return true;
+  }
+
+  Id FirstOpenDocument() override { return DocumentFrom(1); }
+  Id NextOpenDocument(Id document) override {
+    return document == host::kNone ? host::kNone : DocumentFrom(document + 1);
+  }
+
+  Id Open(const std::string& path, const host::OpenOptions& options, OpenStatus* status) override;
+  bool Save(Id id, const host::SaveOptions& options) override;
+  bool Close(Id id, bool discard) override;
+
+  std::string_view Path(Id id) override {
+    const OpenFile* file = workspace_.File(id);
+    return file == nullptr ? std::string_view() : file->path;
+  }
+
+  bool Switch(Id document, host::DocumentSwitch which) override;
+  bool SetSwitch(Id document, host::DocumentSwitch which, bool on) override;
+  host::ViewMode View(Id document) override {
+    const OpenFile* file = workspace_.DocumentFile(document);
+    return file == nullptr ? host::ViewMode::kWysiwyg : file->view;
+  }
+  bool SetView(Id document, host::ViewMode mode) override {
+    OpenFile* file = workspace_.DocumentFile(document);
+    if (file == nullptr) return workspace_.FailId(document);
+    file->view = mode;
+    return true;
+  }
+
+  bool ImportFormats(Id target, Id source, std::uint32_t flags) override;
+
+  std::int32_t ErrorCode() override { return workspace_.error_code(); }
+  std::string_view LastError() override { return workspace_.last_error(); }
+
+ private:
+  Id DocumentFrom(Id first) {
+    for (Id id = first; id < workspace_.IdLimit(); ++id) {
+      if (workspace_.Document(id) != nullptr) return id;
+    }
+    return host::kNone;
+  }
+  Id Refuse(const std::string& path, OpenStatus why, std::string_view text, OpenStatus* status) {
+    *status = why;
+    workspace_.Fail(Error::kCannotOpen, path + ": " + std::string(text));
+    return host::kNone;
+  }
+  Id OpenLocated(const std::string& path, const host::OpenOptions& options, OpenStatus* status);
+  Id OpenAgain(Id id, const host::OpenOptions& options, OpenStatus* status);
+  Id Build(const std::string& path, std::string bytes, const host::OpenOptions& options, OpenStatus* status);
+  void Add(OpenFile* file, const std::string& path, bool as_new);
+
+  bool FailSave(const std::string& path, std::string_view why) {
+    return workspace_.Fail(Error::kCannotSave, path + ": " + std::string(why));
+  }
+  bool SaveTo(Id id, OpenFile* file, const host::SaveOptions& options);
+  std::string Bytes(OpenFile* file, Format format);
+
+  Workspace& workspace_;
+};
+
+Id DocumentsRole::Open(const std::string& path, const host::OpenOptions& options, OpenStatus* status) {
+  try {
+    if (path.empty()) return Refuse(path, OpenStatus::kNotFound, "no file was named.", status);
+    return OpenLocated(path, options, status);
+  } catch (const std::exception&) {
+    return Refuse(path, OpenStatus::kTooLarge, "there is not enough memory for the file.", status);
+  }
+}
+
+Id DocumentsRole::OpenLocated(const std::string& named, const host::OpenOptions& options,
+                              OpenStatus* status) {
+  const std::string path = model::LocateFile(AbsolutePath(named)).path;
+  if (!options.as_new) {
+    const Id already = workspace_.FindPath(path);
+    if (already != host::kNone) return OpenAgain(already, options, status);
+  }
+  host::Platform& platform = workspace_.platform();
+  if (platform.FolderExists(path)) {
+    return Refuse(path, OpenStatus::kIsFolder, "this is a folder, not a file.", status);
+  }
+  if (!platform.FileExists(path))
+    return Refuse(path, OpenStatus::kNotFound, "there is no such file.", status);
+  std::error_code unknown_size;
+  const std::uintmax_t size = std::filesystem::file_size(path, unknown_size);
+  constexpr std::string_view kTooLarge = "the file is larger than 4 gigabytes.";
+  if (!unknown_size && size > kLargestFile) return Refuse(path, OpenStatus::kTooLarge, kTooLarge, status);
+  std::optional<std::string> bytes = platform.ReadFile(path);
+  if (!bytes) {
+    return Refuse(path, OpenStatus::kUnreadable, "the file cannot be read" + workspace_.FileErrorSuffix(),
+                  status);
+  }
+  if (bytes->size() > kLargestFile) return Refuse(path, OpenStatus::kTooLarge, kTooLarge, status);
+  const Id id = Build(path, std::move(*bytes), options, status);
+  if (id != host::kNone && path != AbsolutePath(named)) {
+    workspace_.Notice(named + ": there is no such file; " + path + " was opened in its place.");
+  }
+  return id;
+}
+
+Id DocumentsRole::OpenAgain(Id id, const host::OpenOptions& options, OpenStatus* status) {
+  *status = OpenStatus::kAlreadyOpen;
+  if (options.visible) {
+    workspace_.File(id)->on_screen = true;
+    workspace_.Activate(id);
+  }
+  return id;
+}
+
+Id DocumentsRole::Build(const std::string& path, std::string bytes, const host::OpenOptions& options,
+                        OpenStatus* status) {
+  const FileKind kind = model::Recognize(bytes);
+  for (const Refusal& refusal : kRefusals) {
+    if (refusal.kind == kind) return Refuse(path, refusal.status, refusal.text, status);
+  }
+  auto file = std::make_unique<OpenFile>();
+  std::string error;
+  if (kind == FileKind::kMifBook) {
+    file->book = model::BuildBook(std::move(bytes), &error);
+  } else if (kind == FileKind::kXml) {
+    file->document = model::BuildXml(std::move(bytes), &error);
+  } else {
+    file->document = model::BuildMif(std::move(bytes), &error);
+  }
+  if (!file->document && !file->book) return Refuse(path, OpenStatus::kDamaged, error, status);
+  for (const model::Warning& warning : file->Tree().warnings) workspace_.Notice(path + ": " + warning.text);
+  if (!options.as_new) {
+    file->path = file->Tree().path = path;
+    file->identity = Workspace::Identity(path);
+  }
+  file->on_screen = options.visible;
+  const Id id = workspace_.Add(std::move(file));
+  if (options.visible) workspace_.Activate(id);
+  *status = OpenStatus::kOpened;
+  return id;
+}
+
+bool DocumentsRole::Save(Id id, const host::SaveOptions& options) {
+  OpenFile* file = workspace_.File(id);
+  if (file == nullptr) return workspace_.FailId(id);
+  try {
+    return SaveTo(id, file, options);
+  } catch (const std::exception&) {
+    return FailSave(options.path.empty() ? file->path : options.path,
+                    "there is not enough memory to write the file.");
+  }
+}
+
+bool DocumentsRole::SaveTo(Id id, OpenFile* file, const host::SaveOptions& options) {
+  const std::string path = options.path.empty() ? file->path : AbsolutePath(options.path);
+  if (path.empty()) return FailSave("document " + std::to_string(id), "the document has no name yet.");
+  if (options.format == host::SaveFormat::kPdf)
+    return FailSave(path, "PDF cannot be written in this version.");
+  const Id there = workspace_.FindPath(path);
+  if (there != host::kNone && there != id) return FailSave(path, "a document of that name is open.");
+  const Format own = file->Tree().format;
+  // A document may lie under any name; saved where it is, it stays what it is.
+  Format format = there == id ? own : FormatOfName(path, own);
+  if (options.format == host::SaveFormat::kXml) format = Format::kXml;
+  if (file->book && format != own) return FailSave(path, "a book can only be written as MIF.");
+  if (!workspace_.platform().ReplaceFile(path, Bytes(file, format))) {
+    return FailSave(path, "the file cannot be written" + workspace_.FileErrorSuffix());
+  }
+  if (format != own) return true;
+  file->path = file->Tree().path = path;
+  file->identity = Workspace::Identity(path);
+  file->component_paths.clear();
+  file->edited = file->edited || file->Tree().modified;
+  file->Tree().modified = false;
+  return true;
+}
+
+std::string DocumentsRole::Bytes(OpenFile* file, Format format) {
+  const model::Document& tree = file->Tree();
+  const bool edited = file->edited || tree.modified;
+  if (format == tree.format && (file->book || !edited)) return tree.source;
+  if (format != tree.format) {
+    return format == Format::kXml ? model::ConvertToXml(tree) : model::ConvertToMif(tree);
+  }
+  return format == Format::kXml ? model::SaveXml(tree) : model::SaveMif(tree);
+}
+
+bool DocumentsRole::Close(Id id, bool discard) {
+  OpenFile* file = workspace_.File(id);
+  if (file == nullptr) return workspace_.FailId(id);
+  if (!discard && file->Tree().modified) {
+    return workspace_.Fail(Error::kRefused, file->path + ": there are changes that were not saved.");
+  }
+  workspace_.Remove(id);
+  return true;
+}
+
+bool DocumentsRole::Switch(Id document, host::DocumentSwitch which) {
+  OpenFile* file = workspace_.File(document);
+  if (file == nullptr) return false;
+  switch (which) {
+    case host::DocumentSwitch::kShowAllConditions:
+      return file->Tree().show_all;
+    case host::DocumentSwitch::kElementBoundaries:
+      return file->element_boundaries;
+    case host::DocumentSwitch::kModified:
+      return file->Tree().modified;
+    case host::DocumentSwitch::kOnScreen:
+      return file->on_screen;
+    case host::DocumentSwitch::kIconified:
+      return file->iconified;
+  }
+  return false;
+}
+
+bool DocumentsRole::SetSwitch(Id document, host::DocumentSwitch which, bool on) {
+  OpenFile* file = workspace_.File(document);
+  if (file == nullptr) return workspace_.FailId(document);
+  switch (which) {
+    case host::DocumentSwitch::kShowAllConditions:
+      if (file->Tree().show_all == on) break;
+      file->Tree().show_all = on;
+      MarkEdited(file);
+      break;
+    case host::DocumentSwitch::kElementBoundaries:
+      file->element_boundaries = on;
+      break;
+    case host::DocumentSwitch::kModified:
+      file->edited = file->edited || file->Tree().modified;
+      file->Tree().modified = on;
+      break;
+    case host::DocumentSwitch::kOnScreen:
+      file->on_screen = on;
+      break;
+    case host::DocumentSwitch::kIconified:
+      file->iconified = on;
+      break;
+  }
+  return true;
+}
+
+bool DocumentsRole::ImportFormats(Id target, Id source, std::uint32_t) {
+  OpenFile* file = workspace_.DocumentFile(target);
+  if (file == nullptr) return workspace_.FailId(target);
+  if (workspace_.DocumentFile(source) == nullptr) return workspace_.FailId(source);
+  return workspace_.Fail(
+      Error::kNotSupported,
+      file->path + ": formats and element definitions cannot be imported in this version.");
+}
+
+}  // namespace
+
+std::unique_ptr<host::Documents> MakeDocuments(Workspace& workspace) {
+  return std::make_unique<DocumentsRole>(workspace);
+}
+
+}  // namespace qelm::embedded::adapter

@@ -1,0 +1,53 @@
+#include "embedded/adapter/embedded_host.h"
+
+#include "embedded/adapter/roles.h"
+
+namespace qelm::embedded::adapter {
+
+struct Roles {
+  Roles(Workspace& workspace, host::UserInterface& user, host::Dialogs& dialogs, host::Clients& clients,
+        host::Platform& platform)
+      : session(MakeSession(workspace)),
+        documents(MakeDocuments(workspace)),
+        books(MakeBooks(workspace)),
+        elements(MakeElements(workspace)),
+        definitions(MakeDefinitions(workspace)),
+        editing(MakeEditing(workspace)),
+        text(MakeText(workspace)),
+        catalogs(MakeCatalogs(workspace)),
+        tables(MakeTables(workspace)),
+        all{*session,  *documents, *books, *elements, *definitions, *editing, *text,
+            *catalogs, *tables,    user,   dialogs,   clients,      platform} {}
+
+  std::unique_ptr<host::Session> session;
+  std::unique_ptr<host::Documents> documents;
+  std::unique_ptr<host::Books> books;
+  std::unique_ptr<host::Elements> elements;
+  std::unique_ptr<host::Definitions> definitions;
+  std::unique_ptr<host::Editing> editing;
+  std::unique_ptr<host::Text> text;
+  std::unique_ptr<host::Catalogs> catalogs;
+  std::unique_ptr<host::Tables> tables;
+  host::Host all;
+};
+
+EmbeddedHost::EmbeddedHost(const Options& options, host::UserInterface& user, host::Dialogs& dialogs,
+                           host::Clients& clients, host::Platform& platform)
+    : workspace_(std::make_unique<Workspace>(options, platform)),
+      roles_(std::make_unique<Roles>(*workspace_, user, dialogs, clients, platform)) {}
+
+EmbeddedHost::~EmbeddedHost() = default;
+
+host::Host& EmbeddedHost::roles() { return roles_->all; }
+
+model::Document* EmbeddedHost::Find(Id document) { return workspace_->Document(document); }
+
+model::Book* EmbeddedHost::FindBook(Id book) { return workspace_->Book(book); }
+
+const std::vector<std::string>& EmbeddedHost::notices() const { return workspace_->notices(); }
+
+const std::set<std::int32_t>& EmbeddedHost::requested_notifications() const {
+  return workspace_->requested_notifications;
+}
+
+}  // namespace qelm::embedded::adapter

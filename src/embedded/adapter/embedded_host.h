@@ -1,0 +1,62 @@
+// The host over real files: every role of the host interface, served from the document model.
+//
+//   PosixPlatform platform;
+//   EmbeddedHost embedded({.plugin_folder = folder}, user, dialogs, clients, platform);
+//   Plugin plugin(embedded.roles());
+//
+// Ids of documents and books are numbers of the session, counted from 1 and never used twice; ids of a
+// document's objects are the model's own. User interface, dialogs, clients and platform are the caller's and
+// outlive the host.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "embedded/model/book.h"
+#include "embedded/model/document.h"
+#include "host/interface/host.h"
+
+namespace qelm::embedded::adapter {
+
+struct Roles;
+class Workspace;
+
+class EmbeddedHost {
+ public:
+  struct Options {
+    std::string plugin_folder;
+    std::int32_t major_version = 18;
+    std::string interface_language = "English";
+    // Why the platform's last operation on a file failed, in words; where it is missing no reason is given.
+    std::function<std::string()> file_error;
+  };
+
+  EmbeddedHost(const Options& options, host::UserInterface& user, host::Dialogs& dialogs,
+               host::Clients& clients, host::Platform& platform);
+  ~EmbeddedHost();
+  EmbeddedHost(const EmbeddedHost&) = delete;
+  EmbeddedHost& operator=(const EmbeddedHost&) = delete;
+
+  host::Host& roles();
+
+  // The model behind an id; null when the id names no open document, or book.
+  model::Document* Find(host::Id document);
+  model::Book* FindBook(host::Id book);
+
+  // What users should know though nothing failed, oldest first: files that were found under another name, and
+  // what was not in order in a file that could be opened all the same. Each names its file.
+  const std::vector<std::string>& notices() const;
+
+  // The notifications that the plug-in asked for and did not cancel.
+  const std::set<std::int32_t>& requested_notifications() const;
+
+ private:
+  std::unique_ptr<Workspace> workspace_;
+  std::unique_ptr<Roles> roles_;
+};
+
+}  // namespace qelm::embedded::adapter

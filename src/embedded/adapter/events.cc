@@ -1,0 +1,21 @@
+#include "embedded/adapter/events.h"
+
+namespace qelm::embedded::adapter {
+
+bool EventLog::OpenFile(const std::string& path) {
+  std::ofstream file(path, std::ios::app | std::ios::binary);
+  if (!file) return false;
+  file_ = std::move(file);
+  stream_ = &file_;
+  return true;
+}
+
+void EventLog::Write(std::string_view kind, nlohmann::ordered_json fields) {
+  if (stream_ == nullptr) return;
+  nlohmann::ordered_json event{{"event", kind}};
+  event.update(fields);
+  // Texts come from documents and may hold bytes that are no UTF-8; the line has to stay readable.
+  *stream_ << event.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << std::endl;
+}
+
+}  // namespace qelm::embedded::adapter

@@ -1,0 +1,57 @@
+// The platform role over POSIX: files, environment, clock and external programs.
+//
+// A file is replaced in four steps: the content goes into a new file in the same folder, is flushed to the
+// device, takes over the old file's permissions, and is renamed over it. Whoever reads meanwhile, and
+// whatever is left after a crash, is either the old file or the new one. Symbolic links are followed, so that
+// the link stays and its target is replaced. A file that this user may not read or write is not replaced,
+// although the rename would succeed: its owner protected it on purpose.
+#pragma once
+
+#include <sys/types.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "host/interface/platform.h"
+
+namespace qelm::embedded::adapter {
+
+class PosixPlatform : public host::Platform {
+ public:
+  PosixPlatform() = default;
+  ~PosixPlatform() override;
+  PosixPlatform(const PosixPlatform&) = delete;
+  PosixPlatform& operator=(const PosixPlatform&) = delete;
+
+  bool FileExists(const std::string& path) override;
+  bool FolderExists(const std::string& path) override;
+  std::optional<std::string> ReadFile(const std::string& path) override;
+  bool ReplaceFile(const std::string& path, std::string_view content) override;
+  bool AppendFile(const std::string& path, std::string_view content) override;
+  bool CopyFile(const std::string& from, const std::string& to) override;
+  bool RemoveFile(const std::string& path) override;
+  bool MakeFolder(const std::string& path) override;
+  std::vector<std::string> FolderNames(const std::string& path) override;
+
+  std::string Environment(std::string_view name) override;
+  host::LocalTime Now() override;
+  std::int64_t Milliseconds() override;
+  bool Start(const std::string& program, const std::vector<std::string>& arguments) override;
+
+  // Gives a variable a value for this platform only; the process keeps its own.
+  void SetEnvironment(std::string_view name, std::string_view value);
+
+  // Why the last operation on a file failed, in words without the path ("Permission denied").
+  const std::string& LastError() const { return last_error_; }
+
+ private:
+  bool Fail(int error);
+  void ReapPrograms();
+
+  std::map<std::string, std::string, std::less<>> environment_;
+  std::vector<pid_t> programs_;
+  std::string last_error_;
+};
+
+}  // namespace qelm::embedded::adapter

@@ -1,0 +1,104 @@
+// The user interface role without a window: alerts and progress are lines, questions are answered by a policy
+// or at a terminal, menus and commands are remembered. Everything shown and answered also goes into the event
+// log.
+//
+// A question is answered, in this order, by the answers file; by "yes" or "no" for all; by a person where the
+// session is interactive; and else with "no", which is then said aloud, as a run must not decide in silence.
+// One question is different: the one that follows a press of Esc asks whether that was meant. Without a
+// person or a prepared answer it was, or nobody could stop an unattended run.
+#pragma once
+
+#include <functional>
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "embedded/adapter/answers.h"
+#include "embedded/adapter/events.h"
+#include "host/interface/user_interface.h"
+
+namespace qelm::embedded::adapter {
+
+// One line of the plug-in's menus.
+struct MenuEntry {
+  std::string menu;             // the menu that it was added to
+  host::Id item = host::kNone;  // a menu or a command; none for a separator
+};
+
+struct MenuItem {
+  std::int32_t number = 0;  // 0 for a menu
+  std::string name;
+  std::string label;
+  std::string shortcut;
+  bool enabled = true;
+};
+
+class ScriptedUserInterface : public host::UserInterface {
+ public:
+  enum class Progress : std::uint8_t { kNever, kLines, kTerminal };
+
+  struct Options {
+    std::istream& in;
+    std::ostream& messages;  // alerts, questions and progress
+    EventLog& events;
+    Progress progress = Progress::kNever;  // kTerminal writes one line over and over
+    bool interactive = false;              // a person sits at `in` and `messages`
+    bool quiet = false;                    // alerts are collected but not shown
+    std::optional<bool> answer = {};       // answers every question
+    std::function<bool()> esc = {};        // whether Esc was pressed since the last call
+  };
+
+  explicit ScriptedUserInterface(Options options) : options_(std::move(options)) {}
+
+  void Note(std::string_view text) override;
+  std::int32_t Question(std::string_view text) override;
+  void ShowStatus(const host::Status& status) override;
+  void HideStatus() override;
+  bool EscPressed() override;
+  void Print(std::string_view text) override;
+  host::Id DefineMenu(std::string_view name, std::string_view label) override;
+  host::Id DefineCommand(std::int32_t number, std::string_view name, std::string_view label,
+                         std::string_view shortcut) override;
+  bool AddToMenu(std::string_view menu, host::Id menu_or_command) override;
+  bool AddSeparator(std::string_view menu) override;
+  bool EnableCommand(host::Id command, bool enabled) override;
+
+  // Answers that come before all others.
+  void SetAnswers(Answers answers) { answers_ = std::move(answers); }
+  // A text at the start of every alert and question that is not repeated when they are shown or collected.
+  void SetHeader(std::string header) { header_ = std::move(header); }
+  // Where console text goes; without a stream it is shown among the messages.
+  void SetConsole(std::ostream* console) { console_ = console; }
+
+  // The texts of all alerts so far, oldest first.
+  const std::vector<std::string>& Alerts() const { return alerts_; }
+  // Menus and commands by id - 1, and where they were put, in the order in which they came.
+  const std::vector<MenuItem>& Items() const { return items_; }
+  const std::vector<MenuEntry>& Entries() const { return entries_; }
+
+ private:
+  struct Answer {
+    bool yes;
+    std::string_view by;
+  };
+
+  std::string_view WithoutHeader(std::string_view text) const;
+  Answer Decide(std::string_view text);
+  std::optional<bool> AskPerson(std::string_view text);
+  void ShowLine(const std::string& line);
+  void ClearLine();
+  MenuItem* Item(host::Id id);
+
+  Options options_;
+  Answers answers_;
+  std::string header_;
+  std::ostream* console_ = nullptr;
+  std::vector<std::string> alerts_;
+  std::vector<MenuItem> items_;
+  std::vector<MenuEntry> entries_;
+  std::string status_line_;
+  bool esc_asked_ = false;
+};
+
+}  // namespace qelm::embedded::adapter

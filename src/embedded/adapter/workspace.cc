@@ -1,0 +1,101 @@
+#include "embedded/adapter/workspace.h"
+
+#include <filesystem>
+
+#include "embedded/model/edit.h"
+
+namespace qelm::embedded::adapter {
+namespace {
+
+NestedRanges InsetRanges(const model::Document& document) {
+  std::vector<NestedRanges::Range> ranges;
+  for (std::uint32_t i = 1; i < document.insets.size(); ++i) {
+    const model::Inset& inset = document.insets[i];
+    ranges.push_back({.first_item = inset.first_item + 1, .end_item = inset.end_item, .ref = i});
+  }
+  return NestedRanges(std::move(ranges));
+}
+
+}  // namespace
+
+Id Workspace::Add(std::unique_ptr<OpenFile> file) {
+  const Id id = IdLimit();
+  trees_.push_back(&file->Tree());
+  files_.push_back(std::move(file));
+  return id;
+}
+
+void Workspace::Remove(Id id) {
+  if (File(id) == nullptr) return;
+  trees_[id] = nullptr;
+  files_[id].reset();
+  std::erase(front_, id);
+}
+
+Id Workspace::FindPath(const std::string& path) {
+  const std::string identity = Identity(path);
+  for (Id id = 1; id < files_.size(); ++id) {
+    if (files_[id] && !identity.empty() && files_[id]->identity == identity) return id;
+  }
+  return host::kNone;
+}
+
+std::string Workspace::Identity(const std::string& path) {
+  if (path.empty()) return {};
+  std::error_code error;
+  const std::filesystem::path resolved = std::filesystem::weakly_canonical(path, error);
+  return error ? path : resolved.string();
+}
+
+void Workspace::Activate(Id id) {
+  std::erase(front_, id);
+  front_.push_back(id);
+}
+
+bool Workspace::Fail(Error error, std::string text) {
+  error_code_ = static_cast<std::int32_t>(error);
+  last_error_ = std::move(text);
+  return false;
+}
+
+bool Workspace::FailId(Id document) {
+  const OpenFile* file = File(document);
+  if (file == nullptr) {
+    return Fail(Error::kInvalidId,
+                "No open document or book has the number " + std::to_string(document) + ".");
+  }
+  return Fail(Error::kInvalidId, file->path + ": the document or book has no such object.");
+}
+
+void Workspace::Notice(std::string text) { notices_.push_back(std::move(text)); }
+
+std::string Workspace::FileErrorSuffix() const {
+  const std::string reason = options_.file_error ? options_.file_error() : std::string();
+  return reason.empty() ? "." : ": " + reason + ".";
+}
+
+void MarkEdited(OpenFile* file) {
+  file->edited = true;
+  file->Tree().modified = true;
+}
+
+void DeclareConditions(model::Document* document, const std::vector<Id>& conditions) {
+  for (const Id id : conditions) {
+    const model::Condition& condition = document->conditions[id];
+    if (!condition.declared) model::CreateCondition(document, condition.name);
+  }
+}
+
+bool InLockedInset(OpenFile* file, std::uint32_t item) {
+  const model::Document& document = file->Tree();
+  if (document.insets.size() <= 1) return false;
+  std::optional<NestedRanges>& insets = file->derived.insets;
+  if (!insets) insets = InsetRanges(document);
+  for (const NestedRanges::Range* range = insets->Find(item); range != nullptr;
+       range = insets->Around(*range)) {
+    if (document.insets[range->ref].locked) return true;
+  }
+  return false;
+}
+
+}  // namespace qelm::embedded::adapter

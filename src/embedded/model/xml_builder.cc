@@ -1,0 +1,419 @@
+#include "embedded/model/xml_builder.h"
+
+#include <algorithm>
+#include <unordered_set>
+
+#include "embedded/model/files.h"
+#include "embedded/model/xml_marks.h"
+#include "embedded/xml/reader.h"
+#include "embedded/xml/write.h"
+
+namespace qelm::embedded::model {
+namespace {
+
+using xml::Event;
+using xml::EventKind;
+
+struct RoleName {
+  std::string_view name;
+  XmlRole role;
+};
+// Element names of CALS and HTML tables, compared without regard to case.
+constexpr RoleName kRoleNames[] = {
+    {"table", XmlRole::kTable}, {"tgroup", XmlRole::kTable}, {"thead", XmlRole::kHeading},
+    {"tbody", XmlRole::kBody},  {"tfoot", XmlRole::kFooting}, {"row", XmlRole::kRow},
+    {"tr", XmlRole::kRow},      {"entry", XmlRole::kCell},    {"td", XmlRole::kCell},
+    {"th", XmlRole::kCell},
+};
+
+struct TypeName {
+  std::string_view name;
+  std::uint8_t type;      // as the model numbers them
+  bool is_list;           // several values, with blanks between them
+};
+constexpr TypeName kTypes[] = {
+    {"CDATA", 0, false},  {"ID", 7, false},      {"IDREF", 8, false},  {"IDREFS", 9, true},
+    {"ENTITY", 0, false}, {"ENTITIES", 1, true}, {"NMTOKEN", 0, false}, {"NMTOKENS", 1, true},
+};
+constexpr std::uint8_t kChoice = 2;
+
+XmlRole RoleOfKind(ElementKind kind) {
+  switch (kind) {
+    case ElementKind::kTable: return XmlRole::kTable;
+    case ElementKind::kTableHeading: return XmlRole::kHeading;
+    case ElementKind::kTableBody: return XmlRole::kBody;
+    case ElementKind::kTableFooting: return XmlRole::kFooting;
+    case ElementKind::kTableRow: return XmlRole::kRow;
+    case ElementKind::kTableCell: return XmlRole::kCell;
+    default: return XmlRole::kNone;
+  }
+}
+
+bool IsBlank(std::string_view text) { return text.find_first_not_of(" \t\r\n") == std::string_view::npos; }
+
+class Gatherer : public xml::Handler {
+ public:
+  Gatherer(Document* document, XmlDraft* draft)
+      : document_(*document), draft_(*draft), encoding_(xml::DetectEncoding(document->source)) {
+    draft_.roles.resize(1);
+    draft_.declared_kinds.resize(1);
+  }
+
+  void OnEvent(const Event& event) override;
+  void OnAttributeDeclaration(const xml::AttributeDeclaration& declaration) override;
+  void OnElementDeclaration(std::string_view name, bool mixed) override;
+  void OnWarning(std::uint32_t offset, std::string text) override;
+
+ private:
+  struct Open {
+    std::uint32_t element;
+    bool preserve;
+  };
+
+  Item& Add(const Event& event, ItemKind kind, std::uint32_t ref = 0);
+  Id DefinitionNamed(std::string_view name);
+  void StartTag(const Event& event);
+  void ReadAttributes(const Event& event, RawXmlElement* element, bool* preserve);
+  void AddAttribute(const xml::Attribute& from, std::string_view in_source, Id definition);
+  std::string_view Lasting(std::string_view text, std::string_view in_source);
+  void Text(const Event& event);
+  void Other(const Event& event);
+  void Instruction(const Event& event);
+  bool Prolog(const Event& event, const Mark& mark);
+  void DeclareKind(const Mark& mark);
+  std::uint32_t KeepValue(std::string_view text);
+  std::uint64_t ListKey(Id definition, std::uint32_t name) const {
+    return (static_cast<std::uint64_t>(definition) << 32U) | name;
+  }
+
+  Document& document_;
+  XmlDraft& draft_;
+  xml::Encoding encoding_;
+  std::vector<Open> open_;
+  std::vector<xml::TagAttribute> tag_attributes_;
+  std::unordered_set<std::uint64_t> lists_;    // attributes that hold several values
+  std::unordered_set<Id> with_text_;           // definitions whose elements are declared to hold text
+  std::uint32_t space_name_ = kNoIndex;        // xml:space
+};
+
+Item& Gatherer::Add(const Event& event, ItemKind kind, std::uint32_t ref) {
+  Item item;
+  item.begin = event.begin;
+  item.end = event.end;
+  item.kind = kind;
+  item.ref = ref;
+  return document_.items.emplace_back(item);
+}
+
+void Gatherer::OnWarning(std::uint32_t offset, std::string text) {
+  constexpr std::size_t kMostWarnings = 100;
+  if (document_.warnings.size() >= kMostWarnings) return;
+  const auto line = 1 + std::count(document_.source.begin(), document_.source.begin() + offset, '\n');
+  document_.warnings.push_back({"line " + std::to_string(line) + ": " + std::move(text)});
+}
+
+void Gatherer::OnEvent(const Event& event) {
+  switch (event.kind) {
+    case EventKind::kStartTag: StartTag(event); break;
+    case EventKind::kEndTag:
+      Add(event, ItemKind::kElementEnd);
+      open_.pop_back();
+      break;
+    case EventKind::kText:
+    case EventKind::kCData: Text(event); break;
+    case EventKind::kInstruction: Instruction(event); break;
+    case EventKind::kReference:
+      if (!open_.empty()) draft_.elements[open_.back().element].has_text = true;
+      Other(event);
+      break;
+    case EventKind::kComment: Other(event); break;
+  }
+}
+
+Id Gatherer::DefinitionNamed(std::string_view name) {
+  const auto found = document_.definition_index.find(name);
+  if (found != document_.definition_index.end()) return found->second;
+  const Id id = document_.InternDefinition(document_.Keep(std::string(name)));
+  draft_.roles.push_back(XmlRoleOfName(name));
+  draft_.declared_kinds.push_back(false);
+  return id;
+}
+
+void Gatherer::StartTag(const Event& event) {
+  const auto index = static_cast<std::uint32_t>(draft_.elements.size());
+  RawXmlElement element;
+  element.definition = DefinitionNamed(event.name);
+  bool preserve = false;
+  if (!open_.empty()) {
+    preserve = open_.back().preserve;
+    element.parent = open_.back().element;
+    if (draft_.roles[element.definition] == XmlRole::kBody) draft_.elements[element.parent].has_body = true;
+  }
+  if (!event.attributes.empty()) ReadAttributes(event, &element, &preserve);
+  element.has_text = preserve || with_text_.contains(element.definition);
+  draft_.elements.push_back(element);
+  const ElementKind kind = document_.definitions[element.definition].kind;
+  if (draft_.roles[element.definition] == XmlRole::kTable || kind == ElementKind::kFootnote) {
+    Event place;
+    place.begin = place.end = event.begin;
+    Add(place, ItemKind::kOther);
+  }
+  Add(event, ItemKind::kElementBegin, index);
+  open_.push_back({index, preserve});
+}
+
+// A text for as long as the document lives: the source's own bytes where they read the same.
+std::string_view Gatherer::Lasting(std::string_view text, std::string_view in_source) {
+  return text == in_source ? in_source : document_.Keep(std::string(text));
+}
+
+void Gatherer::ReadAttributes(const Event& event, RawXmlElement* element, bool* preserve) {
+  const std::string_view source = document_.source;
+  std::string_view tag;
+  tag_attributes_.clear();
+  if (!event.in_entity && xml::UnitSize(encoding_) == 1) {
+    tag = source.substr(event.begin, event.end - event.begin);
+    std::size_t tail = 0;
+    xml::SplitTag(tag, &tag_attributes_, &tail);
+  }
+  element->first_attribute = static_cast<std::uint32_t>(document_.attributes.size());
+  std::size_t index = 0;
+  for (const xml::Attribute& attribute : event.attributes) {
+    std::string_view in_source;
+    if (index < tag_attributes_.size()) {
+      const xml::TagAttribute& place = tag_attributes_[index];
+      in_source = tag.substr(place.value_begin, place.value_end - place.value_begin);
+    }
+    ++index;
+    if (attribute.name == "xml:space") *preserve = attribute.value == "preserve";
+    // A default comes from the definition, where the document looks for it.
+    if (!attribute.specified) continue;
+    if (document_.attributes.size() - element->first_attribute == 0xFFFF) {
+      OnWarning(event.begin, "the element has more than 65535 attributes; the others are carried as they stand");
+      break;
+    }
+    AddAttribute(attribute, in_source, element->definition);
+  }
+  element->attribute_count =
+      static_cast<std::uint16_t>(document_.attributes.size() - element->first_attribute);
+}
+
+void Gatherer::AddAttribute(const xml::Attribute& from, std::string_view in_source, Id definition) {
+  Attribute attribute;
+  const auto known = document_.name_index.find(from.name);
+  attribute.name = known != document_.name_index.end()
+                       ? known->second
+                       : document_.InternName(document_.Keep(std::string(from.name)));
+  attribute.first_value = static_cast<std::uint32_t>(document_.values.size());
+  std::string_view value = Lasting(from.value, in_source);
+  if (lists_.empty() || !lists_.contains(ListKey(definition, attribute.name))) {
+    document_.values.push_back(value);
+  } else {
+    // The reader leaves one blank between the values of such an attribute, and none around them.
+    while (!value.empty()) {
+      const std::size_t end = std::min(value.find(' '), value.size());
+      document_.values.push_back(value.substr(0, end));
+      value.remove_prefix(std::min(end + 1, value.size()));
+    }
+  }
+  attribute.value_count = static_cast<std::uint32_t>(document_.values.size()) - attribute.first_value;
+  document_.attributes.push_back(attribute);
+}
+
+std::uint32_t Gatherer::KeepValue(std::string_view text) {
+  document_.values.push_back(document_.Keep(std::string(text)));
+  return static_cast<std::uint32_t>(document_.values.size()) - 1;
+}
+
+void Gatherer::Text(const Event& event) {
+  const bool is_layout = event.kind == EventKind::kText && !event.referenced && IsBlank(event.text);
+  Item& item = Add(event, is_layout ? ItemKind::kOther : ItemKind::kString);
+  if (is_layout) {
+    item.flags |= kTouched;
+    if (!event.in_entity) return;
+  } else {
+    draft_.elements[open_.back().element].has_text = true;
+  }
+  if (event.plain && event.kind == EventKind::kText) return;
+  item.flags |= kEscaped;
+  if (event.plain) {
+    item.ref = static_cast<std::uint32_t>(document_.values.size());
+    document_.values.push_back(event.text);
+  } else {
+    item.ref = KeepValue(event.text);
+  }
+}
+
+// What the model does not look into. Out of an entity it has no bytes of its own, so its text is kept for the case
+// that the entity has to be written out.
+void Gatherer::Other(const Event& event) {
+  if (open_.empty()) return;
+  Add(event, ItemKind::kOther);
+  if (!event.in_entity) return;
+  std::string text;
+  switch (event.kind) {
+    case EventKind::kComment: text.append("<!--").append(event.text).append("-->"); break;
+    case EventKind::kReference: text.append("&").append(event.name).append(";"); break;
+    default:
+      text.append("<?").append(event.name).append(event.text.empty() ? "" : " ").append(event.text).append("?>");
+      break;
+  }
+  document_.items.back().flags |= kEscaped;
+  document_.items.back().ref = KeepValue(text);
+}
+
+void Gatherer::Instruction(const Event& event) {
+  const Mark mark = ReadMark(event.name, event.text);
+  switch (mark.kind) {
+    case MarkKind::kConditionStart:
+    case MarkKind::kConditionEnd: {
+      const auto known = document_.condition_index.find(mark.name);
+      const Id id = known != document_.condition_index.end()
+                        ? known->second
+                        : document_.InternCondition(document_.Keep(mark.name));
+      document_.conditions[id].declared = true;
+      Add(event, ItemKind::kConditional, id | (mark.kind == MarkKind::kConditionEnd ? kMarkEnds : 0));
+      break;
+    }
+    case MarkKind::kText: {
+      // The second pass reads the data again, on top of what is in force.
+      Item& item = Add(event, ItemKind::kFont, 1);
+      item.font = KeepValue(mark.name);
+      break;
+    }
+    case MarkKind::kTextEnd: Add(event, ItemKind::kFont, 0); break;
+    default:
+      if (draft_.elements.empty() && Prolog(event, mark)) break;
+      Other(event);
+  }
+}
+
+// What is said of the whole document. It has an item, so that saving passes by it.
+bool Gatherer::Prolog(const Event& event, const Mark& mark) {
+  switch (mark.kind) {
+    case MarkKind::kElementKind: DeclareKind(mark); return true;
+    case MarkKind::kConditionState: {
+      Condition& condition =
+          document_.conditions[document_.InternCondition(document_.Keep(mark.name))];
+      condition.declared = true;
+      condition.shown = condition.source_shown = mark.on;
+      condition.state = {event.begin, event.end};
+      break;
+    }
+    case MarkKind::kShowAll:
+      document_.show_all = document_.source_show_all = mark.on;
+      document_.show_all_statement = {event.begin, event.end};
+      break;
+    case MarkKind::kColor: {
+      Color& color = document_.colors[document_.InternColor(document_.Keep(mark.name))];
+      color.cyan = mark.ink[0];
+      color.magenta = mark.ink[1];
+      color.yellow = mark.ink[2];
+      color.black = mark.ink[3];
+      return true;
+    }
+    case MarkKind::kObject: break;
+    default: return false;
+  }
+  Add(event, ItemKind::kOther);
+  return true;
+}
+
+void Gatherer::DeclareKind(const Mark& mark) {
+  const Id id = DefinitionNamed(mark.name);
+  document_.definitions[id].kind = mark.element_kind;
+  draft_.roles[id] = RoleOfKind(mark.element_kind);
+  draft_.declared_kinds[id] = true;
+}
+
+void Gatherer::OnElementDeclaration(std::string_view name, bool mixed) {
+  const Id id = DefinitionNamed(name);
+  document_.definitions[id].declared = true;
+  if (mixed) with_text_.insert(id);
+}
+
+void Gatherer::OnAttributeDeclaration(const xml::AttributeDeclaration& declaration) {
+  const Id id = DefinitionNamed(declaration.element);
+  Definition& definition = document_.definitions[id];
+  definition.declared = true;
+  const auto known = document_.name_index.find(declaration.name);
+  AttributeDefinition attribute;
+  attribute.name = known != document_.name_index.end()
+                       ? known->second
+                       : document_.InternName(document_.Keep(std::string(declaration.name)));
+  const bool is_again = std::any_of(definition.attributes.begin(), definition.attributes.end(),
+                                    [&](const AttributeDefinition& other) { return other.name == attribute.name; });
+  if (is_again) return;
+  attribute.required = declaration.required && !declaration.has_default;
+  attribute.read_only = declaration.required && declaration.has_default;
+  bool is_list = false;
+  attribute.type = kChoice;
+  for (const TypeName& type : kTypes) {
+    if (type.name != declaration.type) continue;
+    attribute.type = type.type;
+    is_list = type.is_list;
+  }
+  const auto split = [&](std::string_view text, char separator, std::vector<std::string_view>* parts) {
+    std::string_view rest = document_.Keep(std::string(text));
+    while (!rest.empty()) {
+      const std::size_t end = std::min(rest.find(separator), rest.size());
+      if (end > 0) parts->push_back(rest.substr(0, end));
+      rest.remove_prefix(std::min(end + 1, rest.size()));
+    }
+  };
+  if (attribute.type == kChoice) {
+    const std::size_t begin = declaration.type.find('(');
+    const std::size_t end = declaration.type.rfind(')');
+    if (begin < end && end != std::string_view::npos) {
+      split(declaration.type.substr(begin + 1, end - begin - 1), '|', &attribute.choices);
+    }
+  }
+  if (is_list) lists_.insert(ListKey(id, attribute.name));
+  if (declaration.has_default && is_list) {
+    split(declaration.default_value, ' ', &attribute.defaults);
+  } else if (declaration.has_default) {
+    attribute.defaults.push_back(document_.Keep(std::string(declaration.default_value)));
+  }
+  definition.attributes.push_back(std::move(attribute));
+}
+
+}  // namespace
+
+XmlRole XmlRoleOfName(std::string_view name) {
+  for (const RoleName& known : kRoleNames) {
+    const bool same = std::equal(name.begin(), name.end(), known.name.begin(), known.name.end(), [](char a, char b) {
+      return (a >= 'A' && a <= 'Z' ? static_cast<char>(a - 'A' + 'a') : a) == b;
+    });
+    if (same) return known.role;
+  }
+  return XmlRole::kNone;
+}
+
+std::unique_ptr<Document> BuildXml(std::string bytes, std::string* error) {
+  auto document = std::make_unique<Document>();
+  document->format = Format::kXml;
+  document->source = std::move(bytes);
+  const std::string_view source = document->source;
+  const xml::Encoding encoding = xml::DetectEncoding(source);
+  const std::uint32_t unit = xml::UnitSize(encoding);
+  for (std::uint32_t at = 0; at + unit <= source.size(); at += unit) {
+    const char c = xml::AsciiAt(source, at, encoding);
+    if (c != '\n') continue;
+    document->crlf = at >= unit && xml::AsciiAt(source, at - unit, encoding) == '\r';
+    break;
+  }
+  AddReservedColors(document.get());
+  XmlDraft draft;
+  constexpr std::size_t kBytesPerItem = 16;
+  document->items.reserve(source.size() / kBytesPerItem);
+  Gatherer gatherer(document.get(), &draft);
+  xml::Error problem;
+  if (!xml::Read(document->source, &gatherer, &problem)) {
+    *error = problem.Describe();
+    return nullptr;
+  }
+  BuildXmlTree(document.get(), draft);
+  return document;
+}
+
+}  // namespace qelm::embedded::model

@@ -1,0 +1,113 @@
+// Books: their components, the paths of these, and the elements that a book keeps of them.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "embedded/model/files.h"
+#include "embedded/model/locate.h"
+
+namespace qelm::test {
+namespace {
+
+using namespace embedded::model;
+
+constexpr std::string_view kBook =
+    "<Book 7.0> # x\r\n"
+    "<BookComponent \r\n <FileName `<c\\>toc.fm'>\r\n <DeriveType TOC>\r\n <DeriveTag `T'>\r\n>\r\n"
+    "<BookComponent <FileName `<v\\>M:<c\\>D\\xd4 s<c\\>ch1.fm'> <DisplayText `First \\xd2 one\\xd3 '> >\r\n"
+    "<BookComponent <FileName `<u\\><c\\>ch2.fm'>>\r\n"
+    "<BookElements \r\n"
+    " <ElementBegin <ETag `Manual'> <Attributes <Attribute <AttrName `A'> <AttrValue `1'> <AttrValue `2'>>>>\r\n"
+    "  <Element <ETag `'> <EComponent 0>>\r\n"
+    "  <ElementBegin <ETag `Part'>>\r\n"
+    "   <Element <ETag `Chapter'> <EComponent 1> <Attributes >>\r\n"
+    "  <ElementEnd `Part'>\r\n"
+    "  <Element <ETag `Chapter'> <EComponent 7>>\r\n"
+    " <ElementEnd `Manual'>\r\n>\r\n# End of Book\r\n";
+
+TEST(Book, HasComponentsInOrder) {
+  std::string error;
+  const auto book = BuildBook(std::string(kBook), &error);
+  ASSERT_NE(book, nullptr) << error;
+  ASSERT_EQ(book->components.size(), 3U);
+  EXPECT_TRUE(book->components[0].generated);
+  EXPECT_EQ(book->components[0].path, "toc.fm");
+  EXPECT_FALSE(book->components[1].generated);
+  EXPECT_EQ(book->components[1].path, "M:/D\xE2\x80\x98s/ch1.fm");
+  EXPECT_EQ(book->components[1].entry_text, "First \xE2\x80\x9Cone\xE2\x80\x9D");
+  EXPECT_EQ(book->components[2].path, "../ch2.fm");
+  EXPECT_EQ(book->tree.At(book->components[2].span), "<BookComponent <FileName `<u\\><c\\>ch2.fm'>>");
+}
+
+TEST(Book, KeepsTheElementsOfItsComponents) {
+  std::string error;
+  const auto book = BuildBook(std::string(kBook), &error);
+  const Document& tree = book->tree;
+  ASSERT_EQ(tree.elements.size(), 6U);
+  const Element& root = tree.elements[tree.flows[1].root];
+  EXPECT_EQ(tree.definitions[root.definition].name, "Manual");
+  EXPECT_EQ(tree.attributes[root.first_attribute].value_count, 2U);
+  const Element& part = tree.elements[tree.elements[root.first_child].next];
+  EXPECT_EQ(tree.definitions[part.definition].name, "Part");
+  EXPECT_EQ(book->element_components[root.first_child], 0U);
+  EXPECT_EQ(book->element_components[part.first_child], 1U);
+  EXPECT_EQ(book->element_components[root.last_child], kNoIndex);
+  ASSERT_EQ(tree.warnings.size(), 1U);
+  EXPECT_EQ(tree.warnings[0].text, "line 15: an element names a component that the book does not have");
+}
+
+TEST(Book, SeveralTopElementsAndDamage) {
+  std::string error;
+  const auto book = BuildBook("<Book 8.0><BookElements <Element <ETag `A'>><Element <ETag `B'>><ElementEnd `B'>>", &error);
+  ASSERT_NE(book, nullptr) << error;
+  const Element& root = book->tree.elements[book->tree.flows[1].root];
+  EXPECT_TRUE(root.is_virtual);
+  EXPECT_EQ(book->tree.elements[root.first_child].next, root.last_child);
+  EXPECT_EQ(BuildBook("<Book 7.0>\n<BookComponent <FileName `a'>", &error), nullptr);
+  EXPECT_NE(error.find("line 2"), std::string::npos) << error;
+}
+
+TEST(Book, PathsOfEveryKind) {
+  struct Row {
+    std::string_view device_independent;
+    std::string_view path;
+  };
+  const Row rows[] = {
+      {"<c>a.fm", "a.fm"},       {"<c>d<c>a.fm", "d/a.fm"},       {"<r><c>usr<c>a.fm", "/usr/a.fm"},
+      {"<u><u><c>a.fm", "../../a.fm"}, {"<v>C:<c>d<c>a.fm", "C:/d/a.fm"}, {"<h>host<c>share<c>a.fm", "//host/share/a.fm"},
+  };
+  for (const Row& row : rows) {
+    EXPECT_EQ(PlatformPath(row.device_independent), row.path);
+    EXPECT_EQ(DeviceIndependentPath(row.path), row.device_independent);
+  }
+  EXPECT_EQ(PlatformPath("d\\a.fm"), "d/a.fm");
+  EXPECT_EQ(DeviceIndependentPath("./d//a.fm"), "<c>d<c>a.fm");
+}
+
+TEST(Book, ARealOneFindsItsFiles) {
+  const std::filesystem::path path =
+      std::filesystem::path(QELM_SOURCE_DIR) / "../shared/mif/samples/bill/DigitalEconomyBook.mif";
+  std::ifstream file(path, std::ios::binary);
+  if (!file) GTEST_SKIP() << "no sample book here";
+  std::stringstream bytes;
+  bytes << file.rdbuf();
+  std::string error;
+  const auto book = BuildBook(bytes.str(), &error);
+  ASSERT_NE(book, nullptr) << error;
+  EXPECT_TRUE(book->tree.source == bytes.str());
+  EXPECT_TRUE(book->tree.warnings.empty());
+  ASSERT_EQ(book->components.size(), 5U);
+  for (const Component& component : book->components) {
+    const Located located = LocateComponent(path.native(), component.path);
+    EXPECT_TRUE(located.exists && located.elsewhere) << component.path;
+  }
+  std::size_t with_component = 0;
+  for (const std::uint32_t component : book->element_components) with_component += component != kNoIndex ? 1 : 0;
+  EXPECT_EQ(with_component, 5U);
+}
+
+}  // namespace
+}  // namespace qelm::test

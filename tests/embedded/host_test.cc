@@ -1,0 +1,744 @@
+// The embedded host through its interface, over documents made for the purpose and over real files.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <sstream>
+
+#include "embedded/adapter/clients.h"
+#include "embedded/adapter/dialogs.h"
+#include "embedded/adapter/embedded_host.h"
+#include "embedded/adapter/platform.h"
+#include "embedded/adapter/user_interface.h"
+#include "embedded/model/files.h"
+#include "support/golden_text.h"
+#include "support/mif_files.h"
+#include "support/temp_folder.h"
+
+namespace qelm::embedded::adapter {
+namespace {
+
+using host::ElementKind;
+using host::ElementProperty;
+using host::Id;
+using host::kNone;
+using host::OpenStatus;
+using testing::Golden;
+using testing::Mif;
+using testing::MifFile;
+using testing::MifFlow;
+
+class HostTest : public ::testing::Test {
+ protected:
+  std::string Write(const std::string& name, const std::string& content) {
+    return temporary.Write(name, content);
+  }
+  Id Open(const std::string& path, const host::OpenOptions& options = {}) {
+    const Id id = host.documents.Open(path, options, &status);
+    EXPECT_NE(id, kNone) << host.documents.LastError();
+    return id;
+  }
+  Id OpenText(const std::string& content) {
+    return Open(Write("document" + std::to_string(++written_) + ".mif", content));
+  }
+  bool SaveAs(Id id, const std::string& path, host::SaveFormat format = host::SaveFormat::kDocument) {
+    return host.documents.Save(
+        id, {.path = path, .format = format, .pdf_job_options = {}, .structure_application = {}});
+  }
+  std::string Content(const std::string& path) {
+    return platform.ReadFile(path).value_or("(cannot be read)");
+  }
+  std::string Text(Id document) { return Golden(*embedded.Find(document)); }
+  // What the document reads like after it was saved and opened again.
+  std::string Reread(Id document) {
+    const std::string path = folder + "/reread" + std::to_string(++written_) + ".mif";
+    std::ofstream(path) << "";
+    EXPECT_TRUE(SaveAs(document, path)) << host.documents.LastError();
+    EXPECT_TRUE(host.documents.Close(document, true));
+    return Text(Open(path));
+  }
+
+  // The first element of that tag in document order, `skip` others passed over.
+  Id Find(Id document, const std::string& tag, int skip = 0) {
+    const Id definition = host.definitions.FindDefinition(document, tag);
+    for (Id id = 1; definition != kNone && id < host.elements.IdLimit(document); ++id) {
+      if (host.elements.Definition(document, id) == definition && skip-- == 0) return id;
+    }
+    ADD_FAILURE() << "no element " << tag;
+    return kNone;
+  }
+  std::string Property(Id document, Id element, ElementProperty property) {
+    std::string value;
+    return host.text.ReadElementProperty(document, element, property, &value) ? value : "(none)";
+  }
+  bool Write(Id document, Id element, const host::TextProperties& properties) {
+    return host.text.WriteProperties(document, host.text.ElementRange(document, element), properties);
+  }
+  host::TextProperties Under(Id document, const char* condition) {
+    host::TextProperties properties;
+    properties.mask = host::kConditionsProperty;
+    properties.conditions = {host.catalogs.CreateCondition(document, condition)};
+    return properties;
+  }
+
+  testing::TempFolder temporary;
+  const std::string& folder = temporary.path();
+  PosixPlatform platform;
+  std::stringstream no_input, messages;
+  EventLog events;
+  ScriptedUserInterface user{
+      ScriptedUserInterface::Options{.in = no_input, .messages = messages, .events = events}};
+  NoDialogs dialogs{events};
+  RecordedClients clients{events};
+  EmbeddedHost embedded{
+      {.plugin_folder = "/plugins/QELM", .file_error = [this] { return platform.LastError(); }},
+      user,
+      dialogs,
+      clients,
+      platform};
+  host::Host& host = embedded.roles();
+  OpenStatus status = OpenStatus::kOpened;
+
+ private:
+  int written_ = 0;
+};
+
+constexpr const char* kManual = R"(<Doc Audience="admin|user" Empty="" Unset>
+  [Heading]<Title>Pump</Title>
+  <P>one {Hidden}two{} three</P>
+  <P>{Red,Underline}four{} <Em>five</Em></P>
+  <P>see <XRef .format="Page" .source="12: P: four" .file="<c>b.fm">page 3</XRef></P>
+  <P>a note<Footnote>its text</Footnote><Marker .type="Index" .text="pump"/></P>
+  <!Page/><P><Variable .name="Product"/> <Graphic .file="<c>img<c>a.png"/></P>
+  <Table .format="Grid">
+    <TableTitle>Parts</TableTitle>
+    <TableHeading><Row><Cell>No</Cell></Row></TableHeading>
+    <TableBody>
+      <Row {Hidden}><Cell>1</Cell></Row>
+      <Row><Cell>2
+          {ChangeBar}3{}</Cell></Row>
+    </TableBody>
+  </Table>
+</Doc>)";
+
+constexpr const char* kManualRead =
+    "<Doc Audience=\"admin|user\" Empty=\"\" Unset><Title>Pump</Title>\n"
+    "<P>one {Hidden}two{} three</P>\n"
+    "<P>{Red,Underline}four{} <Em>five</Em></P>\n"
+    "<P>see <XRef>page 3</XRef></P>\n"
+    "<P>a note<Footnote>its text</Footnote><Marker/></P>\n"
+    "<P><Variable/> <Graphic/></P>\n"
+    "<Table><TableTitle>Parts</TableTitle><TableHeading><Row><Cell>No</Cell></Row></TableHeading>"
+    "<TableBody><Row "
+    "{Hidden}><Cell>1</Cell></Row><Row><Cell>2\n{ChangeBar}3{}</Cell></Row></TableBody></Table></Doc>";
+
+TEST_F(HostTest, DocumentsReadAsTheyWereMade) {
+  EXPECT_EQ(Text(OpenText(Mif(kManual))), kManualRead);
+  MifFile apart;
+  apart.flows = {{.text = kManual}};
+  apart.hidden = {"Hidden"};
+  apart.hidden_flow = true;
+  const std::string with_hidden_flow = Mif(apart);
+  EXPECT_NE(with_hidden_flow.find("`HIDDEN'"), std::string::npos);
+  EXPECT_EQ(Text(OpenText(with_hidden_flow)), kManualRead);
+  EXPECT_EQ(embedded.notices(), std::vector<std::string>());
+}
+
+TEST_F(HostTest, HiddenParagraphsComeBackWithTheirMarks) {
+  MifFile apart;
+  apart.flows = {{.text = "<Doc>a {Hidden}b\nc\n{}d</Doc>"}};
+  apart.hidden = {"Hidden"};
+  apart.hidden_flow = true;
+  EXPECT_EQ(Text(OpenText(Mif(apart))), "<Doc>a {Hidden}b{}\n{Hidden}c{}\nd</Doc>");
+}
+
+TEST_F(HostTest, SavedWithoutChangeIsTheSameToTheByte) {
+  std::string with_crlf;
+  for (const char c : Mif(kManual)) with_crlf += c == '\n' ? "\r\n" : std::string(1, c);
+  for (const std::string& source : {Mif(kManual), with_crlf, testing::MifBook({"<c>a.fm"})}) {
+    const Id id = OpenText(source);
+    EXPECT_TRUE(SaveAs(id, folder + "/out.mif")) << host.documents.LastError();
+    EXPECT_EQ(Content(folder + "/out.mif"), source);
+    EXPECT_TRUE(host.documents.Close(id, false));
+  }
+}
+
+TEST_F(HostTest, WhatCannotBeOpenedSaysWhy) {
+  const std::string damaged = Mif("<Doc>text</Doc>").substr(0, 900);
+  const struct {
+    std::string path;
+    OpenStatus status;
+    std::string text;
+  } rows[] = {
+      {folder + "/missing.mif", OpenStatus::kNotFound, "no such file"},
+      {folder, OpenStatus::kIsFolder, "folder"},
+      {Write("empty.mif", ""), OpenStatus::kEmpty, "empty"},
+      {Write("binary.fm", "<MakerFile 10.0Z\x01\x02"), OpenStatus::kBinaryFormat, "save it as MIF"},
+      {Write("other.mif", "Version 300\nCharset \"Neutral\"\n"), OpenStatus::kUnknownFormat, "neither MIF"},
+      {Write("damaged.mif", damaged), OpenStatus::kDamaged, "line "},
+      {"", OpenStatus::kNotFound, "no file was named"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(host.documents.Open(row.path, {}, &status), kNone) << row.path;
+    EXPECT_EQ(status, row.status) << row.path;
+    EXPECT_NE(host.documents.ErrorCode(), 0) << row.path;
+    EXPECT_EQ(host.documents.LastError().substr(0, row.path.size()), row.path);
+    EXPECT_NE(host.documents.LastError().find(row.text), std::string::npos) << host.documents.LastError();
+  }
+  EXPECT_EQ(host.documents.FirstOpenDocument(), kNone);
+}
+
+TEST_F(HostTest, IdsAreGivenOnceAndAreDeadAfterClosing) {
+  const Id first = OpenText(Mif("<Doc>a</Doc>"));
+  const Id second = OpenText(Mif("<Doc>b</Doc>"));
+  EXPECT_EQ(host.documents.ActiveDocument(), second);
+  EXPECT_EQ(host.documents.NextOpenDocument(host.documents.FirstOpenDocument()), second);
+  EXPECT_TRUE(host.documents.Close(second, false));
+  EXPECT_EQ(host.documents.ActiveDocument(), first);
+  EXPECT_EQ(OpenText(Mif("<Doc>c</Doc>")), 3U);
+  EXPECT_EQ(embedded.Find(second), nullptr);
+  EXPECT_EQ(host.elements.IdLimit(second), 0U);
+  EXPECT_EQ(host.elements.MainFlow(second), kNone);
+  EXPECT_FALSE(host.elements.IsElement(second, 1));
+  EXPECT_EQ(host.elements.Parent(second, 1), kNone);
+  EXPECT_EQ(host.catalogs.FindColor(second, "Red"), kNone);
+  EXPECT_TRUE(host.text.ElementRange(second, 1).Empty());
+  EXPECT_FALSE(host.editing.DeleteElement(second, 1));
+  EXPECT_FALSE(host.documents.SetSwitch(second, host::DocumentSwitch::kShowAllConditions, true));
+  EXPECT_FALSE(host.documents.Activate(second));
+  EXPECT_EQ(host.documents.Path(second), "");
+}
+
+TEST_F(HostTest, OneFileIsOneDocument) {
+  const std::string path = Write("a.mif", Mif("<Doc>a</Doc>"));
+  std::filesystem::create_symlink(path, folder + "/link.mif");
+  const Id id = Open(path, {.visible = false});
+  EXPECT_EQ(host.documents.ActiveDocument(), kNone);
+  EXPECT_EQ(Open(folder + "/./link.mif"), id);
+  EXPECT_EQ(status, OpenStatus::kAlreadyOpen);
+  EXPECT_EQ(host.documents.ActiveDocument(), id);
+  const Id copy = Open(path, {.as_new = true});
+  EXPECT_NE(copy, id);
+  EXPECT_EQ(host.documents.Path(copy), "");
+  EXPECT_FALSE(host.documents.Save(copy, {}));
+  EXPECT_FALSE(SaveAs(copy, path)) << "another document lies there";
+  EXPECT_TRUE(SaveAs(copy, folder + "/copy.mif"));
+  EXPECT_EQ(host.documents.Path(copy), folder + "/copy.mif");
+}
+
+TEST_F(HostTest, AFailedSaveLeavesDocumentAndFile) {
+  const Id id = OpenText(Mif("<Doc>a</Doc>"));
+  ASSERT_TRUE(host.editing.SetAttributes(id, Find(id, "Doc"), {{"a", {"1"}}}));
+  const std::string before(host.documents.Path(id));
+  EXPECT_FALSE(SaveAs(id, folder + "/missing/out.mif"));
+  EXPECT_NE(host.documents.LastError().find("missing/out.mif: the file cannot be written: No such file"),
+            std::string::npos)
+      << host.documents.LastError();
+  EXPECT_FALSE(SaveAs(id, folder + "/out.pdf", host::SaveFormat::kPdf));
+  EXPECT_FALSE(std::filesystem::exists(folder + "/out.pdf"));
+  EXPECT_EQ(host.documents.Path(id), before);
+  EXPECT_TRUE(host.documents.Switch(id, host::DocumentSwitch::kModified));
+  EXPECT_FALSE(host.documents.Close(id, false));
+  EXPECT_TRUE(host.documents.Save(id, {}));
+  EXPECT_TRUE(host.documents.Close(id, false));
+}
+
+TEST_F(HostTest, TheNameOfTheTargetSaysTheFormat) {
+  const std::string xml = "<?xml version=\"1.0\"?>\n<!-- kept -->\n<Doc a='1'><P>one<Em/> two</P></Doc>\n";
+  const Id id = Open(Write("a.fm", xml));
+  EXPECT_EQ(Text(id), "<Doc a=\"1\"><P>one<Em></Em> two</P></Doc>");
+  EXPECT_TRUE(host.documents.Save(id, {}));
+  EXPECT_EQ(Content(folder + "/a.fm"), xml) << "saved in its place, a document keeps its format";
+  EXPECT_TRUE(SaveAs(id, folder + "/b.mif"));
+  EXPECT_EQ(host.documents.Path(id), folder + "/a.fm") << "a copy in another format is not the document";
+  const Id mif = Open(folder + "/b.mif");
+  EXPECT_EQ(embedded.Find(mif)->format, model::Format::kMif);
+  EXPECT_EQ(Text(mif), "<Doc a=\"1\"><P>one<Em></Em> two</P></Doc>");
+  EXPECT_TRUE(SaveAs(mif, folder + "/c.xml"));
+  EXPECT_TRUE(SaveAs(mif, folder + "/report", host::SaveFormat::kXml));
+  EXPECT_EQ(Content(folder + "/report"), Content(folder + "/c.xml"));
+  const Id back = Open(folder + "/c.xml");
+  EXPECT_EQ(embedded.Find(back)->format, model::Format::kXml);
+  EXPECT_EQ(Text(back), "<Doc a=\"1\"><P>one<Em></Em> two</P></Doc>");
+  const Id book = Open(Write("d.book", testing::MifBook({"<c>b.fm"})));
+  EXPECT_FALSE(SaveAs(book, folder + "/d.xml"));
+  EXPECT_FALSE(std::filesystem::exists(folder + "/d.xml"));
+}
+
+TEST_F(HostTest, MifIsFoundInPlaceOfABinaryFile) {
+  Write("ch1.mif", Mif("<Doc>a</Doc>"));
+  const Id id = Open(folder + "/ch1.fm");
+  EXPECT_EQ(host.documents.Path(id), folder + "/ch1.mif");
+  ASSERT_EQ(embedded.notices().size(), 1U);
+  EXPECT_NE(embedded.notices()[0].find("ch1.fm"), std::string::npos);
+  EXPECT_EQ(Open(folder + "/ch1.mif"), id);
+}
+
+TEST_F(HostTest, BooksFindTheirComponents) {
+  Write("ch1.mif", Mif("<Chapter>a</Chapter>"));
+  const Id book = Open(Write("pump.book", testing::MifBook({"<v>M:<c>Docs<c>ch1.fm", "<c>ch2.fm"})));
+  EXPECT_TRUE(host.books.IsBook(book));
+  EXPECT_EQ(host.documents.ActiveBook(), book);
+  EXPECT_EQ(host.documents.ActiveDocument(), kNone);
+  const Id first = host.books.FirstComponent(book);
+  const Id second = host.books.NextComponent(book, first);
+  EXPECT_EQ(host.books.NextComponent(book, second), kNone);
+  EXPECT_EQ(host.books.ComponentPath(book, first), folder + "/ch1.mif");
+  EXPECT_EQ(host.books.ComponentPath(book, first), folder + "/ch1.mif");
+  EXPECT_EQ(embedded.notices().size(), 1U) << "once, however often it is asked for";
+  EXPECT_EQ(host.books.ComponentPath(book, second), folder + "/ch2.fm");
+  EXPECT_EQ(host.books.ComponentDocument(book, first), kNone);
+  const Id chapter = Open(std::string(host.books.ComponentPath(book, first)));
+  EXPECT_EQ(host.books.ComponentDocument(book, first), chapter);
+  EXPECT_EQ(host.elements.Definition(book, host.elements.Root(book, host.elements.MainFlow(book))),
+            host.definitions.FindDefinition(book, "Book"));
+  EXPECT_FALSE(host.books.RemoveComponent(book, first));
+  EXPECT_NE(host.documents.LastError().find("pump.book: a component cannot be taken out"), std::string::npos);
+}
+
+TEST_F(HostTest, TheTreeIsInDocumentOrderWithKinds) {
+  MifFile file;
+  file.flows = {{.text = "<Head>m</Head>", .place = MifFlow::Place::kMaster, .tag = "A"},
+                {.text = "<Boiler>r</Boiler>", .place = MifFlow::Place::kReference, .tag = ""},
+                {.text = kManual},
+                {.text = "plain"}};
+  const Id id = OpenText(Mif(file));
+  const Id main = host.elements.MainFlow(id);
+  EXPECT_EQ(main, 3U);
+  EXPECT_EQ(host.elements.KindOfFlow(id, 1), host::FlowKind::kMaster);
+  EXPECT_EQ(host.elements.KindOfFlow(id, 2), host::FlowKind::kReference);
+  EXPECT_EQ(host.elements.FlowName(id, main), "A");
+  EXPECT_EQ(host.elements.Root(id, 4), kNone);
+  EXPECT_EQ(host.elements.NextFlow(id, 4), kNone);
+
+  const Id root = host.elements.Root(id, main);
+  std::string kinds;
+  Id last = kNone;
+  for (Id at = root; at != kNone;) {
+    EXPECT_GT(at, last) << "ids follow document order";
+    EXPECT_EQ(host.elements.FlowOf(id, at), main);
+    last = at;
+    const Id definition = host.elements.Definition(id, at);
+    kinds += definition == kNone ? "." : std::string(host.definitions.DefinitionName(id, definition)) + " ";
+    EXPECT_EQ(definition == kNone, host.elements.Kind(id, at) == ElementKind::kText);
+    const Id child = host.elements.FirstChild(id, at);
+    if (child != kNone) {
+      EXPECT_EQ(host.elements.PreviousSibling(id, child), kNone);
+      at = child;
+      continue;
+    }
+    while (at != kNone && host.elements.NextSibling(id, at) == kNone) {
+      const Id parent = host.elements.Parent(id, at);
+      EXPECT_TRUE(parent == kNone || host.elements.LastChild(id, parent) == at);
+      at = parent;
+    }
+    const Id next = at == kNone ? kNone : host.elements.NextSibling(id, at);
+    EXPECT_TRUE(next == kNone || host.elements.PreviousSibling(id, next) == at);
+    at = next;
+  }
+  EXPECT_EQ(kinds,
+            "Doc Title .P .P .Em .P .XRef .P .Footnote .Marker P Variable .Graphic Table TableTitle "
+            ".TableHeading Row "
+            "Cell .TableBody Row Cell .Row Cell .");
+  EXPECT_EQ(host.elements.Kind(id, Find(id, "Cell")), ElementKind::kTableCell);
+  EXPECT_EQ(host.elements.Kind(id, Find(id, "Footnote")), ElementKind::kFootnote);
+  EXPECT_EQ(host.elements.Kind(id, Find(id, "XRef")), ElementKind::kCrossReference);
+  EXPECT_EQ(host.elements.Kind(id, Find(id, "Graphic")), ElementKind::kGraphic);
+}
+
+TEST_F(HostTest, AttributesAndTheirDefinitions) {
+  MifFile file;
+  file.flows = {{.text = R"(<Doc a="1|2" e="" n><P/></Doc>)"}};
+  file.definitions = {
+      {"P", {{"level", "FAttrChoice", {"low", "high"}, {"low"}}, {"ids", "FAttrUniqueIdRefs", {}, {}}}}};
+  const Id id = OpenText(Mif(file));
+  host::AttributeBuffer buffer;
+  host.definitions.ReadAttributes(id, Find(id, "Doc"), &buffer);
+  ASSERT_EQ(buffer.attributes.size(), 3U);
+  EXPECT_EQ(buffer.values, (std::vector<std::string_view>{"1", "2", ""}));
+  EXPECT_EQ(buffer.attributes[1].name, "e");
+  EXPECT_EQ(buffer.attributes[1].first_value, 2U);
+  EXPECT_EQ(buffer.attributes[2].value_count, 0U);
+  host.definitions.ReadAttributes(id, 99, &buffer);
+  EXPECT_TRUE(buffer.attributes.empty());
+
+  const auto defined = host.definitions.AttributeDefinitions(id, host.definitions.FindDefinition(id, "P"));
+  ASSERT_EQ(defined.size(), 2U);
+  EXPECT_EQ(defined[0].type, host::AttributeType::kChoice);
+  EXPECT_EQ(defined[0].choices, (std::vector<std::string_view>{"low", "high"}));
+  EXPECT_EQ(defined[0].defaults, std::vector<std::string_view>{"low"});
+  EXPECT_EQ(defined[1].type, host::AttributeType::kUniqueIdReferences);
+
+  ASSERT_TRUE(host.editing.SetAttributes(id, Find(id, "P"), {{"level", {"high"}}}));
+  EXPECT_EQ(Reread(id), "<Doc a=\"1|2\" e=\"\" n><P level=\"high\"></P></Doc>");
+}
+
+TEST_F(HostTest, UniqueIdsAreThoseOfTheFile) {
+  std::string source = Mif("<Doc><P>a</P><Table><TableBody><Row><Cell/></Row></TableBody></Table></Doc>");
+  const std::size_t at = source.find("<Unique ", source.find("<ETag `Row'>") - 40);
+  source.replace(at, source.find('>', at) - at, "<Unique -15689589");
+  const Id id = OpenText(source);
+  const Id row = Find(id, "Row");
+  EXPECT_EQ(host.elements.UniqueId(id, row), -15689589);
+  EXPECT_EQ(host.elements.FindUniqueId(id, -15689589), row);
+  const Id paragraph = Find(id, "P");
+  EXPECT_EQ(host.elements.FindUniqueId(id, host.elements.UniqueId(id, paragraph)), paragraph);
+  EXPECT_EQ(host.elements.UniqueId(id, host.elements.FirstChild(id, paragraph)), 0) << "a text node has none";
+  EXPECT_EQ(host.elements.FindUniqueId(id, 7), kNone);
+  const std::int64_t gone = host.elements.UniqueId(id, paragraph);
+  ASSERT_TRUE(host.editing.DeleteElement(id, paragraph));
+  EXPECT_EQ(host.elements.FindUniqueId(id, gone), kNone);
+}
+
+TEST_F(HostTest, PropertiesOfElements) {
+  const Id id = OpenText(Mif(kManual));
+  const struct {
+    const char* tag;
+    int skip;
+    ElementProperty property;
+    const char* value;
+  } rows[] = {
+      {"Graphic", 0, ElementProperty::kImportedFile, "img/a.png"},
+      {"P", 0, ElementProperty::kImportedFile, "(none)"},
+      {"Title", 0, ElementProperty::kParagraphTag, "Heading"},
+      {"Doc", 0, ElementProperty::kParagraphTag, "Heading"},
+      {"Em", 0, ElementProperty::kParagraphTag, "Body"},
+      {"Cell", 0, ElementProperty::kParagraphTag, "Body"},
+      {"Row", 0, ElementProperty::kTableTag, "Grid"},
+      {"Table", 0, ElementProperty::kTableTag, "Grid"},
+      {"P", 0, ElementProperty::kTableTag, ""},
+      {"P", 0, ElementProperty::kChangeBar, "false"},
+      {"Cell", 2, ElementProperty::kChangeBar, "false"},
+      {"XRef", 0, ElementProperty::kCrossReferenceFormat, "Page"},
+      {"XRef", 0, ElementProperty::kCrossReferenceSource, "12: P: four"},
+      {"XRef", 0, ElementProperty::kCrossReferenceFile, "b.fm"},
+      {"Marker", 0, ElementProperty::kMarkerType, "Index"},
+      {"Marker", 0, ElementProperty::kMarkerText, "pump"},
+      {"P", 0, ElementProperty::kMarkerText, "(none)"},
+      {"P", 0, ElementProperty::kPageNumber, "1"},
+      {"P", 4, ElementProperty::kPageNumberText, "2"},
+      {"Row", 0, ElementProperty::kPageNumber, "2"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(Property(id, Find(id, row.tag, row.skip), row.property), row.value)
+        << row.tag << " " << static_cast<int>(row.property);
+  }
+  const Id barred = OpenText(Mif("<Doc><P>{ChangeBar}a{}</P></Doc>"));
+  EXPECT_EQ(Property(barred, Find(barred, "Doc"), ElementProperty::kChangeBar), "true");
+}
+
+TEST_F(HostTest, TextIsCutAtCharacters) {
+  const Id id = OpenText(Mif("<Doc><P>\u00E4b<Em>c</Em></P>\n<P>d {Hidden}e{}</P></Doc>"));
+  std::string buffer;
+  EXPECT_EQ(host.text.ElementText(id, Find(id, "Doc"), 100, &buffer), "\u00E4bcd e");
+  EXPECT_EQ(host.text.ElementText(id, Find(id, "P"), 1, &buffer), "\u00E4");
+  EXPECT_EQ(host.text.ElementText(id, Find(id, "P"), 0, &buffer), "");
+}
+
+TEST_F(HostTest, ElementsAreHiddenAndShown) {
+  const Id id =
+      OpenText(Mif("<Doc><P>a<Em>b</Em>c</P>\n<P>d</P>\n"
+                   "<Table><TableBody><Row><Cell>e</Cell></Row></TableBody></Table></Doc>"));
+  EXPECT_EQ(host.catalogs.FindCondition(id, "Hidden"), kNone);
+  const host::TextProperties hidden = Under(id, "Hidden");
+  EXPECT_TRUE(Write(id, Find(id, "Em"), hidden));
+  EXPECT_TRUE(Write(id, Find(id, "Table"), hidden));
+  EXPECT_TRUE(host.catalogs.SetConditionShown(id, hidden.conditions[0], false));
+  EXPECT_EQ(
+      host.text.ReadProperties(id, host.text.ElementRange(id, Find(id, "Em")), host::kConditionsProperty)
+          .conditions,
+      hidden.conditions);
+  const char* const expected =
+      "<Doc><P>a<Em>{Hidden}b{}</Em>c</P>\n<P>d</P>\n"
+      "<Table {Hidden}><TableBody><Row><Cell>e</Cell></Row></TableBody></Table></Doc>";
+  EXPECT_EQ(Text(id), expected) << "a table in the text is the character that anchors it";
+  EXPECT_EQ(Reread(id), expected);
+  const Id again = host.documents.FirstOpenDocument();
+  EXPECT_FALSE(host.catalogs.ConditionShown(again, host.catalogs.FindCondition(again, "Hidden")));
+}
+
+TEST_F(HostTest, RowsCarryConditionsOfTheirOwn) {
+  const Id id =
+      OpenText(Mif("<Doc><Table><TableBody><Row><Cell>a</Cell></Row><Row {New}><Cell>b</Cell></Row>"
+                   "</TableBody></Table></Doc>"));
+  const Id table = host.tables.FirstTable(id);
+  const Id first = host.tables.FirstRow(id, table);
+  const Id second = host.tables.NextRow(id, first);
+  EXPECT_EQ(host.tables.NextRow(id, second), kNone);
+  EXPECT_EQ(host.tables.NextTable(id, table), kNone);
+  EXPECT_EQ(host.tables.RowOfElement(id, Find(id, "Row", 1)), second);
+  EXPECT_EQ(host.tables.RowOfElement(id, Find(id, "Cell")), kNone);
+  const Id hidden = host.catalogs.CreateCondition(id, "Hidden");
+  EXPECT_TRUE(host.tables.SetRowConditions(id, first, {hidden}));
+  EXPECT_EQ(host.tables.RowConditions(id, first), std::vector<Id>{hidden});
+  EXPECT_TRUE(host.tables.SetRowConditions(id, second, {}));
+  EXPECT_FALSE(host.tables.SetRowConditions(id, second, {77}));
+  EXPECT_EQ(Reread(id),
+            "<Doc><Table><TableBody><Row {Hidden}><Cell>a</Cell></Row><Row><Cell>b</Cell></Row>"
+            "</TableBody></Table></Doc>");
+}
+
+TEST_F(HostTest, TextIsColoredAndUncolored) {
+  const Id id = OpenText(Mif("<Doc><P>a<Em>b</Em>c</P></Doc>"));
+  EXPECT_EQ(host.catalogs.FindColor(id, "red"), kNone) << "names are compared exactly";
+  host::TextProperties marked;
+  marked.mask = host::kColorProperty | host::kUnderliningProperty | host::kBackgroundProperty;
+  marked.color = host.catalogs.FindColor(id, "Red");
+  marked.underlining = host::Underlining::kNumeric;
+  marked.background = host.catalogs.CreateColor(id, "Marker pen", 0, 0, 60, 0);
+  EXPECT_TRUE(Write(id, Find(id, "Em"), marked));
+  const host::TextProperties read =
+      host.text.ReadProperties(id, host.text.ElementRange(id, Find(id, "Em")), host::kAllTextProperties);
+  EXPECT_EQ(read.color, marked.color);
+  EXPECT_EQ(read.underlining, marked.underlining);
+  EXPECT_EQ(read.background, marked.background);
+  EXPECT_EQ(Reread(id), "<Doc><P>a<Em>{Red,NumericUnderline,Background=Marker pen}b{}</Em>c</P></Doc>");
+  const Id again = host.documents.FirstOpenDocument();
+  EXPECT_NE(host.catalogs.FindColor(again, "Marker pen"), kNone);
+  host::TextProperties plain;
+  plain.mask = marked.mask;
+  plain.color = host.catalogs.FindColor(again, "Black");
+  EXPECT_TRUE(Write(again, Find(again, "Em"), plain));
+  EXPECT_EQ(Reread(again), "<Doc><P>a<Em>b</Em>c</P></Doc>");
+}
+
+TEST_F(HostTest, ColorsThatAreOnlyUsedAreNotDefined) {
+  std::string source = Mif("<Doc>{Red}a{}</Doc>");
+  const std::size_t used = source.rfind("`Red'");
+  source.replace(used, 5, "`Rot'");
+  const Id id = OpenText(source);
+  EXPECT_EQ(host.catalogs.FindColor(id, "Rot"), kNone);
+  const Id made = host.catalogs.CreateColor(id, "Rot", 0, 100, 100, 0);
+  EXPECT_NE(made, kNone);
+  EXPECT_EQ(host.catalogs.FindColor(id, "Rot"), made);
+}
+
+// A search goes on from where the last run begins, as its conditions are taken away before.
+TEST_F(HostTest, EachRunOfAConditionIsFoundOnce) {
+  const Id id = OpenText(
+      Mif("<Doc><P>a{Hidden}b<Em>c</Em>{}d</P>\n<P>{New}e{}{Hidden,New}f{}</P>\n"
+          "{Hidden}<P>g</P>\n<P>h<Footnote {Hidden}>{Hidden}i{}</Footnote></P>{}\n"
+          "<Table {Hidden}><TableBody><Row><Cell>{Hidden}j{}</Cell></Row></TableBody></Table></Doc>"));
+  const Id hidden = host.catalogs.FindCondition(id, "Hidden");
+  host::TextProperties none;
+  none.mask = host::kConditionsProperty;
+  for (const bool from_end : {false, true}) {
+    const Id document = from_end ? id : OpenText(Content(std::string(host.documents.Path(id))));
+    host::TextLocation from = host.text.FlowStart(document, host.elements.MainFlow(document));
+    host::TextRange found;
+    int runs = 0;
+    while (host.text.FindCondition(document, from, hidden, &found) == host::Text::FindResult::kFound) {
+      ASSERT_LT(++runs, 20);
+      EXPECT_TRUE(host.text.WriteProperties(document, found, none));
+      from = from_end ? found.end : found.begin;
+    }
+    EXPECT_EQ(Text(document),
+              "<Doc><P>ab<Em>c</Em>d</P>\n<P>{New}e{}f</P>\n<P>g</P>\n<P>h<Footnote>i</Footnote></P>\n"
+              "<Table><TableBody><Row><Cell>j</Cell></Row></TableBody></Table></Doc>");
+  }
+  host::TextRange found;
+  EXPECT_EQ(host.text.FindCondition(id, {99, 0}, hidden, &found), host::Text::FindResult::kFailed);
+  EXPECT_EQ(host.text.FindCondition(id, host.text.FlowStart(id, 1), 99, &found),
+            host::Text::FindResult::kFailed);
+}
+
+TEST_F(HostTest, SelectionsAreKept) {
+  const Id id = OpenText(Mif("<Doc><P>a</P>\n<P>b</P></Doc>"));
+  EXPECT_EQ(host.text.SelectedElement(id), kNone);
+  const Id second = Find(id, "P", 1);
+  EXPECT_TRUE(host.text.SelectElement(id, second));
+  const host::TextRange selection = host.text.Selection(id);
+  EXPECT_TRUE(host.text.SelectElement(id, Find(id, "Doc")));
+  EXPECT_TRUE(host.text.SetSelection(id, selection));
+  EXPECT_EQ(host.text.SelectedElement(id), second);
+  EXPECT_FALSE(host.text.SetSelection(id, {{1, 0}, {1, 100000}}));
+  EXPECT_TRUE(host.editing.DeleteElement(id, second));
+  EXPECT_EQ(host.text.SelectedElement(id), kNone);
+  EXPECT_FALSE(host.text.SelectElement(id, second));
+}
+
+TEST_F(HostTest, LockedInsetsRefuseChanges) {
+  const Id id = OpenText(Mif("<Doc><P>a</P>\n<!Inset .file=\"<c>inc.fm\"><P>b</P>\n<P>c</P></!Inset></Doc>"));
+  const Id inset = host.tables.FirstInset(id);
+  ASSERT_NE(inset, kNone);
+  EXPECT_EQ(host.tables.NextInset(id, inset), kNone);
+  EXPECT_TRUE(host.tables.InsetLocked(id, inset));
+  const host::TextProperties hidden = Under(id, "Hidden");
+  EXPECT_TRUE(Write(id, Find(id, "P"), hidden));
+  EXPECT_FALSE(Write(id, Find(id, "P", 1), hidden));
+  EXPECT_NE(host.documents.LastError().find("text inset"), std::string::npos);
+  EXPECT_FALSE(host.editing.DeleteElement(id, Find(id, "P", 2)));
+  EXPECT_TRUE(host.tables.SetInsetLocked(id, inset, false));
+  EXPECT_TRUE(Write(id, Find(id, "P", 1), hidden));
+  EXPECT_TRUE(host.editing.DeleteElement(id, Find(id, "P", 2)));
+  EXPECT_EQ(Text(id), "<Doc><P>{Hidden}a{}</P>\n<!Inset><P>{Hidden}b{}</P></!Inset></Doc>");
+}
+
+constexpr const char* kTwoTables =
+    "<Doc><P>a</P>\n<Table><TableTitle>t</TableTitle><TableHeading><Row><Cell>h</Cell></Row></TableHeading>"
+    "<TableBody><Row><Cell>1</Cell></Row><Row><Cell>2</Cell></Row></TableBody>"
+    "<TableFooting><Row><Cell>f</Cell></Row></TableFooting></Table>\n<P>z</P></Doc>";
+
+TEST_F(HostTest, PartsOfTablesAreDeletedInTheirOwnWays) {
+  const Id id = OpenText(Mif(kTwoTables));
+  for (const char* part : {"TableTitle", "TableHeading", "TableBody", "TableFooting", "Row", "Cell"}) {
+    EXPECT_FALSE(host.editing.DeleteElement(id, Find(id, part))) << part;
+  }
+  const Id table = Find(id, "Table");
+  const Id heading = Find(id, "TableHeading");
+  EXPECT_FALSE(host.editing.DeleteRows(id, table, Find(id, "Row"), 3)) << "that would be the whole body";
+  EXPECT_FALSE(host.editing.DeleteRows(id, table, Find(id, "Row", 3), 2)) << "there is one row left only";
+  EXPECT_FALSE(host.editing.DeleteRows(id, Find(id, "Doc"), Find(id, "Row"), 1));
+  EXPECT_FALSE(host.editing.RemoveTitle(id, Find(id, "P")));
+  EXPECT_EQ(Text(id), kTwoTables) << "what was refused changed nothing";
+  EXPECT_TRUE(host.editing.DeleteRows(id, table, Find(id, "Row"), 2))
+      << "the heading and one row of the body";
+  EXPECT_FALSE(host.elements.IsElement(id, heading));
+  EXPECT_TRUE(host.editing.RemoveTitle(id, table));
+  EXPECT_FALSE(host.editing.RemoveTitle(id, table));
+  EXPECT_TRUE(host.editing.DeleteRows(id, table, Find(id, "Row", 1), 1)) << "the footing";
+  const Id left = host.tables.FirstRow(id, host.tables.FirstTable(id));
+  EXPECT_EQ(host.tables.RowOfElement(id, Find(id, "Row")), left);
+  EXPECT_EQ(host.tables.NextRow(id, left), kNone);
+  EXPECT_EQ(Reread(id),
+            "<Doc><P>a</P>\n<Table><TableBody><Row><Cell>2</Cell></Row></TableBody></Table>\n<P>z</P></Doc>");
+  const Id again = host.documents.FirstOpenDocument();
+  EXPECT_TRUE(host.editing.DeleteElement(again, Find(again, "Table")));
+  EXPECT_EQ(host.tables.FirstTable(again), kNone);
+  EXPECT_EQ(host.elements.NextSibling(again, Find(again, "P")), Find(again, "P", 1));
+}
+
+TEST_F(HostTest, TextIsClearedAndTextNodesAreNotElements) {
+  const Id id = OpenText(Mif("<Doc><P>a<Em>b</Em>c</P></Doc>"));
+  const Id text = host.elements.FirstChild(id, Find(id, "P"));
+  EXPECT_FALSE(host.editing.DeleteElement(id, text));
+  EXPECT_FALSE(host.editing.SetAttributes(id, text, {}));
+  EXPECT_TRUE(host.editing.ClearText(id, host.text.ElementRange(id, text)));
+  EXPECT_FALSE(host.elements.IsElement(id, text));
+  EXPECT_FALSE(host.editing.ClearText(id, {{1, 5}, {1, 2}}));
+  EXPECT_EQ(Reread(id), "<Doc><P><Em>b</Em>c</P></Doc>");
+}
+
+TEST_F(HostTest, WhatIsNotSupportedSaysSo) {
+  const Id id = OpenText(Mif("<Doc>a</Doc>"));
+  const Id root = Find(id, "Doc");
+  const auto refused = [&](bool done) {
+    return !done && host.documents.LastError().find("in this version") != std::string::npos;
+  };
+  EXPECT_TRUE(refused(host.editing.InsertElement(id, root, kNone, 1) != kNone));
+  EXPECT_TRUE(refused(host.editing.SetText(id, root, "b")));
+  EXPECT_TRUE(refused(host.editing.DefineElement(id, "X", "<ANY>", "") != kNone));
+  EXPECT_TRUE(refused(host.editing.SetDefinition(id, root, 1)));
+  EXPECT_TRUE(refused(host.documents.ImportFormats(id, id, host::kImportElementDefinitions)));
+  EXPECT_FALSE(host.documents.Switch(id, host::DocumentSwitch::kModified));
+}
+
+// Whatever is done to a document, the file that comes of it reads as the document did.
+TEST_F(HostTest, EditsReadBackAsTheyWereMade) {
+  constexpr const char* kNested = R"(<Doc><P>a {Hidden}b{} c {Hidden}d
+    e
+    {}f<!Footnote>u</!Footnote></P>
+    {New}<P>h<Em>{Hidden}i{}</Em>{New}{Hidden}<Graphic .file="x"/> j{}</P>
+    <Sec><P>k</P>
+    [+]<P>l</P>{}
+    </Sec>
+    <Table><TableTitle>t</TableTitle><TableHeading><Row><Cell>h</Cell></Row></TableHeading><TableBody>
+      <Row {Hidden}><Cell>m</Cell></Row>
+      <Row><Cell>n<Table><TableBody><Row><Cell>o{New}p{}</Cell></Row></TableBody></Table> q</Cell></Row>
+      <Row><Cell>{Red}r{}</Cell></Row>
+    </TableBody></Table>
+    <P>v<!Marker .type="Index" .text="z"/><!Table><!TableBody><!Row><!Cell>w</!Cell></!Row></!TableBody></!Table></P>
+    </Doc>)";
+  std::vector<std::string> sources;
+  for (const char* text : {kNested, kManual}) {
+    for (const char* level : {"7.00", "10.0"}) {
+      for (const bool apart : {false, true}) {
+        MifFile file;
+        file.flows = {{.text = text}};
+        file.level = level;
+        file.hidden = {"Hidden"};
+        file.hidden_flow = apart;
+        sources.push_back(Mif(file));
+      }
+    }
+  }
+  std::mt19937 random(20240607);
+  const auto below = [&](std::uint32_t limit) { return static_cast<std::uint32_t>(random() % limit); };
+  for (int round = 0; round < 150; ++round) {
+    const Id id = OpenText(sources[below(static_cast<std::uint32_t>(sources.size()))]);
+    const host::TextProperties hidden = Under(id, "Hidden");
+    host::TextProperties red;
+    red.mask = host::kColorProperty | host::kStrikethroughProperty;
+    red.color = host.catalogs.FindColor(id, "Red");
+    red.strikethrough = true;
+    std::string done;
+    for (std::uint32_t edits = 1 + below(6); edits > 0; --edits) {
+      const Id element = 1 + below(host.elements.IdLimit(id) - 1);
+      if (!host.elements.IsElement(id, element)) continue;
+      const std::uint32_t what = below(4);
+      done += " " + std::to_string(what) + ":" + std::to_string(element);
+      if (what == 0) Write(id, element, hidden);
+      if (what == 1) Write(id, element, red);
+      if (what == 2) host.editing.DeleteElement(id, element);
+      if (what != 3) continue;
+      const Id part = host.elements.Parent(id, element);
+      switch (host.elements.Kind(id, element)) {
+        case ElementKind::kText:
+          host.editing.ClearText(id, host.text.ElementRange(id, element));
+          break;
+        case ElementKind::kTableRow:
+          host.editing.DeleteRows(id, host.elements.Parent(id, part), element, 1);
+          break;
+        case ElementKind::kTableTitle:
+          host.editing.RemoveTitle(id, part);
+          break;
+        default:
+          break;
+      }
+    }
+    const std::string before = Text(id);
+    ASSERT_EQ(Reread(id), before) << "round " << round << done;
+    ASSERT_TRUE(host.documents.Close(host.documents.FirstOpenDocument(), true));
+  }
+}
+
+// Real files. They are not part of the project; without them there is nothing to do here.
+const std::filesystem::path kSamples = QELM_SOURCE_DIR "/../shared/mif/samples";
+
+TEST_F(HostTest, RealFilesAreSavedAsTheyWere) {
+  constexpr std::string_view kDamaged = "CommA20040102DummyFM7.mif";
+  if (!std::filesystem::exists(kSamples)) GTEST_SKIP() << "no sample files";
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(kSamples)) {
+    const std::string path = entry.path().string();
+    if (!path.ends_with(".mif")) continue;
+    SCOPED_TRACE(path);
+    if (path.ends_with(kDamaged)) {
+      EXPECT_EQ(host.documents.Open(path, {}, &status), kNone);
+      EXPECT_EQ(status, OpenStatus::kDamaged);
+      continue;
+    }
+    const Id id = Open(path, {.visible = false});
+    const std::string out = Write("out.mif", "");
+    ASSERT_TRUE(SaveAs(id, out)) << host.documents.LastError();
+    EXPECT_EQ(Content(out), Content(path));
+    EXPECT_TRUE(host.documents.Close(id, false));
+  }
+}
+
+TEST_F(HostTest, ARealBookFindsAllItsComponents) {
+  const std::string path = kSamples / "bill/DigitalEconomyBook.mif";
+  if (!std::filesystem::exists(path)) GTEST_SKIP() << "no sample files";
+  const Id book = Open(path);
+  int components = 0;
+  for (Id at = host.books.FirstComponent(book); at != kNone; at = host.books.NextComponent(book, at)) {
+    ++components;
+    const Id document = Open(std::string(host.books.ComponentPath(book, at)), {.visible = false});
+    EXPECT_EQ(host.books.ComponentDocument(book, at), document);
+    EXPECT_NE(host.elements.Root(document, host.elements.MainFlow(document)), kNone);
+  }
+  EXPECT_EQ(components, 5);
+}
+
+}  // namespace
+}  // namespace qelm::embedded::adapter
