@@ -1,0 +1,244 @@
+#include "cli/cli.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <memory>
+#include <ostream>
+
+#include "cli/command.h"
+#include "cli/did_you_mean.h"
+#include "cli/options.h"
+#include "cli/session.h"
+
+namespace qelm::cli {
+namespace {
+
+constexpr std::array kCommands = {
+    &MakeFilterCommand, &MakeRestoreCommand, &MakeXPathCommand,   &MakeSchemesCommand,
+    &MakeInfoCommand,   &MakeDumpCommand,    &MakeConvertCommand, &MakeSettingsCommand,
+};
+
+constexpr std::string_view kDescription =
+    "QELM colors, filters and validates structured FrameMaker documents (MIF and XML) by named schemes.";
+
+constexpr std::string_view kFooter = R"(Exit status:
+  0 done                     1 done, and something was found
+  2 usage                    3 a file cannot be read, is damaged or cannot be written
+  4 an expression or a scheme was refused
+  5 the operation ended with another result
+  130 cancelled (Ctrl-C once: the run is undone; twice: ends at once)
+
+Example: qelm filter operation.mif --scheme "Audience/Beginner" --mode duplicate -o beginner.mif)";
+
+// What the parser's own words in the help are called here.
+constexpr std::pair<const char*, const char*> kHelpLabels[] = {
+    {"SUBCOMMAND", "COMMAND"}, {"Positionals", "Arguments"}, {"REQUIRED", "(required)"}, {"TEXT", ""}};
+
+// The parser's message for a command that is missing.
+constexpr std::string_view kNoSubcommand = "A subcommand is required";
+
+using Clock = std::chrono::steady_clock;
+
+struct Program {
+  CLI::App app{std::string(kDescription), "qelm"};
+  Options options;
+  std::vector<std::unique_ptr<Command>> commands;
+  std::vector<CLI::App*> definitions;  // of the commands
+};
+
+void Define(const Environment& environment, Program* program) {
+  CLI::App& app = program->app;
+  app.fallthrough();  // options of the program are understood behind a command's name too
+  app.require_subcommand(1);
+  app.set_version_flag("--version", "qelm " + environment.version, "Print the version");
+  app.set_help_flag("-h,--help", "Print this help");
+  for (const auto& [label, text] : kHelpLabels) app.get_formatter()->label(label, text);
+  app.footer(std::string(kFooter));
+  DefineOptions(app, &program->options);
+  for (const auto make : kCommands) {
+    program->commands.push_back(make());
+    program->definitions.push_back(program->commands.back()->Define(app));
+  }
+}
+
+void PrintError(const Environment& environment, std::string_view message) {
+  environment.err << (environment.color ? "\033[1;31mqelm:\033[0m " : "qelm: ") << message << std::endl;
+}
+
+// Names of the commands, or of the options that the command `app` takes.
+std::vector<std::string> CommandNames(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+    names.push_back(command->get_name());
+  }
+  return names;
+}
+
+std::vector<std::string> OptionNames(const CLI::App& program) {
+  std::vector<std::string> names;
+  for (const CLI::App* app = &program; app != nullptr;) {
+    for (const CLI::Option* option : app->get_options()) {
+      for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+    }
+    const std::vector<CLI::App*> parsed = app->get_subcommands();
+    app = parsed.empty() ? nullptr : parsed.front();
+  }
+  return names;
+}
+
+// What a person needs to know of a command line that could not be read.
+std::string UsageMessage(const CLI::App& program, const CLI::ParseError& error) {
+  const std::vector<CLI::App*> parsed = program.get_subcommands();
+  const std::string help = parsed.empty() ? "qelm --help" : "qelm " + parsed.front()->get_name() + " --help";
+  std::string message = error.what();
+  const std::vector<std::string> extras = program.remaining(true);
+  if (!extras.empty()) {
+    const std::string& word = extras.front();
+    const bool option = word.size() > 1 && word.front() == '-';
+    const std::string name = option ? word.substr(0, word.find('=')) : word;
+    if (option) {
+      message = "unknown option \"" + name + "\"" + DidYouMean(name, OptionNames(program));
+    } else if (parsed.empty()) {
+      message = "unknown command \"" + name + "\"" + DidYouMean(name, CommandNames(program));
+    } else {
+      message = "unexpected argument \"" + name + "\"";
+    }
+  } else if (message == kNoSubcommand) {
+    message = parsed.empty() ? "a command is needed" : "one of these is needed: ";
+    std::string_view separator;
+    for (const std::string& name :
+         parsed.empty() ? std::vector<std::string>() : CommandNames(*parsed.front())) {
+      message.append(separator).append(name);
+      separator = ", ";
+    }
+  }
+  return message + "; see " + help;
+}
+
+// Writes what a command came to. The common members come first, in one order for all commands.
+class Report {
+ public:
+  Report(const Environment& environment, std::string_view command, Clock::time_point start)
+      : environment_(environment), command_(command), start_(start) {}
+
+  void Print(const Session& session, const Outcome& outcome, bool json) {
+    if (json) {
+      PrintObject(Common(&session, outcome), outcome);
+    } else if (outcome.write_text) {
+      outcome.write_text(environment_.out);
+    } else {
+      environment_.out << outcome.text;
+    }
+  }
+
+  void PrintFailure(const Session* session, const Failure& failure, bool json) {
+    PrintError(environment_, failure.what());
+    if (!json) return;
+    Outcome outcome;
+    outcome.result = 0;
+    outcome.members = failure.Fields();
+    if (!outcome.members.contains("error")) outcome.members["error"] = {{"message", failure.what()}};
+    if (outcome.members.contains("result")) {
+      outcome.result = outcome.members["result"];
+      outcome.members.erase("result");
+    }
+    PrintObject(Common(session, outcome), outcome);
+  }
+
+ private:
+  nlohmann::ordered_json Common(const Session* session, const Outcome& outcome) const {
+    const std::chrono::duration<double, std::milli> elapsed = Clock::now() - start_;
+    const double milliseconds = outcome.elapsed_ms.value_or(elapsed.count());
+    nlohmann::ordered_json object{{"command", command_}, {"result", outcome.result}};
+    object["target"] = nullptr;
+    object["output"] = nullptr;
+    if (session != nullptr && !session->target().empty()) object["target"] = session->target();
+    if (!outcome.output.empty()) object["output"] = outcome.output;
+    object["elapsed_ms"] = static_cast<double>(static_cast<std::int64_t>(milliseconds * 1000)) / 1000;
+    object["alerts"] = nlohmann::ordered_json::array();
+    object["notices"] = nlohmann::ordered_json::array();
+    if (session != nullptr) {
+      object["alerts"] = session->Alerts();
+      object["notices"] = session->Notices();
+    }
+    return object;
+  }
+
+  void PrintObject(nlohmann::ordered_json object, const Outcome& outcome) {
+    object.update(outcome.members);
+    std::string text = object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+    if (outcome.write_members) {
+      text.pop_back();
+      environment_.out << text;
+      outcome.write_members(environment_.out);
+      text = "}";
+    }
+    environment_.out << text << '\n';
+  }
+
+  const Environment& environment_;
+  std::string command_;
+  Clock::time_point start_;
+};
+
+ExitStatus RunCommand(Command& command, const Options& options, const Environment& environment,
+                      Report* report) {
+  std::unique_ptr<Session> session;
+  ExitStatus status = ExitStatus::kDone;
+  try {
+    session = std::make_unique<Session>(options, environment);
+    session->Start();
+    const Outcome outcome = command.Run(*session);
+    status = outcome.status;
+    if (!outcome.printed) report->Print(*session, outcome, options.json);
+  } catch (const Failure& failure) {
+    status = failure.Status();
+    report->PrintFailure(session.get(), failure, options.json);
+  }
+  environment.out.flush();
+  if (!environment.out) {
+    PrintError(environment, "standard output cannot be written");
+    return ExitStatus::kFile;
+  }
+  return status;
+}
+
+// Parses the arguments. The exit status when the program is to end with that.
+std::optional<ExitStatus> Parse(std::vector<std::string> arguments, const Environment& environment,
+                                Program* program) {
+  std::reverse(arguments.begin(), arguments.end());  // the parser takes them from the end
+  try {
+    program->app.parse(std::move(arguments));
+  } catch (const CLI::Success& wanted) {
+    program->app.exit(wanted, environment.out, environment.err);
+    return ExitStatus::kDone;
+  } catch (const CLI::ParseError& error) {
+    PrintError(environment, UsageMessage(program->app, error));
+    return ExitStatus::kUsage;
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+int Main(std::vector<std::string> arguments, const Environment& environment) {
+  const Clock::time_point start = Clock::now();
+  try {
+    Program program;
+    Define(environment, &program);
+    if (const auto status = Parse(std::move(arguments), environment, &program))
+      return static_cast<int>(*status);
+    for (std::size_t i = 0; i < program.commands.size(); ++i) {
+      if (!program.definitions[i]->parsed()) continue;
+      Report report(environment, program.definitions[i]->get_name(), start);
+      return static_cast<int>(RunCommand(*program.commands[i], program.options, environment, &report));
+    }
+  } catch (const std::exception& problem) {
+    PrintError(environment, std::string("the run was given up: ") + problem.what());
+  }
+  return static_cast<int>(ExitStatus::kOperation);
+}
+
+}  // namespace qelm::cli

@@ -1,0 +1,51 @@
+// Where elements stand in a document: their numbers and their paths.
+//
+// Elements (text nodes not counted) of a flow are numbered from 0 in document order. A path is like
+// /Doc[1]/Section[2]: the index counts the siblings of the same name. Both are worked out for a whole flow
+// when an element of it is first asked for, so that each answer is a look-up.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "host/interface/host.h"
+
+namespace qelm::cli {
+
+class ElementPlaces {
+ public:
+  ElementPlaces(host::Host& host, host::Id document) : host_(host), document_(document) {}
+
+  // The number of the element; of its parent for a text node.
+  std::uint32_t Number(host::Id element);
+
+  // Appends the path of the element or text node.
+  void AppendPath(host::Id element, std::string* path);
+
+  // The element with that number in the flow in which expressions start; 0 when there are fewer.
+  host::Id ByNumber(std::uint32_t number);
+
+  // The flow in which expressions start: the one named "Main", else the main flow. 0 where there is none.
+  host::Id DefaultFlow();
+
+ private:
+  void Ensure(host::Id element);
+  void PlaceTree(host::Id root);
+  void PlaceChildren(host::Id parent);
+
+  // How many children of one parent had a definition so far; text nodes count under 0.
+  struct Count {
+    host::Id parent = host::kNone;
+    std::uint32_t children = 0;
+  };
+
+  host::Host& host_;
+  host::Id document_;
+  std::vector<std::uint32_t> numbers_;          // by element; kUnknown until its flow was placed
+  std::vector<std::uint32_t> ordinals_;         // by element: the index in its path
+  std::unordered_map<host::Id, Count> counts_;  // by definition
+};
+
+}  // namespace qelm::cli

@@ -1,0 +1,32 @@
+// The options that every command takes, before or after its name.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+namespace qelm::cli {
+
+struct Options {
+  std::string plugin_folder;
+  std::string profile;
+  std::string local_settings;
+  std::string main_settings;
+  std::vector<std::string> settings;    // KEY=VALUE
+  std::vector<std::string> parameters;  // NAME=VALUE
+  bool yes = false;
+  bool no = false;
+  std::string answers;
+  std::string events;
+  bool json = false;
+  std::string progress = "auto";
+  bool quiet = false;
+  bool verbose = false;
+};
+
+void DefineOptions(CLI::App& program, Options* options);
+
+}  // namespace qelm::cli

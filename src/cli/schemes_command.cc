@@ -1,0 +1,152 @@
+// qelm schemes: lists the schemes of the main settings document, or prints one.
+#include <CLI/CLI.hpp>
+
+#include "cli/command.h"
+#include "cli/scheme_choice.h"
+#include "cli/session.h"
+#include "common/text.h"
+#include "schemes/scheme_listing.h"
+#include "schemes/scheme_loading.h"
+#include "schemes/styles.h"
+
+namespace qelm::cli {
+namespace {
+
+using schemes::Scheme;
+using schemes::SchemeKind;
+
+constexpr SchemeKind kKinds[] = {SchemeKind::kFilter, SchemeKind::kColoring, SchemeKind::kValidation};
+
+class SchemesCommand : public Command {
+ public:
+  CLI::App* Define(CLI::App& program) override;
+  Outcome Run(Session& session) override;
+
+ private:
+  std::vector<SchemeKind> Kinds() const;
+  Outcome List(Session& session);
+  Outcome Show(Session& session);
+
+  CLI::App* list_ = nullptr;
+  CLI::App* show_ = nullptr;
+  std::string kind_;
+  std::string name_;
+};
+
+CLI::App* SchemesCommand::Define(CLI::App& program) {
+  CLI::App* command =
+      AddCommand(program, {"schemes", "List the schemes of the main settings document, or print one", "",
+                           "qelm schemes list --main-settings house.xml"});
+  command->require_subcommand(1);
+  list_ =
+      AddCommand(*command, {"list", "List categories and schemes", "", "qelm schemes list --kind filter"});
+  show_ = AddCommand(*command, {"show", "Print a scheme with its switches and rules", "",
+                                "qelm schemes show \"Audience/Beginner\""});
+  for (CLI::App* action : {list_, show_}) {
+    action->add_option("--kind", kind_, "Only schemes of this kind: filter, coloring, validation")
+        ->type_name("KIND")
+        ->check(CLI::IsMember({"filter", "coloring", "validation"}));
+  }
+  show_->add_option("NAME", name_, "The scheme, as CATEGORY/NAME")->required();
+  return command;
+}
+
+std::vector<SchemeKind> SchemesCommand::Kinds() const {
+  std::vector<SchemeKind> kinds;
+  for (const SchemeKind kind : kKinds) {
+    if (kind_.empty() || kind_ == KindName(kind)) kinds.push_back(kind);
+  }
+  return kinds;
+}
+
+Outcome SchemesCommand::Run(Session& session) { return show_->parsed() ? Show(session) : List(session); }
+
+Outcome SchemesCommand::List(Session& session) {
+  Plugin& plugin = session.plugin();
+  RequireMainSettings(session);
+  Outcome outcome;
+  nlohmann::ordered_json list = nlohmann::ordered_json::array();
+  for (const schemes::SchemeListing& scheme : schemes::ListSchemes(plugin.engine, plugin.main_settings)) {
+    const std::string kind(KindName(scheme.kind));
+    if (!kind_.empty() && kind_ != kind) continue;
+    const std::string family = scheme.is_xpath ? "xpath" : "classic";
+    list.push_back(
+        {{"category", scheme.category}, {"name", scheme.name}, {"kind", kind}, {"family", family}});
+    std::string line = kind;
+    line.resize(12, ' ');
+    line += family;
+    line.resize(21, ' ');
+    outcome.text += line + FullName(scheme.category, scheme.name) + "\n";
+  }
+  outcome.members = {{"main_settings", plugin.settings.paths.main_settings}, {"schemes", std::move(list)}};
+  return outcome;
+}
+
+nlohmann::ordered_json ConditionsJson(const std::vector<schemes::Condition>& conditions) {
+  nlohmann::ordered_json list = nlohmann::ordered_json::array();
+  for (const schemes::Condition& condition : conditions) {
+    list.push_back({{"attribute", condition.attribute}, {"values", condition.values}});
+  }
+  return list;
+}
+
+nlohmann::ordered_json RulesJson(const Scheme& scheme) {
+  nlohmann::ordered_json list = nlohmann::ordered_json::array();
+  for (const schemes::Rule& rule : scheme.rules) {
+    nlohmann::ordered_json entry{{"color", rule.color},
+                                 {"style", schemes::StyleName(rule.style)},
+                                 {"background", rule.background},
+                                 {"match_all", rule.match_all},
+                                 {"override", rule.override_others}};
+    if (scheme.is_xpath && !rule.conditions.empty()) {
+      entry["expressions"] = rule.conditions.front().values;
+    } else {
+      entry["conditions"] = ConditionsJson(rule.conditions);
+    }
+    list.push_back(std::move(entry));
+  }
+  return list;
+}
+
+nlohmann::ordered_json SchemeJson(const Scheme& scheme) {
+  nlohmann::ordered_json object{{"category", scheme.category},
+                                {"name", scheme.name},
+                                {"kind", KindName(scheme.kind)},
+                                {"family", scheme.is_xpath ? "xpath" : "classic"},
+                                {"include_edd_defaults", scheme.include_edd_defaults},
+                                {"space_delimited", scheme.space_delimited},
+                                {"ignore_case", scheme.ignore_case},
+                                {"process_all_flows", scheme.process_all_flows}};
+  if (scheme.kind == SchemeKind::kFilter) object["use_negative_logic"] = scheme.use_negative_logic;
+  object["comment"] = scheme.comment;
+  if (scheme.kind == SchemeKind::kColoring) {
+    object["rules"] = RulesJson(scheme);
+  } else if (scheme.is_xpath) {
+    object["expressions"] = scheme.expressions;
+  } else {
+    object["attributes"] = ConditionsJson(scheme.attributes);
+  }
+  return object;
+}
+
+Outcome SchemesCommand::Show(Session& session) {
+  Outcome outcome;
+  nlohmann::ordered_json list = nlohmann::ordered_json::array();
+  for (const SchemeKind kind : Kinds()) {
+    Scheme scheme;
+    if (!LoadByName(session, name_, kind, &scheme)) continue;
+    list.push_back(SchemeJson(scheme));
+    const std::string parameters = schemes::SchemeParameters(scheme);
+    outcome.text += std::string(common::Trim(parameters)) + "\n";
+  }
+  if (list.empty()) throw NoSuchScheme(session, name_, Kinds());
+  outcome.members = {{"main_settings", session.plugin().settings.paths.main_settings},
+                     {"schemes", std::move(list)}};
+  return outcome;
+}
+
+}  // namespace
+
+std::unique_ptr<Command> MakeSchemesCommand() { return std::make_unique<SchemesCommand>(); }
+
+}  // namespace qelm::cli

@@ -1,0 +1,190 @@
+#include "cli/session.h"
+
+#include <filesystem>
+#include <ostream>
+
+#include "cli/exit_status.h"
+#include "config/read_settings.h"
+#include "xpath/engine.h"
+
+namespace qelm::cli {
+namespace {
+
+using embedded::adapter::Answers;
+using embedded::adapter::ScriptedUserInterface;
+
+// The header of alerts while there is no language.
+constexpr char kPlainHeader[] = "--> QELM message <--\n\n";
+constexpr char kHeaderId[] = "QELM_MSG_HEADER_1";
+
+// What the host says of its last failure, with the file's name in it.
+std::string WithPath(const std::string& path, std::string_view error) {
+  if (error.find(path) != std::string_view::npos) return std::string(error);
+  return path + ": " + (error.empty() ? std::string("failed") : std::string(error));
+}
+
+ScriptedUserInterface::Progress ProgressOf(const Options& options, const Environment& environment) {
+  using Progress = ScriptedUserInterface::Progress;
+  if (options.quiet || options.progress == "never") return Progress::kNever;
+  if (environment.err_is_terminal) return Progress::kTerminal;
+  return options.progress == "always" ? Progress::kLines : Progress::kNever;
+}
+
+}  // namespace
+
+Session::Session(const Options& options, const Environment& environment)
+    : options_(options), environment_(environment), user_(UserOptions()) {}
+
+ScriptedUserInterface::Options Session::UserOptions() {
+  ScriptedUserInterface::Options user{.in = environment_.in, .messages = environment_.err, .events = events_};
+  user.progress = ProgressOf(options_, environment_);
+  user.interactive = environment_.interactive;
+  user.quiet = options_.quiet;
+  user.esc = environment_.esc;
+  if (options_.yes || options_.no) user.answer = options_.yes;
+  return user;
+}
+
+void Session::Start() {
+  OpenEvents();
+  ReadAnswers();
+  if (!options_.profile.empty()) platform_.SetEnvironment("APPDATA", options_.profile);
+  embedded::adapter::EmbeddedHost::Options host;
+  host.plugin_folder = PluginFolder();
+  host.file_error = [this] { return platform_.LastError(); };
+  host_ = std::make_unique<embedded::adapter::EmbeddedHost>(host, user_, dialogs_, clients_, platform_);
+  plugin_ = std::make_unique<Plugin>(roles());
+  user_.SetHeader(kPlainHeader);
+  const StartOptions start = PluginOptions();
+  if (!plugin_->Initialize(start)) {
+    const std::string path = options_.main_settings;
+    throw Failure(ExitStatus::kFile, path.empty() ? std::string("the plug-in could not be started")
+                                                  : path + ": cannot be used as the main settings document");
+  }
+  if (plugin_->messenger.LanguageActive()) user_.SetHeader(plugin_->messenger.Get(kHeaderId));
+  SetParameters();
+  ShowNotices();
+  Say("local settings: " + plugin_->settings.paths.local_settings);
+  Say("main settings: " + plugin_->settings.paths.main_settings);
+}
+
+void Session::Say(const std::string& text) {
+  if (options_.verbose) environment_.err << text << std::endl;
+}
+
+void Session::OpenEvents() {
+  if (options_.events == "-") {
+    events_.UseStream(environment_.err);
+  } else if (!options_.events.empty() && !events_.OpenFile(options_.events)) {
+    throw Failure(ExitStatus::kFile, options_.events + ": the file for events cannot be written");
+  }
+}
+
+void Session::ReadAnswers() {
+  if (options_.answers.empty()) return;
+  const std::optional<std::string> text = platform_.ReadFile(options_.answers);
+  if (!text) throw Failure(ExitStatus::kFile, options_.answers + ": " + platform_.LastError());
+  std::string error;
+  std::optional<Answers> answers = Answers::Parse(*text, &error);
+  if (!answers) throw Failure(ExitStatus::kUsage, options_.answers + ": " + error);
+  user_.SetAnswers(std::move(*answers));
+}
+
+std::string Session::PluginFolder() {
+  if (!options_.plugin_folder.empty()) {
+    if (platform_.FolderExists(options_.plugin_folder)) return options_.plugin_folder;
+    throw Failure(ExitStatus::kFile, options_.plugin_folder + ": there is no such folder (--plugin-dir)");
+  }
+  for (const std::string& folder : environment_.plugin_folders) {
+    if (platform_.FolderExists(folder)) return folder;
+  }
+  throw Failure(ExitStatus::kFile, "the plug-in's folder was not found; name it by --plugin-dir");
+}
+
+StartOptions Session::PluginOptions() {
+  StartOptions start;
+  start.local_settings_path = options_.local_settings;
+  start.main_settings_path = options_.main_settings;
+  if (!options_.local_settings.empty() && !platform_.ReadFile(options_.local_settings)) {
+    throw Failure(ExitStatus::kFile, options_.local_settings + ": " + platform_.LastError());
+  }
+  if (!options_.main_settings.empty() && !platform_.FileExists(options_.main_settings)) {
+    throw Failure(ExitStatus::kFile, options_.main_settings + ": there is no such file (--main-settings)");
+  }
+  for (const std::string& text : options_.settings) {
+    config::SettingOverride setting;
+    std::string error;
+    if (!config::ParseOverride(text, &setting, &error)) throw Failure(ExitStatus::kUsage, "--set: " + error);
+    start.settings.push_back(std::move(setting));
+  }
+  return start;
+}
+
+void Session::SetParameters() {
+  auto& parameters = xpath::Parameters(plugin_->engine);
+  for (const std::string& text : options_.parameters) {
+    const std::size_t equals = text.find('=');
+    const std::size_t start = text.starts_with('$') ? 1 : 0;
+    if (equals == std::string::npos || equals == start) {
+      throw Failure(ExitStatus::kUsage, "--param: expected NAME=VALUE, found \"" + text + "\"");
+    }
+    parameters[text.substr(start, equals - start)] = text.substr(equals + 1);
+  }
+}
+
+void Session::ShowNotices() {
+  const std::vector<std::string>& notices = host_->notices();
+  for (; notices_shown_ < notices.size(); ++notices_shown_) {
+    events_.Write("notice", {{"text", notices[notices_shown_]}});
+    if (!options_.quiet) environment_.err << "note: " << notices[notices_shown_] << std::endl;
+  }
+}
+
+host::Id Session::Open(const std::string& path) {
+  target_ = path;
+  host::OpenOptions options;
+  options.suppress_alerts = plugin_->settings.suppress_file_opening_alerts;
+  host::OpenStatus status = host::OpenStatus::kOpened;
+  const std::int64_t start = platform_.Milliseconds();
+  const host::Id id = roles().documents.Open(path, options, &status);
+  ShowNotices();
+  if (id == host::kNone) throw Failure(ExitStatus::kFile, WithPath(path, roles().documents.LastError()));
+  Say("opened " + path + " in " + std::to_string(platform_.Milliseconds() - start) + " ms");
+  return id;
+}
+
+host::Id Session::OpenDocument(const std::string& path) {
+  const host::Id id = Open(path);
+  if (!roles().books.IsBook(id)) return id;
+  throw Failure(ExitStatus::kOperation,
+                path + ": this is a book; this command works on documents only, not on books yet");
+}
+
+std::string Session::Save(host::Id document, const std::string& path) {
+  if (environment_.esc && environment_.esc()) {
+    throw Failure(ExitStatus::kCancelled, "cancelled; nothing was written");
+  }
+  host::Documents& documents = roles().documents;
+  const std::string name = path.empty() ? NameOf(document) : path;
+  host::SaveOptions options;
+  options.path = path;
+  const std::int64_t start = platform_.Milliseconds();
+  if (!documents.Save(document, options)) {
+    throw Failure(ExitStatus::kFile, WithPath(name, documents.LastError()));
+  }
+  Say("wrote " + name + " in " + std::to_string(platform_.Milliseconds() - start) + " ms");
+  return name;
+}
+
+std::string Session::NameOf(host::Id document) {
+  const std::string path(roles().documents.Path(document));
+  return SameFile(path, target_) ? target_ : path;
+}
+
+bool Session::SameFile(const std::string& left, const std::string& right) {
+  std::error_code error;
+  if (std::filesystem::equivalent(left, right, error) && !error) return true;
+  return std::filesystem::weakly_canonical(left, error) == std::filesystem::weakly_canonical(right, error);
+}
+
+}  // namespace qelm::cli

@@ -1,0 +1,84 @@
+// One session of the plug-in in the embedded host, as a command uses it: started by the options of the
+// command line, with the target opened and every failure turned into a message that names the file.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "cli/environment.h"
+#include "cli/options.h"
+#include "embedded/adapter/clients.h"
+#include "embedded/adapter/dialogs.h"
+#include "embedded/adapter/embedded_host.h"
+#include "embedded/adapter/events.h"
+#include "embedded/adapter/platform.h"
+#include "embedded/adapter/user_interface.h"
+#include "host/plugin.h"
+
+namespace qelm::cli {
+
+class Session {
+ public:
+  Session(const Options& options, const Environment& environment);
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+  // Starts the plug-in. Throws Failure when an option names a file that cannot be used, or the plug-in
+  // refuses.
+  void Start();
+
+  // Opens the document or book at `path`, the target of the command. Throws Failure.
+  host::Id Open(const std::string& path);
+  // The same for commands that work on documents: a book is refused.
+  host::Id OpenDocument(const std::string& path);
+
+  // Writes the document to `path`, empty for its own. A press of Esc that nothing has seen yet still counts:
+  // then nothing is written. Returns the path that was written. Throws Failure.
+  std::string Save(host::Id document, const std::string& path);
+
+  // The path of an open document, as the user wrote it where it is the target.
+  std::string NameOf(host::Id document);
+
+  // Tells a user who asked for more (--verbose) what is going on.
+  void Say(const std::string& text);
+
+  // Whether two paths mean the same file, also by links and other spellings.
+  static bool SameFile(const std::string& left, const std::string& right);
+
+  Plugin& plugin() { return *plugin_; }
+  host::Host& roles() { return host_->roles(); }
+  embedded::adapter::EmbeddedHost& host() { return *host_; }
+  embedded::adapter::ScriptedUserInterface& user() { return user_; }
+  const Options& options() const { return options_; }
+  const Environment& environment() const { return environment_; }
+  const std::string& target() const { return target_; }
+
+  // What was said so far: alerts of the plug-in, and notices of the host about files.
+  const std::vector<std::string>& Alerts() const { return user_.Alerts(); }
+  std::vector<std::string> Notices() const { return host_ ? host_->notices() : std::vector<std::string>(); }
+
+ private:
+  embedded::adapter::ScriptedUserInterface::Options UserOptions();
+  void OpenEvents();
+  void ReadAnswers();
+  std::string PluginFolder();
+  StartOptions PluginOptions();
+  void SetParameters();
+  void ShowNotices();
+
+  const Options& options_;
+  const Environment& environment_;
+  std::string target_;
+  std::size_t notices_shown_ = 0;
+  embedded::adapter::EventLog events_;
+  embedded::adapter::PosixPlatform platform_;
+  embedded::adapter::NoDialogs dialogs_{events_};
+  embedded::adapter::RecordedClients clients_{events_};
+  embedded::adapter::ScriptedUserInterface user_;
+  std::unique_ptr<embedded::adapter::EmbeddedHost> host_;
+  std::unique_ptr<Plugin> plugin_;
+};
+
+}  // namespace qelm::cli
