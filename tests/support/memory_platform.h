@@ -1,0 +1,80 @@
+// A platform of files in memory, and a user who is only recorded: for tests of what is read and said.
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/interface/platform.h"
+#include "host/interface/user_interface.h"
+
+namespace qelm::testing {
+
+class MemoryPlatform : public host::Platform {
+ public:
+  std::map<std::string, std::string> files;
+  std::map<std::string, std::string, std::less<>> environment;
+  int reads = 0;
+
+  bool FileExists(const std::string& path) override { return files.contains(path); }
+  bool FolderExists(const std::string& path) override {
+    const auto inside = files.lower_bound(path + "/");
+    return inside != files.end() && inside->first.starts_with(path + "/");
+  }
+  std::optional<std::string> ReadFile(const std::string& path) override {
+    ++reads;
+    const auto found = files.find(path);
+    if (found == files.end()) return std::nullopt;
+    return found->second;
+  }
+  bool ReplaceFile(const std::string& path, std::string_view content) override {
+    files[path] = content;
+    return true;
+  }
+  bool AppendFile(const std::string& path, std::string_view content) override {
+    files[path].append(content);
+    return true;
+  }
+  bool CopyFile(const std::string& from, const std::string& to) override {
+    files[to] = files.at(from);
+    return true;
+  }
+  bool RemoveFile(const std::string& path) override { return files.erase(path) > 0; }
+  bool MakeFolder(const std::string&) override { return true; }
+  std::vector<std::string> FolderNames(const std::string&) override { return {}; }
+  std::string Environment(std::string_view name) override {
+    const auto found = environment.find(name);
+    return found == environment.end() ? std::string() : found->second;
+  }
+  host::LocalTime Now() override { return {}; }
+  std::int64_t Milliseconds() override { return 0; }
+  bool Start(const std::string&, const std::vector<std::string>&) override { return false; }
+};
+
+class RecordingUser : public host::UserInterface {
+ public:
+  std::vector<std::string> notes;
+  std::vector<std::string> questions;
+  std::string console;
+  std::int32_t answer = 1;  // 0 yes, 1 no
+
+  void Note(std::string_view text) override { notes.emplace_back(text); }
+  std::int32_t Question(std::string_view text) override {
+    questions.emplace_back(text);
+    return answer;
+  }
+  void ShowStatus(const host::Status&) override {}
+  void HideStatus() override {}
+  bool EscPressed() override { return false; }
+  void Print(std::string_view text) override { console.append(text); }
+  host::Id DefineMenu(std::string_view, std::string_view) override { return 1; }
+  host::Id DefineCommand(std::int32_t, std::string_view, std::string_view, std::string_view) override {
+    return 1;
+  }
+  bool AddToMenu(std::string_view, host::Id) override { return true; }
+  bool AddSeparator(std::string_view) override { return true; }
+  bool EnableCommand(host::Id, bool) override { return true; }
+};
+
+}  // namespace qelm::testing
