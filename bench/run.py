@@ -187,7 +187,7 @@ def run_size(programs, size, runs, data):
 def print_size(result):
     print(f"\n{result['elements']:,} elements, {result['kept']:,} kept; "
           f"XML {result['bytes']['xml'] / 1e6:.1f} MB, MIF {result['bytes']['mif'] / 1e6:.1f} MB")
-    print(f"{'':10} {'seconds':>9} {'CPU s':>9} {'MB/s':>7} {'peak MB':>8}   seconds and peak MB as ratios to each peer")
+    print(f"{'':10} {'seconds':>9} {'CPU s':>9} {'MB/s':>7} {'peak MB':>8}   ratios to each peer: seconds, MB")
     for name in NAMES:
         seconds, megabytes = result["seconds"][name], result["megabytes"][name]
         size = result["bytes"][Programs.format(name)]

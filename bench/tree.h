@@ -3,7 +3,7 @@
 // the programs under measurement get the same elements, attributes and text whatever they read.
 //
 // The manual is chapters of sections in up to five levels, and in them paragraphs, notes, lists and tables.
-// About one element in eight says for whom it is (`audience`, one to three words); an element without the
+// About one element in sixteen says for whom it is (`audience`, one to three words); an element without the
 // attribute is for everyone. Columns, titles and the first row of a table are for everyone too, so that no
 // table loses its last row.
 #pragma once

@@ -191,6 +191,7 @@ ExitStatus RunCommand(Command& command, const Options& options, const Environmen
     session = std::make_unique<Session>(options, environment);
     session->Start();
     const Outcome outcome = command.Run(*session);
+    session->ShowNotices();
     status = outcome.status;
     if (!outcome.printed) report->Print(*session, outcome, options.json);
   } catch (const Failure& failure) {

@@ -168,10 +168,21 @@ std::vector<std::string> Describe(const Json& list, const Function& describe) {
   return items;
 }
 
-std::string DefinitionText(const Json& definition) {
-  return definition["name"].get<std::string>() + " " +
-         std::to_string(definition["elements"].get<std::uint64_t>()) +
-         (definition["declared"] ? "" : " (not defined)");
+// Definitions that elements have; a template defines many that a document does not use.
+std::vector<std::string> DefinitionTexts(const Json& definitions) {
+  std::vector<std::string> texts;
+  std::size_t unused = 0;
+  for (const Json& definition : definitions) {
+    const auto elements = definition["elements"].get<std::uint64_t>();
+    if (elements == 0) {
+      ++unused;
+      continue;
+    }
+    texts.push_back(definition["name"].get<std::string>() + " " + std::to_string(elements) +
+                    (definition["declared"] ? "" : " (not defined)"));
+  }
+  if (unused != 0) texts.push_back(std::to_string(unused) + " without elements");
+  return texts;
 }
 
 // The main flow and those with elements; a document has many that only hold running heads.
@@ -213,7 +224,7 @@ std::string DocumentText(const Json& info) {
   if (info["show_all"]) text += "              conditional text is shown whatever its conditions say\n";
   AppendList("colors", Describe(info["colors"], [](const Json& color) { return color.get<std::string>(); }),
              &text);
-  AppendList("definitions", Describe(info["definitions"], DefinitionText), &text);
+  AppendList("definitions", DefinitionTexts(info["definitions"]), &text);
   return text;
 }
 
@@ -226,7 +237,7 @@ std::string BookText(const Json& info) {
     if (!component["found"]) text += " - not found";
     text += '\n';
   }
-  AppendList("definitions", Describe(info["definitions"], DefinitionText), &text);
+  AppendList("definitions", DefinitionTexts(info["definitions"]), &text);
   return text;
 }
 

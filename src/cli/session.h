@@ -38,6 +38,9 @@ class Session {
   // then nothing is written. Returns the path that was written. Throws Failure.
   std::string Save(host::Id document, const std::string& path);
 
+  // Shows what the host noticed of files since the last call.
+  void ShowNotices();
+
   // The path of an open document, as the user wrote it where it is the target.
   std::string NameOf(host::Id document);
 
@@ -66,7 +69,6 @@ class Session {
   std::string PluginFolder();
   StartOptions PluginOptions();
   void SetParameters();
-  void ShowNotices();
 
   const Options& options_;
   const Environment& environment_;

@@ -38,7 +38,11 @@ std::string_view Nearest(std::string_view name, std::span<const std::string_view
   std::size_t least = std::max<std::size_t>(meant.size() / 3, 1) + 1;
   std::string_view nearest;
   for (const std::string_view candidate : names) {
-    const std::size_t distance = Distance(meant, CodePoints(FoldCase(candidate)));
+    const std::u32string other = CodePoints(FoldCase(candidate));
+    // So many changes are needed for the difference in length alone.
+    const std::size_t at_least = std::max(meant.size(), other.size()) - std::min(meant.size(), other.size());
+    if (at_least >= least) continue;
+    const std::size_t distance = Distance(meant, other);
     if (distance < least) {
       least = distance;
       nearest = candidate;

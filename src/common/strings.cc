@@ -177,9 +177,11 @@ void bw_XOutLiterals(std::string& text, std::string_view filler, bool single_quo
            "Endless loop in bw_XOutLiterals()! This is a critical error... Please report it to Brenwick.");
       break;
     }
-    const std::size_t closing = std::min(text.find(text[opening], opening + 1), text.size());
-    result.append(text, done, opening + 1 - done);
-    const std::string_view inside = std::string_view(text).substr(opening + 1, closing - opening - 1);
+    // In damaged text, stray bytes behind a mark belong to the mark's character.
+    const std::size_t begin = NextCharacter(text, opening);
+    const std::size_t closing = std::min(text.find(text[opening], begin), text.size());
+    result.append(text, done, begin - done);
+    const std::string_view inside = std::string_view(text).substr(begin, closing - begin);
     for (std::size_t left = CountCharacters(inside); left > 0; --left) result.append(filler);
     if (closing < text.size()) result.push_back(text[closing]);
     done = std::min(closing + 1, text.size());

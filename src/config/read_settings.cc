@@ -31,6 +31,9 @@ constexpr char kNoLocalCopyText[] =
     "file "
     "by MAIN_SETTINGS_PATH in the local settings file.";
 
+// A file with more lines than this that no key takes is not a settings file, and need not be gone through.
+constexpr std::size_t kMostNotices = 100;
+
 struct Line {
   std::size_t number;
   std::string_view text;
@@ -109,6 +112,7 @@ void NoteUnknownLines(const std::vector<Line>& lines, LocalSettings* settings) {
   for (const Setting& setting : AllSettings()) keys.push_back(setting.key);
   for (const Line& line : lines) {
     if (line.taken || common::Trim(line.text).empty()) continue;
+    if (settings->notices.size() == kMostNotices) break;
     const std::string_view key = common::Trim(line.text.substr(0, line.text.find_first_of("=~")));
     const bool known = std::find(keys.begin(), keys.end(), key) != keys.end();
     const std::string_view nearest = common::Nearest(key, keys);

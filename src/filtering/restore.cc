@@ -85,6 +85,9 @@ class Restoring {
 bool RestoreCore(host::Host& host, messages::Messenger& messenger, FilterRun& run, Id document) {
   run.restore_cancelled = false;
   run.restore_failed = false;
+  // A filter hides inside text insets too, and a locked one would refuse to show it again.
+  UnlockedInsets insets(host.tables, document);
+  insets.Unlock();
   return Restoring(host, messenger, run, document).Restore();
 }
 

@@ -57,7 +57,7 @@ bool Verdicts::Prepare(const std::vector<FlowRoot>& flows) {
   selected_.Reset(context_.host.elements.IdLimit(document_));
   const AttributeMode mode(context_.engine, context_.scheme.include_edd_defaults);
   for (const FlowRoot& flow : flows) {
-    if (flow.root != kNone && !Evaluate(flow, flows.size() > 1)) return false;
+    if (flow.root != kNone && !Evaluate(flow.root)) return false;
   }
   return true;
 }
@@ -78,26 +78,24 @@ bool Verdicts::ExpressionsAreValid() {
   return true;
 }
 
-bool Verdicts::Evaluate(const FlowRoot& flow, bool several_flows) {
+bool Verdicts::Evaluate(Id root) {
   xpath::MatchList matches;
   for (const std::string& expression : context_.scheme.expressions) {
     matches.clear();
-    if (!EvaluateOne(flow, expression, &matches)) return false;
+    if (!EvaluateOne(root, expression, &matches)) return false;
     for (const xpath::Match& match : matches) {
       // An attribute that was selected does not select the element that carries it.
       if (match.document != document_ || match.attribute >= 0) continue;
-      if (several_flows && context_.host.elements.FlowOf(document_, match.element) != flow.flow) continue;
       selected_.Add(match.element);
     }
   }
   return true;
 }
 
-bool Verdicts::EvaluateOne(const FlowRoot& flow, const std::string& expression, xpath::MatchList* matches) {
+bool Verdicts::EvaluateOne(Id root, const std::string& expression, xpath::MatchList* matches) {
   // Parsed anew, which is a look-up: parsing another one may have emptied the table.
   const std::int32_t sequence = xpath::bw_ParseXPath(context_.engine, expression, 0);
-  if (IsSequence(sequence) &&
-      xpath::xpath_MatchAll(context_.engine, document_, flow.root, sequence, 0, matches)) {
+  if (IsSequence(sequence) && xpath::xpath_MatchAll(context_.engine, document_, root, sequence, 0, matches)) {
     return true;
   }
   // Everything that was not reached would be taken for not selected, and go.

@@ -2,8 +2,8 @@
 //
 // A classic scheme is asked element by element. An XPath scheme is evaluated once a flow, before anything of
 // the document is changed: what its expressions select is kept as one bit an element, so that a verdict is a
-// look-up. One set serves all flows, because an element is in one flow only; of each flow's selection the
-// elements of that flow go in.
+// look-up. One set serves all flows: an expression that stays in its flow selects nothing of another one, and
+// one that goes over all flows selects the same from each.
 #pragma once
 
 #include <optional>
@@ -41,8 +41,8 @@ class Verdicts {
 
  private:
   bool ExpressionsAreValid();
-  bool Evaluate(const FlowRoot& flow, bool several_flows);
-  bool EvaluateOne(const FlowRoot& flow, const std::string& expression, xpath::MatchList* matches);
+  bool Evaluate(host::Id root);
+  bool EvaluateOne(host::Id root, const std::string& expression, xpath::MatchList* matches);
   bool Refuse(Ending ending, std::string_view id, const std::string& text);
   std::string SchemeName() const;
 

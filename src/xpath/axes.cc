@@ -12,12 +12,18 @@ void AxisWalk::Start(const Node& context, Seen* seen) {
   context_ = context;
   tree_ = &environment_.TreeOf(context);
   seen_ = seen;
-  guard_.emplace(*tree_);
   ended_ = begun_ = is_collected_ = false;
+  guard_.reset();
   current_ = subtree_ = kNone;
   anchor_ = context.element;
   index_ = 0;
   collected_.clear();
+  // These look at the context alone, often, and need no guard.
+  if (axis_ == Axis::kAttribute || axis_ == Axis::kFmProperty) {
+    if (!context.IsElement()) is_collected_ = true;
+    return;
+  }
+  guard_.emplace(*tree_);
   if (axis_ == Axis::kRoot) {
     Collect({tree_->RootOf(context.element), Node::kAboveRoot, context.tree});
   } else if (axis_ > Axis::kFmProperty) {

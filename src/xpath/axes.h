@@ -6,9 +6,8 @@
 // once:
 //   - descendants: a subtree that was entered is not entered again;
 //   - ancestors and siblings: all that lies behind a node that was seen was seen with it;
-//   - following: what was seen is everything from some point on, so the walk ends there; likewise the way up
-//   from a
-//     context ends at the first element that was climbed over before;
+//   - following: what was seen is everything from some point on, so the walk ends there; likewise the way
+//     up from a context ends at the first element that was climbed over before;
 //   - preceding: a subtree that was seen was seen with everything before it that is not an ancestor.
 // This holds because a walk is always finished before the next one of the step begins.
 #pragma once

@@ -189,4 +189,20 @@ bool ValueSet::AnyText(Test test, std::string_view other, bool other_is_left) co
                      });
 }
 
+bool RunningComparison::Take(std::string_view value) {
+  if (!any_value_) {
+    any_value_ = true;
+    one_is_empty_ = value.empty() || other_.IsEmpty();
+    if (one_is_empty_) outcome_of_empty_ = OfEmpty(value.empty());
+  }
+  if (one_is_empty_) return true;
+  any_pair_ = other_.AnyPair(test_, value, !other_is_left_);
+  return any_pair_;
+}
+
+bool RunningComparison::Outcome() const {
+  if (!any_value_) return OfEmpty(true);
+  return one_is_empty_ ? outcome_of_empty_ : any_pair_ != (test_ == Test::kNotEqual);
+}
+
 }  // namespace qelm::xpath

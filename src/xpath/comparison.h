@@ -83,4 +83,30 @@ class ValueSet {
   bool indexed_ = false;
 };
 
+// A comparison whose one side comes value by value, until its outcome is certain.
+class RunningComparison {
+ public:
+  RunningComparison(Test test, ValueSet& other, bool other_is_left)
+      : test_(test), other_(other), other_is_left_(other_is_left) {}
+
+  // Takes the next value; true when no further one can change the outcome.
+  bool Take(std::string_view value);
+  // The outcome when there are no more values.
+  bool Outcome() const;
+
+ private:
+  bool OfEmpty(bool is_empty) const {
+    return other_is_left_ ? CompareEmpty(test_, other_.IsEmpty(), is_empty)
+                          : CompareEmpty(test_, is_empty, other_.IsEmpty());
+  }
+
+  Test test_;
+  ValueSet& other_;
+  bool other_is_left_;
+  bool any_value_ = false;
+  bool any_pair_ = false;
+  bool one_is_empty_ = false;
+  bool outcome_of_empty_ = false;
+};
+
 }  // namespace qelm::xpath

@@ -11,10 +11,10 @@ namespace qelm::xpath {
 
 // Appends the nodes of such an axis that pass its node test:
 //   flow axes   the root elements of the flows of their kind
-//   book        the root elements of the book: of the document itself where it is one, else of the active
-//   book component   the root element of each component of that book whose document is open chapter     the
-//   same without generated components file        the root elements of the open document with that path (all
-//   of it, or its end)
+//   book        the root elements of the book: the document itself where it is one, else the active book
+//   component   the root element of each component of that book whose document is open
+//   chapter     the same without generated components
+//   file        the root elements of the open document with that path (all of it, or its end)
 // From the point above a root element, flow and file axes see that flow only: it stands for the flow being
 // searched.
 void CollectElsewhere(Environment& environment, const StepPlan& step, const Node& context,

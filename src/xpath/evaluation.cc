@@ -53,7 +53,8 @@ bool Evaluation::CanRemember(std::size_t path, const Node& node) const {
 }
 
 bool Evaluation::Exists(std::size_t path, const Node& node) {
-  Node found;
+  Node found = node;
+  if (IsAttributeOf(path, node)) return FindAttribute(path, &found);
   if (CanRemember(path, node)) return FirstOf(path).Find(node).element != host::kNone;
   PathState& state = paths_[path];
   if (plan_.paths[path].absolute) {
@@ -178,28 +179,35 @@ bool Evaluation::ComparePath(std::size_t comparison, const Candidate& candidate,
 
 bool Evaluation::ComparePathByValue(Test test, std::size_t path, const Node& node, ValueSet& other,
                                     bool other_is_left) {
-  const auto is_empty = [&](bool path_empty) {
-    return other_is_left ? CompareEmpty(test, other.IsEmpty(), path_empty)
-                         : CompareEmpty(test, path_empty, other.IsEmpty());
-  };
+  RunningComparison comparison(test, other, other_is_left);
+  const auto take = [&comparison](std::string_view value) { return comparison.Take(value); };
+  Node found = node;
+  if (IsAttributeOf(path, node)) {
+    if (FindAttribute(path, &found)) environment_.AnyValue(found, take);
+    return comparison.Outcome();
+  }
   PathRun& run = RunOf(path);
   run.Start(node);
-  Node found;
-  bool first = true;
-  bool any = false;
-  bool one_is_empty = false;
-  while (!any && !one_is_empty && run.Next(&found)) {
-    environment_.AnyValue(found, [&](std::string_view value) {
-      one_is_empty = first && (value.empty() || other.IsEmpty());
-      if (one_is_empty) any = is_empty(value.empty());
-      first = false;
-      if (!one_is_empty) any = other.AnyPair(test, value, !other_is_left);
-      return any || one_is_empty;
-    });
+  while (run.Next(&found) && !environment_.AnyValue(found, take)) {
   }
-  if (one_is_empty) return any;
-  if (first) return is_empty(true);
-  return any != (test == Test::kNotEqual);
+  return comparison.Outcome();
+}
+
+// Whether the path is just an attribute's name, the commonest of all, which needs no walking.
+bool Evaluation::IsAttributeOf(std::size_t path, const Node& node) const {
+  return plan_.paths[path].is_attribute && node.IsElement();
+}
+
+// Makes the element its attribute that the path names; false when it has none.
+bool Evaluation::FindAttribute(std::size_t path, Node* node) {
+  const AttributeSource& attributes = environment_.AttributesOf(*node);
+  const std::string& name = plan_.paths[path].steps.front().name;
+  for (std::size_t index = 0; index < attributes.Count(); ++index) {
+    if (attributes.Name(index) != name) continue;
+    node->part = static_cast<std::int32_t>(index);
+    return true;
+  }
+  return false;
 }
 
 // The first node tells whether the path counts as empty; whether any other satisfies the test is another

@@ -74,6 +74,8 @@ class Evaluation {
   void Gather(std::size_t path, const Node& node, ValueSet* values);
   PathRun& RunOf(std::size_t path);
   FirstMatch& FirstOf(std::size_t path);
+  bool IsAttributeOf(std::size_t path, const Node& node) const;
+  bool FindAttribute(std::size_t path, Node* node);
   bool CanRemember(std::size_t path, const Node& node) const;
 
   Environment& environment_;

@@ -74,8 +74,6 @@ class IdMap {
     (*pages_[page])[id % kPageSize] = value;
   }
 
-  void Clear() { pages_.clear(); }
-
  private:
   static constexpr std::size_t kPageSize = 1024;
   using Page = std::array<std::uint32_t, kPageSize>;

@@ -116,6 +116,9 @@ std::size_t PlanMaker::MakePath(Index handlers) {
     return number;
   }
   path.absolute = !IsLocalAxis(path.steps.front().axis);
+  const StepPlan& first = path.steps.front();
+  path.is_attribute = path.steps.size() == 1 && first.axis == Axis::kAttribute &&
+                      first.test == NodeTest::kName && !first.positional && first.predicates.empty();
   FindUniqueSteps(&path);
   plan_.paths[number] = std::move(path);
   return number;

@@ -78,10 +78,10 @@ struct StepPlan {
 
 struct PathPlan {
   std::vector<StepPlan> steps;
-  bool absolute = false;  // it does not depend on the node where it is evaluated, only on the flow
-  bool local = false;     // it stays in the tree of that node
-  bool direct =
-      false;  // it only looks at the node, its attributes and what is a fixed number of levels below
+  bool absolute = false;      // it does not depend on the node where it is evaluated, only on the flow
+  bool local = false;         // it stays in the tree of that node
+  bool is_attribute = false;  // it is an attribute's name and nothing else
+  bool direct = false;        // it only looks at the node, its attributes and a fixed number of levels below
 };
 
 struct Plan {

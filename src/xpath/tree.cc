@@ -12,20 +12,6 @@ host::Id Tree::RootOf(host::Id element) {
   return element;
 }
 
-bool Tree::PassesDefinition(const StepPlan& step, host::Id definition) {
-  switch (step.test) {
-    case NodeTest::kAny:
-      return true;
-    case NodeTest::kNamed:
-      return definition != host::kNone;
-    case NodeTest::kText:
-      return definition == host::kNone;
-    case NodeTest::kName:
-      break;
-  }
-  return definition != host::kNone && definition == DefinitionOf(step);
-}
-
 host::Id Tree::Resolve(const StepPlan& step) {
   if (step.number >= resolved_.size()) resolved_.resize(step.number + 1);
   Resolved& resolved = resolved_[step.number];

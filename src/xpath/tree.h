@@ -18,11 +18,12 @@ struct Node {
   static constexpr std::int32_t kAboveRoot = -2;
   static constexpr std::int32_t kProperty = -100;
 
-  host::Id element =
-      host::kNone;  // the owner of an attribute or property, the root element for the point above it
-  std::int32_t part =
-      kElement;            // one of the above, kProperty less the property's code, or an attribute's index
-  std::uint32_t tree = 0;  // which document of the search
+  // The element; of an attribute or property its owner, of the point above it the root element.
+  host::Id element = host::kNone;
+  // One of the above, kProperty less the property's code, or the index of an attribute.
+  std::int32_t part = kElement;
+  // Which document of the search.
+  std::uint32_t tree = 0;
 
   bool IsElement() const { return part == kElement; }
   bool IsAboveRoot() const { return part == kAboveRoot; }
@@ -52,21 +53,16 @@ class Tree {
 
   // Whether an element passes the node test of a step.
   bool Passes(const StepPlan& step, host::Id element) {
-    switch (step.test) {
-      case NodeTest::kAny:
-        return true;
-      case NodeTest::kNamed:
-        return Definition(element) != host::kNone;
-      case NodeTest::kText:
-        return Definition(element) == host::kNone;
-      case NodeTest::kName:
-        break;
-    }
-    const host::Id wanted = DefinitionOf(step);
-    return wanted != host::kNone && Definition(element) == wanted;
+    return step.test == NodeTest::kAny || PassesDefinition(step, Definition(element));
   }
   // The same for a definition that is known already.
-  bool PassesDefinition(const StepPlan& step, host::Id definition);
+  bool PassesDefinition(const StepPlan& step, host::Id definition) {
+    if (step.test == NodeTest::kAny) return true;
+    if (step.test == NodeTest::kText || definition == host::kNone) {
+      return step.test == NodeTest::kText && definition == host::kNone;
+    }
+    return step.test == NodeTest::kNamed || definition == DefinitionOf(step);
+  }
 
  private:
   struct Resolved {

@@ -205,7 +205,7 @@ TEST(Filter, EscEndsTheRunAndNothingIsWritten) {
 
 TEST(Filter, BooksAreRefusedAsNotYetPossible) {
   Program program;
-  const std::string book = program.folder.Write("b.mif", testing::MifBook({"<c\\>doc.mif"}));
+  const std::string book = program.folder.Write("b.mif", testing::MifBook({"<c>doc.mif"}));
   const ProgramResult filter = program.Run({"filter", book, "--scheme", "Audience/Admin"});
   EXPECT_EQ(filter.status, 5);
   EXPECT_NE(filter.err.find("book"), std::string::npos);

@@ -132,6 +132,7 @@ TEST(XOutLiterals, KeepsPositionsAndMarks) {
   EXPECT_EQ(XedOut("a[b='x]y']"), "a[b='XXX']");
   EXPECT_EQ(XedOut("'it\"s' \"a'b\""), "'XXXX' \"XXX\"");
   EXPECT_EQ(XedOut("a='\u00E9\U00010428'"), "a='XX'");
+  EXPECT_EQ(XedOut("'\x80z'"), "'\x80X'");
   EXPECT_EQ(XedOut("''"), "''");
   EXPECT_EQ(XedOut("a='open"), "a='XXXX");
   EXPECT_EQ(XedOut("a='"), "a='");

@@ -20,7 +20,8 @@ constexpr std::string_view kBook =
     "<BookComponent <FileName `<v\\>M:<c\\>D\\xd4 s<c\\>ch1.fm'> <DisplayText `First \\xd2 one\\xd3 '> >\r\n"
     "<BookComponent <FileName `<u\\><c\\>ch2.fm'>>\r\n"
     "<BookElements \r\n"
-    " <ElementBegin <ETag `Manual'> <Attributes <Attribute <AttrName `A'> <AttrValue `1'> <AttrValue `2'>>>>\r\n"
+    " <ElementBegin <ETag `Manual'> <Attributes <Attribute <AttrName `A'> <AttrValue `1'> <AttrValue "
+    "`2'>>>>\r\n"
     "  <Element <ETag `'> <EComponent 0>>\r\n"
     "  <ElementBegin <ETag `Part'>>\r\n"
     "   <Element <ETag `Chapter'> <EComponent 1> <Attributes >>\r\n"
@@ -61,7 +62,8 @@ TEST(Book, KeepsTheElementsOfItsComponents) {
 
 TEST(Book, SeveralTopElementsAndDamage) {
   std::string error;
-  const auto book = BuildBook("<Book 8.0><BookElements <Element <ETag `A'>><Element <ETag `B'>><ElementEnd `B'>>", &error);
+  const auto book =
+      BuildBook("<Book 8.0><BookElements <Element <ETag `A'>><Element <ETag `B'>><ElementEnd `B'>>", &error);
   ASSERT_NE(book, nullptr) << error;
   const Element& root = book->tree.elements[book->tree.flows[1].root];
   EXPECT_TRUE(root.is_virtual);
@@ -76,8 +78,12 @@ TEST(Book, PathsOfEveryKind) {
     std::string_view path;
   };
   const Row rows[] = {
-      {"<c>a.fm", "a.fm"},       {"<c>d<c>a.fm", "d/a.fm"},       {"<r><c>usr<c>a.fm", "/usr/a.fm"},
-      {"<u><u><c>a.fm", "../../a.fm"}, {"<v>C:<c>d<c>a.fm", "C:/d/a.fm"}, {"<h>host<c>share<c>a.fm", "//host/share/a.fm"},
+      {"<c>a.fm", "a.fm"},
+      {"<c>d<c>a.fm", "d/a.fm"},
+      {"<r><c>usr<c>a.fm", "/usr/a.fm"},
+      {"<u><u><c>a.fm", "../../a.fm"},
+      {"<v>C:<c>d<c>a.fm", "C:/d/a.fm"},
+      {"<h>host<c>share<c>a.fm", "//host/share/a.fm"},
   };
   for (const Row& row : rows) {
     EXPECT_EQ(PlatformPath(row.device_independent), row.path);
@@ -105,7 +111,8 @@ TEST(Book, ARealOneFindsItsFiles) {
     EXPECT_TRUE(located.exists && located.elsewhere) << component.path;
   }
   std::size_t with_component = 0;
-  for (const std::uint32_t component : book->element_components) with_component += component != kNoIndex ? 1 : 0;
+  for (const std::uint32_t component : book->element_components)
+    with_component += component != kNoIndex ? 1 : 0;
   EXPECT_EQ(with_component, 5U);
 }
 

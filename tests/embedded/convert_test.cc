@@ -1,4 +1,5 @@
-// Documents taken from MIF to XML and back, and the other way: the tree, the text and what is said of them stay.
+// Documents taken from MIF to XML and back, and the other way: the tree, the text and what is said of them
+// stay.
 
 #include <filesystem>
 #include <fstream>
@@ -24,12 +25,14 @@ std::unique_ptr<Document> OpenMif(const std::string& bytes) {
 // What is said of a stretch of text.
 std::string Properties(const Document& document, const Item& item) {
   std::string text;
-  for (const Id id : document.condition_sets[item.conditions]) text += std::string(document.conditions[id].name) + ",";
+  for (const Id id : document.condition_sets[item.conditions])
+    text += std::string(document.conditions[id].name) + ",";
   const FontState& font = document.fonts[item.font];
   const CharacterProperties& set = font.properties;
   if (!font.tag.empty()) text += "format " + std::string(font.tag) + ",";
   if ((set.known & kColorBit) != 0) text += "color " + std::string(document.colors[set.color].name) + ",";
-  if ((set.known & kUnderliningBit) != 0) text += "underline " + std::to_string(static_cast<int>(set.underlining)) + ",";
+  if ((set.known & kUnderliningBit) != 0)
+    text += "underline " + std::to_string(static_cast<int>(set.underlining)) + ",";
   if ((set.known & kStrikethroughBit) != 0) text += set.strikethrough ? "strike," : "no strike,";
   if ((set.known & kChangeBarBit) != 0) text += set.change_bar ? "bar," : "no bar,";
   return text;
@@ -59,7 +62,9 @@ std::vector<std::string> Structure(const Document& document) {
         for (std::uint32_t v = 0; v < attribute.value_count; ++v) {
           const std::string_view value = document.values[attribute.first_value + v];
           // Control characters cannot be in XML; they come back on the way to MIF.
-          line += "[" + (document.format == Format::kXml ? embedded::xml::FromContent(value) : std::string(value)) + "]";
+          line += "[" +
+                  (document.format == Format::kXml ? embedded::xml::FromContent(value) : std::string(value)) +
+                  "]";
         }
       }
       if (element.kind == ElementKind::kTableRow) {
@@ -70,7 +75,8 @@ std::vector<std::string> Structure(const Document& document) {
       lines.push_back(line);
     }
     const bool is_variable = element.kind == ElementKind::kSystemVariable;
-    for (std::uint32_t i = element.first_item; i < element.end_item && (element.definition == 0 || is_variable); ++i) {
+    for (std::uint32_t i = element.first_item;
+         i < element.end_item && (element.definition == 0 || is_variable); ++i) {
       std::string text;
       if (!document.items[i].Is(kGenerated)) AppendItemText(document, document.items[i], &text);
       if (text.empty()) continue;
@@ -149,7 +155,8 @@ TEST(Convert, MifToXmlAndBack) {
         <Row><Cell/><Cell><P>2</P></Cell></Row>
       </TableBody>
     </Table>
-  </Doc>)", testing::MifFlow::Place::kBody, "A"});
+  </Doc>)",
+                        testing::MifFlow::Place::kBody, "A"});
   file.hidden = {"Hidden"};
   testing::MifDefinition definition;
   definition.tag = "P";
@@ -171,7 +178,8 @@ TEST(Convert, MifToXmlAndBack) {
 
 TEST(Convert, TextInTheHiddenFlowIsTextWithItsCondition) {
   testing::MifFile file;
-  file.flows.push_back({"<Doc>\n<P>a {Hidden}b{} c</P>\n<P>d</P>\n</Doc>", testing::MifFlow::Place::kBody, "A"});
+  file.flows.push_back(
+      {"<Doc>\n<P>a {Hidden}b{} c</P>\n<P>d</P>\n</Doc>", testing::MifFlow::Place::kBody, "A"});
   file.hidden = {"Hidden"};
   file.hidden_flow = true;
   const std::string xml = ConvertToXml(*OpenMif(testing::Mif(file)));
@@ -181,10 +189,13 @@ TEST(Convert, TextInTheHiddenFlowIsTextWithItsCondition) {
 TEST(Convert, XmlToMifAndBack) {
   const std::string_view files[] = {
       "<a x='1'><b>one <i>two</i> three</b><b/><c><d>four</d></c></a>",
-      "<?qelm condition H hidden?><a><b>x<?Fm Condstart H?>y<c>z</c><?Fm Condend H?></b><?Fm Condstart K?><b>w</b>"
+      "<?qelm condition H hidden?><a><b>x<?Fm Condstart H?>y<c>z</c><?Fm Condend H?></b><?Fm Condstart "
+      "K?><b>w</b>"
       "<?Fm Condend K?></a>",
-      "<a><table frame='all'><title>T</title><tgroup cols='2'><colspec colname='c1'/><thead><row><entry>h</entry>"
-      "</row></thead><tbody><row><?Fm Condstart H?><entry>1</entry><entry><p>2</p><p>3</p></entry><?Fm Condend H?>"
+      "<a><table frame='all'><title>T</title><tgroup cols='2'><colspec "
+      "colname='c1'/><thead><row><entry>h</entry>"
+      "</row></thead><tbody><row><?Fm Condstart H?><entry>1</entry><entry><p>2</p><p>3</p></entry><?Fm "
+      "Condend H?>"
       "</row></tbody></tgroup></table></a>",
       // No table in MIF has two bodies: these are containers there.
       "<a><p><?qelm text color=\"Red\" underline=\"double\"?>red<?qelm end?> and <?qelm text format=\"Code\" "
@@ -206,7 +217,8 @@ TEST(Convert, XmlToMifAndBack) {
 }
 
 TEST(Convert, ATableThatMifCannotHoldIsOneOfContainers) {
-  const auto xml = OpenXml("<a><table><tbody><tr><td>1</td></tr></tbody><tbody><tr><td>2</td></tr></tbody></table></a>");
+  const auto xml =
+      OpenXml("<a><table><tbody><tr><td>1</td></tr></tbody><tbody><tr><td>2</td></tr></tbody></table></a>");
   const auto mif = OpenMif(ConvertToMif(*xml));
   for (const Element& element : mif->elements) {
     EXPECT_TRUE(element.kind == ElementKind::kContainer || element.kind == ElementKind::kText);

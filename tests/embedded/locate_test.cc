@@ -26,20 +26,21 @@ class Locate : public ::testing::Test {
 };
 
 TEST_F(Locate, AComponentIsFoundBesideTheBook) {
-  for (const char* name : {"ch1.mif", "part/ch2.mif", "ch3.fm", "ch3.mif", "ch4.fm.mif", "Ch5.MIF", "x/y/ch6.fm"}) {
+  for (const char* name :
+       {"ch1.mif", "part/ch2.mif", "ch3.fm", "ch3.mif", "ch4.fm.mif", "Ch5.MIF", "x/y/ch6.fm"}) {
     folder_.Write(name, "x");
   }
   const char* rows[][2] = {
-      {"ch1.mif", "ch1.mif"},                       // where it is
-      {"ch1.fm", "!ch1.mif"},                       // saved as MIF
-      {"ch3.fm", "ch3.fm"},                         // not replaced by the one beside it
+      {"ch1.mif", "ch1.mif"},  // where it is
+      {"ch1.fm", "!ch1.mif"},  // saved as MIF
+      {"ch3.fm", "ch3.fm"},    // not replaced by the one beside it
       {"ch4.fm", "!ch4.fm.mif"},
-      {"M:\\Docs\\ch1.fm", "!ch1.mif"},             // of another machine
-      {"O:/Docs/part/ch2.fm", "!part/ch2.mif"},     // with as much of the path as is here
+      {"M:\\Docs\\ch1.fm", "!ch1.mif"},          // of another machine
+      {"O:/Docs/part/ch2.fm", "!part/ch2.mif"},  // with as much of the path as is here
       {"/nowhere/part/ch2.fm", "!part/ch2.mif"},
       {"../nowhere/ch3.fm", "!ch3.fm"},
       {"CH5.fm", "!Ch5.MIF"},
-      {"part", "part"},                             // a folder is not looked for, but found
+      {"part", "part"},  // a folder is not looked for, but found
       {"part.fm", ""},
       {"ch6.fm", ""},
       {"M:", ""},

@@ -47,7 +47,8 @@ std::string Conditional(const Document& document) {
   for (const Item& item : document.items) {
     if (item.kind != ItemKind::kString || item.conditions == 0) continue;
     if (!runs.empty()) runs += " ";
-    for (const Id id : document.condition_sets[item.conditions]) runs += std::string(document.conditions[id].name) + ",";
+    for (const Id id : document.condition_sets[item.conditions])
+      runs += std::string(document.conditions[id].name) + ",";
     runs.back() = ':';
     AppendItemText(document, item, &runs);
   }
@@ -86,13 +87,15 @@ TEST(XmlDocument, IsReadAsATree) {
   };
   for (const Row& row : rows) EXPECT_EQ(Tree(row.bytes), row.tree) << row.bytes;
   for (const auto encoding : {xml::Encoding::kUtf16Little, xml::Encoding::kUtf16Big}) {
-    EXPECT_EQ(Tree(Utf16("<a>\n<b x='&lt;'/>\xF0\x9F\x98\x80</a>", encoding)), "(a '\n' (b x=<) '\xF0\x9F\x98\x80')");
+    EXPECT_EQ(Tree(Utf16("<a>\n<b x='&lt;'/>\xF0\x9F\x98\x80</a>", encoding)),
+              "(a '\n' (b x=<) '\xF0\x9F\x98\x80')");
   }
 }
 
 TEST(XmlDocument, DeclaresAttributes) {
   const auto document = OpenXml(
-      "<!DOCTYPE a [<!ATTLIST a c (x|y) 'x' n NMTOKENS 'p q' f CDATA #FIXED '1' r ID #REQUIRED i IDREFS #IMPLIED>"
+      "<!DOCTYPE a [<!ATTLIST a c (x|y) 'x' n NMTOKENS 'p q' f CDATA #FIXED '1' r ID #REQUIRED i IDREFS "
+      "#IMPLIED>"
       "<!ATTLIST a c CDATA 'later'>]><a r='1'/>");
   const Definition& definition = document->definitions[document->definition_index.at("a")];
   ASSERT_EQ(definition.attributes.size(), 5U);
@@ -124,7 +127,8 @@ TEST(XmlDocument, CallsDamageByPlaceAndExpectation) {
       {"<a><b>", "expected </b>"},
       {"", "expected an element"},
       {"<a x='1' x='2'/>", "duplicate attribute"},
-      {"<?xml version='1.0' encoding='windows-1252'?><a/>", "\"windows-1252\" is not supported; save the file as UTF-8"},
+      {"<?xml version='1.0' encoding='windows-1252'?><a/>",
+       "\"windows-1252\" is not supported; save the file as UTF-8"},
       {"<a>&nowhere;</a>", "undefined entity"},
       {laughs + "]><a>&e39;</a>", "amplification"},
       {nested + "]><a>&e4999;</a>", "too many entities"},
@@ -168,7 +172,9 @@ TEST(XmlTables, AreKnownByTheirNames) {
       "<doc><table><title>T</title><tgroup cols='1'><colspec/><thead><row><entry>h</entry></row></thead>"
       "<tbody><row><entry>c</entry></row></tbody></tgroup></table>"
       "<TABLE><TBODY><TR><TD>d</TD><th/></TR></TBODY></TABLE><table><tr><td/></tr></table><row/></doc>");
-  const auto kind = [&](std::string_view name, int n) { return document->elements[Find(*document, name, n)].kind; };
+  const auto kind = [&](std::string_view name, int n) {
+    return document->elements[Find(*document, name, n)].kind;
+  };
   EXPECT_EQ(kind("table", 0), ElementKind::kContainer);
   EXPECT_EQ(kind("title", 0), ElementKind::kContainer);
   EXPECT_EQ(kind("tgroup", 0), ElementKind::kTable);
@@ -192,7 +198,9 @@ TEST(XmlTables, AreKnownByInstructions) {
       "<?qelm kind Grid table?><?qelm kind B table-body?><?qelm kind R table-row?><?qelm kind C table-cell?>"
       "<?qelm kind Cap table-title?><?qelm kind Fn footnote?><?qelm kind tbody container?>"
       "<d><Grid><Cap>t</Cap><B><R><C>x</C></R></B></Grid><R/><Fn>f</Fn><table><tbody/></table></d>");
-  const auto kind = [&](std::string_view name, int n) { return document->elements[Find(*document, name, n)].kind; };
+  const auto kind = [&](std::string_view name, int n) {
+    return document->elements[Find(*document, name, n)].kind;
+  };
   EXPECT_EQ(kind("Grid", 0), ElementKind::kTable);
   EXPECT_EQ(kind("Cap", 0), ElementKind::kTableTitle);
   EXPECT_EQ(kind("R", 0), ElementKind::kTableRow);
@@ -217,7 +225,8 @@ const HidingRow kHiding[] = {
     {"<a><table><tbody><tr><td>1</td></tr></tbody></table>x</a>", "table",
      "<a><?Fm Condstart Hidden?><table><tbody><tr><td>1</td></tr></tbody></table><?Fm Condend Hidden?>x</a>"},
     {"<a><table><tbody><tr><td>1<b/></td></tr></tbody></table></a>", "td",
-     "<a><table><tbody><tr><td><?Fm Condstart Hidden?>1<b/><?Fm Condend Hidden?></td></tr></tbody></table></a>"},
+     "<a><table><tbody><tr><td><?Fm Condstart Hidden?>1<b/><?Fm Condend "
+     "Hidden?></td></tr></tbody></table></a>"},
     // Inside an entity that holds more than the element, the entity is written out.
     {"<!DOCTYPE a [<!ENTITY e 'x<b>&lt;</b><!--c-->y'>]><a>&e;&e;</a>", "b",
      "<!DOCTYPE a [<!ENTITY e 'x<b>&lt;</b><!--c-->y'>]><a>x<?Fm Condstart Hidden?><b>&lt;</b>"
@@ -242,7 +251,7 @@ TEST(XmlSaving, RestoringGivesTheBytesOfBefore) {
     const Id condition = hidden->condition_index.at("Hidden");
     EXPECT_FALSE(hidden->conditions[condition].shown);
     ShowAll(hidden.get());
-    SetConditionShown(hidden.get(), condition, true);
+    hidden->show_all = true;
     EXPECT_EQ(SaveXml(*hidden), row.before);
   }
 }
@@ -268,7 +277,6 @@ TEST(XmlSaving, EveryElementHiddenAndRestoredInEveryEncoding) {
       EXPECT_EQ(Tree(*hidden, 1), Tree(*document, 1));
       EXPECT_EQ(Conditional(*hidden), Conditional(*document));
       ShowAll(hidden.get());
-      SetConditionShown(hidden.get(), hidden->condition_index.at("Hidden"), true);
       EXPECT_TRUE(SaveXml(*hidden) == bytes) << id;
     }
   }
@@ -277,7 +285,7 @@ TEST(XmlSaving, EveryElementHiddenAndRestoredInEveryEncoding) {
 TEST(XmlSaving, MarksThatStillHoldStay) {
   struct Row {
     std::string_view before;
-    std::string_view after;   // with <b> hidden
+    std::string_view after;  // with <b> hidden
   };
   const Row rows[] = {
       // A condition of text that is hidden gives way to the one that hides it.
@@ -285,9 +293,11 @@ TEST(XmlSaving, MarksThatStillHoldStay) {
        "<a>1<?Fm Condstart A?> 2<?Fm Condend A?><?Fm Condstart Hidden?><b>3</b><?Fm Condend Hidden?>"
        "<?Fm Condstart A?>4 <?Fm Condend A?>5</a>"},
       {"<a>1<?Fm Condstart A?><!--x--><b>3</b>4<?Fm Condend A?></a>",
-       "<a>1<!--x--><?Fm Condstart Hidden?><b>3</b><?Fm Condend Hidden?><?Fm Condstart A?>4<?Fm Condend A?></a>"},
+       "<a>1<!--x--><?Fm Condstart Hidden?><b>3</b><?Fm Condend Hidden?><?Fm Condstart A?>4<?Fm Condend "
+       "A?></a>"},
       {"<a><b>3</b><!--x--><?Fm Condstart A?>4<?Fm Condend A?></a>",
-       "<a><?Fm Condstart Hidden?><b>3</b><?Fm Condend Hidden?><!--x--><?Fm Condstart A?>4<?Fm Condend A?></a>"},
+       "<a><?Fm Condstart Hidden?><b>3</b><?Fm Condend Hidden?><!--x--><?Fm Condstart A?>4<?Fm Condend "
+       "A?></a>"},
       {"<a><?Fm Condstart Hidden?>1<?Fm Condend Hidden?><b>2</b></a>",
        "<a><?Fm Condstart Hidden?>1<b>2</b><?Fm Condend Hidden?></a>"},
   };
@@ -302,7 +312,8 @@ TEST(XmlSaving, MarksThatStillHoldStay) {
 
 TEST(XmlSaving, RowsWithMarksAroundThemTakeTheirOwn) {
   const std::string bytes =
-      "<a><table><tbody><?Fm Condstart A?><tr><td>1</td></tr><tr><td>2</td></tr><?Fm Condend A?></tbody></table></a>";
+      "<a><table><tbody><?Fm Condstart A?><tr><td>1</td></tr><tr><td>2</td></tr><?Fm Condend "
+      "A?></tbody></table></a>";
   const auto document = OpenXml(bytes);
   const Part& row = document->parts[document->elements[Find(*document, "tr", 1)].part];
   EXPECT_NE(row.conditions, 0);
@@ -315,14 +326,17 @@ TEST(XmlSaving, RowsWithMarksAroundThemTakeTheirOwn) {
 TEST(XmlSaving, DeletesWholeElementsAndNothingElse) {
   struct Row {
     std::string_view before;
-    std::string_view after;   // without the first <b>
+    std::string_view after;  // without the first <b>
   };
   const Row rows[] = {
       {"<a>\n  <b x='1'>t<c/></b>\n  <b/>\n</a>", "<a>\n  \n  <b/>\n</a>"},
-      {"<a>1<?Fm Condstart A?>2<b>3<?Fm Condend A?>4</b>5</a>", "<a>1<?Fm Condstart A?>2<?Fm Condend A?>5</a>"},
+      {"<a>1<?Fm Condstart A?>2<b>3<?Fm Condend A?>4</b>5</a>",
+       "<a>1<?Fm Condstart A?>2<?Fm Condend A?>5</a>"},
       {"<a>1<b>3<?Fm Condstart A?>4</b>5<?Fm Condend A?></a>", "<a>1<?Fm Condstart A?>5<?Fm Condend A?></a>"},
-      {"<a><?qelm text color=\"Red\"?>1<b>2<?qelm end?></b>3</a>", "<a><?qelm text color=\"Red\"?>1<?qelm end?>3</a>"},
-      {"<!DOCTYPE a [<!ENTITY e '<b>x</b>y'>]><a>&e;z</a>", "<!DOCTYPE a [<!ENTITY e '<b>x</b>y'>]><a>yz</a>"},
+      {"<a><?qelm text color=\"Red\"?>1<b>2<?qelm end?></b>3</a>",
+       "<a><?qelm text color=\"Red\"?>1<?qelm end?>3</a>"},
+      {"<!DOCTYPE a [<!ENTITY e '<b>x</b>y'>]><a>&e;z</a>",
+       "<!DOCTYPE a [<!ENTITY e '<b>x</b>y'>]><a>yz</a>"},
       {"<!DOCTYPE a [<!ENTITY e '<b>x</b>'>]><a>&e;z</a>", "<!DOCTYPE a [<!ENTITY e '<b>x</b>'>]><a>z</a>"},
   };
   for (const Row& row : rows) {
@@ -346,23 +360,40 @@ TEST(XmlSaving, WritesTextPropertiesAroundTheText) {
   EXPECT_EQ(saved, "<a>1<b>" + mark + "2<?qelm end?><c>" + mark + "3<?qelm end?></c></b><!--x-->4</a>");
   const auto again = OpenXml(saved);
   EXPECT_EQ(NormalForm(*again), NormalForm(*document));
-  EXPECT_EQ(again->fonts[again->items[again->elements[Find(*again, "c")].first_item + 2].font].properties.color,
-            again->color_index.at("Red"));
+  EXPECT_EQ(
+      again->fonts[again->items[again->elements[Find(*again, "c")].first_item + 2].font].properties.color,
+      again->color_index.at("Red"));
 }
 
 TEST(XmlSaving, KeepsStateOfTheDocumentInTheProlog) {
-  const auto document = OpenXml("<?xml version='1.0'?>\r\n<a/>");
-  SetConditionShown(document.get(), CreateCondition(document.get(), "Two words?"), false);
-  document->show_all = true;
-  document->modified = true;
+  const auto document = OpenXml("<?xml version='1.0'?>\r\n<a>x</a>");
+  EXPECT_TRUE(document->show_all);
+  const std::uint16_t set = ConditionSet(document.get(), "Two words?");
+  SetConditionShown(document.get(), document->condition_index.at("Two words?"), false);
+  EXPECT_EQ(SaveXml(*document), document->source);  // nothing has it
+  SetConditions(document.get(), 1, 2, set);
   const std::string saved = SaveXml(*document);
-  EXPECT_EQ(saved,
-            "<?xml version='1.0'?>\r\n<?qelm show-all yes?>\r\n<?qelm condition Two words_x003F_ hidden?>\r\n<a/>");
+  EXPECT_EQ(
+      saved,
+      "<?xml version='1.0'?>\r\n<?qelm condition Two words_x003F_ hidden while-used?>\r\n"
+      "<?qelm show-all yes?>\r\n<a><?Fm Condstart Two words_x003F_?>x<?Fm Condend Two words_x003F_?></a>");
   const auto again = OpenXml(saved);
   EXPECT_TRUE(again->show_all);
-  SetConditionShown(again.get(), again->condition_index.at("Two words?"), true);
   again->show_all = false;
-  EXPECT_EQ(SaveXml(*again), document->source);
+  again->modified = true;
+  const auto hidden = OpenXml(SaveXml(*again));
+  EXPECT_FALSE(hidden->show_all);
+  // Taken away and shown again as a whole: nothing is left to be said.
+  ShowAll(hidden.get());
+  hidden->show_all = true;
+  EXPECT_EQ(SaveXml(*hidden), document->source);
+}
+
+TEST(XmlSaving, ChangesOnlyTheWordOfAStateThatTheAuthorWrote) {
+  const auto document = OpenXml("<?qelm condition A hidden?><?qelm condition B shown?>\n<a/>");
+  SetConditionShown(document.get(), document->condition_index.at("A"), true);
+  SetConditionShown(document.get(), document->condition_index.at("B"), false);
+  EXPECT_EQ(SaveXml(*document), "<?qelm condition A shown?><?qelm condition B hidden?>\n<a/>");
 }
 
 // A document of everything: text, marks, comments, entities, tables, in no order that anyone would choose.
@@ -371,7 +402,8 @@ class Scribe {
   explicit Scribe(unsigned seed) : random_(seed) {}
 
   std::string Document() {
-    std::string text = "<!DOCTYPE a [<!ENTITY e 'x<b>y<!--c--></b>z'><!ENTITY f 'w'>]>\n<?qelm kind n footnote?><a>";
+    std::string text =
+        "<!DOCTYPE a [<!ENTITY e 'x<b>y<!--c--></b>z'><!ENTITY f 'w'>]>\n<?qelm kind n footnote?><a>";
     for (int i = Below(12); i >= 0; --i) Node(&text, 3);
     return text + "</a>\n";
   }
@@ -397,10 +429,18 @@ class Scribe {
   void Mark(std::string* text) {
     const std::string name(1, static_cast<char>('A' + Below(3)));
     switch (Below(4)) {
-      case 0: *text += "<?Fm Condstart " + name + "?>"; break;
-      case 1: *text += "<?Fm Condend " + name + "?>"; break;
-      case 2: *text += "<?qelm text color=\"Red\"?>"; break;
-      default: *text += "<?qelm end?>"; break;
+      case 0:
+        *text += "<?Fm Condstart " + name + "?>";
+        break;
+      case 1:
+        *text += "<?Fm Condend " + name + "?>";
+        break;
+      case 2:
+        *text += "<?qelm text color=\"Red\"?>";
+        break;
+      default:
+        *text += "<?qelm end?>";
+        break;
     }
   }
 
@@ -425,22 +465,26 @@ class Scribe {
   std::minstd_rand random_;
 };
 
-// What the saved file has to say again: the tree, each row's conditions, and each text with its own. Texts that came
-// together are one when the file is opened again, and white space beside no text any more is layout.
+// What the saved file has to say again: the tree, each row's conditions, and each text with its own. Texts
+// that came together are one when the file is opened again, and white space beside no text any more is
+// layout.
 std::string Meaning(const Document& document) {
   std::string meaning = Tree(document, document.flows[1].root);
   std::erase_if(meaning, [](char c) { return c == ' ' || c == '\n'; });
   for (std::size_t at = 0; (at = meaning.find("''")) != std::string::npos;) meaning.erase(at, 2);
   for (const Part& part : document.parts) {
-    if (part.kind != ElementKind::kTableRow || part.deleted || document.elements[part.element].deleted) continue;
+    if (part.kind != ElementKind::kTableRow || part.deleted || document.elements[part.element].deleted)
+      continue;
     meaning += "\nrow";
-    for (const Id id : document.condition_sets[part.conditions]) meaning += " " + std::string(document.conditions[id].name);
+    for (const Id id : document.condition_sets[part.conditions])
+      meaning += " " + std::string(document.conditions[id].name);
   }
   std::string last;
   for (const Item& item : document.items) {
     if (item.kind != ItemKind::kString || item.Is(kDeleted)) continue;
     std::vector<std::string> names;
-    for (const Id id : document.condition_sets[item.conditions]) names.emplace_back(document.conditions[id].name);
+    for (const Id id : document.condition_sets[item.conditions])
+      names.emplace_back(document.conditions[id].name);
     std::sort(names.begin(), names.end());
     std::string state = "\n";
     for (const std::string& name : names) state += name + " ";
@@ -464,7 +508,9 @@ void EditAtRandom(Document* document, Scribe* scribe) {
   const Element& element = document->elements[id];
   switch (scribe->Below(5)) {
     case 0:
-    case 1: Hide(document, id); break;
+    case 1:
+      Hide(document, id);
+      break;
     case 2:
       if (element.kind == ElementKind::kTableRow) {
         DeleteRow(document, element.part);
@@ -472,7 +518,9 @@ void EditAtRandom(Document* document, Scribe* scribe) {
         DeleteElement(document, id);
       }
       break;
-    case 3: SetConditions(document, element.first_item, element.end_item, 0); break;
+    case 3:
+      SetConditions(document, element.first_item, element.end_item, 0);
+      break;
     default: {
       CharacterProperties strike;
       strike.known = kStrikethroughBit;

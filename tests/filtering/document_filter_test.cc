@@ -50,6 +50,7 @@ TEST(DocumentFilter, DryRunCountsAsTheRunDoesAndChangesNothing) {
   const char outline[] =
       "Doc(P Audience='expert'('a' B Audience='expert'('b')) Table(Title('t') Heading(Row(Cell('h')))"
       " Body(Row Audience='expert'(Cell('1')) Row Audience='expert'(Cell('2'))) Footing(Row(Cell('f'))))"
+      " Table(Body(Row(Cell('1')) Row Audience='expert'(Cell('2'))) Footing(Row(Cell('f'))))"
       " P Audience='expert'('c'))";
   for (const LaunchMode mode : {kSource, kSourceNr, kCopy}) {
     FilterSession session({outline});
@@ -66,7 +67,7 @@ TEST(DocumentFilter, DryRunCountsAsTheRunDoesAndChangesNothing) {
     EXPECT_EQ(session.run.kept, counted.kept);
     EXPECT_EQ(session.run.hidden, counted.hidden);
     EXPECT_EQ(session.run.deleted, counted.deleted);
-    EXPECT_GE(session.run.hidden + session.run.deleted, 4U);
+    EXPECT_GE(session.run.hidden + session.run.deleted, 5U);
   }
 }
 
@@ -438,6 +439,28 @@ TEST(DocumentFilter, TellsTheClientAndTheLogInOrder) {
   EXPECT_EQ(session.log, expected);
 }
 
+TEST(DebugPrompts, ComeAtEachStepUntilANo) {
+  FilterSession session({"Doc(P x=('a') P x=('b') P x=('c'))"});
+  session.debug_prompts = true;
+  host::Host& host = session.inner();
+  const host::Id root = host.elements.Root(session.document, host.elements.MainFlow(session.document));
+  host.text.SelectElement(session.document, root);
+  // The second element is where the user has seen enough.
+  int deletions = 0;
+  session.user.answer = [&](const std::string& text) {
+    return text.find("Deleting: P element.\n\nContinue debugging?") == std::string::npos || ++deletions < 2;
+  };
+  EXPECT_EQ(session.Filter(Classic({{"x", {}}}), InMode(kSource)), kDone);
+  EXPECT_EQ(deletions, 2);
+  EXPECT_EQ(session.run.hidden, 3U);
+  ASSERT_GE(session.user.texts.size(), 3U);
+  EXPECT_NE(session.user.texts[0].find("Creating 'Hidden' condition.\n\nKeep debugging?"), std::string::npos);
+  EXPECT_NE(session.user.texts[1].find("Flow name: A.\n\nKeep debugging?"), std::string::npos);
+  EXPECT_NE(session.user.texts[2].find("HLE tag: Doc\n\nKeep debugging?"), std::string::npos);
+  // Each prompt selected its element; the selection from before is back.
+  EXPECT_EQ(host.text.SelectedElement(session.document), root);
+}
+
 TEST(DocumentFilter, SaysThatColoringWasNotRemoved) {
   FilterSession session({kManual});
   FilterRun run = InMode(kCopy);
@@ -462,6 +485,17 @@ TEST(DuplicateFilter, NeverCopiesOverAnOpenDocument) {
   run.duplicate_path = session.folder.File("no/such/folder/copy.mif");
   EXPECT_EQ(session.Filter(Beginners(), run), kCopyFailed);
   EXPECT_EQ(session.Source(), "Doc(P('one') P('two' B('three')) P('four'))");
+}
+
+TEST(DuplicateFilter, LeavesTheFileOfAnotherOpenDocument) {
+  FilterSession session({kManual});
+  FilterRun run = InMode(kCopy);
+  run.duplicate_path = session.folder.Write("other.mif", testing::MifOf({"Doc(P('other'))"}));
+  host::OpenStatus status = host::OpenStatus::kUnreadable;
+  ASSERT_NE(session.inner().documents.Open(run.duplicate_path, {}, &status), host::kNone);
+  session.inner().documents.Activate(session.document);
+  EXPECT_EQ(session.Filter(Beginners(), run), kCopyFailed);
+  EXPECT_EQ(session.folder.Read("other.mif"), testing::MifOf({"Doc(P('other'))"}));
 }
 
 TEST(DuplicateFilter, SavesAChangedDocumentFirstOrAsks) {

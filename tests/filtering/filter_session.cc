@@ -31,6 +31,7 @@ std::int32_t FilterSession::FilterThrough(host::Host& roles, const schemes::Sche
                                           const filtering::FilterRun& wanted) {
   const CheckingHost::Entry entry(checking_);
   messages::Messenger messenger(roles.user, roles.platform);
+  messenger.SetDebugPrompts(debug_prompts);
   xpath::Engine engine(roles, messenger);
   xpath::bw_XPathEngineInit(engine, 0, 1000, 100);
   run = wanted;

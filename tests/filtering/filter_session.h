@@ -23,7 +23,8 @@ namespace qelm::testing {
 class TestUser : public host::UserInterface {
  public:
   std::set<std::string> no;
-  int esc_at_poll = 0;  // from 1; 0: never
+  std::function<bool(const std::string&)> answer;  // in place of `no`, from the whole text
+  int esc_at_poll = 0;                             // from 1; 0: never
 
   std::vector<std::string> shown;  // alerts and questions
   std::vector<std::string> texts;
@@ -31,7 +32,10 @@ class TestUser : public host::UserInterface {
   int polls = 0;
 
   void Note(std::string_view text) override { Remember(text); }
-  std::int32_t Question(std::string_view text) override { return no.contains(Remember(text)) ? 1 : 0; }
+  std::int32_t Question(std::string_view text) override {
+    const std::string id = Remember(text);
+    return (answer ? answer(std::string(text)) : !no.contains(id)) ? 0 : 1;
+  }
   void ShowStatus(const host::Status& lines) override { status.push_back(lines.line1); }
   void HideStatus() override { status.push_back(""); }
   bool EscPressed() override { return ++polls == esc_at_poll; }
@@ -93,6 +97,7 @@ class FilterSession {
   filtering::FilterRun run;
   std::vector<std::string> log;  // the events of all runs
   std::function<bool(host::Id)> remove_coloring;
+  bool debug_prompts = false;
 
  private:
   embedded::adapter::PosixPlatform platform_;

@@ -1,4 +1,4 @@
-#include <fmt/printf.h>
+#include <random>
 
 #include "fixture.h"
 #include "xpath/errors.h"
@@ -302,6 +302,38 @@ TEST_F(ParserTest, ShortFormsMakeTheTreeOfTheLongOnes) {
   for (const auto& [short_form, long_form] : rows) {
     EXPECT_EQ(numberless(Body(short_form)), numberless(Body(long_form))) << short_form;
   }
+}
+
+// Texts that nobody would write: each is rejected at a place inside it, or selects something without
+// complaint.
+TEST_F(ParserTest, AnyTextIsRejectedAtAPlaceOrEvaluated) {
+  const char* pieces[] = {"a",          "b",        "/",        "//",         "[",           "]",
+                          "(",          ")",        "not(",     "contains(",  ",",           "@x",
+                          "*",          ".",        "..",       " ",          "or ",         "and ",
+                          "=",          "!=",       "<",        "'1'",        "'",           "2",
+                          "$p",         "!",        ":",        "::",         "%",           "\\",
+                          "x::",        "self::",   "fmprop::", "PgfTag",     "text()",      "last()",
+                          "position()", "\xC3\xA4", "\xC3",     "flow-any::", "preceding::", "fmfile::",
+                          "[1]",        "[last()]", "\"",       "ancestor::"};
+  Load("a(x=\"1\") { b { \"1\" } a }");
+  std::mt19937 random(7);
+  int parsed = 0;
+  for (int round = 0; round < 30000; ++round) {
+    std::string text = round % 2 == 0 ? "//a" : "";
+    for (unsigned count = random() % 8; count > 0; --count) text += pieces[random() % std::size(pieces)];
+    const std::int32_t result = bw_ParseXPath(engine, text, 0);
+    ASSERT_NE(result, 0) << text;
+    if (result < kFirstError) {
+      ++parsed;
+      Matches(text);
+      continue;
+    }
+    ASSERT_FALSE(ErrorId(result).empty()) << text;
+    ASSERT_GE(LastParseError(engine).position, 0) << text;
+    ASSERT_LE(LastParseError(engine).position, static_cast<std::int32_t>(text.size())) << text;
+  }
+  EXPECT_GT(parsed, 1000);
+  EXPECT_TRUE(tree_host.user.notes.empty());
 }
 
 }  // namespace

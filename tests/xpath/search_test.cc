@@ -138,6 +138,19 @@ TEST_F(SearchTest, LinksInACircleEndTheSearchWithAMessage) {
   }
 }
 
+TEST_F(SearchTest, LongPathsAndDeepFunctionsAreFollowed) {
+  bw_XPathEngineInit(engine, 0, 100000, 0);
+  Load("d");
+  host::Id last = 1;
+  for (int depth = 0; depth < 1200; ++depth) last = tree_host.Document(kDocument).AddElement(last, "a");
+  std::string up = "..";
+  for (int step = 1; step < 990; ++step) up += "/..";
+  EXPECT_EQ(Matches("//*[" + up + "]").size(), 1201U - 990U);
+  std::string negated = "b";
+  for (int depth = 0; depth < 900; ++depth) negated = "not(" + negated + ")";
+  EXPECT_EQ(Matches("//a[" + negated + "]").size(), 0U);
+}
+
 TEST_F(SearchTest, ComponentsThatTheParserNeverMakesFail) {
   Load("d { a }");
   const std::int32_t sequence = bw_ParseXPath(engine, "a[b]", 0);

@@ -32,6 +32,10 @@ constexpr std::array kRefusals = {
             "the file is neither MIF (it would begin with <MIFFile or <Book) nor XML."},
 };
 
+bool HasNoRoot(const model::Document& document) {
+  return document.main_flow == 0 || document.flows[document.main_flow].root == 0;
+}
+
 class DocumentsRole : public host::Documents {
  public:
   explicit DocumentsRole(Workspace& workspace) : workspace_(workspace) {}
@@ -206,6 +210,9 @@ bool DocumentsRole::SaveTo(Id id, OpenFile* file, const host::SaveOptions& optio
   Format format = there == id ? own : FormatOfName(path, own);
   if (options.format == host::SaveFormat::kXml) format = Format::kXml;
   if (file->book && format != own) return FailSave(path, "a book can only be written as MIF.");
+  if (format == Format::kXml && own == Format::kXml && HasNoRoot(*file->document)) {
+    return FailSave(path, "every element was deleted, and XML cannot be without one.");
+  }
   if (!workspace_.platform().ReplaceFile(path, Bytes(file, format))) {
     return FailSave(path, "the file cannot be written" + workspace_.FileErrorSuffix());
   }

@@ -50,9 +50,15 @@ bool BookReader::Run(std::string* error) {
     if (reader_.kind() != Piece::kGroup) continue;
     const std::uint32_t begin = reader_.begin();
     switch (reader_.token()) {
-      case Token::kBookComponent: ReadComponent(); break;
-      case Token::kBookElements: ReadElements(); break;
-      case Token::kElementDefCatalog: ScanElementDefinitions(&reader_, &tree_); break;
+      case Token::kBookComponent:
+        ReadComponent();
+        break;
+      case Token::kBookElements:
+        ReadElements();
+        break;
+      case Token::kElementDefCatalog:
+        ScanElementDefinitions(&reader_, &tree_);
+        break;
       case Token::kColorCatalog:
         ScanColors(&reader_, &tree_);
         tree_.color_catalog = {begin, reader_.end()};
@@ -61,7 +67,9 @@ bool BookReader::Run(std::string* error) {
         ScanConditions(&reader_, &tree_);
         tree_.condition_catalog = {begin, reader_.end()};
         break;
-      default: reader_.Skip(); break;
+      default:
+        reader_.Skip();
+        break;
     }
   }
   if (reader_.Failed()) {
@@ -84,9 +92,15 @@ void BookReader::ReadComponent() {
   component.span.begin = reader_.begin();
   Children(&reader_, [&] {
     switch (reader_.token()) {
-      case Token::kFileName: component.file = Text(); break;
-      case Token::kDeriveType: component.generated = !reader_.data().empty(); break;
-      case Token::kDisplayText: component.entry_text = Text(); break;
+      case Token::kFileName:
+        component.file = Text();
+        break;
+      case Token::kDeriveType:
+        component.generated = !reader_.data().empty();
+        break;
+      case Token::kDisplayText:
+        component.entry_text = Text();
+        break;
       default:
         // What newer programs call it is not settled; it can only mean one thing.
         if (reader_.name().find("Exclude") != std::string_view::npos && reader_.data() == "Yes") {
@@ -126,7 +140,8 @@ void BookReader::ReadElements() {
       reader_.Skip();
     }
   }
-  if (!open_.empty()) Warn(reader_.begin(), "elements are still open at the end of the book's; they are closed there");
+  if (!open_.empty())
+    Warn(reader_.begin(), "elements are still open at the end of the book's; they are closed there");
   while (!open_.empty()) EndElement(reader_.begin(), reader_.begin());
 }
 
@@ -153,12 +168,17 @@ void BookReader::ReadElement(Id id, std::uint32_t* component) {
   std::string_view tag;
   Children(&reader_, [&] {
     switch (reader_.token()) {
-      case Token::kETag: tag = StringData(reader_, &tree_); break;
-      case Token::kEComponent: *component = NumberData(reader_); break;
+      case Token::kETag:
+        tag = StringData(reader_, &tree_);
+        break;
+      case Token::kEComponent:
+        *component = NumberData(reader_);
+        break;
       case Token::kAttributes:
         if (reader_.kind() == Piece::kGroup) ReadAttributes(id);
         break;
-      default: break;
+      default:
+        break;
     }
   });
   // A component without structure has an element without a name.
@@ -213,8 +233,8 @@ void BookReader::Attach(Id id) {
   parent.last_child = id;
 }
 
-// A book whose elements have no single one above them has a root that only the reader made. It comes last, because
-// ids are given by then.
+// A book whose elements have no single one above them has a root that only the reader made. It comes last,
+// because ids are given by then.
 void BookReader::FinishTree() {
   Flow flow;
   flow.name = "Book";

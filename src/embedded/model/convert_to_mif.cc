@@ -28,8 +28,8 @@ constexpr std::string_view kPages =
     " <TextRect \n  <ID 2>\n  <ShapeRect  1.0\" 1.0\" 6.5\" 9.0\">\n  <TRNumColumns 1>\n  <TRNext 0>\n"
     " > # end of TextRect\n> # end of Page\n";
 
-// Whether the line ends of a text, in their order, are written as references: those are forced, the others are white
-// space.
+// Whether the line ends of a text, in their order, are written as references: those are forced, the others
+// are white space.
 std::vector<bool> ForcedLineEnds(std::string_view raw) {
   std::vector<bool> forced;
   if (raw.starts_with("<![CDATA[")) return forced;
@@ -64,7 +64,9 @@ std::string Finished(MifStory* story) {
   return story->Whole();
 }
 
-bool IsTablePart(ElementKind kind) { return kind >= ElementKind::kTableTitle && kind <= ElementKind::kTableCell; }
+bool IsTablePart(ElementKind kind) {
+  return kind >= ElementKind::kTableTitle && kind <= ElementKind::kTableCell;
+}
 
 class Converter {
  public:
@@ -77,15 +79,15 @@ class Converter {
     std::uint32_t number = 0;
     std::uint32_t columns = 1;
     Id element = 0;
-    std::string strays;      // children that are no parts, as XML
+    std::string strays;  // children that are no parts, as XML
     std::string title;
-    std::string rows[3];     // heading, body, footing
+    std::string rows[3];  // heading, body, footing
     std::uint32_t row_cells = 0;
   };
   struct Open {
     Id element;
-    ElementKind kind;        // as it is written: what does not fit its place is a container
-    bool has_text;           // its children stand in its line
+    ElementKind kind;  // as it is written: what does not fit its place is a container
+    bool has_text;     // its children stand in its line
     bool preserves_space;
     std::uint32_t number = 0;  // of a footnote
   };
@@ -118,7 +120,7 @@ class Converter {
 
   const Document& document_;
   xml::Encoding encoding_;
-  std::vector<bool> is_container_;       // by element: a part of a table that is written as a container
+  std::vector<bool> is_container_;  // by element: a part of a table that is written as a container
   std::vector<MifStory> stories_;
   std::vector<Table> tables_;
   std::vector<Open> open_;
@@ -126,8 +128,8 @@ class Converter {
   std::string frames_text_;
   std::string variables_text_;
   std::uint32_t next_number_ = kBodyFrame + 1;
-  std::uint32_t skip_to_ = 0;            // items before this are written already or not at all
-  bool in_generated_ = false;            // between a variable and the end of its text
+  std::uint32_t skip_to_ = 0;  // items before this are written already or not at all
+  bool in_generated_ = false;  // between a variable and the end of its text
 };
 
 std::string Converter::Run() {
@@ -141,7 +143,8 @@ std::string Converter::Run() {
   out += MifConditions(document_);
   out += MifElementDefinitions(document_);
   out += MifCharacterFormats(document_);
-  if (!variables_text_.empty()) out += "<VariableFormats \n" + variables_text_ + "> # end of VariableFormats\n";
+  if (!variables_text_.empty())
+    out += "<VariableFormats \n" + variables_text_ + "> # end of VariableFormats\n";
   out += "<Document \n <DPageSize  8.5\" 11.0\">\n <DShowAllConditions ";
   out += document_.show_all ? "Yes" : "No";
   out += ">\n> # end of Document\n";
@@ -172,8 +175,8 @@ void Converter::Prolog() {
 }
 
 // ---------------------------------------------------------------------------------------------------------------
-// Which tables can be tables: MIF has at most a title and a heading, one body and at most a footing, rows of cells,
-// and no text between them.
+// Which tables can be tables: MIF has at most a title and a heading, one body and at most a footing, rows of
+// cells, and no text between them.
 
 void Converter::FindContainers() {
   is_container_.resize(document_.elements.size());
@@ -220,9 +223,11 @@ void Converter::MakeContainers(Id table) {
   is_container_[table] = true;
   for (Id part = elements[table].first_child; part != 0; part = elements[part].next) {
     is_container_[part] = is_container_[part] || IsTablePart(elements[part].kind);
-    for (Id row = elements[part].first_child; row != 0 && IsTablePart(elements[part].kind); row = elements[row].next) {
+    for (Id row = elements[part].first_child; row != 0 && IsTablePart(elements[part].kind);
+         row = elements[row].next) {
       is_container_[row] = is_container_[row] || IsTablePart(elements[row].kind);
-      for (Id cell = elements[row].first_child; cell != 0 && IsTablePart(elements[row].kind); cell = elements[cell].next) {
+      for (Id cell = elements[row].first_child; cell != 0 && IsTablePart(elements[row].kind);
+           cell = elements[cell].next) {
         is_container_[cell] = is_container_[cell] || elements[cell].kind == ElementKind::kTableCell;
       }
     }
@@ -274,7 +279,8 @@ void Converter::OpenElement(Id id) {
       table.number = next_number_++;
       table.element = id;
       for (Id part = element.first_child; part != 0; part = document_.elements[part].next) {
-        if (IsTablePart(document_.elements[part].kind)) table.columns = std::max(table.columns, CheckRows(part));
+        if (IsTablePart(document_.elements[part].kind))
+          table.columns = std::max(table.columns, CheckRows(part));
       }
       const std::string anchor = "<ATbl " + std::to_string(table.number) + ">";
       stories_.back().Object(anchor, conditions, 0, open_.empty() || !open_.back().has_text);
@@ -326,7 +332,8 @@ void Converter::OpenTablePart(const Element& element, ElementKind kind) {
     stories_.emplace_back(document_, "TableTitle");
   } else if (kind == ElementKind::kTableRow) {
     const auto parent = document_.elements[element.parent].kind;
-    std::string& rows = table.rows[static_cast<std::size_t>(parent) - static_cast<std::size_t>(ElementKind::kTableHeading)];
+    std::string& rows =
+        table.rows[static_cast<std::size_t>(parent) - static_cast<std::size_t>(ElementKind::kTableHeading)];
     rows += "   <Row ";
     const auto& set = document_.condition_sets[document_.parts[element.part].conditions];
     if (!set.empty()) {
@@ -342,16 +349,19 @@ void Converter::OpenTablePart(const Element& element, ElementKind kind) {
 void Converter::CloseTablePart(const Element& element, ElementKind kind) {
   Table& table = tables_.back();
   if (kind == ElementKind::kTableTitle) {
-    table.title = "  <TblTitle " + Group(element) + " <TblTitleContent \n" + Finished(&stories_.back()) + "  >> # end of TblTitle\n";
+    table.title = "  <TblTitle " + Group(element) + " <TblTitleContent \n" + Finished(&stories_.back()) +
+                  "  >> # end of TblTitle\n";
     stories_.pop_back();
     return;
   }
   if (kind != ElementKind::kTableCell && kind != ElementKind::kTableRow) return;
   const Element& row = kind == ElementKind::kTableRow ? element : document_.elements[element.parent];
   const auto part = document_.elements[row.parent].kind;
-  std::string& rows = table.rows[static_cast<std::size_t>(part) - static_cast<std::size_t>(ElementKind::kTableHeading)];
+  std::string& rows =
+      table.rows[static_cast<std::size_t>(part) - static_cast<std::size_t>(ElementKind::kTableHeading)];
   if (kind == ElementKind::kTableCell) {
-    rows += "    <Cell " + Group(element) + " <CellContent \n" + Finished(&stories_.back()) + "    >> # end of Cell\n";
+    rows += "    <Cell " + Group(element) + " <CellContent \n" + Finished(&stories_.back()) +
+            "    >> # end of Cell\n";
     stories_.pop_back();
     return;
   }
@@ -378,8 +388,8 @@ void Converter::WriteTable() {
     const ElementKind kind = document_.elements[part].kind;
     if (kind < ElementKind::kTableHeading || kind > ElementKind::kTableFooting) continue;
     const auto index = static_cast<std::size_t>(kind) - static_cast<std::size_t>(ElementKind::kTableHeading);
-    text += "  <" + std::string(kNames[index]) + " " + Group(document_.elements[part]) + "\n" + table.rows[index] +
-            "  > # end of " + std::string(kNames[index]) + "\n";
+    text += "  <" + std::string(kNames[index]) + " " + Group(document_.elements[part]) + "\n" +
+            table.rows[index] + "  > # end of " + std::string(kNames[index]) + "\n";
   }
   text += " > # end of Tbl\n";
 }
@@ -424,14 +434,15 @@ void Converter::WriteFrame(const Element* element, std::string_view file) {
   if (is_equation) {
     frames_text_ += "  <Math <ShapeRect  0.0\" 0.0\" 2.0\" 2.0\"> <MathFullForm `char[x]'>>\n";
   } else if (!file.empty()) {
-    frames_text_ += "  <ImportObject <ImportObFileDI " + MifString(file) +
-                    "> <ShapeRect  0.0\" 0.0\" 2.0\" 2.0\">>\n";
+    frames_text_ +=
+        "  <ImportObject <ImportObFileDI " + MifString(file) + "> <ShapeRect  0.0\" 0.0\" 2.0\" 2.0\">>\n";
   }
   frames_text_ += " > # end of Frame\n";
   ++next_number_;
 }
 
-// An element that is an object: what it holds is the object's. False when it holds elements, which no object does.
+// An element that is an object: what it holds is the object's. False when it holds elements, which no object
+// does.
 bool Converter::OpenObject(Id id, const Element& element) {
   for (Id child = element.first_child; child != 0; child = document_.elements[child].next) {
     if (document_.elements[child].definition != 0) return false;
@@ -453,7 +464,8 @@ bool Converter::OpenObject(Id id, const Element& element) {
   };
   switch (element.kind) {
     case ElementKind::kCrossReference:
-      story.Object(with_element("XRef", "<XRef <XRefName `'> <XRefSrcText `'> <XRefSrcFile `'>>"), conditions, 0);
+      story.Object(with_element("XRef", "<XRef <XRefName `'> <XRefSrcText `'> <XRefSrcFile `'>>"), conditions,
+                   0);
       return true;
     case ElementKind::kGraphic:
     case ElementKind::kEquation:
@@ -461,16 +473,20 @@ bool Converter::OpenObject(Id id, const Element& element) {
       WriteFrame(&element, GraphicFile(element));
       break;
     case ElementKind::kMarker:
-      story.Object(with_element("Marker", "<Marker <MType 2> <MTypeName `Index'> <MText " + MifString(text) + ">>"),
-                   conditions, 0);
+      story.Object(
+          with_element("Marker", "<Marker <MType 2> <MTypeName `Index'> <MText " + MifString(text) + ">>"),
+          conditions, 0);
       break;
     case ElementKind::kSystemVariable:
       if (ObjectStatement(element, "Variable").empty()) {
-        variables_text_ += " <VariableFormat <VariableName " + MifString(text) + "> <VariableDef " + MifString(text) + ">>\n";
+        variables_text_ += " <VariableFormat <VariableName " + MifString(text) + "> <VariableDef " +
+                           MifString(text) + ">>\n";
       }
-      story.Object(with_element("Variable", "<Variable <VariableName " + MifString(text) + ">>"), conditions, font);
+      story.Object(with_element("Variable", "<Variable <VariableName " + MifString(text) + ">>"), conditions,
+                   font);
       break;
-    default: return false;
+    default:
+      return false;
   }
   // All of it is said; only the end of the element is still to come.
   skip_to_ = element.end_item;
@@ -487,8 +503,8 @@ void Converter::Put(std::uint32_t index) {
   }
 }
 
-// Line ends in the source are white space: with the blanks around them they are one blank, and none at the edges of
-// a paragraph.
+// Line ends in the source are white space: with the blanks around them they are one blank, and none at the
+// edges of a paragraph.
 void Converter::PutText(const Item& item) {
   const std::string_view text = PlainText(document_, item);
   MifStory& story = stories_.back();
@@ -520,14 +536,19 @@ void Converter::PutMark(const Item& item) {
   const Mark mark = MarkOf(item);
   MifStory& story = stories_.back();
   switch (mark.kind) {
-    case MarkKind::kParagraph: story.EndParagraph(); break;
-    case MarkKind::kObjectEnd: in_generated_ = false; break;
+    case MarkKind::kParagraph:
+      story.EndParagraph();
+      break;
+    case MarkKind::kObjectEnd:
+      in_generated_ = false;
+      break;
     case MarkKind::kGraphic:
       story.Object("<AFrame " + std::to_string(next_number_) + ">", item.conditions, 0);
       WriteFrame(nullptr, mark.name);
       break;
     case MarkKind::kObject: {
-      constexpr std::string_view kInline[] = {"Marker", "Variable", "XRef", "XRefEnd", "TextInset", "TextInsetEnd"};
+      constexpr std::string_view kInline[] = {"Marker",  "Variable",  "XRef",
+                                              "XRefEnd", "TextInset", "TextInsetEnd"};
       // The statement of an element that is an object is written with the element.
       const bool is_own = !open_.empty() && open_.back().kind == ElementKind::kCrossReference;
       const std::string_view name = WholeStatement(mark.name);
@@ -536,7 +557,8 @@ void Converter::PutMark(const Item& item) {
       in_generated_ = name == "Variable";
       break;
     }
-    default: break;
+    default:
+      break;
   }
 }
 

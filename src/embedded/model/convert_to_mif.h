@@ -1,8 +1,8 @@
 // Writing a document from XML as MIF: what the parts of the conversion share.
 //
-// The text goes into stories (the flow, cells, titles, footnotes), each a list of paragraphs. An element begins a
-// paragraph where its parent has no text of its own, and is part of one where it has. Tables, frames and footnotes
-// are written apart and anchored by number, as MIF wants it.
+// The text goes into stories (the flow, cells, titles, footnotes), each a list of paragraphs. An element
+// begins a paragraph where its parent has no text of its own, and is part of one where it has. Tables, frames
+// and footnotes are written apart and anchored by number, as MIF wants it.
 #pragma once
 
 #include <string>
@@ -34,7 +34,8 @@ class MifStory {
   void BeginElement(const std::string& body, bool is_block, std::uint16_t conditions);
   void EndElement(std::string_view name, bool is_block, std::uint16_t conditions);
   // A statement that takes a place in the text. A block stands in a paragraph of its own.
-  void Object(std::string_view statement, std::uint16_t conditions, std::uint32_t font, bool is_block = false);
+  void Object(std::string_view statement, std::uint16_t conditions, std::uint32_t font,
+              bool is_block = false);
   // Text without line ends, as it stands in XML.
   void Text(std::string_view in_xml, std::uint16_t conditions, std::uint32_t font);
   // A line end that is only white space: a blank, when there is text before and behind it in the paragraph.
@@ -43,7 +44,8 @@ class MifStory {
   void EndParagraph();
   void AddNote(std::string_view note) { notes_.append(note); }
 
-  // Ends the story. What it consists of: footnotes, and paragraphs; and both as one text, `<Notes ...>` first.
+  // Ends the story. What it consists of: footnotes, and paragraphs; and both as one text, `<Notes ...>`
+  // first.
   void Finish();
   const std::string& notes() const { return notes_; }
   const std::string& paragraphs() const { return text_; }
@@ -62,8 +64,8 @@ class MifStory {
   std::string notes_;
   bool in_paragraph_ = false;
   bool in_line_ = false;
-  bool has_content_ = false;   // in the paragraph
-  bool must_break_ = false;    // a block ended; what comes next begins a paragraph
+  bool has_content_ = false;  // in the paragraph
+  bool must_break_ = false;   // a block ended; what comes next begins a paragraph
   bool has_blank_ = false;
   std::uint16_t conditions_ = 0;
   std::uint32_t font_ = 0;

@@ -10,8 +10,9 @@ namespace qelm::embedded::model {
 namespace {
 
 constexpr std::string_view kObjects[] = {
-    "EDContainer", "EDTable",    "EDTblTitle",  "EDTblHeading", "EDTblBody", "EDTblFooting",     "EDTblRow",    "EDTblCell",
-    "EDFootNote",  "EDXRef",     "EDGraphic",   "EDEquation",   "EDMarker",  "EDSystemVariable", "EDContainer", "EDContainer",
+    "EDContainer", "EDTable",          "EDTblTitle",  "EDTblHeading", "EDTblBody", "EDTblFooting",
+    "EDTblRow",    "EDTblCell",        "EDFootNote",  "EDXRef",       "EDGraphic", "EDEquation",
+    "EDMarker",    "EDSystemVariable", "EDContainer", "EDContainer",
 };
 
 constexpr std::string_view kAttributeTypes[] = {
@@ -19,9 +20,7 @@ constexpr std::string_view kAttributeTypes[] = {
     "FAttrReal",   "FAttrReals",   "FAttrUniqueId", "FAttrUniqueIdRef", "FAttrUniqueIdRefs",
 };
 
-bool IsTableKind(ElementKind kind) {
-  return kind >= ElementKind::kTable && kind <= ElementKind::kTableRow;
-}
+bool IsTableKind(ElementKind kind) { return kind >= ElementKind::kTable && kind <= ElementKind::kTableRow; }
 
 std::string Number(double value) {
   char digits[64];
@@ -47,7 +46,8 @@ Children TableChildren(const Document& document) {
 
 // A rule that the document's own tables keep: for a table its parts in order, for rows and cells any number.
 std::string ContentRule(const Definition& definition, const Children& children, Id id) {
-  const bool is_object = definition.kind >= ElementKind::kCrossReference && definition.kind <= ElementKind::kSystemVariable;
+  const bool is_object =
+      definition.kind >= ElementKind::kCrossReference && definition.kind <= ElementKind::kSystemVariable;
   if (is_object) return {};
   const auto found = children.find(id);
   if (!IsTableKind(definition.kind) || found == children.end()) return "<ANY>";
@@ -66,15 +66,18 @@ std::string ContentRule(const Definition& definition, const Children& children, 
 std::string AttributeDefinitionStatement(const Document& document, const AttributeDefinition& attribute) {
   const auto yes_no = [](bool on) { return std::string(on ? "Yes" : "No"); };
   const bool is_list = attribute.type == 1 || attribute.type == 9;
-  std::string text = "   <EDAttrDef <EDAttrName " + MifString(xml::FromName(document.names[attribute.name])) + ">";
+  std::string text =
+      "   <EDAttrDef <EDAttrName " + MifString(xml::FromName(document.names[attribute.name])) + ">";
   text += " <EDAttrRequired " + yes_no(attribute.required) + ">";
   text += " <EDAttrReadOnly " + yes_no(attribute.read_only) + ">";
   text += " <EDAttrHidden " + yes_no(attribute.hidden) + ">";
   text += " <EDAttrType " +
-          std::string(kAttributeTypes[attribute.type < std::size(kAttributeTypes) ? attribute.type : 0]) + ">";
+          std::string(kAttributeTypes[attribute.type < std::size(kAttributeTypes) ? attribute.type : 0]) +
+          ">";
   if (!attribute.choices.empty()) {
     text += " <EDAttrChoices ";
-    for (const std::string_view choice : attribute.choices) text += "<EDAttrChoice " + MifString(choice) + ">";
+    for (const std::string_view choice : attribute.choices)
+      text += "<EDAttrChoice " + MifString(choice) + ">";
     text += ">";
   }
   if (!attribute.defaults.empty()) {

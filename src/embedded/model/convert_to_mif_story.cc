@@ -105,7 +105,8 @@ void MifStory::EndElement(std::string_view name, bool is_block, std::uint16_t co
   if (is_block) must_break_ = true;
 }
 
-void MifStory::Object(std::string_view statement, std::uint16_t conditions, std::uint32_t font, bool is_block) {
+void MifStory::Object(std::string_view statement, std::uint16_t conditions, std::uint32_t font,
+                      bool is_block) {
   if (is_block && in_paragraph_ && has_content_) must_break_ = true;
   Content(conditions, font);
   text_.append("   ").append(statement).append("\n");

@@ -19,10 +19,6 @@ bool IsListType(std::uint8_t type) { return type == 1 || type == 4 || type == 6 
 
 bool IsBlank(std::string_view text) { return text.find_first_not_of(" \t\r\n") == std::string_view::npos; }
 
-bool HoldsStory(ElementKind kind) {
-  return kind == ElementKind::kTableTitle || kind == ElementKind::kTableCell || kind == ElementKind::kFootnote;
-}
-
 bool IsAnchored(ElementKind kind) { return kind == ElementKind::kTable || kind == ElementKind::kFootnote; }
 
 // Parts of a table have no state of their own: it belongs to the text in them.
@@ -63,8 +59,8 @@ std::string Transcoded(std::string_view statement, mif::Encoding encoding) {
 
 // How an element's attribute is used in the document.
 struct Usage {
-  bool has_list = false;      // some element has no value, or several
-  bool has_blank = false;     // some value has a blank in it, or is empty
+  bool has_list = false;   // some element has no value, or several
+  bool has_blank = false;  // some value has a blank in it, or is empty
 };
 
 // Writes the structure of a document's main flow. The layout puts each element on a line of its own where its
@@ -81,8 +77,8 @@ class Writer {
   };
   struct Open {
     Id element;
-    bool has_text;     // no layout inside
-    bool has_solid;    // some text that is not white space
+    bool has_text;   // no layout inside
+    bool has_solid;  // some text that is not white space
     bool has_child = false;
   };
 
@@ -111,15 +107,15 @@ class Writer {
   std::string out_;
   std::vector<Open> open_;
   std::vector<Scope> scopes_{1};
-  bool tag_open_ = false;         // the `>` of a start tag is still to be written
+  bool tag_open_ = false;  // the `>` of a start tag is still to be written
   bool last_was_text_ = false;
   bool paragraph_ended_ = false;
   std::vector<std::string> element_names_;
-  std::vector<Id> sorted_;                  // the definitions by their names
-  std::vector<ElementKind> kinds_;          // of definitions, as their elements are
+  std::vector<Id> sorted_;          // the definitions by their names
+  std::vector<ElementKind> kinds_;  // of definitions, as their elements are
   std::vector<bool> is_used_;
   std::map<std::pair<Id, std::uint32_t>, Usage> usage_;
-  std::set<Id> conditions_;                 // that are applied
+  std::set<Id> conditions_;  // that are applied
 };
 
 // The main flow, or the first one that has elements.
@@ -158,9 +154,8 @@ void Writer::Survey(const Flow& flow) {
   is_used_.resize(document_.definitions.size());
   for (Id id = 1; id < document_.definitions.size(); ++id) kinds_[id] = document_.definitions[id].kind;
   for (Id id = 1; id < document_.definitions.size(); ++id) sorted_.push_back(id);
-  std::sort(sorted_.begin(), sorted_.end(), [&](Id a, Id b) {
-    return document_.definitions[a].name < document_.definitions[b].name;
-  });
+  std::sort(sorted_.begin(), sorted_.end(),
+            [&](Id a, Id b) { return document_.definitions[a].name < document_.definitions[b].name; });
   std::vector<bool> is_known(document_.definitions.size());
   for (Id id = flow.root; id != 0 && id < document_.elements.size(); ++id) {
     const Element& element = document_.elements[id];
@@ -199,13 +194,16 @@ void Writer::Prolog(const Flow& flow) {
     const bool has_role = XmlRoleOfName(ElementName(id)) != XmlRole::kNone;
     if (kinds_[id] != ElementKind::kContainer || has_role) line(KindMark(ElementName(id), kinds_[id]));
   }
+  bool has_hidden = false;
   for (Id id = 1; id < document_.conditions.size(); ++id) {
     const Condition& condition = document_.conditions[id];
     // FrameMaker brings its own tags into every document.
     const bool is_system = condition.name.starts_with("FM8_") && !conditions_.contains(id);
-    if (condition.declared && !is_system) line(ConditionStateMark(condition.name, condition.shown));
+    if (!condition.declared || is_system) continue;
+    line(ConditionStateMark(condition.name, condition.shown, false));
+    has_hidden = has_hidden || !condition.shown;
   }
-  if (document_.show_all) line(std::string(kShowAllMark));
+  if (document_.show_all && has_hidden) line(std::string(kShowAllMark));
   for (const Color& color : document_.colors) {
     if (!color.name.empty() && !IsReservedColor(color.name)) line(ColorMark(color));
   }
@@ -224,8 +222,8 @@ void Writer::Variables(const Flow& flow) {
   for (const std::string& name : names) {
     const auto found = document_.variables.find(name);
     if (found == document_.variables.end()) continue;
-    const std::string statement = "<VariableFormat <VariableName `" + mif::Encode(name, mif::Encoding::kUtf8) +
-                                  "'> <VariableDef `" +
+    const std::string statement = "<VariableFormat <VariableName `" +
+                                  mif::Encode(name, mif::Encoding::kUtf8) + "'> <VariableDef `" +
                                   mif::Encode(found->second, mif::Encoding::kUtf8) + "'>>";
     out_.append(ObjectMark(statement)).append("\n");
   }
@@ -253,10 +251,12 @@ std::string Writer::AttributeDeclaration(Id definition, const AttributeDefinitio
   for (const std::string_view choice : attribute.choices) is_choice = is_choice && xml::IsNameToken(choice);
   if (is_choice) {
     text.clear();
-    for (const std::string_view choice : attribute.choices) text.append(text.empty() ? "(" : "|").append(choice);
+    for (const std::string_view choice : attribute.choices)
+      text.append(text.empty() ? "(" : "|").append(choice);
     text.append(")");
   }
-  if (attribute.defaults.empty() || text == "ID") return text + (attribute.required ? " #REQUIRED" : " #IMPLIED");
+  if (attribute.defaults.empty() || text == "ID")
+    return text + (attribute.required ? " #REQUIRED" : " #IMPLIED");
   text.append(attribute.read_only ? " #FIXED \"" : " \"");
   for (std::size_t i = 0; i < attribute.defaults.size(); ++i) {
     if (i > 0) text.push_back(' ');
@@ -266,7 +266,8 @@ std::string Writer::AttributeDeclaration(Id definition, const AttributeDefinitio
   return text + "\"";
 }
 
-// Types and defaults of attributes, and a list type for those that have several values without being declared so.
+// Types and defaults of attributes, and a list type for those that have several values without being declared
+// so.
 void Writer::DocumentType(const Flow& flow) {
   std::string declarations;
   for (const Id id : sorted_) {
@@ -280,14 +281,14 @@ void Writer::DocumentType(const Flow& flow) {
       if (!declared.insert(attribute.name).second) continue;
       declare(attribute.name, AttributeDeclaration(id, attribute));
     }
-    for (auto usage = usage_.lower_bound({id, 0}); usage != usage_.end() && usage->first.first == id; ++usage) {
+    for (auto usage = usage_.lower_bound({id, 0}); usage != usage_.end() && usage->first.first == id;
+         ++usage) {
       if (!usage->second.has_list || declared.contains(usage->first.second)) continue;
       declare(usage->first.second, "NMTOKENS #IMPLIED");
     }
   }
   if (declarations.empty()) return;
-  const std::string root =
-      flow.root == 0 ? "NoName" : ElementName(document_.elements[flow.root].definition);
+  const std::string root = flow.root == 0 ? "NoName" : ElementName(document_.elements[flow.root].definition);
   out_.append("<!DOCTYPE ").append(root).append(" [\n").append(declarations).append("]>\n");
 }
 
@@ -475,7 +476,8 @@ void Writer::Put(std::uint32_t index) {
   const Item& item = document_.items[index];
   if (item.Is(kDeleted) || item.Is(kGenerated)) return;
   if (item.kind == ItemKind::kParagraphEnd) paragraph_ended_ = true;
-  if (!IsContent(item.kind) || item.kind == ItemKind::kTableAnchor || item.kind == ItemKind::kNoteAnchor) return;
+  if (!IsContent(item.kind) || item.kind == ItemKind::kTableAnchor || item.kind == ItemKind::kNoteAnchor)
+    return;
   if (open_.empty()) return;
   if (item.kind == ItemKind::kString || item.kind == ItemKind::kCharacter) {
     std::string text;
@@ -493,7 +495,8 @@ void Writer::Put(std::uint32_t index) {
   last_was_text_ = true;
 }
 
-// A line end inside a text is written as a reference: as it stands it would be white space that may be folded.
+// A line end inside a text is written as a reference: as it stands it would be white space that may be
+// folded.
 void Writer::PutText(std::string_view as_it_is) {
   const std::string text = xml::ToContent(as_it_is);
   const bool all = !open_.back().has_solid && IsBlank(text);
@@ -510,8 +513,8 @@ void Writer::PutText(std::string_view as_it_is) {
 
 void Writer::PutObject(const Item& item) {
   const bool is_frame = item.kind == ItemKind::kFrameAnchor;
-  // The end of a cross-reference that is an element is the end of the element; a frame that imports nothing has
-  // nothing to be said of it.
+  // The end of a cross-reference that is an element is the end of the element; a frame that imports nothing
+  // has nothing to be said of it.
   if (item.kind == ItemKind::kReferenceEnd && item.ref != 0) return;
   if (is_frame && document_.frames[item.ref].file.empty()) return;
   FinishTag();

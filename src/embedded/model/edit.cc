@@ -38,9 +38,9 @@ void Unlink(Document* document, Id id) {
 // Marks the elements that lie wholly in the items as deleted; the outermost ones leave the tree.
 void DeleteElementsIn(Document* document, std::uint32_t begin, std::uint32_t end) {
   auto& elements = document->elements;
-  const auto first = std::lower_bound(
-      elements.begin() + 1, elements.end(), begin,
-      [](const Element& element, std::uint32_t item) { return element.first_item < item; });
+  const auto first =
+      std::lower_bound(elements.begin() + 1, elements.end(), begin,
+                       [](const Element& element, std::uint32_t item) { return element.first_item < item; });
   for (auto at = first; at != elements.end() && at->first_item < end; ++at) {
     if (at->end_item > end || at->deleted || at->is_virtual) continue;
     const auto id = static_cast<Id>(at - elements.begin());
@@ -85,19 +85,26 @@ void DeleteItems(Document* document, std::uint32_t begin, std::uint32_t end, std
 
 const char* UnderliningWord(Underlining kind) {
   switch (kind) {
-    case Underlining::kSingle: return "FSingle";
-    case Underlining::kDouble: return "FDouble";
-    case Underlining::kNumeric: return "FNumeric";
-    default: return "FNoUnderlining";
+    case Underlining::kSingle:
+      return "FSingle";
+    case Underlining::kDouble:
+      return "FDouble";
+    case Underlining::kNumeric:
+      return "FNumeric";
+    default:
+      return "FNoUnderlining";
   }
 }
 
 // The order in which FrameMaker writes the children of a Font that follow FTag.
 constexpr std::string_view kFontOrder[] = {
-    "FPlatformName", "FFamily",      "FVar",       "FWeight",    "FAngle", "FPostScriptName", "FEncoding",
-    "FSize",         "FUnderlining", "FOverline",  "FStrike",    "FChangeBar", "FOutline",    "FShadow",
-    "FPairKern",     "FTsume",       "FCase",      "FPosition",  "FDX",    "FDY",             "FDW",
-    "FStretch",      "FLanguage",    "FSeparation", "FColor",    "FBackgroundColor",
+    "FPlatformName", "FFamily",          "FVar",      "FWeight",
+    "FAngle",        "FPostScriptName",  "FEncoding", "FSize",
+    "FUnderlining",  "FOverline",        "FStrike",   "FChangeBar",
+    "FOutline",      "FShadow",          "FPairKern", "FTsume",
+    "FCase",         "FPosition",        "FDX",       "FDY",
+    "FDW",           "FStretch",         "FLanguage", "FSeparation",
+    "FColor",        "FBackgroundColor",
 };
 
 std::size_t OrderOf(std::string_view name) {
@@ -139,7 +146,8 @@ std::uint32_t ChangedFont(Document* document, std::uint32_t font, const Characte
     SetOverride(document, &state, "FColor", ColorData(*document, properties.color));
   }
   // The statement came with level 10; older programs do not know it.
-  if ((properties.known & kBackgroundBit) != 0 && (document->format == Format::kXml || document->level >= 10)) {
+  if ((properties.known & kBackgroundBit) != 0 &&
+      (document->format == Format::kXml || document->level >= 10)) {
     SetOverride(document, &state, "FBackgroundColor",
                 properties.background == 0 ? "NoColor" : ColorData(*document, properties.background));
   }
@@ -191,8 +199,9 @@ Id CreateCondition(Document* document, std::string_view name) {
   if (known != document->condition_index.end() && document->conditions[known->second].declared) {
     return known->second;
   }
-  const Id id = known != document->condition_index.end() ? known->second
-                                                         : document->InternCondition(document->Keep(std::string(name)));
+  const Id id = known != document->condition_index.end()
+                    ? known->second
+                    : document->InternCondition(document->Keep(std::string(name)));
   Condition& condition = document->conditions[id];
   condition.created = true;
   condition.declared = true;
@@ -234,8 +243,10 @@ bool DeleteElement(Document* document, Id id) {
     case ElementKind::kTableBody:
     case ElementKind::kTableFooting:
     case ElementKind::kTableRow:
-    case ElementKind::kTableCell: return false;
-    default: return DeleteRange(document, element.first_item, element.end_item);
+    case ElementKind::kTableCell:
+      return false;
+    default:
+      return DeleteRange(document, element.first_item, element.end_item);
   }
 }
 
@@ -275,8 +286,8 @@ bool SetAttributes(Document* document, Id id, const std::vector<NewAttribute>& a
   for (const NewAttribute& from : attributes) {
     const auto known = document->name_index.find(from.name);
     Attribute attribute;
-    attribute.name = known != document->name_index.end() ? known->second
-                                                         : document->InternName(document->Keep(from.name));
+    attribute.name =
+        known != document->name_index.end() ? known->second : document->InternName(document->Keep(from.name));
     attribute.first_value = static_cast<std::uint32_t>(document->values.size());
     attribute.value_count = static_cast<std::uint32_t>(from.values.size());
     for (const std::string& value : from.values) document->values.push_back(document->Keep(value));

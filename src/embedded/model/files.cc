@@ -15,7 +15,8 @@ constexpr std::string_view kBinary[] = {
     "<MakerFile", "<BookFile", "<MakerDictionary", "<MakerScreenFont", "<MML", "<!MakerFile",
 };
 
-// Whether the name of a statement is followed by a number: `<Book 7.0>` is a book, `<Book id="x">` an element.
+// Whether the name of a statement is followed by a number: `<Book 7.0>` is a book, `<Book id="x">` an
+// element.
 bool IsStatement(std::string_view bytes, std::string_view opener) {
   if (!bytes.starts_with(opener)) return false;
   std::size_t at = opener.size();

@@ -36,7 +36,8 @@ std::vector<std::string> NamesFor(const std::string& name) {
   return names;
 }
 
-// The file of the folder that has one of the names but for the case; of several the first in the order of bytes.
+// The file of the folder that has one of the names but for the case; of several the first in the order of
+// bytes.
 fs::path FindWithoutCase(const fs::path& folder, const std::vector<std::string>& names) {
   std::error_code error;
   std::vector<std::string> lowered;
@@ -92,7 +93,8 @@ Located LocateFile(const std::string& path) {
   std::error_code error;
   if (fs::exists(path, error)) return {path, true, false};
   const fs::path native = Native(path);
-  const fs::path found = native.has_filename() ? FindIn(native.parent_path(), native.filename().native()) : fs::path();
+  const fs::path found =
+      native.has_filename() ? FindIn(native.parent_path(), native.filename().native()) : fs::path();
   if (found.empty()) return {path, false, false};
   return {found.native(), true, true};
 }

@@ -22,13 +22,20 @@ struct ObjectKind {
 };
 // EDObject keywords (MIF reference, "ElementDef").
 constexpr ObjectKind kObjectKinds[] = {
-    {"EDContainer", ElementKind::kContainer},       {"EDEquation", ElementKind::kEquation},
-    {"EDFootNote", ElementKind::kFootnote},         {"EDFootnote", ElementKind::kFootnote},
-    {"EDGraphic", ElementKind::kGraphic},           {"EDMarker", ElementKind::kMarker},
-    {"EDSystemVariable", ElementKind::kSystemVariable}, {"EDTable", ElementKind::kTable},
-    {"EDTblBody", ElementKind::kTableBody},         {"EDTblCell", ElementKind::kTableCell},
-    {"EDTblFooting", ElementKind::kTableFooting},   {"EDTblHeading", ElementKind::kTableHeading},
-    {"EDTblRow", ElementKind::kTableRow},           {"EDTblTitle", ElementKind::kTableTitle},
+    {"EDContainer", ElementKind::kContainer},
+    {"EDEquation", ElementKind::kEquation},
+    {"EDFootNote", ElementKind::kFootnote},
+    {"EDFootnote", ElementKind::kFootnote},
+    {"EDGraphic", ElementKind::kGraphic},
+    {"EDMarker", ElementKind::kMarker},
+    {"EDSystemVariable", ElementKind::kSystemVariable},
+    {"EDTable", ElementKind::kTable},
+    {"EDTblBody", ElementKind::kTableBody},
+    {"EDTblCell", ElementKind::kTableCell},
+    {"EDTblFooting", ElementKind::kTableFooting},
+    {"EDTblHeading", ElementKind::kTableHeading},
+    {"EDTblRow", ElementKind::kTableRow},
+    {"EDTblTitle", ElementKind::kTableTitle},
     {"EDXRef", ElementKind::kCrossReference},
 };
 
@@ -38,18 +45,27 @@ struct AttributeKind {
 };
 // EDAttrType keywords, with the numbers that the model uses for them.
 constexpr AttributeKind kAttributeKinds[] = {
-    {"FAttrString", 0}, {"FAttrStrings", 1}, {"FAttrChoice", 2},    {"FAttrInt", 3},         {"FAttrInts", 4},
-    {"FAttrReal", 5},   {"FAttrReals", 6},   {"FAttrUniqueId", 7},  {"FAttrUniqueIdRef", 8}, {"FAttrUniqueIdRefs", 9},
+    {"FAttrString", 0},      {"FAttrStrings", 1},      {"FAttrChoice", 2}, {"FAttrInt", 3},
+    {"FAttrInts", 4},        {"FAttrReal", 5},         {"FAttrReals", 6},  {"FAttrUniqueId", 7},
+    {"FAttrUniqueIdRef", 8}, {"FAttrUniqueIdRefs", 9},
 };
 
 void ReadAttributeDefinition(mif::Reader* reader, Document* document, AttributeDefinition* attribute) {
   Children(reader, [&] {
     const bool yes = reader->data() == "Yes";
     switch (reader->token()) {
-      case Token::kEDAttrName: attribute->name = document->InternName(StringData(*reader, document)); break;
-      case Token::kEDAttrRequired: attribute->required = yes; break;
-      case Token::kEDAttrReadOnly: attribute->read_only = yes; break;
-      case Token::kEDAttrHidden: attribute->hidden = yes; break;
+      case Token::kEDAttrName:
+        attribute->name = document->InternName(StringData(*reader, document));
+        break;
+      case Token::kEDAttrRequired:
+        attribute->required = yes;
+        break;
+      case Token::kEDAttrReadOnly:
+        attribute->read_only = yes;
+        break;
+      case Token::kEDAttrHidden:
+        attribute->hidden = yes;
+        break;
       case Token::kEDAttrType:
         for (const AttributeKind& kind : kAttributeKinds) {
           if (kind.name == reader->data()) attribute->type = kind.type;
@@ -63,7 +79,8 @@ void ReadAttributeDefinition(mif::Reader* reader, Document* document, AttributeD
         if (reader->kind() != Piece::kGroup) break;
         Children(reader, [&] { attribute->defaults.push_back(StringData(*reader, document)); });
         break;
-      default: break;
+      default:
+        break;
     }
   });
 }
@@ -73,8 +90,12 @@ void ReadElementDefinition(mif::Reader* reader, Document* document) {
   definition.declared = true;
   Children(reader, [&] {
     switch (reader->token()) {
-      case Token::kEDTag: definition.name = StringData(*reader, document); break;
-      case Token::kEDGeneralRule: definition.content_rule = StringData(*reader, document); break;
+      case Token::kEDTag:
+        definition.name = StringData(*reader, document);
+        break;
+      case Token::kEDGeneralRule:
+        definition.content_rule = StringData(*reader, document);
+        break;
       case Token::kEDObject:
         for (const ObjectKind& object : kObjectKinds) {
           if (object.name == reader->data()) definition.kind = object.kind;
@@ -87,7 +108,8 @@ void ReadElementDefinition(mif::Reader* reader, Document* document) {
           ReadAttributeDefinition(reader, document, &definition.attributes.emplace_back());
         });
         break;
-      default: break;
+      default:
+        break;
     }
   });
   if (definition.name.empty()) return;
@@ -121,12 +143,23 @@ void ScanColors(mif::Reader* reader, Document* document) {
     color.declared = true;
     Children(reader, [&] {
       switch (reader->token()) {
-        case Token::kColorTag: color.name = StringData(*reader, document); break;
-        case Token::kColorCyan: color.cyan = RealData(*reader); break;
-        case Token::kColorMagenta: color.magenta = RealData(*reader); break;
-        case Token::kColorYellow: color.yellow = RealData(*reader); break;
-        case Token::kColorBlack: color.black = RealData(*reader); break;
-        default: break;
+        case Token::kColorTag:
+          color.name = StringData(*reader, document);
+          break;
+        case Token::kColorCyan:
+          color.cyan = RealData(*reader);
+          break;
+        case Token::kColorMagenta:
+          color.magenta = RealData(*reader);
+          break;
+        case Token::kColorYellow:
+          color.yellow = RealData(*reader);
+          break;
+        case Token::kColorBlack:
+          color.black = RealData(*reader);
+          break;
+        default:
+          break;
       }
     });
     document->colors[document->InternColor(color.name)] = color;
@@ -200,7 +233,8 @@ void ScanFont(mif::Reader* reader, Document* document, CharacterProperties* prop
         properties->change_bar = yes;
         bit = kChangeBarBit;
         break;
-      default: break;
+      default:
+        break;
     }
     properties->known |= bit;
     if (overrides != nullptr && reader->kind() == Piece::kLeaf && reader->token() != Token::kFLocked) {

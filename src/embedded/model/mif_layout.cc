@@ -87,13 +87,15 @@ std::string MifLayout::Statement(std::uint32_t begin, std::uint32_t end) const {
   } else {
     after = end;
   }
-  const std::string_view text = source_.substr(begin, after == std::string_view::npos ? after : after - begin);
+  const std::string_view text =
+      source_.substr(begin, after == std::string_view::npos ? after : after - begin);
   std::string result;
   for (std::size_t i = 0; i < text.size(); ++i) {
     if (text[i] == '\r') continue;
     result.push_back(text[i]);
     if (text[i] != '\n') continue;
-    for (std::size_t blank = 0; blank < indentation && i + 1 < text.size() && text[i + 1] == ' '; ++blank) ++i;
+    for (std::size_t blank = 0; blank < indentation && i + 1 < text.size() && text[i + 1] == ' '; ++blank)
+      ++i;
   }
   return result;
 }
@@ -114,7 +116,8 @@ std::string FontStatement(const Document& document, std::uint32_t font) {
   bool locked_written = false;
   for (const FontState::Override& change : state.overrides) {
     // FLocked stands before the colors.
-    const bool late = change.name == "FSeparation" || change.name == "FColor" || change.name == "FBackgroundColor";
+    const bool late =
+        change.name == "FSeparation" || change.name == "FColor" || change.name == "FBackgroundColor";
     if (late && !locked_written) {
       text += " <FLocked No>\n";
       locked_written = true;

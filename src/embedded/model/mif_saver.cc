@@ -48,9 +48,9 @@ class MifSaver {
   const Document& document_;
   MifLayout layout_;
   Splice splice_;
-  std::vector<bool> removed_;   // by paragraph
-  std::vector<bool> written_;   // by paragraph: written anew, with its whole format
-  std::vector<bool> moves_;     // by hidden block: its text goes where it belongs, or it was deleted
+  std::vector<bool> removed_;  // by paragraph
+  std::vector<bool> written_;  // by paragraph: written anew, with its whole format
+  std::vector<bool> moves_;    // by hidden block: its text goes where it belongs, or it was deleted
   std::vector<bool> removed_flows_;
 };
 
@@ -203,7 +203,8 @@ bool MifSaver::BlockMoves(const HiddenBlock& block) const {
   for (std::uint32_t i = block.first_item; i < block.end_item; ++i) {
     const Item& item = document_.items[i];
     if (item.Is(kDeleted)) return true;
-    if (!document_.source_conditions.empty() && document_.source_conditions[i] != item.conditions) return true;
+    if (!document_.source_conditions.empty() && document_.source_conditions[i] != item.conditions)
+      return true;
     if (!document_.source_fonts.empty() && document_.source_fonts[i] != item.font) return true;
   }
   for (std::uint32_t i = block.first_item; i < block.end_item; ++i) {
@@ -302,8 +303,8 @@ void MifSaver::SaveStories() {
   SaveHiddenFlow(&saver);
 }
 
-// A paragraph without a catalog format takes the one of the paragraph before it in the file. Where that one went,
-// the paragraph gets its format written out.
+// A paragraph without a catalog format takes the one of the paragraph before it in the file. Where that one
+// went, the paragraph gets its format written out.
 void MifSaver::RepairParagraphStates() {
   std::uint32_t out = 0;
   for (std::size_t i = 1; i < document_.paragraphs.size(); ++i) {

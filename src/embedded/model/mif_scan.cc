@@ -31,8 +31,7 @@ void ChangeFont(const FontState& before, FontState* state) {
 
 class Scanner {
  public:
-  Scanner(Document* document, Scan* scan)
-      : document_(*document), scan_(*scan), reader_(document->source) {}
+  Scanner(Document* document, Scan* scan) : document_(*document), scan_(*scan), reader_(document->source) {}
 
   bool Run(std::string* error);
 
@@ -153,7 +152,8 @@ void Scanner::TopLevel() {
     case Token::kPara:
       if (document_.content_begin == 0) document_.content_begin = opened.begin;
       break;
-    default: break;
+    default:
+      break;
   }
   switch (reader_.token()) {
     case Token::kColorCatalog:
@@ -164,20 +164,40 @@ void Scanner::TopLevel() {
       ScanConditions(&reader_, &document_);
       document_.condition_catalog = {opened.begin, reader_.end()};
       break;
-    case Token::kElementDefCatalog: ScanElementDefinitions(&reader_, &document_); break;
-    case Token::kFontCatalog: ScanCharacterFormats(&reader_, &document_); break;
-    case Token::kPgfCatalog: ScanParagraphFormats(&reader_, &document_); break;
-    case Token::kVariableFormats: ScanVariables(&reader_, &document_); break;
+    case Token::kElementDefCatalog:
+      ScanElementDefinitions(&reader_, &document_);
+      break;
+    case Token::kFontCatalog:
+      ScanCharacterFormats(&reader_, &document_);
+      break;
+    case Token::kPgfCatalog:
+      ScanParagraphFormats(&reader_, &document_);
+      break;
+    case Token::kVariableFormats:
+      ScanVariables(&reader_, &document_);
+      break;
     case Token::kDocument:
       ReadDocumentSettings();
       document_.document_statement = {opened.begin, reader_.end()};
       break;
-    case Token::kAFrames: ReadFrames(); break;
-    case Token::kTbls: ReadTables(); break;
-    case Token::kPage: ReadPage(); break;
-    case Token::kTextFlow: ReadFlow(); break;
-    case Token::kPara: ReadLooseParagraph(); break;
-    default: reader_.Skip(); break;
+    case Token::kAFrames:
+      ReadFrames();
+      break;
+    case Token::kTbls:
+      ReadTables();
+      break;
+    case Token::kPage:
+      ReadPage();
+      break;
+    case Token::kTextFlow:
+      ReadFlow();
+      break;
+    case Token::kPara:
+      ReadLooseParagraph();
+      break;
+    default:
+      reader_.Skip();
+      break;
   }
 }
 
@@ -198,8 +218,8 @@ void Scanner::ReadFrames() {
   });
 }
 
-// What is imported into an anchored frame may lie in frames and groups inside it; its element and its number are
-// its own.
+// What is imported into an anchored frame may lie in frames and groups inside it; its element and its number
+// are its own.
 void Scanner::ReadFrame() {
   const auto index = static_cast<std::uint32_t>(document_.frames.size());
   AnchoredFrame frame;
@@ -220,15 +240,20 @@ void Scanner::ReadFrame() {
       case Token::kElement:
         if (own && group) element = ReadElement();
         break;
-      case Token::kImportObFileDI: frame.file = StringData(reader_, &document_); break;
+      case Token::kImportObFileDI:
+        frame.file = StringData(reader_, &document_);
+        break;
       case Token::kImportObFile:
         if (frame.file.empty()) frame.file = StringData(reader_, &document_);
         break;
-      case Token::kMath: frame.kind = ElementKind::kEquation; break;
+      case Token::kMath:
+        frame.kind = ElementKind::kEquation;
+        break;
       case Token::kTextRect:
         if (group) ReadTextFrame(-1, index);
         break;
-      default: break;
+      default:
+        break;
     }
   }
   frame.span.end = reader_.end();
@@ -273,12 +298,17 @@ void Scanner::ReadPage() {
           if (type.name == reader_.data()) page.kind = type.kind;
         }
         break;
-      case Token::kPageNum: page.number = StringData(reader_, &document_); break;
-      case Token::kPageTag: tag = StringData(reader_, &document_); break;
+      case Token::kPageNum:
+        page.number = StringData(reader_, &document_);
+        break;
+      case Token::kPageTag:
+        tag = StringData(reader_, &document_);
+        break;
       case Token::kTextRect:
         if (reader_.kind() == Piece::kGroup) ReadTextFrame(index, 0);
         break;
-      default: break;
+      default:
+        break;
     }
   }
   if (page.kind == FlowKind::kBody) page.ordinal = ++body_pages_;
@@ -320,8 +350,12 @@ void Scanner::ReadTable() {
   Children(&reader_, [&] {
     const bool group = reader_.kind() == Piece::kGroup;
     switch (reader_.token()) {
-      case Token::kTblID: document_.parts[part].number = NumberData(reader_); break;
-      case Token::kTblTag: document_.parts[part].tag = StringData(reader_, &document_); break;
+      case Token::kTblID:
+        document_.parts[part].number = NumberData(reader_);
+        break;
+      case Token::kTblTag:
+        document_.parts[part].tag = StringData(reader_, &document_);
+        break;
       case Token::kTblFormat:
         if (!group) break;
         Children(&reader_, [&] {
@@ -339,7 +373,8 @@ void Scanner::ReadTable() {
       case Token::kTblF:
         if (group) ReadRows(part);
         break;
-      default: break;
+      default:
+        break;
     }
   });
   ClosePart(part);
@@ -443,15 +478,20 @@ void Scanner::ReadFlow() {
   raw.items.begin = static_cast<std::uint32_t>(scan_.items.size());
   Children(&reader_, [&] {
     switch (reader_.token()) {
-      case Token::kTFTag: raw.flow.name = StringData(reader_, &document_); break;
-      case Token::kTFAutoConnect: raw.flow.auto_connect = reader_.data() == "Yes"; break;
+      case Token::kTFTag:
+        raw.flow.name = StringData(reader_, &document_);
+        break;
+      case Token::kTFAutoConnect:
+        raw.flow.auto_connect = reader_.data() == "Yes";
+        break;
       case Token::kNotes:
         if (reader_.kind() == Piece::kGroup) ReadNotes();
         break;
       case Token::kPara:
         if (reader_.kind() == Piece::kGroup) ReadParagraph();
         break;
-      default: break;
+      default:
+        break;
     }
   });
   raw.items.end = static_cast<std::uint32_t>(scan_.items.size());
@@ -495,9 +535,15 @@ void Scanner::ReadParagraph() {
   Children(&reader_, [&] {
     switch (reader_.token()) {
       case Token::kPgfTag:
-      case Token::kPgf: ReadParagraphState(&paragraph); break;
-      case Token::kPgfEndCond: paragraph.ends_block = reader_.data() == "Yes"; break;
-      case Token::kPgfCondFullPgf: paragraph.hidden_mark = reader_.data() == "Yes"; break;
+      case Token::kPgf:
+        ReadParagraphState(&paragraph);
+        break;
+      case Token::kPgfEndCond:
+        paragraph.ends_block = reader_.data() == "Yes";
+        break;
+      case Token::kPgfCondFullPgf:
+        paragraph.hidden_mark = reader_.data() == "Yes";
+        break;
       case Token::kParaLine: {
         begin_text();
         const auto line = static_cast<std::uint32_t>(scan_.items.size());
@@ -507,7 +553,8 @@ void Scanner::ReadParagraph() {
         last_line_end = reader_.end() - 1;
         break;
       }
-      default: break;
+      default:
+        break;
     }
   });
   if (!began) begin_text();
@@ -518,8 +565,8 @@ void Scanner::ReadParagraph() {
   Add(ItemKind::kParagraphEnd, index);
 }
 
-// PgfTag names a catalog format and forgets what was before; Pgf changes the format in force, which may be that
-// of the paragraph before.
+// PgfTag names a catalog format and forgets what was before; Pgf changes the format in force, which may be
+// that of the paragraph before.
 void Scanner::ReadParagraphState(Paragraph* paragraph) {
   const std::uint32_t begin = reader_.begin();
   paragraph->sets_state = true;
@@ -586,7 +633,9 @@ void Scanner::ReadLineItem() {
       if (reader_.data().find('\\') != std::string_view::npos) item.flags |= kEscaped;
       break;
     }
-    case Token::kChar: Add(ItemKind::kCharacter, 0); break;
+    case Token::kChar:
+      Add(ItemKind::kCharacter, 0);
+      break;
     case Token::kElementBegin: {
       Add(ItemKind::kElementBegin, 0);
       OpenElement();
@@ -615,9 +664,15 @@ void Scanner::ReadLineItem() {
       conditions_ = 0;
       Add(ItemKind::kConditional, 0);
       break;
-    case Token::kATbl: Add(ItemKind::kTableAnchor, NumberData(reader_)); break;
-    case Token::kAFrame: Add(ItemKind::kFrameAnchor, NumberData(reader_)); break;
-    case Token::kFNote: Add(ItemKind::kNoteAnchor, NumberData(reader_)); break;
+    case Token::kATbl:
+      Add(ItemKind::kTableAnchor, NumberData(reader_));
+      break;
+    case Token::kAFrame:
+      Add(ItemKind::kFrameAnchor, NumberData(reader_));
+      break;
+    case Token::kFNote:
+      Add(ItemKind::kNoteAnchor, NumberData(reader_));
+      break;
     case Token::kMarker:
       Add(ItemKind::kMarker, 0);
       if (group) ReadMarker();
@@ -633,13 +688,17 @@ void Scanner::ReadLineItem() {
       if (group) scan_.items[index].ref = ReadInlineObject();
       Finish(index);
       break;
-    case Token::kXRefEnd: Add(ItemKind::kReferenceEnd, 0); break;
+    case Token::kXRefEnd:
+      Add(ItemKind::kReferenceEnd, 0);
+      break;
     case Token::kTextInset:
       Add(ItemKind::kInsetBegin, 0);
       if (group) reader_.Skip();
       Finish(index);
       break;
-    case Token::kTextInsetEnd: Add(ItemKind::kInsetEnd, 0); break;
+    case Token::kTextInsetEnd:
+      Add(ItemKind::kInsetEnd, 0);
+      break;
     case Token::kPrefixEnd:
       MarkPrefix();
       Add(ItemKind::kPrefixEnd, 0);
@@ -662,7 +721,8 @@ void Scanner::ReadLineItem() {
   }
 }
 
-// A marker of the type "Conditional Text" is the machinery of hidden text: +N where it belongs, -N and =N around it.
+// A marker of the type "Conditional Text" is the machinery of hidden text: +N where it belongs, -N and =N
+// around it.
 void Scanner::ReadMarker() {
   const std::size_t index = scan_.items.size() - 1;
   std::string_view type;

@@ -48,7 +48,8 @@ std::vector<std::string> FormatStatements(const Document& document, std::uint32_
     statements.push_back("<PgfTag " + layout.Quoted(document.paragraph_states[state].tag) + ">");
   }
   std::vector<Change> changes;
-  for (auto at = overrides.rbegin(); at != overrides.rend(); ++at) AddChanges(document, layout, *at, &changes);
+  for (auto at = overrides.rbegin(); at != overrides.rend(); ++at)
+    AddChanges(document, layout, *at, &changes);
   if (changes.empty()) return statements;
   std::string pgf = "<Pgf \n";
   for (const Change& change : changes) {

@@ -6,9 +6,7 @@
 namespace qelm::embedded::model {
 namespace {
 
-bool IsBoundary(ItemKind kind) {
-  return kind == ItemKind::kElementBegin || kind == ItemKind::kElementEnd;
-}
+bool IsBoundary(ItemKind kind) { return kind == ItemKind::kElementBegin || kind == ItemKind::kElementEnd; }
 
 bool IsStateStatement(ItemKind kind) { return kind == ItemKind::kFont || kind == ItemKind::kConditional; }
 
@@ -99,8 +97,8 @@ bool StorySaver::IsEmptied() const {
   return lost;
 }
 
-// Whether an element that is left begins and ends in what the paragraph would hand to its neighbours: then it has
-// no other place.
+// Whether an element that is left begins and ends in what the paragraph would hand to its neighbours: then it
+// has no other place.
 bool StorySaver::HoldsWholeElement() const {
   bool begun = !carried_.empty();
   for (const StoryItem& item : items_) {
@@ -177,8 +175,8 @@ void StorySaver::KeepParagraph() {
   last_ = std::move(kept);
 }
 
-// What removed paragraphs left: frames as a line of their own before the first one, element boundaries before the
-// first item.
+// What removed paragraphs left: frames as a line of their own before the first one, element boundaries before
+// the first item.
 void StorySaver::WriteCarried() {
   const Paragraph& paragraph = document_.paragraphs[items_.back().ref];
   std::vector<std::string> lines;
@@ -219,9 +217,9 @@ void StorySaver::FindNeeds() {
   }
 }
 
-// Whether a statement of the source that sets a state is still wanted. Where nothing changed around it, it stays
-// as it is, also where it says again what holds already; elsewhere it stays when what follows needs what it sets,
-// unless only a change made it a repetition.
+// Whether a statement of the source that sets a state is still wanted. Where nothing changed around it, it
+// stays as it is, also where it says again what holds already; elsewhere it stays when what follows needs
+// what it sets, unless only a change made it a repetition.
 bool StorySaver::KeepsStatement(std::size_t index) const {
   const StoryItem& statement = items_[index];
   const bool font = statement.kind == ItemKind::kFont;
@@ -282,7 +280,8 @@ void StorySaver::BeginLine(const StoryItem& line) {
   line_keeps_ = line_lost_ = false;
 }
 
-// A layout line in which nothing is left goes as a whole. The last one stays: it is where later text is added.
+// A layout line in which nothing is left goes as a whole. The last one stays: it is where later text is
+// added.
 void StorySaver::EndLine() {
   if (!line_lost_ || line_keeps_) return;
   splice_.ReturnTo(line_mark_);
@@ -301,15 +300,20 @@ void StorySaver::EditParagraph() {
   for (std::size_t i = 0; i < items_.size(); ++i) {
     const StoryItem& item = items_[i];
     switch (item.kind) {
-      case ItemKind::kParagraphBegin: break;
+      case ItemKind::kParagraphBegin:
+        break;
       case ItemKind::kLine:
         BeginLine(item);
         line_keeps_ = first_line && takes_carried;
         first_line = false;
         break;
-      case ItemKind::kTextFrame: line_keeps_ = true; break;
+      case ItemKind::kTextFrame:
+        line_keeps_ = true;
+        break;
       case ItemKind::kFont:
-      case ItemKind::kConditional: SaveStateStatement(i); break;
+      case ItemKind::kConditional:
+        SaveStateStatement(i);
+        break;
       default: {
         const bool is_mark = item.kind == ItemKind::kParagraphEnd;
         if (item.deleted) {
@@ -334,7 +338,8 @@ namespace {
 
 // The statement Unique of a paragraph's head, empty when it has none.
 std::string UniqueOf(const Document& document, const Paragraph& paragraph) {
-  mif::Reader reader(std::string_view(document.source).substr(paragraph.begin, paragraph.end - paragraph.begin));
+  mif::Reader reader(
+      std::string_view(document.source).substr(paragraph.begin, paragraph.end - paragraph.begin));
   reader.Next();
   while (reader.Next() && reader.token() != mif::Token::kParaLine) {
     if (reader.kind() == mif::Piece::kGroup && !reader.Skip()) break;
@@ -371,8 +376,8 @@ std::string ParagraphStatement(const std::vector<std::string>& head, const std::
 
 }  // namespace
 
-// Writes the paragraphs from `first` to `last` anew from what is left of their items, with every format written
-// out. A paragraph mark that came from a hidden block ends a paragraph with the block's format.
+// Writes the paragraphs from `first` to `last` anew from what is left of their items, with every format
+// written out. A paragraph mark that came from a hidden block ends a paragraph with the block's format.
 void StorySaver::Rewrite(const std::vector<StoryItem>& items, std::uint32_t first, std::uint32_t last) {
   std::vector<std::string> paragraphs;
   std::vector<std::string> statements;

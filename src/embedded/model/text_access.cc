@@ -17,8 +17,8 @@ std::string_view LeafData(std::string_view statement) {
   return data;
 }
 
-// A variable's text as far as it is plain: building blocks are computed by the page and are left out, and so are
-// switches of the character format.
+// A variable's text as far as it is plain: building blocks are computed by the page and are left out, and so
+// are switches of the character format.
 void AppendVariable(const Document& document, const Item& item, std::string* text) {
   const std::string name = Substatement(document, item, "VariableName");
   const auto found = document.variables.find(name);
@@ -88,9 +88,14 @@ void AppendItemText(const Document& document, const Item& item, std::string* tex
         text->append(PlainText(document, item));
       }
       break;
-    case ItemKind::kCharacter: text->append(mif::CharNamed(LeafData(document.At(item)))); break;
-    case ItemKind::kVariable: AppendVariable(document, item, text); break;
-    default: break;
+    case ItemKind::kCharacter:
+      text->append(mif::CharNamed(LeafData(document.At(item))));
+      break;
+    case ItemKind::kVariable:
+      AppendVariable(document, item, text);
+      break;
+    default:
+      break;
   }
 }
 
@@ -104,8 +109,8 @@ std::string_view ElementText(const Document& document, Id id, std::size_t max_ch
   for (std::uint32_t i = element.first_item; i < element.end_item; ++i) {
     const Item& item = document.items[i];
     if (!IsTextItem(item.kind) || item.Is(kDeleted) || item.Is(kGenerated)) continue;
-    const bool plain = item.kind == ItemKind::kString &&
-                       (document.format == Format::kXml || !item.Is(kEscaped));
+    const bool plain =
+        item.kind == ItemKind::kString && (document.format == Format::kXml || !item.Is(kEscaped));
     if (only == nullptr && !built && plain) {
       only = &item;
       continue;
@@ -133,8 +138,9 @@ std::uint32_t EndOfItem(const Document& document, std::uint32_t index) {
 }
 
 std::uint32_t ParagraphOf(const Document& document, std::uint32_t index) {
-  // The mark that ends the paragraph carries its format, so the search goes forward, over what is anchored. Where
-  // the mark was deleted and nothing but another mark is left behind it, the text keeps the format that it had.
+  // The mark that ends the paragraph carries its format, so the search goes forward, over what is anchored.
+  // Where the mark was deleted and nothing but another mark is left behind it, the text keeps the format that
+  // it had.
   std::uint32_t deleted_mark = 0;
   bool joined = false;
   for (std::uint32_t i = index; i < document.items.size(); i = EndOfItem(document, i)) {
@@ -155,9 +161,9 @@ std::uint32_t ParagraphOf(const Document& document, std::uint32_t index) {
 }
 
 Id FlowOf(const Document& document, std::uint32_t index) {
-  const auto after = std::upper_bound(
-      document.flows.begin() + 1, document.flows.end(), index,
-      [](std::uint32_t value, const Flow& flow) { return value < flow.first_item; });
+  const auto after =
+      std::upper_bound(document.flows.begin() + 1, document.flows.end(), index,
+                       [](std::uint32_t value, const Flow& flow) { return value < flow.first_item; });
   if (after == document.flows.begin() + 1) return 0;
   const auto flow = static_cast<Id>(after - document.flows.begin()) - 1;
   return index < document.flows[flow].end_item ? flow : 0;
@@ -172,7 +178,8 @@ std::uint32_t PartOf(const Document& document, std::uint32_t index) {
       i = document.parts[item.ref].first_item + 1;
       continue;
     }
-    if (item.kind == ItemKind::kParagraphBegin && i - 1 == document.flows[FlowOf(document, i - 1)].first_item) {
+    if (item.kind == ItemKind::kParagraphBegin &&
+        i - 1 == document.flows[FlowOf(document, i - 1)].first_item) {
       return 0;
     }
   }

@@ -14,7 +14,7 @@ class TreeBuilder {
   struct Range {
     std::uint32_t at;
     std::uint32_t end;
-    std::uint32_t block;   // the hidden block that the range is, else 0
+    std::uint32_t block;  // the hidden block that the range is, else 0
   };
 
   void FindBlocks(const RawFlow& hidden);
@@ -44,13 +44,13 @@ class TreeBuilder {
   Document& document_;
   Scan& scan_;
   std::vector<Range> ranges_;
-  std::vector<Id> open_;             // elements, outermost first
+  std::vector<Id> open_;  // elements, outermost first
   struct OpenPart {
-    std::size_t height;              // of open_ before the part
+    std::size_t height;  // of open_ before the part
     Id element;
   };
   std::vector<OpenPart> open_parts_;
-  Id text_ = 0;                      // the text node that is being added to
+  Id text_ = 0;  // the text node that is being added to
   Flow* flow_ = nullptr;
   std::unordered_map<std::uint32_t, std::uint32_t> block_index_;
 };
@@ -82,8 +82,8 @@ void TreeBuilder::Run() {
   ChooseMainFlow();
 }
 
-// The blocks of a hidden flow. A block ends at its own end mark, or behind the paragraph end after it when the
-// mark of its last paragraph is hidden too.
+// The blocks of a hidden flow. A block ends at its own end mark, or behind the paragraph end after it when
+// the mark of its last paragraph is hidden too.
 void TreeBuilder::FindBlocks(const RawFlow& hidden) {
   const auto base = static_cast<std::uint32_t>(document_.hidden_items.size());
   HiddenBlock block;
@@ -140,7 +140,8 @@ void TreeBuilder::BuildFlow(const RawFlow& raw) {
   open_parts_.clear();
   text_ = 0;
   if (raw.top_elements > 1) {
-    Warn(raw.flow.span.begin, "the flow has no single highest-level element; one called NoName stands for it");
+    Warn(raw.flow.span.begin,
+         "the flow has no single highest-level element; one called NoName stands for it");
     RawElement none;
     none.definition = document_.InternDefinition("NoName");
     none.source = raw.flow.span.begin;
@@ -184,18 +185,42 @@ void TreeBuilder::Emit(const Item& raw, std::uint32_t block) {
   Item item = raw;
   if (block != 0) item.flags |= kInBlock;
   switch (raw.kind) {
-    case ItemKind::kElementBegin: EmitElementBegin(item); break;
-    case ItemKind::kElementEnd: EmitElementEnd(item); break;
-    case ItemKind::kPartBegin: EmitPartBegin(item); break;
-    case ItemKind::kPartEnd: EmitPartEnd(item); break;
-    case ItemKind::kTableAnchor: EmitAnchor(item, scan_.tables); break;
-    case ItemKind::kNoteAnchor: EmitAnchor(item, scan_.notes); break;
-    case ItemKind::kFrameAnchor: EmitFrame(item); break;
-    case ItemKind::kMarker: EmitObject(item, ElementKind::kMarker); break;
-    case ItemKind::kVariable: EmitObject(item, ElementKind::kSystemVariable); break;
-    case ItemKind::kReferenceBegin: EmitObject(item, ElementKind::kCrossReference); break;
-    case ItemKind::kReferenceEnd: EmitReferenceEnd(item); break;
-    case ItemKind::kHiddenPlace: EmitHiddenPlace(item); break;
+    case ItemKind::kElementBegin:
+      EmitElementBegin(item);
+      break;
+    case ItemKind::kElementEnd:
+      EmitElementEnd(item);
+      break;
+    case ItemKind::kPartBegin:
+      EmitPartBegin(item);
+      break;
+    case ItemKind::kPartEnd:
+      EmitPartEnd(item);
+      break;
+    case ItemKind::kTableAnchor:
+      EmitAnchor(item, scan_.tables);
+      break;
+    case ItemKind::kNoteAnchor:
+      EmitAnchor(item, scan_.notes);
+      break;
+    case ItemKind::kFrameAnchor:
+      EmitFrame(item);
+      break;
+    case ItemKind::kMarker:
+      EmitObject(item, ElementKind::kMarker);
+      break;
+    case ItemKind::kVariable:
+      EmitObject(item, ElementKind::kSystemVariable);
+      break;
+    case ItemKind::kReferenceBegin:
+      EmitObject(item, ElementKind::kCrossReference);
+      break;
+    case ItemKind::kReferenceEnd:
+      EmitReferenceEnd(item);
+      break;
+    case ItemKind::kHiddenPlace:
+      EmitHiddenPlace(item);
+      break;
     case ItemKind::kHiddenBegin:
     case ItemKind::kHiddenEnd:
       item.ref = block;
@@ -224,7 +249,7 @@ void TreeBuilder::Emit(const Item& raw, std::uint32_t block) {
 
 // Content belongs to a text node where it stands in an element and is not generated.
 void TreeBuilder::AddText(const Item& item) {
-  if (text_ == 0 && !open_.empty() && !item.Is(kGenerated) ) {
+  if (text_ == 0 && !open_.empty() && !item.Is(kGenerated)) {
     text_ = static_cast<Id>(document_.elements.size());
     Element node;
     node.kind = ElementKind::kText;
@@ -264,7 +289,8 @@ void TreeBuilder::Attach(Id id) {
       flow_->root = id;
       return;
     }
-    // Only what is anchored outside the root can come here; the root takes it, so that nothing is unreachable.
+    // Only what is anchored outside the root can come here; the root takes it, so that nothing is
+    // unreachable.
     parent = flow_->root;
   }
   Element& above = document_.elements[parent];
@@ -295,8 +321,8 @@ void TreeBuilder::EmitElementBegin(Item item) {
 
 // The tag of an ElementEnd is only advice (MIF reference, "ElementEnd"): ends are matched by nesting.
 void TreeBuilder::EmitElementEnd(Item item) {
-  const std::size_t floor = open_parts_.empty() ? 0 : open_parts_.back().height +
-                                                          (open_parts_.back().element != 0 ? 1U : 0U);
+  const std::size_t floor =
+      open_parts_.empty() ? 0 : open_parts_.back().height + (open_parts_.back().element != 0 ? 1U : 0U);
   const bool nothing_open =
       open_.size() <= floor || (open_.size() == 1 && document_.elements[open_.back()].is_virtual);
   if (nothing_open) {
@@ -421,8 +447,8 @@ void TreeBuilder::EmitHiddenPlace(Item item) {
   ranges_.push_back(range);
 }
 
-// The flow of the document's text: on a body page, tagged and auto-connected. Where several are, one that holds
-// elements goes first, then the one on the earliest page.
+// The flow of the document's text: on a body page, tagged and auto-connected. Where several are, one that
+// holds elements goes first, then the one on the earliest page.
 void TreeBuilder::ChooseMainFlow() {
   const auto rank = [&](const Flow& flow) {
     int score = 0;

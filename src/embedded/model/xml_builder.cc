@@ -20,7 +20,7 @@ struct RoleName {
 };
 // Element names of CALS and HTML tables, compared without regard to case.
 constexpr RoleName kRoleNames[] = {
-    {"table", XmlRole::kTable}, {"tgroup", XmlRole::kTable}, {"thead", XmlRole::kHeading},
+    {"table", XmlRole::kTable}, {"tgroup", XmlRole::kTable},  {"thead", XmlRole::kHeading},
     {"tbody", XmlRole::kBody},  {"tfoot", XmlRole::kFooting}, {"row", XmlRole::kRow},
     {"tr", XmlRole::kRow},      {"entry", XmlRole::kCell},    {"td", XmlRole::kCell},
     {"th", XmlRole::kCell},
@@ -28,24 +28,31 @@ constexpr RoleName kRoleNames[] = {
 
 struct TypeName {
   std::string_view name;
-  std::uint8_t type;      // as the model numbers them
-  bool is_list;           // several values, with blanks between them
+  std::uint8_t type;  // as the model numbers them
+  bool is_list;       // several values, with blanks between them
 };
 constexpr TypeName kTypes[] = {
-    {"CDATA", 0, false},  {"ID", 7, false},      {"IDREF", 8, false},  {"IDREFS", 9, true},
+    {"CDATA", 0, false},  {"ID", 7, false},      {"IDREF", 8, false},   {"IDREFS", 9, true},
     {"ENTITY", 0, false}, {"ENTITIES", 1, true}, {"NMTOKEN", 0, false}, {"NMTOKENS", 1, true},
 };
 constexpr std::uint8_t kChoice = 2;
 
 XmlRole RoleOfKind(ElementKind kind) {
   switch (kind) {
-    case ElementKind::kTable: return XmlRole::kTable;
-    case ElementKind::kTableHeading: return XmlRole::kHeading;
-    case ElementKind::kTableBody: return XmlRole::kBody;
-    case ElementKind::kTableFooting: return XmlRole::kFooting;
-    case ElementKind::kTableRow: return XmlRole::kRow;
-    case ElementKind::kTableCell: return XmlRole::kCell;
-    default: return XmlRole::kNone;
+    case ElementKind::kTable:
+      return XmlRole::kTable;
+    case ElementKind::kTableHeading:
+      return XmlRole::kHeading;
+    case ElementKind::kTableBody:
+      return XmlRole::kBody;
+    case ElementKind::kTableFooting:
+      return XmlRole::kFooting;
+    case ElementKind::kTableRow:
+      return XmlRole::kRow;
+    case ElementKind::kTableCell:
+      return XmlRole::kCell;
+    default:
+      return XmlRole::kNone;
   }
 }
 
@@ -91,9 +98,8 @@ class Gatherer : public xml::Handler {
   xml::Encoding encoding_;
   std::vector<Open> open_;
   std::vector<xml::TagAttribute> tag_attributes_;
-  std::unordered_set<std::uint64_t> lists_;    // attributes that hold several values
-  std::unordered_set<Id> with_text_;           // definitions whose elements are declared to hold text
-  std::uint32_t space_name_ = kNoIndex;        // xml:space
+  std::unordered_set<std::uint64_t> lists_;  // attributes that hold several values
+  std::unordered_set<Id> with_text_;         // definitions whose elements are declared to hold text
 };
 
 Item& Gatherer::Add(const Event& event, ItemKind kind, std::uint32_t ref) {
@@ -114,19 +120,27 @@ void Gatherer::OnWarning(std::uint32_t offset, std::string text) {
 
 void Gatherer::OnEvent(const Event& event) {
   switch (event.kind) {
-    case EventKind::kStartTag: StartTag(event); break;
+    case EventKind::kStartTag:
+      StartTag(event);
+      break;
     case EventKind::kEndTag:
       Add(event, ItemKind::kElementEnd);
       open_.pop_back();
       break;
     case EventKind::kText:
-    case EventKind::kCData: Text(event); break;
-    case EventKind::kInstruction: Instruction(event); break;
+    case EventKind::kCData:
+      Text(event);
+      break;
+    case EventKind::kInstruction:
+      Instruction(event);
+      break;
     case EventKind::kReference:
       if (!open_.empty()) draft_.elements[open_.back().element].has_text = true;
       Other(event);
       break;
-    case EventKind::kComment: Other(event); break;
+    case EventKind::kComment:
+      Other(event);
+      break;
   }
 }
 
@@ -189,7 +203,8 @@ void Gatherer::ReadAttributes(const Event& event, RawXmlElement* element, bool* 
     // A default comes from the definition, where the document looks for it.
     if (!attribute.specified) continue;
     if (document_.attributes.size() - element->first_attribute == 0xFFFF) {
-      OnWarning(event.begin, "the element has more than 65535 attributes; the others are carried as they stand");
+      OnWarning(event.begin,
+                "the element has more than 65535 attributes; the others are carried as they stand");
       break;
     }
     AddAttribute(attribute, in_source, element->definition);
@@ -244,18 +259,26 @@ void Gatherer::Text(const Event& event) {
   }
 }
 
-// What the model does not look into. Out of an entity it has no bytes of its own, so its text is kept for the case
-// that the entity has to be written out.
+// What the model does not look into. Out of an entity it has no bytes of its own, so its text is kept for the
+// case that the entity has to be written out.
 void Gatherer::Other(const Event& event) {
   if (open_.empty()) return;
   Add(event, ItemKind::kOther);
   if (!event.in_entity) return;
   std::string text;
   switch (event.kind) {
-    case EventKind::kComment: text.append("<!--").append(event.text).append("-->"); break;
-    case EventKind::kReference: text.append("&").append(event.name).append(";"); break;
+    case EventKind::kComment:
+      text.append("<!--").append(event.text).append("-->");
+      break;
+    case EventKind::kReference:
+      text.append("&").append(event.name).append(";");
+      break;
     default:
-      text.append("<?").append(event.name).append(event.text.empty() ? "" : " ").append(event.text).append("?>");
+      text.append("<?")
+          .append(event.name)
+          .append(event.text.empty() ? "" : " ")
+          .append(event.text)
+          .append("?>");
       break;
   }
   document_.items.back().flags |= kEscaped;
@@ -281,7 +304,9 @@ void Gatherer::Instruction(const Event& event) {
       item.font = KeepValue(mark.name);
       break;
     }
-    case MarkKind::kTextEnd: Add(event, ItemKind::kFont, 0); break;
+    case MarkKind::kTextEnd:
+      Add(event, ItemKind::kFont, 0);
+      break;
     default:
       if (draft_.elements.empty() && Prolog(event, mark)) break;
       Other(event);
@@ -291,10 +316,11 @@ void Gatherer::Instruction(const Event& event) {
 // What is said of the whole document. It has an item, so that saving passes by it.
 bool Gatherer::Prolog(const Event& event, const Mark& mark) {
   switch (mark.kind) {
-    case MarkKind::kElementKind: DeclareKind(mark); return true;
+    case MarkKind::kElementKind:
+      DeclareKind(mark);
+      return true;
     case MarkKind::kConditionState: {
-      Condition& condition =
-          document_.conditions[document_.InternCondition(document_.Keep(mark.name))];
+      Condition& condition = document_.conditions[document_.InternCondition(document_.Keep(mark.name))];
       condition.declared = true;
       condition.shown = condition.source_shown = mark.on;
       condition.state = {event.begin, event.end};
@@ -312,8 +338,10 @@ bool Gatherer::Prolog(const Event& event, const Mark& mark) {
       color.black = mark.ink[3];
       return true;
     }
-    case MarkKind::kObject: break;
-    default: return false;
+    case MarkKind::kObject:
+      break;
+    default:
+      return false;
   }
   Add(event, ItemKind::kOther);
   return true;
@@ -341,8 +369,9 @@ void Gatherer::OnAttributeDeclaration(const xml::AttributeDeclaration& declarati
   attribute.name = known != document_.name_index.end()
                        ? known->second
                        : document_.InternName(document_.Keep(std::string(declaration.name)));
-  const bool is_again = std::any_of(definition.attributes.begin(), definition.attributes.end(),
-                                    [&](const AttributeDefinition& other) { return other.name == attribute.name; });
+  const bool is_again =
+      std::any_of(definition.attributes.begin(), definition.attributes.end(),
+                  [&](const AttributeDefinition& other) { return other.name == attribute.name; });
   if (is_again) return;
   attribute.required = declaration.required && !declaration.has_default;
   attribute.read_only = declaration.required && declaration.has_default;
@@ -381,9 +410,9 @@ void Gatherer::OnAttributeDeclaration(const xml::AttributeDeclaration& declarati
 
 XmlRole XmlRoleOfName(std::string_view name) {
   for (const RoleName& known : kRoleNames) {
-    const bool same = std::equal(name.begin(), name.end(), known.name.begin(), known.name.end(), [](char a, char b) {
-      return (a >= 'A' && a <= 'Z' ? static_cast<char>(a - 'A' + 'a') : a) == b;
-    });
+    const bool same = std::equal(
+        name.begin(), name.end(), known.name.begin(), known.name.end(),
+        [](char a, char b) { return (a >= 'A' && a <= 'Z' ? static_cast<char>(a - 'A' + 'a') : a) == b; });
     if (same) return known.role;
   }
   return XmlRole::kNone;
@@ -411,6 +440,12 @@ std::unique_ptr<Document> BuildXml(std::string bytes, std::string* error) {
   if (!xml::Read(document->source, &gatherer, &problem)) {
     *error = problem.Describe();
     return nullptr;
+  }
+  if (document->show_all_statement.Empty()) {
+    // Where nothing is hidden everything is shown.
+    const auto& conditions = document->conditions;
+    document->show_all = document->source_show_all = std::all_of(
+        conditions.begin(), conditions.end(), [](const Condition& condition) { return condition.shown; });
   }
   BuildXmlTree(document.get(), draft);
   return document;

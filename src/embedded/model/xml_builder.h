@@ -1,16 +1,17 @@
 // Building the model of an XML document, in two passes.
 //
-// The first goes with the reader: every tag, text, comment and instruction becomes an item with its bytes, and what
-// is said before the root element (kinds, conditions, colors, declarations of attributes) is taken in. The second
-// goes over the items: only there is it known which elements have text of their own, so that white space between
-// elements can be told from text, and which tables have a body. It numbers the elements in document order, finds
-// the parts of tables, and keeps the running conditions and character properties.
+// The first goes with the reader: every tag, text, comment and instruction becomes an item with its bytes,
+// and what is said before the root element (kinds, conditions, colors, declarations of attributes) is taken
+// in. The second goes over the items: only there is it known which elements have text of their own, so that
+// white space between elements can be told from text, and which tables have a body. It numbers the elements
+// in document order, finds the parts of tables, and keeps the running conditions and character properties.
 //
-// The items are laid out as those of a MIF document: a table or footnote is an anchor (without bytes here) and its
-// parts between kPartBegin and kPartEnd, which are the tags of their elements.
+// The items are laid out as those of a MIF document: a table or footnote is an anchor (without bytes here)
+// and its parts between kPartBegin and kPartEnd, which are the tags of their elements.
 //
-// White space alone is text in an element that has other text directly in it, in one whose declaration says that it
-// has text, under xml:space="preserve", in a CDATA section, and where it is written as a character reference.
+// White space alone is text in an element that has other text directly in it, in one whose declaration says
+// that it has text, under xml:space="preserve", in a CDATA section, and where it is written as a character
+// reference.
 #pragma once
 
 #include <vector>
@@ -20,16 +21,16 @@
 namespace qelm::embedded::model {
 
 // An element as its start tag tells it, before it has its number. In the items of the first pass `ref` of
-// kElementBegin is its index; kFont has the data of its mark as the index of a value in `font`; what may be text or
-// layout is kOther with kTouched; and before an element that may be a table or a footnote stands a kOther without
-// bytes, where its anchor can go.
+// kElementBegin is its index; kFont has the data of its mark as the index of a value in `font`; what may be
+// text or layout is kOther with kTouched; and before an element that may be a table or a footnote stands a
+// kOther without bytes, where its anchor can go.
 struct RawXmlElement {
   Id definition = 0;
   std::uint32_t first_attribute = 0;
   std::uint16_t attribute_count = 0;
   std::uint32_t parent = kNoIndex;
-  bool has_text = false;   // white space in it is text
-  bool has_body = false;   // one of its children is a table's body
+  bool has_text = false;  // white space in it is text
+  bool has_body = false;  // one of its children is a table's body
 };
 
 // What the name of an element, or an instruction, makes of it in a table.
@@ -40,8 +41,8 @@ XmlRole XmlRoleOfName(std::string_view name);
 
 struct XmlDraft {
   std::vector<RawXmlElement> elements;
-  std::vector<XmlRole> roles;            // by definition
-  std::vector<bool> declared_kinds;      // by definition: an instruction names its kind
+  std::vector<XmlRole> roles;        // by definition
+  std::vector<bool> declared_kinds;  // by definition: an instruction names its kind
 };
 
 // The second pass.

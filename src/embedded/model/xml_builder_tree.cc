@@ -10,9 +10,9 @@ namespace {
 
 // Text between anchors and what they hold has a running state of its own, as a table cell has in MIF.
 struct Scope {
-  std::size_t conditions;   // where its part of `conditions_` begins
+  std::size_t conditions;  // where its part of `conditions_` begins
   std::size_t fonts;
-  std::uint16_t set = 0;    // the running set
+  std::uint16_t set = 0;  // the running set
 };
 
 class TreeMaker {
@@ -52,12 +52,12 @@ class TreeMaker {
   xml::Encoding encoding_;
   std::vector<Open> open_;
   std::vector<Scope> scopes_;
-  std::vector<Id> conditions_;          // running, of all open scopes
+  std::vector<Id> conditions_;  // running, of all open scopes
   std::vector<std::uint32_t> fonts_;
   // Of the open tables and of the open rows in them: what marks between the cells say.
   std::vector<std::vector<Id>> row_conditions_;
   std::map<std::pair<std::uint32_t, std::string_view>, std::uint32_t> font_index_;
-  Id text_ = 0;                         // the text node that is being added to
+  Id text_ = 0;  // the text node that is being added to
 };
 
 bool IsRows(ElementKind kind) {
@@ -68,10 +68,6 @@ bool IsRows(ElementKind kind) {
 bool HasPart(ElementKind kind) {
   return IsRows(kind) || kind == ElementKind::kTable || kind == ElementKind::kTableTitle ||
          kind == ElementKind::kTableRow || kind == ElementKind::kTableCell || kind == ElementKind::kFootnote;
-}
-
-bool HoldsStory(ElementKind kind) {
-  return kind == ElementKind::kTableTitle || kind == ElementKind::kTableCell || kind == ElementKind::kFootnote;
 }
 
 // Elements whose text is generated from the object that they stand for.
@@ -110,11 +106,21 @@ void TreeMaker::Visit(std::uint32_t index) {
   item.conditions = scope.set;
   if (item.kind != ItemKind::kFont) item.font = fonts_.size() > scope.fonts ? fonts_.back() : 0;
   switch (item.kind) {
-    case ItemKind::kElementBegin: Begin(index); break;
-    case ItemKind::kElementEnd: End(index); break;
-    case ItemKind::kString: AddText(index); break;
-    case ItemKind::kConditional: Condition(&item); break;
-    case ItemKind::kFont: Font(&item); break;
+    case ItemKind::kElementBegin:
+      Begin(index);
+      break;
+    case ItemKind::kElementEnd:
+      End(index);
+      break;
+    case ItemKind::kString:
+      AddText(index);
+      break;
+    case ItemKind::kConditional:
+      Condition(&item);
+      break;
+    case ItemKind::kFont:
+      Font(&item);
+      break;
     default:
       if (item.Is(kTouched)) BlankText(index);
       break;
@@ -127,9 +133,12 @@ ElementKind TreeMaker::KindOfTable(const RawXmlElement& raw, ElementKind parent)
     case XmlRole::kTable:
       return raw.has_body || draft_.declared_kinds[raw.definition] ? ElementKind::kTable
                                                                    : ElementKind::kContainer;
-    case XmlRole::kHeading: return parent == ElementKind::kTable ? ElementKind::kTableHeading : ElementKind::kContainer;
-    case XmlRole::kBody: return parent == ElementKind::kTable ? ElementKind::kTableBody : ElementKind::kContainer;
-    case XmlRole::kFooting: return parent == ElementKind::kTable ? ElementKind::kTableFooting : ElementKind::kContainer;
+    case XmlRole::kHeading:
+      return parent == ElementKind::kTable ? ElementKind::kTableHeading : ElementKind::kContainer;
+    case XmlRole::kBody:
+      return parent == ElementKind::kTable ? ElementKind::kTableBody : ElementKind::kContainer;
+    case XmlRole::kFooting:
+      return parent == ElementKind::kTable ? ElementKind::kTableFooting : ElementKind::kContainer;
     case XmlRole::kRow: {
       // In a table from MIF the body need not be an element.
       const bool is_in_table = parent == ElementKind::kTable && draft_.declared_kinds[raw.definition];
@@ -137,7 +146,8 @@ ElementKind TreeMaker::KindOfTable(const RawXmlElement& raw, ElementKind parent)
     }
     case XmlRole::kCell:
       return parent == ElementKind::kTableRow ? ElementKind::kTableCell : ElementKind::kContainer;
-    case XmlRole::kNone: break;
+    case XmlRole::kNone:
+      break;
   }
   return ElementKind::kContainer;
 }
@@ -183,7 +193,8 @@ void TreeMaker::Begin(std::uint32_t index) {
   element.source = document_.items[index].begin;
   document_.items[index].ref = id;
   Definition& definition = document_.definitions[raw.definition];
-  if (definition.kind == ElementKind::kContainer && !draft_.declared_kinds[raw.definition]) definition.kind = kind;
+  if (definition.kind == ElementKind::kContainer && !draft_.declared_kinds[raw.definition])
+    definition.kind = kind;
   open_.push_back({id, raw_index});
   if (HasPart(kind)) BeginPart(index, id);
 }
@@ -305,8 +316,8 @@ void TreeMaker::Condition(Item* item) {
   item->conditions = scope.set;
 }
 
-// Between the parts of a table a condition can only be a row's: its own marks stand in it, before and after its
-// cells; marks around rows count for each of them.
+// Between the parts of a table a condition can only be a row's: its own marks stand in it, before and after
+// its cells; marks around rows count for each of them.
 void TreeMaker::RowCondition(Item* item) {
   const bool in_row = ParentKind() == ElementKind::kTableRow;
   std::vector<Id>& running = row_conditions_.back();

@@ -65,11 +65,11 @@ constexpr struct {
   std::string_view name;
   double ink[4];
 } kReserved[] = {
-    {"Black", {0, 0, 0, 100}},       {"White", {0, 0, 0, 0}},          {"Red", {0, 100, 100, 0}},
-    {"Green", {100, 0, 100, 0}},     {"Blue", {100, 100, 0, 0}},       {"Cyan", {100, 0, 0, 0}},
-    {"Magenta", {0, 100, 0, 0}},     {"Yellow", {0, 0, 100, 0}},       {"Dark Grey", {0, 0, 0, 60}},
-    {"Pale Green", {26, 0, 60, 0}},  {"Forest Green", {41, 0, 41, 46}}, {"Royal Blue", {93, 46, 0, 0}},
-    {"Mauve", {40, 60, 0, 0}},       {"Light Salmon", {0, 40, 60, 0}}, {"Olive", {0, 0, 40, 60}},
+    {"Black", {0, 0, 0, 100}},      {"White", {0, 0, 0, 0}},           {"Red", {0, 100, 100, 0}},
+    {"Green", {100, 0, 100, 0}},    {"Blue", {100, 100, 0, 0}},        {"Cyan", {100, 0, 0, 0}},
+    {"Magenta", {0, 100, 0, 0}},    {"Yellow", {0, 0, 100, 0}},        {"Dark Grey", {0, 0, 0, 60}},
+    {"Pale Green", {26, 0, 60, 0}}, {"Forest Green", {41, 0, 41, 46}}, {"Royal Blue", {93, 46, 0, 0}},
+    {"Mauve", {40, 60, 0, 0}},      {"Light Salmon", {0, 40, 60, 0}},  {"Olive", {0, 0, 40, 60}},
     {"Salmon", {0, 57, 76, 0}},
 };
 
@@ -100,11 +100,16 @@ Mark Named(MarkKind kind, std::string_view data) {
   return mark;
 }
 
+constexpr std::string_view kWhileUsed = "while-used";
+
 Mark ReadStateMark(std::string_view data) {
-  const std::string_view state = TakeLastWord(&data);
+  std::string_view state = TakeLastWord(&data);
+  const bool while_used = state == kWhileUsed;
+  if (while_used) state = TakeLastWord(&data);
   if (state != "hidden" && state != "shown") return {};
   Mark mark = Named(MarkKind::kConditionState, data);
   mark.on = state == "shown";
+  mark.while_used = while_used;
   return mark;
 }
 
@@ -182,11 +187,13 @@ std::string PropertyWord(const Property& property, std::string_view data, mif::E
         if (known.keyword == data) return std::string(known.word);
       }
       return "none";
-    case Form::kYesNo: return data == "Yes" ? "yes" : "no";
+    case Form::kYesNo:
+      return data == "Yes" ? "yes" : "no";
     case Form::kBackground:
       if (!mif::IsString(data)) return "none";
       break;
-    case Form::kColor: break;
+    case Form::kColor:
+      break;
   }
   return mif::DecodeString(data, encoding);
 }
@@ -205,7 +212,9 @@ std::string TakeProperty(Document* document, const Property& property, const std
   const bool yes = value == "yes";
   const auto color = [&] { return document->InternColor(document->Keep(value)); };
   switch (property.form) {
-    case Form::kColor: properties->color = color(); return StringData(value);
+    case Form::kColor:
+      properties->color = color();
+      return StringData(value);
     case Form::kBackground:
       properties->background = value == "none" ? 0 : color();
       return value == "none" ? "NoColor" : StringData(value);
@@ -216,7 +225,8 @@ std::string TakeProperty(Document* document, const Property& property, const std
         return std::string(known.keyword);
       }
       return "FNoUnderlining";
-    case Form::kYesNo: break;
+    case Form::kYesNo:
+      break;
   }
   if (property.bit == kOverlineBit) properties->overline = yes;
   if (property.bit == kStrikethroughBit) properties->strikethrough = yes;
@@ -269,9 +279,9 @@ std::string TextMark(const Document& document, const FontState& state) {
   if (!state.tag.empty()) AppendAttribute("format", state.tag, &mark);
   for (const FontState::Override& override : state.overrides) {
     const std::string_view data = StatementData(override.text);
-    const auto* known = std::find_if(std::begin(kProperties), std::end(kProperties), [&](const Property& property) {
-      return property.statement == override.name;
-    });
+    const auto* known =
+        std::find_if(std::begin(kProperties), std::end(kProperties),
+                     [&](const Property& property) { return property.statement == override.name; });
     if (known != std::end(kProperties)) {
       AppendAttribute(known->word, PropertyWord(*known, data, document.encoding), &mark);
     } else if (override.name != "FSeparation" && IsFontStatement(override.name)) {
@@ -283,8 +293,10 @@ std::string TextMark(const Document& document, const FontState& state) {
   return mark;
 }
 
-std::string ConditionStateMark(std::string_view condition, bool shown) {
-  return Instruction("qelm condition", condition, shown ? "shown" : "hidden");
+std::string ConditionStateMark(std::string_view condition, bool shown, bool while_used) {
+  std::string state = shown ? "shown" : "hidden";
+  if (while_used) state.append(" ").append(kWhileUsed);
+  return Instruction("qelm condition", condition, state);
 }
 
 std::string KindMark(std::string_view element, ElementKind kind) {
@@ -327,14 +339,16 @@ FontState ReadTextMark(Document* document, const FontState& under, std::string_v
     const auto* known = std::find_if(std::begin(kProperties), std::end(kProperties),
                                      [&](const Property& property) { return property.word == name; });
     if (known != std::end(kProperties)) {
-      SetOverride(document, known->statement, TakeProperty(document, *known, value, &state.properties), &state);
+      SetOverride(document, known->statement, TakeProperty(document, *known, value, &state.properties),
+                  &state);
     } else if (name == "format") {
       state.tag = document->Keep(value);
     } else if (IsFontStatement(name)) {
       const bool is_string = mif::IsString(value);
       if (!is_string && !IsPlainData(value)) continue;
       SetOverride(document, document->Keep(std::string(name)),
-                  is_string ? StringData(std::string_view(value).substr(1, value.size() - 2)) : value, &state);
+                  is_string ? StringData(std::string_view(value).substr(1, value.size() - 2)) : value,
+                  &state);
     }
   }
   return state;

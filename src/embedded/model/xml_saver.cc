@@ -3,6 +3,7 @@
 
 #include "embedded/model/files.h"
 #include "embedded/model/xml_marks.h"
+#include "embedded/model/xml_saver_plan.h"
 #include "embedded/model/xml_tags.h"
 #include "embedded/xml/encoding.h"
 #include "embedded/xml/write.h"
@@ -10,8 +11,8 @@
 namespace qelm::embedded::model {
 namespace {
 
-// Conditions and character properties at a place: as the source has them, or as they were written so far. Text
-// marks nest, so fonts are a stack.
+// Conditions and character properties at a place: as the source has them, or as they were written so far.
+// Text marks nest, so fonts are a stack.
 struct State {
   std::uint16_t conditions = 0;
   std::vector<std::uint32_t> fonts;
@@ -19,15 +20,16 @@ struct State {
   friend bool operator==(const State&, const State&) = default;
 };
 
-// The text of a flow, a cell, a title or a footnote; or the parts of a table, which have no state of their own.
+// The text of a flow, a cell, a title or a footnote; or the parts of a table, which have no state of their
+// own.
 struct Story {
   State source;
   State written;
   std::uint32_t gap = 0;         // the first item behind the last stop
   std::uint32_t gap_offset = 0;  // where the bytes behind that stop begin
   bool is_table = false;
-  std::uint32_t table = 0;       // the part
-  std::uint32_t row = 0;         // the part of the open row
+  std::uint32_t table = 0;  // the part
+  std::uint32_t row = 0;    // the part of the open row
 };
 
 // The state that a stop has in the source, and the one that it is to have.
@@ -40,11 +42,12 @@ struct Target {
 
 // Writes the source in one pass over the items; what is not touched is copied in long pieces.
 //
-// A stop is an item that has conditions and a font of its own: text, a tag, an anchor. Between two stops lies a gap:
-// white space, comments, marks, what was deleted. Where the states on both sides of a gap are those of the source,
-// its marks stay. Elsewhere marks that still say something right stay and the others go; ends that are missing are
-// written where the gap begins, directly behind the stop before it, and beginnings where it ends, directly before
-// the next stop. So taking a condition away again takes away the very bytes that putting it there brought.
+// A stop is an item that has conditions and a font of its own: text, a tag, an anchor. Between two stops lies
+// a gap: white space, comments, marks, what was deleted. Where the states on both sides of a gap are those of
+// the source, its marks stay. Elsewhere marks that still say something right stay and the others go; ends
+// that are missing are written where the gap begins, directly behind the stop before it, and beginnings where
+// it ends, directly before the next stop. So taking a condition away again takes away the very bytes that
+// putting it there brought.
 class Saver {
  public:
   explicit Saver(const Document& document)
@@ -55,11 +58,6 @@ class Saver {
   std::string Run();
 
  private:
-  struct Edit {
-    std::uint32_t begin;
-    std::uint32_t end;
-    std::string text;
-  };
   // What the marks of a gap do, and what is to become of them.
   struct GapMarks {
     State source_after;
@@ -68,19 +66,6 @@ class Saver {
     std::vector<std::uint32_t> conditions;  // the items of those that could stay
   };
 
-  // xml_saver.cc: before the root.
-  void FindPrologEdits();
-  void EditState(Span mark, const std::string& text);
-  bool AtLineStart(std::uint32_t offset) const;
-  std::uint32_t LineEndAt(std::uint32_t offset) const;
-  std::uint32_t MarksPlace() const;
-
-  void FindDirtyRows();
-  std::uint32_t TableOf(std::uint32_t part) const {
-    while (document_.parts[part].kind != ElementKind::kTable) part = document_.parts[part].parent;
-    return part;
-  }
-  bool HasMarksAroundRows(const Part& table) const;
   void Visit();
   void VisitDeleted();
   void VisitTablePart();
@@ -118,10 +103,10 @@ class Saver {
   std::string_view source_;
   xml::Encoding encoding_;
   std::string out_;
-  std::uint32_t copied_ = 0;     // the source up to here is written or left out
-  std::uint32_t at_ = 0;         // the item
+  std::uint32_t copied_ = 0;  // the source up to here is written or left out
+  std::uint32_t at_ = 0;      // the item
   std::vector<Story> stories_;
-  std::vector<Edit> edits_;      // of what stands before the root, in order
+  std::vector<XmlEdit> edits_;  // of what stands before the root, in order
   std::size_t next_edit_ = 0;
   std::unordered_set<std::uint32_t> dirty_;  // parts: rows whose marks are written anew, tables whose marks
                                              // around rows go
@@ -129,7 +114,9 @@ class Saver {
   std::uint32_t expanded_end_ = 0;           // they come from cannot stay
 };
 
-bool Contains(const std::vector<Id>& set, Id id) { return std::find(set.begin(), set.end(), id) != set.end(); }
+bool Contains(const std::vector<Id>& set, Id id) {
+  return std::find(set.begin(), set.end(), id) != set.end();
+}
 
 // What is in `a` and not in `b`.
 std::vector<Id> Without(const std::vector<Id>& a, const std::vector<Id>& b) {
@@ -147,18 +134,14 @@ bool Take(std::vector<Id>* set, Id id) {
   return true;
 }
 
-bool HoldsStory(ElementKind kind) {
-  return kind == ElementKind::kTableTitle || kind == ElementKind::kTableCell || kind == ElementKind::kFootnote;
-}
-
 std::string Saver::Run() {
   out_.reserve(source_.size() + source_.size() / 16);
-  FindPrologEdits();
-  FindDirtyRows();
+  edits_ = PrologEdits(document_, encoding_);
+  dirty_ = DirtyRows(document_);
   stories_.emplace_back();
   while (at_ < items_.size()) {
     while (next_edit_ < edits_.size() && edits_[next_edit_].begin <= items_[at_].begin) {
-      const Edit& edit = edits_[next_edit_++];
+      const XmlEdit& edit = edits_[next_edit_++];
       CopyTo(edit.begin);
       Emit(edit.text);
       SkipTo(edit.end);
@@ -168,101 +151,6 @@ std::string Saver::Run() {
   EndStory();
   CopyTo(static_cast<std::uint32_t>(source_.size()));
   return std::move(out_);
-}
-
-// ---------------------------------------------------------------------------------------------------------------
-// What stands before the root.
-
-bool Saver::AtLineStart(std::uint32_t offset) const {
-  const std::uint32_t unit = xml::UnitSize(encoding_);
-  return offset >= unit && xml::AsciiAt(source_, offset - unit, encoding_) == '\n';
-}
-
-// Behind the line end that begins at the offset; the offset itself when none does.
-std::uint32_t Saver::LineEndAt(std::uint32_t offset) const {
-  const std::uint32_t unit = xml::UnitSize(encoding_);
-  const bool is_pair = xml::AsciiAt(source_, offset, encoding_) == '\r';
-  const std::uint32_t end = offset + (is_pair ? unit : 0);
-  return xml::AsciiAt(source_, end, encoding_) == '\n' ? end + unit : offset;
-}
-
-// Where new marks go: before the root, and before the marks that begin there.
-std::uint32_t Saver::MarksPlace() const {
-  for (const Item& item : items_) {
-    if (item.kind != ItemKind::kOther) return item.begin;
-  }
-  return static_cast<std::uint32_t>(source_.size());
-}
-
-// Replaces a mark, or takes it out with its line when it has one to itself.
-void Saver::EditState(Span mark, const std::string& text) {
-  const bool takes_line = text.empty() && AtLineStart(mark.begin);
-  edits_.push_back({mark.begin, takes_line ? LineEndAt(mark.end) : mark.end, text});
-}
-
-void Saver::FindPrologEdits() {
-  const std::uint32_t place = MarksPlace();
-  const std::string line_end = !AtLineStart(place) ? "" : document_.crlf ? "\r\n" : "\n";
-  std::string added;
-  const auto add = [&](const std::string& mark) { added.append(mark).append(line_end); };
-  if (document_.show_all != document_.source_show_all) {
-    if (!document_.show_all_statement.Empty()) {
-      EditState(document_.show_all_statement, document_.show_all ? std::string(kShowAllMark) : "");
-    } else {
-      add(std::string(kShowAllMark));
-    }
-  }
-  for (const Color& color : document_.colors) {
-    if (color.created && !color.name.empty()) add(ColorMark(color));
-  }
-  for (const Condition& condition : document_.conditions) {
-    if (condition.shown == condition.source_shown) continue;
-    const std::string mark = condition.shown ? "" : ConditionStateMark(condition.name, false);
-    if (!condition.state.Empty()) {
-      EditState(condition.state, mark);
-    } else if (!mark.empty()) {
-      add(mark);
-    }
-  }
-  if (!added.empty()) edits_.push_back({place, place, added});
-  std::stable_sort(edits_.begin(), edits_.end(), [](const Edit& a, const Edit& b) { return a.begin < b.begin; });
-}
-
-// ---------------------------------------------------------------------------------------------------------------
-// Rows.
-
-bool Saver::HasMarksAroundRows(const Part& table) const {
-  bool in_row = false;
-  for (std::uint32_t i = table.first_item + 1; i + 1 < table.end_item; ++i) {
-    const Item& item = items_[i];
-    if (item.kind == ItemKind::kPartBegin && HoldsStory(document_.parts[item.ref].kind)) {
-      i = document_.parts[item.ref].end_item - 1;
-    } else if (item.kind == ItemKind::kPartBegin || item.kind == ItemKind::kPartEnd) {
-      const bool is_row = document_.parts[item.ref].kind == ElementKind::kTableRow;
-      if (is_row) in_row = item.kind == ItemKind::kPartBegin;
-    } else if (item.kind == ItemKind::kConditional && !in_row) {
-      return true;
-    }
-  }
-  return false;
-}
-
-// Marks around a row count for other rows too, so that a change in such a table takes them all into the rows.
-void Saver::FindDirtyRows() {
-  const std::vector<Part>& parts = document_.parts;
-  std::unordered_set<std::uint32_t> tables;
-  for (std::uint32_t i = 1; i < parts.size(); ++i) {
-    if (parts[i].kind != ElementKind::kTableRow || parts[i].conditions == parts[i].source_conditions) continue;
-    dirty_.insert(i);
-    const std::uint32_t table = TableOf(i);
-    if (tables.insert(table).second && HasMarksAroundRows(parts[table])) dirty_.insert(table);
-  }
-  for (const std::uint32_t table : tables) {
-    if (!dirty_.contains(table)) continue;
-    for (std::uint32_t i = table + 1; i < parts.size() && parts[i].first_item < parts[table].end_item; ++i) {
-      if (parts[i].kind == ElementKind::kTableRow && TableOf(i) == table) dirty_.insert(i);
-    }
-  }
 }
 
 // ---------------------------------------------------------------------------------------------------------------
@@ -296,8 +184,8 @@ std::uint32_t Saver::EndOfDeleted(std::uint32_t index) const {
   return index + 1;
 }
 
-// In text, what is deleted belongs to the gap and goes when that is written. A table's parts are written as they
-// come.
+// In text, what is deleted belongs to the gap and goes when that is written. A table's parts are written as
+// they come.
 void Saver::VisitDeleted() {
   const std::uint32_t end = EndOfDeleted(at_);
   if (stories_.back().is_table) {
@@ -337,7 +225,8 @@ void Saver::VisitTablePart() {
   }
   if (!begins && IsExpanded(at_)) Put(at_);
   if (part.kind == ElementKind::kTableRow) stories_.back().row = begins ? item.ref : 0;
-  if (begins && dirty_.contains(item.ref) && !is_table && items_[part.end_item - 1].begin != items_[part.end_item - 1].end) {
+  if (begins && dirty_.contains(item.ref) && !is_table &&
+      items_[part.end_item - 1].begin != items_[part.end_item - 1].end) {
     CopyTo(item.end);
     for (const Id id : Set(part.conditions)) Emit(ConditionStartMark(ConditionName(id)));
   }
@@ -440,13 +329,15 @@ Saver::GapMarks Saver::ReadGap(std::uint32_t end) const {
   return marks;
 }
 
-// Writes the gap from the last stop up to the item `end`, whose bytes begin at `offset`. `target` is the state of
-// that item; null at the end of a story, where what the source left open stays open, and what edits brought ends.
+// Writes the gap from the last stop up to the item `end`, whose bytes begin at `offset`. `target` is the
+// state of that item; null at the end of a story, where what the source left open stays open, and what edits
+// brought ends.
 void Saver::Gap(std::uint32_t end, std::uint32_t offset, const Target* target) {
   Story& story = stories_.back();
   if (story.gap == end && target != nullptr && story.written == story.source) {
     // The common case: nothing between two stops, and nothing changed.
-    const bool stays = target->conditions == story.written.conditions && target->font == story.written.Font() &&
+    const bool stays = target->conditions == story.written.conditions &&
+                       target->font == story.written.Font() &&
                        target->source_conditions == target->conditions && target->source_font == target->font;
     if (stays) return;
   }
@@ -460,10 +351,10 @@ void Saver::Gap(std::uint32_t end, std::uint32_t offset, const Target* target) {
     at_end.font = story.written.fonts == story.source.fonts ? at_end.source_font : 0;
     target = &at_end;
   }
-  const bool keep_conditions = story.written.conditions == story.source.conditions && !marks.lost_conditions &&
-                               target->conditions == target->source_conditions;
-  const bool keep_fonts = story.written.fonts == story.source.fonts && !marks.lost_fonts &&
-                          target->font == target->source_font;
+  const bool keep_conditions = story.written.conditions == story.source.conditions &&
+                               !marks.lost_conditions && target->conditions == target->source_conditions;
+  const bool keep_fonts =
+      story.written.fonts == story.source.fonts && !marks.lost_fonts && target->font == target->source_font;
   std::vector<Id> to_close;
   std::vector<Id> to_open;
   if (!keep_conditions) {
@@ -514,8 +405,8 @@ void Saver::GapItems(std::uint32_t end, bool keep_conditions, bool keep_fonts, s
     }
     if (item.kind == ItemKind::kConditional) {
       const Id id = item.ref & kMarkCondition;
-      stays = keep_conditions ||
-              (!IsExpanded(i) && Take((item.ref & kMarkEnds) != 0 ? to_close : to_open, id));
+      stays =
+          keep_conditions || (!IsExpanded(i) && Take((item.ref & kMarkEnds) != 0 ? to_close : to_open, id));
     } else if (item.kind == ItemKind::kFont) {
       stays = keep_fonts;
     }
@@ -531,8 +422,8 @@ void Saver::GapItems(std::uint32_t end, bool keep_conditions, bool keep_fonts, s
 // ---------------------------------------------------------------------------------------------------------------
 // Entities.
 
-// Whether items out of one entity can stay the reference that they are: nothing in them changed, or all of them
-// take the same conditions and font, which then stand around the reference.
+// Whether items out of one entity can stay the reference that they are: nothing in them changed, or all of
+// them take the same conditions and font, which then stand around the reference.
 bool Saver::IsOneStop(std::uint32_t begin, std::uint32_t end) const {
   const Target first = TargetOf(begin);
   bool unchanged = true;
@@ -549,7 +440,8 @@ bool Saver::IsOneStop(std::uint32_t begin, std::uint32_t end) const {
     if (target.conditions != target.source_conditions || target.font != target.source_font) unchanged = false;
     const bool is_mark = item.kind == ItemKind::kConditional || item.kind == ItemKind::kFont;
     const bool is_neutral = item.kind == ItemKind::kOther;
-    if (is_mark || is_part || (!is_neutral && (target.conditions != first.conditions || target.font != first.font))) {
+    if (is_mark || is_part ||
+        (!is_neutral && (target.conditions != first.conditions || target.font != first.font))) {
       uniform = false;
     }
   }
@@ -566,7 +458,8 @@ bool Saver::VisitEntity() {
   if (is_place && first.begin == first.end && at_ + 1 < items_.size()) ++begin;
   if (begin + 1 >= items_.size() || items_[begin].begin == items_[begin].end) return false;
   const Item& item = items_[begin];
-  if (items_[begin + 1].begin >= item.end || xml::AsciiAt(source_, item.begin, encoding_) != '&') return false;
+  if (items_[begin + 1].begin >= item.end || xml::AsciiAt(source_, item.begin, encoding_) != '&')
+    return false;
   std::uint32_t end = begin + 1;
   while (end < items_.size() && items_[end].begin < item.end) ++end;
   if (!IsOneStop(at_, end)) {
@@ -620,7 +513,8 @@ void Saver::Put(std::uint32_t index) {
     case ItemKind::kOther:
       if (item.Is(kEscaped)) Emit(document_.values[item.ref]);
       break;
-    default: break;
+    default:
+      break;
   }
 }
 

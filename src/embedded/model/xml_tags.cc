@@ -30,7 +30,8 @@ bool SaysTheSame(const Document& document, const Attribute& attribute, std::stri
   std::string value;
   if (!xml::ReadValue(raw, &value)) return false;
   const std::string joined = JoinedValues(document, attribute);
-  return attribute.value_count == 1 ? value == joined || Collapsed(value) == joined : Collapsed(value) == joined;
+  return attribute.value_count == 1 ? value == joined || Collapsed(value) == joined
+                                    : Collapsed(value) == joined;
 }
 
 void AppendAttribute(std::string_view name, std::string_view value, std::string* tag) {

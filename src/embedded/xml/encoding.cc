@@ -11,8 +11,9 @@ struct Known {
 };
 // The names that expat knows, in capitals. UTF-16 without an order is told by the bytes.
 constexpr Known kKnown[] = {
-    {"UTF-8", Encoding::kUtf8},           {"UTF-16", Encoding::kUtf16Big},  {"UTF-16BE", Encoding::kUtf16Big},
-    {"UTF-16LE", Encoding::kUtf16Little}, {"ISO-8859-1", Encoding::kLatin1}, {"US-ASCII", Encoding::kAscii},
+    {"UTF-8", Encoding::kUtf8},        {"UTF-16", Encoding::kUtf16Big},
+    {"UTF-16BE", Encoding::kUtf16Big}, {"UTF-16LE", Encoding::kUtf16Little},
+    {"ISO-8859-1", Encoding::kLatin1}, {"US-ASCII", Encoding::kAscii},
 };
 
 char ToUpper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
@@ -81,7 +82,8 @@ Encoding DetectEncoding(std::string_view bytes, std::string* declared) {
   if (bytes.starts_with("\xFF\xFE") || bytes.starts_with(std::string_view("<\0", 2))) {
     return Encoding::kUtf16Little;
   }
-  if (bytes.starts_with("\xFE\xFF") || bytes.starts_with(std::string_view("\0<", 2))) return Encoding::kUtf16Big;
+  if (bytes.starts_with("\xFE\xFF") || bytes.starts_with(std::string_view("\0<", 2)))
+    return Encoding::kUtf16Big;
   const bool marked = bytes.starts_with("\xEF\xBB\xBF");
   const std::string_view name = DeclaredName(marked ? bytes.substr(3) : bytes);
   if (name.empty()) return Encoding::kUtf8;

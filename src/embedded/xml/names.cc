@@ -12,13 +12,14 @@ struct Range {
   char16_t first;
   char16_t last;
 };
-// Letters that both the fourth and the fifth edition of XML 1.0 take in names, as far as documents are named in
-// them: Latin, Greek, Cyrillic, Hebrew, Arabic, Thai, kana, Han, Hangul.
+// Letters that both the fourth and the fifth edition of XML 1.0 take in names, as far as documents are named
+// in them: Latin, Greek, Cyrillic, Hebrew, Arabic, Thai, kana, Han, Hangul.
 constexpr Range kLetters[] = {
-    {0x00C0, 0x00D6}, {0x00D8, 0x00F6}, {0x00F8, 0x0131}, {0x0134, 0x013E}, {0x0141, 0x0148}, {0x014A, 0x017E},
-    {0x0388, 0x038A}, {0x038E, 0x03A1}, {0x03A3, 0x03CE}, {0x0401, 0x040C}, {0x040E, 0x044F}, {0x0451, 0x045C},
-    {0x05D0, 0x05EA}, {0x0621, 0x063A}, {0x0641, 0x064A}, {0x0E01, 0x0E2E}, {0x1E00, 0x1E9B}, {0x3041, 0x3094},
-    {0x30A1, 0x30FA}, {0x4E00, 0x9FA5}, {0xAC00, 0xD7A3},
+    {0x00C0, 0x00D6}, {0x00D8, 0x00F6}, {0x00F8, 0x0131}, {0x0134, 0x013E}, {0x0141, 0x0148},
+    {0x014A, 0x017E}, {0x0388, 0x038A}, {0x038E, 0x03A1}, {0x03A3, 0x03CE}, {0x0401, 0x040C},
+    {0x040E, 0x044F}, {0x0451, 0x045C}, {0x05D0, 0x05EA}, {0x0621, 0x063A}, {0x0641, 0x064A},
+    {0x0E01, 0x0E2E}, {0x1E00, 0x1E9B}, {0x3041, 0x3094}, {0x30A1, 0x30FA}, {0x4E00, 0x9FA5},
+    {0xAC00, 0xD7A3},
 };
 
 bool IsAsciiLetter(char32_t c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
@@ -38,13 +39,13 @@ Escape EscapeAt(std::string_view text) {
   std::uint32_t code = 0;
   const char* last = text.data() + end;
   const auto result = std::from_chars(text.data() + 2, last, code, 16);
-  const bool is_code = result.ec == std::errc() && result.ptr == last && code <= 0x10FFFF &&
-                       (code < 0xD800 || code >= 0xE000);
+  const bool is_code =
+      result.ec == std::errc() && result.ptr == last && code <= 0x10FFFF && (code < 0xD800 || code >= 0xE000);
   return is_code ? Escape{end + 1, code} : Escape{};
 }
 
-// Whether reading takes what begins at `begin` of the text for an escape that was made: one of a character that
-// needs it, or one of an underscore before such an escape. The `_` that ends an escape begins the next.
+// Whether reading takes what begins at `begin` of the text for an escape that was made: one of a character
+// that needs it, or one of an underscore before such an escape. The `_` that ends an escape begins the next.
 template <typename Needed>
 bool IsMade(std::string_view text, std::size_t begin, Needed needed) {
   for (std::string_view rest = text.substr(begin);;) {

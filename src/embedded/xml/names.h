@@ -1,7 +1,9 @@
-// Names: what may be an XML name, and any other name as one; and the same for the data of processing instructions.
+// Names: what may be an XML name, and any other name as one; and the same for the data of processing
+// instructions.
 //
-// A character that cannot be in an XML name is written `_xHHHH_`, with its code in hexadecimal. An underscore that
-// would be read as the beginning of such an escape is written `_x005F_`, so that every name comes back as it was.
+// A character that cannot be in an XML name is written `_xHHHH_`, with its code in hexadecimal. An underscore
+// that would be read as the beginning of such an escape is written `_x005F_`, so that every name comes back
+// as it was.
 #pragma once
 
 #include <string>
@@ -9,8 +11,8 @@
 
 namespace qelm::embedded::xml {
 
-// Whether a character may be in a name, or begin one. Beyond ASCII these are the letters that all editions of XML
-// agree on.
+// Whether a character may be in a name, or begin one. Beyond ASCII these are the letters that all editions of
+// XML agree on.
 bool IsNameStart(char32_t c);
 bool IsNameCharacter(char32_t c);
 
@@ -32,7 +34,8 @@ std::string FromToken(std::string_view token);
 std::string ToContent(std::string_view text);
 std::string FromContent(std::string_view text);
 
-// Any text as the data of a processing instruction, and back: `?>`, controls and blanks at the ends are escaped.
+// Any text as the data of a processing instruction, and back: `?>`, controls and blanks at the ends are
+// escaped.
 std::string ToData(std::string_view text);
 std::string FromData(std::string_view data);
 

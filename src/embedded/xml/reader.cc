@@ -10,13 +10,13 @@
 namespace qelm::embedded::xml {
 namespace {
 
-// expat copies what it is given into a buffer of its own; pieces keep that small. A piece in which nothing ends is
-// followed by a larger one, so that a very long token is not looked through again and again.
+// expat copies what it is given into a buffer of its own; pieces keep that small. A piece in which nothing
+// ends is followed by a larger one, so that a very long token is not looked through again and again.
 constexpr std::size_t kPiece = std::size_t{1} << 18U;
 constexpr std::size_t kLargestPiece = std::size_t{1} << 29U;
 
-// expat descends one call for each entity inside an entity. More entities that name others than this cannot be in
-// a document that means well.
+// expat descends one call for each entity inside an entity. More entities that name others than this cannot
+// be in a document that means well.
 constexpr int kMostNestedEntities = 1000;
 
 struct FreeParser {
@@ -39,7 +39,9 @@ class Parse {
   }
   static void XMLCALL OnCDataStart(void* self) { Of(self).CDataStart(); }
   static void XMLCALL OnCDataEnd(void* self) { Of(self).CDataEnd(); }
-  static void XMLCALL OnComment(void* self, const char* text) { Of(self).Simple(EventKind::kComment, {}, text); }
+  static void XMLCALL OnComment(void* self, const char* text) {
+    Of(self).Simple(EventKind::kComment, {}, text);
+  }
   static void XMLCALL OnInstruction(void* self, const char* target, const char* data) {
     Of(self).Simple(EventKind::kInstruction, target, data);
   }
@@ -51,8 +53,8 @@ class Parse {
   static void XMLCALL OnElementDecl(void* self, const char* name, XML_Content* model);
   static void XMLCALL OnAttlistDecl(void* self, const char* element, const char* name, const char* type,
                                     const char* value, int required);
-  static void XMLCALL OnEntityDecl(void* self, const char* name, int is_parameter, const char* value, int length,
-                                   const char* base, const char* system, const char* public_id,
+  static void XMLCALL OnEntityDecl(void* self, const char* name, int is_parameter, const char* value,
+                                   int length, const char* base, const char* system, const char* public_id,
                                    const char* notation);
 
   void SetHandlers();
@@ -84,7 +86,7 @@ class Parse {
   bool in_cdata_ = false;
   bool cdata_in_entity_ = false;
   std::string text_buffer_;
-  std::string stopped_;              // why this reader itself stopped
+  std::string stopped_;  // why this reader itself stopped
   int nested_entities_ = 0;
   bool warned_external_ = false;
   std::uint64_t events_ = 0;
@@ -104,7 +106,8 @@ bool Parse::Run(Error* error) {
     return false;
   }
   // expat tells the order of the bytes from the file; it is given the name only where the file has none.
-  const bool is_bare = UnitSize(encoding_) == 2 && !bytes_.starts_with("\xFF\xFE") && !bytes_.starts_with("\xFE\xFF");
+  const bool is_bare =
+      UnitSize(encoding_) == 2 && !bytes_.starts_with("\xFF\xFE") && !bytes_.starts_with("\xFE\xFF");
   const char* name = encoding_ == Encoding::kUtf16Little ? "UTF-16LE" : "UTF-16BE";
   parser_.reset(XML_ParserCreate(is_bare ? name : nullptr));
   SetHandlers();
@@ -125,8 +128,8 @@ void Parse::SetHandlers() {
   XML_SetElementDeclHandler(parser, OnElementDecl);
   XML_SetAttlistDeclHandler(parser, OnAttlistDecl);
   XML_SetEntityDeclHandler(parser, OnEntityDecl);
-  // With this, parameter entities of the file itself are expanded, so that what they declare counts. The handler
-  // loads nothing, so external ones stay what they are.
+  // With this, parameter entities of the file itself are expanded, so that what they declare counts. The
+  // handler loads nothing, so external ones stay what they are.
   XML_SetParamEntityParsing(parser, XML_PARAM_ENTITY_PARSING_ALWAYS);
   XML_SetExternalEntityRefHandler(parser, OnExternal);
 }
@@ -138,7 +141,8 @@ bool Parse::Feed() {
     const std::size_t size = std::min(piece, bytes_.size() - at);
     const bool is_last = at + size == bytes_.size();
     const std::uint64_t before = events_;
-    if (XML_Parse(parser_.get(), bytes_.data() + at, static_cast<int>(size), is_last ? 1 : 0) != XML_STATUS_OK) {
+    if (XML_Parse(parser_.get(), bytes_.data() + at, static_cast<int>(size), is_last ? 1 : 0) !=
+        XML_STATUS_OK) {
       return false;
     }
     if (is_last) return true;
@@ -203,8 +207,9 @@ void Parse::Text(std::string_view text) {
   Locate(&piece);
   const bool is_reference = !in_cdata_ && AsciiAt(bytes_, piece.begin, encoding_) == '&';
   piece.in_entity = in_cdata_ ? cdata_in_entity_ : is_reference && IsEntityReference(piece.begin, piece.end);
-  const bool continues = has_text_ && text_.in_entity == piece.in_entity &&
-                         (in_cdata_ || (piece.in_entity ? piece.begin == text_.begin : piece.begin == text_.end));
+  const bool continues =
+      has_text_ && text_.in_entity == piece.in_entity &&
+      (in_cdata_ || (piece.in_entity ? piece.begin == text_.begin : piece.begin == text_.end));
   if (!continues) {
     FlushText();
     text_ = piece;
@@ -228,7 +233,8 @@ void Parse::Text(std::string_view text) {
 void Parse::FlushText() {
   if (!has_text_) return;
   has_text_ = false;
-  text_.text = text_.plain ? bytes_.substr(text_.begin, text_.end - text_.begin) : std::string_view(text_buffer_);
+  text_.text =
+      text_.plain ? bytes_.substr(text_.begin, text_.end - text_.begin) : std::string_view(text_buffer_);
   Send(text_);
 }
 
@@ -254,7 +260,8 @@ void Parse::CDataEnd() {
   Locate(&mark);
   in_cdata_ = false;
   has_text_ = false;
-  text_.text = text_.plain ? bytes_.substr(text_.begin, text_.end - text_.begin) : std::string_view(text_buffer_);
+  text_.text =
+      text_.plain ? bytes_.substr(text_.begin, text_.end - text_.begin) : std::string_view(text_buffer_);
   if (!text_.in_entity) {
     constexpr std::uint32_t kOpener = 9;  // <![CDATA[
     text_.begin -= kOpener * UnitSize(encoding_);
@@ -297,7 +304,8 @@ int Parse::OnExternal(XML_Parser parser, const char* context, const char* /*base
     const std::string_view names(context);
     const std::string_view name = names.substr(0, names.find_first_of("\f="));
     self.Simple(EventKind::kReference, name, {});
-    self.handler_.OnWarning(offset, "an external entity" + file + " is not loaded; its reference stays as it is");
+    self.handler_.OnWarning(offset,
+                            "an external entity" + file + " is not loaded; its reference stays as it is");
   } else if (!self.warned_external_) {
     self.warned_external_ = true;
     self.handler_.OnWarning(offset, "external declarations" + file +
@@ -312,8 +320,8 @@ void Parse::OnElementDecl(void* self, const char* name, XML_Content* model) {
   XML_FreeContentModel(Of(self).parser_.get(), model);
 }
 
-void Parse::OnAttlistDecl(void* self, const char* element, const char* name, const char* type, const char* value,
-                          int required) {
+void Parse::OnAttlistDecl(void* self, const char* element, const char* name, const char* type,
+                          const char* value, int required) {
   AttributeDeclaration declaration;
   declaration.element = element;
   declaration.name = name;
@@ -324,13 +332,14 @@ void Parse::OnAttlistDecl(void* self, const char* element, const char* name, con
   Of(self).handler_.OnAttributeDeclaration(declaration);
 }
 
-void Parse::OnEntityDecl(void* self, const char* /*name*/, int /*is_parameter*/, const char* value, int length,
-                         const char* /*base*/, const char* /*system*/, const char* /*public_id*/,
+void Parse::OnEntityDecl(void* self, const char* /*name*/, int /*is_parameter*/, const char* value,
+                         int length, const char* /*base*/, const char* /*system*/, const char* /*public_id*/,
                          const char* /*notation*/) {
   if (value == nullptr) return;
   const std::string_view text(value, static_cast<std::size_t>(length));
   if (text.find_first_of("&%") == std::string_view::npos) return;
-  if (++Of(self).nested_entities_ > kMostNestedEntities) Of(self).Stop("too many entities that name other entities");
+  if (++Of(self).nested_entities_ > kMostNestedEntities)
+    Of(self).Stop("too many entities that name other entities");
 }
 
 void Parse::Stop(std::string message) {

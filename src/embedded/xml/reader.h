@@ -2,12 +2,13 @@
 //
 // The parsing is expat's. On top of it come the places: each event has the bytes of its tag, text, comment or
 // instruction, so that what is not changed can be copied as it stands. Names are as written, prefix and all;
-// attribute values are normalized as XML says, with the defaults of the document type definition marked as such.
+// attribute values are normalized as XML says, with the defaults of the document type definition marked as
+// such.
 //
-// Entities that the file declares are expanded: all that comes out of `&name;` has the place of the reference and
-// says that it is out of one. External ones, and the external part of the document type, are never loaded: a
-// reference to one is an event of its own, with a warning. An expansion that grows out of all measure is an error
-// (expat's limit: a hundred times the input), and so are entities nested thousands deep.
+// Entities that the file declares are expanded: all that comes out of `&name;` has the place of the reference
+// and says that it is out of one. External ones, and the external part of the document type, are never
+// loaded: a reference to one is an event of its own, with a warning. An expansion that grows out of all
+// measure is an error (expat's limit: a hundred times the input), and so are entities nested thousands deep.
 //
 //   class Counter : public xml::Handler { void OnEvent(const xml::Event& event) override { ... } };
 //   xml::Error error;
@@ -27,13 +28,13 @@
 namespace qelm::embedded::xml {
 
 enum class EventKind : std::uint8_t {
-  kStartTag,     // of an empty element's tag too; then the end tag follows with an empty range behind it
+  kStartTag,  // of an empty element's tag too; then the end tag follows with an empty range behind it
   kEndTag,
   kText,
-  kCData,        // a whole section, its marks included in the range
+  kCData,  // a whole section, its marks included in the range
   kComment,
   kInstruction,
-  kReference,    // to an entity that is not in the file
+  kReference,  // to an entity that is not in the file
 };
 
 struct Attribute {
@@ -42,7 +43,8 @@ struct Attribute {
   bool specified = true;  // false: a default of the document type
 };
 
-// All views hold until the handler returns; a plain text's view is into the source and holds as long as that does.
+// All views hold until the handler returns; a plain text's view is into the source and holds as long as that
+// does.
 struct Event {
   EventKind kind = EventKind::kText;
   std::uint32_t begin = 0;
@@ -59,10 +61,10 @@ struct Event {
 struct AttributeDeclaration {
   std::string_view element;
   std::string_view name;
-  std::string_view type;           // CDATA, ID, NMTOKENS, "(a|b)", "NOTATION(a|b)" ...
+  std::string_view type;  // CDATA, ID, NMTOKENS, "(a|b)", "NOTATION(a|b)" ...
   bool has_default = false;
   std::string_view default_value;
-  bool required = false;           // with a default: the value is fixed
+  bool required = false;  // with a default: the value is fixed
 };
 
 class Handler {

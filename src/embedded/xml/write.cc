@@ -66,11 +66,16 @@ bool AppendReference(std::string_view name, std::string* text) {
 void AppendText(std::string_view text, std::string* out) {
   AppendWith(text, out, [](char c) -> std::string_view {
     switch (c) {
-      case '<': return "&lt;";
-      case '>': return "&gt;";
-      case '&': return "&amp;";
-      case '\r': return "&#13;";
-      default: return {};
+      case '<':
+        return "&lt;";
+      case '>':
+        return "&gt;";
+      case '&':
+        return "&amp;";
+      case '\r':
+        return "&#13;";
+      default:
+        return {};
     }
   });
 }
@@ -78,15 +83,24 @@ void AppendText(std::string_view text, std::string* out) {
 void AppendValue(std::string_view value, char quote, std::string* out) {
   AppendWith(value, out, [quote](char c) -> std::string_view {
     switch (c) {
-      case '<': return "&lt;";
-      case '>': return "&gt;";
-      case '&': return "&amp;";
-      case '\t': return "&#9;";
-      case '\n': return "&#10;";
-      case '\r': return "&#13;";
-      case '"': return quote == '"' ? std::string_view("&quot;") : std::string_view();
-      case '\'': return quote == '\'' ? std::string_view("&apos;") : std::string_view();
-      default: return {};
+      case '<':
+        return "&lt;";
+      case '>':
+        return "&gt;";
+      case '&':
+        return "&amp;";
+      case '\t':
+        return "&#9;";
+      case '\n':
+        return "&#10;";
+      case '\r':
+        return "&#13;";
+      case '"':
+        return quote == '"' ? std::string_view("&quot;") : std::string_view();
+      case '\'':
+        return quote == '\'' ? std::string_view("&apos;") : std::string_view();
+      default:
+        return {};
     }
   });
 }
@@ -125,7 +139,8 @@ bool ReadValue(std::string_view raw, std::string* value) {
     const char c = raw[at];
     if (c == '&') {
       const std::size_t end = raw.find(';', at);
-      if (end == std::string_view::npos || !AppendReference(raw.substr(at + 1, end - at - 1), value)) return false;
+      if (end == std::string_view::npos || !AppendReference(raw.substr(at + 1, end - at - 1), value))
+        return false;
       at = end;
     } else if (c == '\r' && at + 1 < raw.size() && raw[at + 1] == '\n') {
       continue;
