@@ -6,6 +6,7 @@
 #include "cli/exit_status.h"
 #include "cli/expression_error.h"
 #include "cli/session.h"
+#include "schemes/scheme_listing.h"
 #include "schemes/scheme_loading.h"
 
 namespace qelm::cli {
@@ -82,6 +83,7 @@ schemes::Scheme& ActivateScheme(Session& session, std::string_view full_name, sc
   if (!LoadByName(session, full_name, kind, &scheme)) throw NoSuchScheme(session, full_name, {kind});
   const std::string owner = "the " + std::string(KindName(kind)) + " scheme " + std::string(full_name);
   for (const std::string& expression : scheme.expressions) ParseOrFail(session, expression, owner);
+  schemes::PrintAfterLoading(session.plugin().host.user, session.plugin().settings, scheme);
   return scheme;
 }
 

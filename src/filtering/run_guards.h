@@ -47,12 +47,15 @@ class StatusShown {
 class UnlockedInsets {
  public:
   UnlockedInsets(host::Tables& tables, host::Id document) : tables_(tables), document_(document) {}
-  ~UnlockedInsets() { Relock(); }
+  ~UnlockedInsets() {
+    Relock();
+    Relock();
+  }
   UnlockedInsets(const UnlockedInsets&) = delete;
   UnlockedInsets& operator=(const UnlockedInsets&) = delete;
 
   void Unlock();
-  // Locks them again. Those that the host refused are tried once more at the end.
+  // Locks them again. Those that the host refused are kept for the next try; the end tries twice.
   void Relock();
   bool Any() const { return !unlocked_.empty(); }
 

@@ -58,8 +58,8 @@ const std::string* Messenger::Find(std::string_view id) {
 const std::string& Messenger::Get(std::string_view id) {
   if (const std::string* text = Find(id)) {
     slot_ = *text;
-    // gettext's tools take no text that ends with a line end when its id does not, so the blank line between the
-    // header and what follows is put in here.
+    // gettext's tools take no text that ends with a line end when its id does not, so the blank line between
+    // the header and what follows is put in here.
     if (id == kHeaderId && !slot_.ends_with('\n')) slot_ += kHeaderEnd;
   } else {
     slot_ = std::string(kMissingText).append(id);

@@ -384,6 +384,9 @@ TEST(DocumentFilter, TextInsetsAreFilteredOrLeftLocked) {
   EXPECT_EQ(session.Source(), "Doc(P('a'~Hidden) P('in'~Hidden) P('b'))");
   host::Tables& tables = session.inner().tables;
   EXPECT_TRUE(tables.InsetLocked(session.document, tables.FirstInset(session.document)));
+  EXPECT_EQ(session.Restore(), kDone);
+  EXPECT_EQ(session.Source(), "Doc(P('a') P('in') P('b'))");
+  EXPECT_TRUE(tables.InsetLocked(session.document, tables.FirstInset(session.document)));
 
   FilterSession locked({outline});
   FilterRun run = InMode(kSource);
