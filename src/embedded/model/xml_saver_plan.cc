@@ -63,7 +63,7 @@ std::vector<bool> Prolog::Used(bool in_source) const {
   const auto& before = document_.source_conditions;
   for (std::size_t i = 0; i < document_.items.size(); ++i) {
     const Item& item = document_.items[i];
-    const bool counts = !item.Is(kDeleted) && item.kind != ItemKind::kConditional;
+    const bool counts = !item.Is(kDeleted) && (IsContent(item.kind) || item.kind == ItemKind::kElementBegin);
     if (counts) sets[in_source && !before.empty() ? before[i] : item.conditions] = true;
   }
   for (const Part& part : document_.parts) {
@@ -112,9 +112,11 @@ std::vector<XmlEdit> Prolog::Run() {
   const std::vector<bool> used = Used(false);
   const std::vector<bool> was_used = Used(true);
   bool has_hidden = false;
+  bool had_hidden = false;
   for (Id id = 1; id < document_.conditions.size(); ++id) {
     const bool is_hidden = State(document_.conditions[id], used[id], was_used[id]);
     has_hidden = has_hidden || is_hidden;
+    had_hidden = had_hidden || !document_.conditions[id].source_shown;
   }
   const Span said = document_.show_all_statement;
   const bool says_yes = !said.Empty() && document_.source_show_all;
@@ -124,7 +126,7 @@ std::vector<XmlEdit> Prolog::Run() {
     } else {
       Change(said, std::string(kShowAllMark));
     }
-  } else if (!document_.show_all && says_yes) {
+  } else if (says_yes && (!document_.show_all || (had_hidden && !has_hidden))) {
     Change(said, "");
   }
   if (!added_.empty()) edits_.push_back({place, place, added_});
