@@ -47,8 +47,9 @@ std::string Flow(const std::string& paras) {
   return "<TextFlow \n <TFTag `A'>\n <TFAutoConnect Yes>\n <Notes \n > # end of Notes\n" + paras +
          "> # end of TextFlow\n";
 }
-const char* const kHead = "<MIFFile 7.00> # test\n<ConditionCatalog \n <Condition \n  <CTag `Old'>\n"
-                          "  <CState CHidden>\n > # end of Condition\n> # end of ConditionCatalog\n";
+const char* const kHead =
+    "<MIFFile 7.00> # test\n<ConditionCatalog \n <Condition \n  <CTag `Old'>\n"
+    "  <CState CHidden>\n > # end of Condition\n> # end of ConditionCatalog\n";
 const char* const kBody = "  <PgfTag `Body'>\n";
 
 std::string Replaced(std::string text, const std::string& from, const std::string& to) {
@@ -58,9 +59,8 @@ std::string Replaced(std::string text, const std::string& from, const std::strin
 }
 
 TEST(MifEdit, HidingWritesTheStateAndRestoringTakesItBack) {
-  const std::string file =
-      kHead + Flow(Para(kBody, Begin("Doc") + Begin("P") + Text("one") + End("P")) +
-                   Para(kBody, Begin("Q") + Text("two") + End("Q") + End("Doc")));
+  const std::string file = kHead + Flow(Para(kBody, Begin("Doc") + Begin("P") + Text("one") + End("P")) +
+                                        Para(kBody, Begin("Q") + Text("two") + End("Q") + End("Doc")));
   auto document = Open(file);
   Hide(document.get(), Find(*document, "P"));
   const std::string hidden = SaveMif(*document);
@@ -112,7 +112,8 @@ TEST(MifEdit, OneLineFilesAreEditedWithinTheLine) {
 
 TEST(MifEdit, AnEmptiedParagraphGoesAndItsBoundariesMove) {
   const std::string second = Para(kBody, Begin("P") + Text("two") + End("P") + End("Doc"));
-  const std::string file = kHead + Flow(Para(kBody, Begin("Doc") + Begin("T") + Text("one") + End("T")) + second);
+  const std::string file =
+      kHead + Flow(Para(kBody, Begin("Doc") + Begin("T") + Text("one") + End("T")) + second);
   auto document = Open(file);
   ASSERT_TRUE(DeleteElement(document.get(), Find(*document, "P")));
   std::string expected = Replaced(file, second, "");
@@ -123,13 +124,14 @@ TEST(MifEdit, AnEmptiedParagraphGoesAndItsBoundariesMove) {
 TEST(MifEdit, TheFirstParagraphHandsOnItsBeginAndItsTextFrame) {
   const std::string first =
       Para(kBody, "   <TextRectID 9>\n" + Begin("Doc") + Begin("T") + Text("one") + End("T"));
-  const std::string file = kHead + Flow(first + Para(kBody, Begin("P") + Text("two") + End("P") + End("Doc")));
+  const std::string file =
+      kHead + Flow(first + Para(kBody, Begin("P") + Text("two") + End("P") + End("Doc")));
   auto document = Open(file);
   ASSERT_TRUE(DeleteElement(document.get(), Find(*document, "T")));
   std::string expected = Replaced(file, first, "");
-  expected = Replaced(expected, "  <ParaLine \n" + Begin("P"),
-                      "  <ParaLine \n   <TextRectID 9>\n  > # end of ParaLine\n  <ParaLine \n" + Begin("Doc") +
-                          Begin("P"));
+  expected = Replaced(
+      expected, "  <ParaLine \n" + Begin("P"),
+      "  <ParaLine \n   <TextRectID 9>\n  > # end of ParaLine\n  <ParaLine \n" + Begin("Doc") + Begin("P"));
   EXPECT_EQ(SaveMif(*document), expected);
 }
 
@@ -171,21 +173,23 @@ TEST(MifEdit, ADeletedMarkJoinsTheTwoParagraphs) {
 
 // A flow with text in a hidden flow: in the middle of a paragraph, or with paragraph marks of its own.
 std::string WithHidden(const std::string& hidden_paras) {
-  return kHead + Flow(Para(kBody, Begin("Doc") + Text("head ") +
-                                      "   <Marker \n    <MTypeName `Conditional Text'>\n    <MText `+77'>\n   > # "
-                                      "end of Marker\n" +
-                                      Text("tail") + End("Doc"))) +
+  return kHead +
+         Flow(Para(kBody, Begin("Doc") + Text("head ") +
+                              "   <Marker \n    <MTypeName `Conditional Text'>\n    <MText `+77'>\n   > # "
+                              "end of Marker\n" +
+                              Text("tail") + End("Doc"))) +
          "<TextFlow \n <TFTag `HIDDEN'>\n <Notes \n > # end of Notes\n" + hidden_paras +
          Para(kBody, "   <Unconditional >\n") + "> # end of TextFlow\n";
 }
 std::string Mark(const std::string& text) {
-  return "   <Marker \n    <MTypeName `Conditional Text'>\n    <MText `" + text + "'>\n   > # end of Marker\n";
+  return "   <Marker \n    <MTypeName `Conditional Text'>\n    <MText `" + text +
+         "'>\n   > # end of Marker\n";
 }
 const std::string kOld = "   <Conditional \n    <InCondition `Old'>\n   > # end of Conditional\n";
 
 TEST(MifEdit, HiddenTextIsReadInItsPlaceAndStaysWhereItIs) {
-  const std::string file =
-      WithHidden(Para("  <PgfTag `Body'>\n  <PgfEndCond Yes>\n", kOld + Mark("-77") + Text("secret ") + Mark("=77")));
+  const std::string file = WithHidden(
+      Para("  <PgfTag `Body'>\n  <PgfEndCond Yes>\n", kOld + Mark("-77") + Text("secret ") + Mark("=77")));
   auto document = Open(file);
   EXPECT_EQ(AllText(*document), "head secret tail");
   document->modified = true;
@@ -223,9 +227,9 @@ TEST(MifEdit, HiddenTextThatLosesItsConditionComesBackInline) {
 
 TEST(MifEdit, TheBlockAfterAMovedOneKeepsItsCondition) {
   // The second block has no Conditional of its own: it goes on with the first one's.
-  std::string file =
-      WithHidden(Para("  <PgfTag `Body'>\n  <PgfEndCond Yes>\n", kOld + Mark("-77") + Text("a ") + Mark("=77")) +
-                 Para("  <PgfTag `Body'>\n  <PgfEndCond Yes>\n", Mark("-78") + Text("b ") + Mark("=78")));
+  std::string file = WithHidden(
+      Para("  <PgfTag `Body'>\n  <PgfEndCond Yes>\n", kOld + Mark("-77") + Text("a ") + Mark("=77")) +
+      Para("  <PgfTag `Body'>\n  <PgfEndCond Yes>\n", Mark("-78") + Text("b ") + Mark("=78")));
   file = Replaced(file, Text("tail"), Text("tail ") + Mark("+78"));
   auto document = Open(file);
   const HiddenBlock block = document->blocks[1];
@@ -237,8 +241,8 @@ TEST(MifEdit, TheBlockAfterAMovedOneKeepsItsCondition) {
 }
 
 TEST(MifEdit, DeletedHiddenTextLeavesBothFlows) {
-  const std::string file =
-      WithHidden(Para("  <PgfTag `Body'>\n  <PgfEndCond Yes>\n", kOld + Mark("-77") + Text("secret ") + Mark("=77")));
+  const std::string file = WithHidden(
+      Para("  <PgfTag `Body'>\n  <PgfEndCond Yes>\n", kOld + Mark("-77") + Text("secret ") + Mark("=77")));
   auto document = Open(file);
   const HiddenBlock block = document->blocks[1];
   DeleteRange(document.get(), block.place, block.end_item);
@@ -251,8 +255,8 @@ TEST(MifEdit, ColorIsWrittenWhereItBeginsAndTakenBackWhereItEnds) {
   const std::string emphasis = "   <Font \n    <FTag `Em'>\n    <FLocked No>\n   > # end of Font\n";
   const std::string plain = "   <Font \n    <FTag `'>\n    <FLocked No>\n   > # end of Font\n";
   const std::string file =
-      kHead + Flow(Para(kBody, Begin("Doc") + Begin("P") + Text("a") + emphasis + Text("b") + End("P") + Text("c") +
-                                   plain + Text("d") + End("Doc")));
+      kHead + Flow(Para(kBody, Begin("Doc") + Begin("P") + Text("a") + emphasis + Text("b") + End("P") +
+                                   Text("c") + plain + Text("d") + End("Doc")));
   auto document = Open(file);
   const Element element = document->elements[Find(*document, "P")];
   CharacterProperties red;
@@ -263,29 +267,36 @@ TEST(MifEdit, ColorIsWrittenWhereItBeginsAndTakenBackWhereItEnds) {
   auto again = Open(SaveMif(*document));
   EXPECT_EQ(NormalForm(*again),
             (std::vector<std::string>{"<Doc>", "<P>", "[,<FUnderlining FDouble>,<FColor `Red'>](Body)a",
-                                      "[Em,<FUnderlining FDouble>,<FColor `Red'>](Body)b", "</>", "[Em](Body)c",
-                                      "[](Body)d", "</>"}));
+                                      "[Em,<FUnderlining FDouble>,<FColor `Red'>](Body)b", "</>",
+                                      "[Em](Body)c", "[](Body)d", "</>"}));
 }
 
 TEST(MifEdit, RowsTakeConditionsAndGo) {
   const auto row = [](const std::string& tag, const std::string& text) {
-    return "   <Row \n    <Element \n     <ETag `" + tag + "'>\n    > # end of Element\n    <Cell \n     "
-           "<CellContent \n      <Notes \n      > # end of Notes\n      <Para \n       <PgfTag `Cell'>\n       "
+    return "   <Row \n    <Element \n     <ETag `" + tag +
+           "'>\n    > # end of Element\n    <Cell \n     "
+           "<CellContent \n      <Notes \n      > # end of Notes\n      <Para \n       <PgfTag `Cell'>\n     "
+           "  "
            "<ParaLine \n        <String `" +
-           text + "'>\n       >\n      > # end of Para\n     > # end of CellContent\n    > # end of Cell\n   > # end of Row\n";
+           text +
+           "'>\n       >\n      > # end of Para\n     > # end of CellContent\n    > # end of Cell\n   > # "
+           "end of Row\n";
   };
-  const std::string file =
-      std::string(kHead) +
-      "<Tbls \n <Tbl \n  <TblID 3>\n  <TblNumColumns 1>\n  <Element \n   <ETag `Table'>\n  > # end of Element\n  "
-      "<TblBody \n" +
-      row("R1", "one") + row("R2", "two") + "  > # end of TblBody\n > # end of Tbl\n> # end of Tbls\n" +
-      Flow(Para(kBody, Begin("Doc") + Text("x") + "   <ATbl 3>\n" + End("Doc")));
+  const std::string file = std::string(kHead) +
+                           "<Tbls \n <Tbl \n  <TblID 3>\n  <TblNumColumns 1>\n  <Element \n   <ETag "
+                           "`Table'>\n  > # end of Element\n  "
+                           "<TblBody \n" +
+                           row("R1", "one") + row("R2", "two") +
+                           "  > # end of TblBody\n > # end of Tbl\n> # end of Tbls\n" +
+                           Flow(Para(kBody, Begin("Doc") + Text("x") + "   <ATbl 3>\n" + End("Doc")));
   auto document = Open(file);
   const std::uint32_t first = document->elements[Find(*document, "R1")].part;
   const std::uint32_t second = document->elements[Find(*document, "R2")].part;
-  SetRowConditions(document.get(), first, document->InternConditions({CreateCondition(document.get(), "Hidden")}));
+  SetRowConditions(document.get(), first,
+                   document->InternConditions({CreateCondition(document.get(), "Hidden")}));
   const std::string hidden = SaveMif(*document);
-  EXPECT_NE(hidden.find("   <Row \n    <Conditional \n     <InCondition `Hidden'>\n    > # end of Conditional\n    <Element"),
+  EXPECT_NE(hidden.find("   <Row \n    <Conditional \n     <InCondition `Hidden'>\n    > # end of "
+                        "Conditional\n    <Element"),
             std::string::npos);
   auto again = Open(hidden);
   SetRowConditions(again.get(), first, 0);
@@ -302,7 +313,8 @@ TEST(MifEdit, RowsTakeConditionsAndGo) {
 
 TEST(MifEdit, AttributesAreRewrittenInPlace) {
   const std::string attributes =
-      "    <Attributes \n     <Attribute \n      <AttrName `a'>\n      <AttrValue `1'>\n     > # end of Attribute\n"
+      "    <Attributes \n     <Attribute \n      <AttrName `a'>\n      <AttrValue `1'>\n     > # end of "
+      "Attribute\n"
       "    > # end of Attributes\n";
   const std::string begin = Replaced(Begin("Doc"), "'>\n", "'>\n" + attributes);
   auto document = Open(kHead + Flow(Para(kBody, begin + Text("x") + End("Doc"))));
@@ -338,8 +350,9 @@ TEST(MifRead, WhatFrameMakerWouldStillOpenOpensWithAWarning) {
 }
 
 TEST(MifRead, GeneratedTextIsNoContentAndLooseParagraphsAreAFlow) {
-  const std::string line = "<ElementBegin <ETag `Note'>><String `Note: '><PrefixEnd ><String `real'><Char EmDash>"
-                           "<String `text'><SuffixBegin ><String `.'><ElementEnd `Note'><String ` outside'>";
+  const std::string line =
+      "<ElementBegin <ETag `Note'>><String `Note: '><PrefixEnd ><String `real'><Char EmDash>"
+      "<String `text'><SuffixBegin ><String `.'><ElementEnd `Note'><String ` outside'>";
   auto document = Open("<MIFFile 7.00>\n<Para <ParaLine " + line + ">>\n");
   std::string buffer;
   EXPECT_EQ(ElementText(*document, Find(*document, "Note"), 255, &buffer), "real—text");

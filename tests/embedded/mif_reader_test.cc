@@ -51,7 +51,8 @@ TEST(MifReader, DamageIsNamedWithItsPlace) {
     const char* bytes;
     const char* says;
   } kCases[] = {
-      {"<A 1>\n<B\n <C 2>\n", "line 4, offset 16: expected '>' before the end of the file; <B> began in line 2"},
+      {"<A 1>\n<B\n <C 2>\n",
+       "line 4, offset 16: expected '>' before the end of the file; <B> began in line 2"},
       {"<A `no end>", "expected an apostrophe that ends the string"},
       {"<A 1>>\n", "line 1, offset 5: expected the end of the file or '<'"},
       {"<A <B 1> stray>", "line 1, offset 9: expected a statement that begins with '<'"},
@@ -82,12 +83,12 @@ TEST(MifStrings, EscapesAndCharacterSets) {
   } kCases[] = {
       {"plain", "plain"},
       {"a\\>b\\q\\Q\\\\\\t", "a>b'`\\\t"},
-      {"\\xa6  Font", "¶ Font"},     // one blank belongs to the escape, the other does not
-      {"\\\\xd3", "\\xd3"},          // an escaped backslash, then plain text
-      {"\\xd2 x\\xd3", "“x”"},       // the blank after the digits may be missing
+      {"\\xa6  Font", "¶ Font"},  // one blank belongs to the escape, the other does not
+      {"\\\\xd3", "\\xd3"},       // an escaped backslash, then plain text
+      {"\\xd2 x\\xd3", "“x”"},    // the blank after the digits may be missing
       {"\\x11 \\x06 \\x04 ", "\u00A0\u00AD"},
       {"\\u20AC", "€"},
-      {"\\z\\", "\\z\\"},            // not known: kept as it stands
+      {"\\z\\", "\\z\\"},  // not known: kept as it stands
       {"line\\nbreak", "line\nbreak"},
   };
   for (const auto& test : kCases) {

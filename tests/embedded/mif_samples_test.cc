@@ -138,7 +138,8 @@ TEST(MifSamples, HidingAndShowingAgainLeavesTheConditionOnly) {
       ASSERT_NE(definition, std::string::npos);
       EXPECT_LE(restored.size() - bytes.size(), 180U);
       EXPECT_TRUE(AllText(*BuildMif(restored, &error)) == text);
-      EXPECT_EQ(restored.substr(restored.size() - bytes.size() / 2), bytes.substr(bytes.size() - bytes.size() / 2));
+      EXPECT_EQ(restored.substr(restored.size() - bytes.size() / 2),
+                bytes.substr(bytes.size() - bytes.size() / 2));
     }
   });
 }

@@ -53,8 +53,12 @@ std::vector<std::string> NormalForm(const Document& document) {
     if (item.Is(kDeleted)) continue;
     std::string line;
     switch (item.kind) {
-      case ItemKind::kElementBegin: line = ElementLine(document, item.ref); break;
-      case ItemKind::kElementEnd: line = "</>"; break;
+      case ItemKind::kElementBegin:
+        line = ElementLine(document, item.ref);
+        break;
+      case ItemKind::kElementEnd:
+        line = "</>";
+        break;
       case ItemKind::kPartBegin: {
         const Part& part = document.parts[item.ref];
         line = part.element != 0 ? ElementLine(document, part.element) : "<part>";
@@ -63,12 +67,24 @@ std::vector<std::string> NormalForm(const Document& document) {
         }
         break;
       }
-      case ItemKind::kPartEnd: line = "</part>"; break;
-      case ItemKind::kMarker: line = StateOf(document, i) + "marker " + Substatement(document, item, "MText"); break;
-      case ItemKind::kReferenceBegin: line = StateOf(document, i) + "reference"; break;
-      case ItemKind::kFrameAnchor: line = StateOf(document, i) + "frame"; break;
-      case ItemKind::kTableAnchor: line = StateOf(document, i) + "table"; break;
-      case ItemKind::kNoteAnchor: line = StateOf(document, i) + "note"; break;
+      case ItemKind::kPartEnd:
+        line = "</part>";
+        break;
+      case ItemKind::kMarker:
+        line = StateOf(document, i) + "marker " + Substatement(document, item, "MText");
+        break;
+      case ItemKind::kReferenceBegin:
+        line = StateOf(document, i) + "reference";
+        break;
+      case ItemKind::kFrameAnchor:
+        line = StateOf(document, i) + "frame";
+        break;
+      case ItemKind::kTableAnchor:
+        line = StateOf(document, i) + "table";
+        break;
+      case ItemKind::kNoteAnchor:
+        line = StateOf(document, i) + "note";
+        break;
       case ItemKind::kString:
       case ItemKind::kCharacter:
       case ItemKind::kVariable: {
@@ -78,7 +94,8 @@ std::vector<std::string> NormalForm(const Document& document) {
         AppendItemText(document, item, &run);
         continue;
       }
-      default: continue;
+      default:
+        continue;
     }
     finish();
     lines.push_back(line);
@@ -87,14 +104,15 @@ std::vector<std::string> NormalForm(const Document& document) {
   return lines;
 }
 
-std::string FirstDifference(const std::vector<std::string>& actual, const std::vector<std::string>& expected) {
+std::string FirstDifference(const std::vector<std::string>& actual,
+                            const std::vector<std::string>& expected) {
   const std::size_t most = std::max(actual.size(), expected.size());
   for (std::size_t i = 0; i < most; ++i) {
     const std::string a = i < actual.size() ? actual[i] : "(end)";
     const std::string b = i < expected.size() ? expected[i] : "(end)";
     if (a == b) continue;
-    return "line " + std::to_string(i) + " after " + (i > 0 ? expected[i - 1] : "(start)") + "\n  actual:   " + a +
-           "\n  expected: " + b;
+    return "line " + std::to_string(i) + " after " + (i > 0 ? expected[i - 1] : "(start)") +
+           "\n  actual:   " + a + "\n  expected: " + b;
   }
   return {};
 }

@@ -1,6 +1,6 @@
-// A document as lines that say what a reader and the plug-in can tell of it: elements with attributes, text with the
-// paragraph's tag, the conditions and the character state. Two documents with the same lines mean the same, whatever
-// their bytes.
+// A document as lines that say what a reader and the plug-in can tell of it: elements with attributes, text
+// with the paragraph's tag, the conditions and the character state. Two documents with the same lines mean
+// the same, whatever their bytes.
 #pragma once
 
 #include <string>

@@ -25,8 +25,8 @@ bool StartsAt(std::string_view bytes, std::size_t at, std::string_view word) {
 
 }  // namespace
 
-// Where a statement that only stands at the top level was seen inside a group, a bracket went missing before it,
-// and that is the place to name, wherever reading then came to grief.
+// Where a statement that only stands at the top level was seen inside a group, a bracket went missing before
+// it, and that is the place to name, wherever reading then came to grief.
 bool Reader::Fail(const char* message, std::uint32_t offset) {
   error_.message = message;
   error_.offset = offset;
@@ -259,7 +259,8 @@ namespace {
 
 // What was opened, for a message: a statement by its name, or a string or directive as such.
 std::string OpenedName(std::string_view bytes, std::uint32_t at) {
-  if (at >= bytes.size() || bytes[at] != '<') return at < bytes.size() && bytes[at] == '`' ? "the string" : "it";
+  if (at >= bytes.size() || bytes[at] != '<')
+    return at < bytes.size() && bytes[at] == '`' ? "the string" : "it";
   std::string name = "<";
   for (std::size_t i = at + 1; i < bytes.size() && !kNameEnds[static_cast<unsigned char>(bytes[i])]; ++i) {
     name.push_back(bytes[i]);
@@ -271,8 +272,8 @@ std::string OpenedName(std::string_view bytes, std::uint32_t at) {
 
 std::string Describe(std::string_view bytes, const ReadError& error) {
   const Place place = PlaceOf(bytes, error.offset);
-  std::string text = "line " + std::to_string(place.line) + ", offset " + std::to_string(error.offset) + ": " +
-                     error.message;
+  std::string text = "line " + std::to_string(place.line) + ", offset " + std::to_string(error.offset) +
+                     ": " + error.message;
   if (error.seen != Token::kUnknown) text += " (<" + std::string(TokenName(error.seen)) + ">)";
   if (error.opened != Token::kUnknown || error.opened_at != 0) {
     text += "; ";

@@ -1,11 +1,11 @@
 // Reads MIF as a stream of statements with their source ranges.
 //
-// A statement is `<Token data>`. One whose first content is another statement is a group: it comes as kGroup, its
-// content follows, and kGroupEnd closes it. All others, empty ones included, come as kLeaf in one piece. Between
-// statements the reader passes over white space, comments (`#` to the end of the line), image data (lines of an
-// ImportObject that begin with `=` or `&` in column 1) and the directives `define` and `include`. Strings may hold
-// brackets, `#` and line ends; a quotation mark inside one is always written as an escape (MIF reference,
-// "MIF syntax").
+// A statement is `<Token data>`. One whose first content is another statement is a group: it comes as kGroup,
+// its content follows, and kGroupEnd closes it. All others, empty ones included, come as kLeaf in one piece.
+// Between statements the reader passes over white space, comments (`#` to the end of the line), image data
+// (lines of an ImportObject that begin with `=` or `&` in column 1) and the directives `define` and
+// `include`. Strings may hold brackets, `#` and line ends; a quotation mark inside one is always written as
+// an escape (MIF reference, "MIF syntax").
 //
 //   Reader reader(bytes);
 //   while (reader.Next()) {
@@ -31,9 +31,9 @@ enum class Piece : std::uint8_t { kLeaf, kGroup, kGroupEnd };
 struct ReadError {
   const char* message = nullptr;  // what was expected
   std::uint32_t offset = 0;
-  std::uint32_t opened_at = 0;    // the offset at which what is unfinished began
+  std::uint32_t opened_at = 0;  // the offset at which what is unfinished began
   Token opened = Token::kUnknown;
-  Token seen = Token::kUnknown;   // the statement that showed it
+  Token seen = Token::kUnknown;  // the statement that showed it
 };
 
 class Reader {
@@ -43,8 +43,8 @@ class Reader {
   // Goes to the next piece. False at the end of the bytes and at damage; error() tells which.
   bool Next();
 
-  // Just after a kGroup: goes to behind its end, without a piece for what is in it. After other pieces nothing
-  // happens. False at damage.
+  // Just after a kGroup: goes to behind its end, without a piece for what is in it. After other pieces
+  // nothing happens. False at damage.
   bool Skip();
 
   // Just after a kGroup: a mark by which the reader can come back to here once the group was read to its end.

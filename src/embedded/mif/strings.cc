@@ -24,15 +24,15 @@ constexpr std::array<char16_t, 128> kFrameRoman = {
 struct Control {
   std::string_view name;  // of `<Char NAME>`; empty: only a code
   std::uint8_t code;
-  char16_t character;     // 0: nothing is shown
+  char16_t character;  // 0: nothing is shown
 };
 constexpr Control kControls[] = {
-    {"Tab", 0x08, 0x0009},         {"HardReturn", 0x09, 0x000A},  {"DiscHyphen", 0x04, 0x00AD},
-    {"NoHyphen", 0x05, 0x200D},    {"SoftHyphen", 0x06, 0},       {"HardSpace", 0x11, 0x00A0},
-    {"ThinSpace", 0x12, 0x2009},   {"EnSpace", 0x13, 0x2002},     {"EmSpace", 0x14, 0x2003},
-    {"HardHyphen", 0x15, 0x2011},  {"NumberSpace", 0x10, 0x2007}, {"EnDash", 0xD0, 0x2013},
-    {"EmDash", 0xD1, 0x2014},      {"Cent", 0xA2, 0x00A2},        {"Pound", 0xA3, 0x00A3},
-    {"Yen", 0xB4, 0x00A5},         {"Dagger", 0xA0, 0x2020},      {"DoubleDagger", 0xE0, 0x2021},
+    {"Tab", 0x08, 0x0009},        {"HardReturn", 0x09, 0x000A},  {"DiscHyphen", 0x04, 0x00AD},
+    {"NoHyphen", 0x05, 0x200D},   {"SoftHyphen", 0x06, 0},       {"HardSpace", 0x11, 0x00A0},
+    {"ThinSpace", 0x12, 0x2009},  {"EnSpace", 0x13, 0x2002},     {"EmSpace", 0x14, 0x2003},
+    {"HardHyphen", 0x15, 0x2011}, {"NumberSpace", 0x10, 0x2007}, {"EnDash", 0xD0, 0x2013},
+    {"EmDash", 0xD1, 0x2014},     {"Cent", 0xA2, 0x00A2},        {"Pound", 0xA3, 0x00A3},
+    {"Yen", 0xB4, 0x00A5},        {"Dagger", 0xA0, 0x2020},      {"DoubleDagger", 0xE0, 0x2021},
     {"Bullet", 0xA5, 0x2022},
 };
 
@@ -76,12 +76,24 @@ std::size_t AppendEscape(std::string_view inside, std::size_t at, std::string* t
   }
   unsigned code = 0;
   switch (inside[at + 1]) {
-    case 't': text->push_back('\t'); return 2;
-    case '>': text->push_back('>'); return 2;
-    case 'q': text->push_back('\''); return 2;
-    case 'Q': text->push_back('`'); return 2;
-    case '\\': text->push_back('\\'); return 2;
-    case 'n': text->push_back('\n'); return 2;
+    case 't':
+      text->push_back('\t');
+      return 2;
+    case '>':
+      text->push_back('>');
+      return 2;
+    case 'q':
+      text->push_back('\'');
+      return 2;
+    case 'Q':
+      text->push_back('`');
+      return 2;
+    case '\\':
+      text->push_back('\\');
+      return 2;
+    case 'n':
+      text->push_back('\n');
+      return 2;
     case 'x':
       if (at + 3 < inside.size() && ReadHex(inside.substr(at + 2, 2), &code)) {
         const char32_t c = FromCode(code);
@@ -95,7 +107,8 @@ std::size_t AppendEscape(std::string_view inside, std::size_t at, std::string* t
         return 6;
       }
       break;
-    default: break;
+    default:
+      break;
   }
   text->append(inside.substr(at, 2));
   return 2;
@@ -121,7 +134,8 @@ void AppendHex(char prefix, unsigned value, int digits, std::string* result) {
   constexpr char kDigits[] = "0123456789abcdef";
   result->push_back('\\');
   result->push_back(prefix);
-  for (int shift = (digits - 1) * 4; shift >= 0; shift -= 4) result->push_back(kDigits[(value >> shift) & 0xF]);
+  for (int shift = (digits - 1) * 4; shift >= 0; shift -= 4)
+    result->push_back(kDigits[(value >> shift) & 0xF]);
 }
 
 // A character outside ASCII in a file of Frame Roman.
@@ -145,7 +159,9 @@ void AppendRoman(char32_t c, std::string* result) {
 
 }  // namespace
 
-bool IsString(std::string_view data) { return data.size() >= 2 && data.front() == '`' && data.back() == '\''; }
+bool IsString(std::string_view data) {
+  return data.size() >= 2 && data.front() == '`' && data.back() == '\'';
+}
 
 std::string_view Inside(std::string_view data) {
   return IsString(data) ? data.substr(1, data.size() - 2) : std::string_view();
@@ -177,12 +193,24 @@ std::string Encode(std::string_view text, Encoding encoding) {
   for (std::size_t at = 0; at < text.size();) {
     const char32_t c = NextCharacter(text, &at);
     switch (c) {
-      case '\t': result += "\\t"; break;
-      case '>': result += "\\>"; break;
-      case '\'': result += "\\q"; break;
-      case '`': result += "\\Q"; break;
-      case '\\': result += "\\\\"; break;
-      case '\n': result += "\\n"; break;
+      case '\t':
+        result += "\\t";
+        break;
+      case '>':
+        result += "\\>";
+        break;
+      case '\'':
+        result += "\\q";
+        break;
+      case '`':
+        result += "\\Q";
+        break;
+      case '\\':
+        result += "\\\\";
+        break;
+      case '\n':
+        result += "\\n";
+        break;
       default:
         if (c < 0x80) {
           result.push_back(static_cast<char>(c));

@@ -1,9 +1,10 @@
 // MIF strings and characters, to and from UTF-8.
 //
-// A string stands between a backtick and an apostrophe, with escapes inside (MIF reference, "Strings"). Files of a
-// level below 8 are ASCII, and `\xHH ` is a character of the Frame Roman set; from level 8 on files are UTF-8 and
-// `\xHH ` is left for control codes. `\xHH ` always ends in one blank, which belongs to it. An escape that is not
-// known is kept as its two characters.
+// A string stands between a backtick and an apostrophe, with escapes inside (MIF reference, "Strings"). Files
+// of a level below 8 are ASCII, and `\xHH ` is a character of the Frame Roman set; from level 8 on files are
+// UTF-8 and
+// `\xHH ` is left for control codes. `\xHH ` always ends in one blank, which belongs to it. An escape that is
+// not known is kept as its two characters.
 #pragma once
 
 #include <cstdint>
@@ -32,7 +33,8 @@ std::string DecodeString(std::string_view data, Encoding encoding);
 // UTF-8 as the inside of a string. A character that Frame Roman lacks is written as `\uHHHH`.
 std::string Encode(std::string_view text, Encoding encoding);
 
-// The character of `<Char NAME>` as UTF-8; empty for SoftHyphen, which is a line's own, and for unknown names.
+// The character of `<Char NAME>` as UTF-8; empty for SoftHyphen, which is a line's own, and for unknown
+// names.
 std::string_view CharNamed(std::string_view name);
 
 }  // namespace qelm::embedded::mif

@@ -5,10 +5,9 @@
 namespace qelm::embedded::mif {
 namespace {
 
-constexpr std::string_view kNames[] = {
-    "",
+constexpr std::string_view kNames[] = {"",
 #define QELM_MIF_TOKEN(name) #name,
-    QELM_MIF_TOKENS(QELM_MIF_TOKEN)
+                                       QELM_MIF_TOKENS(QELM_MIF_TOKEN)
 #undef QELM_MIF_TOKEN
 };
 constexpr std::size_t kCount = std::size(kNames);

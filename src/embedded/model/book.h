@@ -9,16 +9,16 @@
 namespace qelm::embedded::model {
 
 struct Component {
-  std::string file;          // FileName decoded: a device-independent path
-  std::string path;          // the same as a path of the platform, relative or absolute
+  std::string file;  // FileName decoded: a device-independent path
+  std::string path;  // the same as a path of the platform, relative or absolute
   bool generated = false;
   bool excluded = false;
   std::string entry_text;
   Span span;
 };
 
-// The book's own elements are those of `tree`, a document without text whose one flow holds them; `component` of
-// an element is in element_components, kNoIndex where it has none.
+// The book's own elements are those of `tree`, a document without text whose one flow holds them; `component`
+// of an element is in element_components, kNoIndex where it has none.
 class Book {
  public:
   Document tree;

@@ -1,9 +1,10 @@
-// A document: the bytes that it was read from, and on top of them what the plug-in's logic needs: catalogs, flows,
-// the element tree with attributes, and the text with its character properties and conditions.
+// A document: the bytes that it was read from, and on top of them what the plug-in's logic needs: catalogs,
+// flows, the element tree with attributes, and the text with its character properties and conditions.
 //
-// The bytes stay as they were read for as long as the document is open. An edit changes the model and marks what
-// it changed; saving copies the bytes and replaces only the statements that the marks call for. Nothing here knows
-// who edits, and nothing is looked up by searching: what is named by text is found through an index.
+// The bytes stay as they were read for as long as the document is open. An edit changes the model and marks
+// what it changed; saving copies the bytes and replaces only the statements that the marks call for. Nothing
+// here knows who edits, and nothing is looked up by searching: what is named by text is found through an
+// index.
 #pragma once
 
 #include <cstdint>
@@ -20,8 +21,8 @@
 namespace qelm::embedded::model {
 
 struct Attribute {
-  std::uint32_t name = 0;          // index into Document::names
-  std::uint32_t first_value = 0;   // index into Document::values
+  std::uint32_t name = 0;         // index into Document::names
+  std::uint32_t first_value = 0;  // index into Document::values
   std::uint32_t value_count = 0;
 };
 
@@ -31,22 +32,22 @@ struct Element {
   Id last_child = 0;
   Id previous = 0;
   Id next = 0;
-  Id definition = 0;               // 0: a text node
-  std::uint32_t first_item = 0;    // the element is items [first_item, end_item)
+  Id definition = 0;             // 0: a text node
+  std::uint32_t first_item = 0;  // the element is items [first_item, end_item)
   std::uint32_t end_item = 0;
   std::uint32_t first_attribute = 0;
   std::uint16_t attribute_count = 0;
   ElementKind kind = ElementKind::kContainer;
   bool deleted = false;
   bool attributes_changed = false;
-  bool is_virtual = false;         // made by the reader: the root of a flow that has no single one
-  std::uint32_t source = 0;        // where its statement begins in the source
-  std::uint32_t part = 0;          // of a table, a part of one, or a footnote: its Part
+  bool is_virtual = false;   // made by the reader: the root of a flow that has no single one
+  std::uint32_t source = 0;  // where its statement begins in the source
+  std::uint32_t part = 0;    // of a table, a part of one, or a footnote: its Part
 };
 
 struct AttributeDefinition {
   std::uint32_t name = 0;
-  std::uint8_t type = 0;           // as in host::AttributeType
+  std::uint8_t type = 0;  // as in host::AttributeType
   bool required = false;
   bool read_only = false;
   bool hidden = false;
@@ -57,7 +58,7 @@ struct AttributeDefinition {
 struct Definition {
   std::string_view name;
   ElementKind kind = ElementKind::kContainer;
-  bool declared = false;           // in the catalog, not only used
+  bool declared = false;  // in the catalog, not only used
   std::string_view content_rule;
   std::vector<AttributeDefinition> attributes;
 };
@@ -68,19 +69,19 @@ struct Flow {
   Id root = 0;
   std::uint32_t first_item = 0;
   std::uint32_t end_item = 0;
-  std::uint32_t text_frame = 0;    // the first text frame it runs through
-  std::int32_t page = 0;           // index of that frame's page in file order, for finding the main flow
+  std::uint32_t text_frame = 0;  // the first text frame it runs through
+  std::int32_t page = 0;         // index of that frame's page in file order, for finding the main flow
   bool auto_connect = false;
-  Span span;                       // the whole statement
+  Span span;  // the whole statement
 };
 
 struct Condition {
   std::string_view name;
   bool shown = true;
   bool source_shown = true;
-  bool created = false;            // not in the source
-  bool declared = false;           // in the catalog
-  Span state;                      // the statement CState, or the empty range where it would go
+  bool created = false;   // not in the source
+  bool declared = false;  // in the catalog
+  Span state;             // the statement CState, or the empty range where it would go
 };
 
 struct Color {
@@ -90,7 +91,7 @@ struct Color {
   double yellow = 0;
   double black = 0;
   bool created = false;
-  bool declared = false;           // in the catalog, not only used
+  bool declared = false;  // in the catalog, not only used
 };
 
 // What a format says of the six properties that coloring uses; the bits of `known` are TextPropertyBit.
@@ -119,8 +120,8 @@ struct CharacterProperties {
 struct FontState {
   std::string_view tag;
   struct Override {
-    std::string_view name;         // the statement's name
-    std::string_view text;         // the whole statement
+    std::string_view name;  // the statement's name
+    std::string_view text;  // the whole statement
   };
   std::vector<Override> overrides;
   CharacterProperties properties;  // what the overrides say
@@ -129,39 +130,39 @@ struct FontState {
 // A paragraph state: a catalog format, or the state before it with changes on top.
 struct ParagraphState {
   std::string_view tag;
-  std::uint32_t before = 0;        // the state that the changes stand on; 0 for one that stands on nothing
-  Span tag_statement;              // PgfTag in the paragraph itself
-  Span override_statement;         // Pgf
+  std::uint32_t before = 0;  // the state that the changes stand on; 0 for one that stands on nothing
+  Span tag_statement;        // PgfTag in the paragraph itself
+  Span override_statement;   // Pgf
   CharacterProperties font;
 };
 
 struct Paragraph {
-  std::uint32_t begin = 0;         // the whole statement
+  std::uint32_t begin = 0;  // the whole statement
   std::uint32_t end = 0;
-  std::uint32_t body = 0;          // where its first line begins
-  std::uint32_t last_line_end = 0; // the `>` of its last line
-  std::uint32_t close = 0;         // its own `>`
-  std::uint32_t state = 0;         // index into Document::paragraph_states
-  bool sets_state = false;         // it has a PgfTag or Pgf of its own
-  bool absolute = false;           // it names a catalog format, so that nothing before it matters
-  bool ends_block = false;         // PgfEndCond
-  bool hidden_mark = false;        // PgfCondFullPgf
+  std::uint32_t body = 0;           // where its first line begins
+  std::uint32_t last_line_end = 0;  // the `>` of its last line
+  std::uint32_t close = 0;          // its own `>`
+  std::uint32_t state = 0;          // index into Document::paragraph_states
+  bool sets_state = false;          // it has a PgfTag or Pgf of its own
+  bool absolute = false;            // it names a catalog format, so that nothing before it matters
+  bool ends_block = false;          // PgfEndCond
+  bool hidden_mark = false;         // PgfCondFullPgf
 };
 
 // A part of the document with text of its own in it: a table, what it consists of, or a footnote.
 struct Part {
   ElementKind kind = ElementKind::kTable;
   Id element = 0;
-  std::uint32_t parent = 0;        // part; 0 for tables and footnotes
-  std::uint32_t first_item = 0;    // kPartBegin; kPartEnd is at end_item - 1
+  std::uint32_t parent = 0;      // part; 0 for tables and footnotes
+  std::uint32_t first_item = 0;  // kPartBegin; kPartEnd is at end_item - 1
   std::uint32_t end_item = 0;
-  Span span;                       // the whole statement
-  std::uint32_t number = 0;        // TblID or ID: what the anchor names
-  std::uint32_t anchor = kNoIndex; // the anchor's item, for tables and footnotes
-  std::string_view tag;            // a table's format
-  std::uint16_t conditions = 0;    // a row's own condition set
+  Span span;                        // the whole statement
+  std::uint32_t number = 0;         // TblID or ID: what the anchor names
+  std::uint32_t anchor = kNoIndex;  // the anchor's item, for tables and footnotes
+  std::string_view tag;             // a table's format
+  std::uint16_t conditions = 0;     // a row's own condition set
   std::uint16_t source_conditions = 0;
-  Span condition_statement;        // a row's Conditional
+  Span condition_statement;            // a row's Conditional
   std::uint32_t rows_left = kNoIndex;  // of a heading, body or footing; counted when it is first asked for
   bool deleted = false;
 };
@@ -185,7 +186,7 @@ struct Inset {
 // A block of hidden text: its place in the visible flow, and where it lies in the hidden one.
 struct HiddenBlock {
   std::uint32_t number = 0;
-  std::uint32_t place = kNoIndex;  // item kHiddenPlace
+  std::uint32_t place = kNoIndex;       // item kHiddenPlace
   std::uint32_t first_item = kNoIndex;  // the block's items, its own marks included
   std::uint32_t end_item = kNoIndex;
   std::uint32_t first_stored = 0;  // the same items in Document::hidden_items
@@ -194,33 +195,33 @@ struct HiddenBlock {
 
 struct TextFrame {
   std::uint32_t number = 0;
-  std::int32_t page = -1;          // index into pages; -1: inside an anchored frame
-  std::uint32_t frame = 0;         // the anchored frame that it is in
+  std::int32_t page = -1;   // index into pages; -1: inside an anchored frame
+  std::uint32_t frame = 0;  // the anchored frame that it is in
 };
 
 struct Page {
   FlowKind kind = FlowKind::kBody;
-  std::string_view number;         // PageNum of a body page, else PageTag
-  std::int32_t ordinal = 0;        // 1-based among the body pages
+  std::string_view number;   // PageNum of a body page, else PageTag
+  std::int32_t ordinal = 0;  // 1-based among the body pages
 };
 
 // A problem that did not keep the document from opening.
 struct Warning {
-  std::string text;                // with file's line where it is known
+  std::string text;  // with file's line where it is known
 };
 
 class Document {
  public:
   Format format = Format::kMif;
   std::string path;
-  std::string source;              // the bytes that were read
-  double level = 0;                // MIF's language level; 0 for XML
+  std::string source;  // the bytes that were read
+  double level = 0;    // MIF's language level; 0 for XML
   mif::Encoding encoding = mif::Encoding::kUtf8;
-  bool crlf = false;               // the line end of the file's first line
+  bool crlf = false;  // the line end of the file's first line
   std::vector<Warning> warnings;
 
   std::vector<Item> items;
-  std::vector<Element> elements{1};         // [0] is no element
+  std::vector<Element> elements{1};  // [0] is no element
   std::vector<Attribute> attributes;
   std::vector<std::string_view> values;
   std::vector<Definition> definitions{1};
@@ -230,36 +231,37 @@ class Document {
   std::vector<Color> colors{1};
   std::vector<FontState> fonts{1};
   std::vector<ParagraphState> paragraph_states{1};
-  std::vector<Paragraph> paragraphs{1};     // in file order
+  std::vector<Paragraph> paragraphs{1};  // in file order
   std::vector<Part> parts{1};
   std::vector<AnchoredFrame> frames{1};
   std::vector<Inset> insets{1};
   std::vector<HiddenBlock> blocks{1};
-  std::vector<Item> hidden_items;           // the hidden flow as the file has it
+  std::vector<Item> hidden_items;  // the hidden flow as the file has it
   std::vector<TextFrame> text_frames{1};
   std::unordered_map<std::uint32_t, std::uint32_t> text_frame_index;  // by number
-  std::unordered_multimap<std::uint32_t, Id> frame_flows;  // anchored frame to the flows in it
+  std::unordered_multimap<std::uint32_t, Id> frame_flows;             // anchored frame to the flows in it
   std::vector<Page> pages;
   std::unordered_map<std::string_view, CharacterProperties> character_formats;
   std::unordered_map<std::string_view, CharacterProperties> paragraph_formats;  // their fonts
-  std::unordered_map<std::string_view, std::string_view> variables;  // name to definition, decoded
+  std::unordered_map<std::string_view, std::string_view> variables;             // name to definition, decoded
   Id main_flow = 0;
 
   bool show_all = false;
   bool source_show_all = false;
-  Span show_all_statement;         // the value of DShowAllConditions
-  Span condition_catalog;          // whole statements; empty when the file has none
+  Span show_all_statement;  // the value of DShowAllConditions
+  Span condition_catalog;   // whole statements; empty when the file has none
   Span color_catalog;
   Span document_statement;
-  std::uint32_t content_begin = 0; // the first statement behind the catalogs and the Document statement; 0: none
-  std::uint32_t first_statement_end = 0;    // behind <MIFFile ...> and its line
+  std::uint32_t content_begin =
+      0;  // the first statement behind the catalogs and the Document statement; 0: none
+  std::uint32_t first_statement_end = 0;  // behind <MIFFile ...> and its line
 
   // States that edits changed, as they were in the source; empty while nothing was edited.
   std::vector<std::uint16_t> source_conditions;
   std::vector<std::uint32_t> source_fonts;
   bool modified = false;
 
-  std::vector<std::string_view> names;      // of attributes
+  std::vector<std::string_view> names;  // of attributes
   std::unordered_map<std::string_view, std::uint32_t> name_index;
   std::unordered_map<std::string_view, std::uint16_t> condition_set_index;  // by the bytes of the ids
   std::unordered_map<std::string_view, Id> definition_index;

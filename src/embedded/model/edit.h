@@ -6,8 +6,9 @@
 
 namespace qelm::embedded::model {
 
-// Replaces the conditions of items [begin, end) by one set. A table counts as its anchor; where the range begins
-// with a part of a table, the rows in it take the conditions, and a cell's or title's text takes them itself.
+// Replaces the conditions of items [begin, end) by one set. A table counts as its anchor; where the range
+// begins with a part of a table, the rows in it take the conditions, and a cell's or title's text takes them
+// itself.
 void SetConditions(Document* document, std::uint32_t begin, std::uint32_t end, std::uint16_t set);
 
 // Sets the character properties that `properties.known` names for items [begin, end).
@@ -19,8 +20,8 @@ void SetRowConditions(Document* document, std::uint32_t row_part, std::uint16_t 
 Id CreateCondition(Document* document, std::string_view name);
 void SetConditionShown(Document* document, Id condition, bool shown);
 
-// Deletes an element with everything in it, what is anchored in it included. Rows go by DeleteRow and titles by
-// DeleteTitle; other parts of a table are refused.
+// Deletes an element with everything in it, what is anchored in it included. Rows go by DeleteRow and titles
+// by DeleteTitle; other parts of a table are refused.
 bool DeleteElement(Document* document, Id element);
 bool DeleteRow(Document* document, std::uint32_t row_part);
 bool DeleteTitle(Document* document, std::uint32_t table_part);

@@ -12,7 +12,8 @@ namespace qelm::embedded::model {
 enum class FileKind : std::uint8_t { kMifDocument, kMifBook, kXml, kBinary, kEmpty, kUnknown };
 FileKind Recognize(std::string_view bytes);
 
-// The model of a MIF document or an XML document. Null with `error` (line, offset, what was expected) for damage.
+// The model of a MIF document or an XML document. Null with `error` (line, offset, what was expected) for
+// damage.
 std::unique_ptr<Document> BuildMif(std::string bytes, std::string* error);
 std::unique_ptr<Document> BuildXml(std::string bytes, std::string* error);
 std::unique_ptr<Book> BuildBook(std::string bytes, std::string* error);

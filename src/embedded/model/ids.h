@@ -5,7 +5,8 @@
 
 namespace qelm::embedded::model {
 
-// 0 names nothing. Elements, definitions, flows, conditions, colors, tables and rows are each numbered from 1.
+// 0 names nothing. Elements, definitions, flows, conditions, colors, tables and rows are each numbered
+// from 1.
 using Id = std::uint32_t;
 inline constexpr std::uint32_t kNoIndex = 0xFFFFFFFFU;
 

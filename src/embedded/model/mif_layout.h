@@ -1,8 +1,9 @@
 // How statements lie in the lines of a MIF file: where one is put in, and what goes when one is taken out.
 //
-// FrameMaker writes one statement a line, indented by its depth. What is put in before such a statement takes lines of
-// its own with the same indentation; taking it out removes those lines and nothing else, so that the one undoes the
-// other byte for byte. In files that hold several statements a line, both work within the line.
+// FrameMaker writes one statement a line, indented by its depth. What is put in before such a statement takes
+// lines of its own with the same indentation; taking it out removes those lines and nothing else, so that the
+// one undoes the other byte for byte. In files that hold several statements a line, both work within the
+// line.
 #pragma once
 
 #include <string>
@@ -19,8 +20,8 @@ class MifLayout {
   explicit MifLayout(const Document& document)
       : source_(document.source), line_end_(document.crlf ? "\r\n" : "\n"), encoding_(document.encoding) {}
 
-  // The range that goes when the statement [begin, end) is taken out: its whole lines with the comment behind it,
-  // or in a shared line the statement and one blank behind it.
+  // The range that goes when the statement [begin, end) is taken out: its whole lines with the comment behind
+  // it, or in a shared line the statement and one blank behind it.
   Span Removal(std::uint32_t begin, std::uint32_t end) const;
 
   // Puts `statements` before the statement at `at`. Each is one statement, its lines separated by '\n' and
@@ -33,8 +34,8 @@ class MifLayout {
   // The statements as lines with that many blanks before each.
   std::string Lines(const std::vector<std::string>& statements, std::size_t indentation) const;
 
-  // A statement of the source in the form that the others take: its lines separated by '\n' and indented from 0,
-  // with the comment behind its end.
+  // A statement of the source in the form that the others take: its lines separated by '\n' and indented from
+  // 0, with the comment behind its end.
   std::string Statement(std::uint32_t begin, std::uint32_t end) const;
 
   // How many blanks stand before the statement in its line.
@@ -45,7 +46,7 @@ class MifLayout {
 
  private:
   struct LinePlace {
-    bool own_line;             // nothing but blanks before it
+    bool own_line;  // nothing but blanks before it
     std::uint32_t line_begin;
   };
   LinePlace PlaceOf(std::uint32_t at) const;

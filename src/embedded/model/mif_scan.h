@@ -1,10 +1,10 @@
-// The first of two passes over a MIF document: reads the bytes once, in file order, and gathers catalogs, pages,
-// tables, frames, notes and flows, with the text as raw items in the order of the file.
+// The first of two passes over a MIF document: reads the bytes once, in file order, and gathers catalogs,
+// pages, tables, frames, notes and flows, with the text as raw items in the order of the file.
 //
-// In MIF the file order is not the reading order: tables, footnotes and frames are written before the text that
-// anchors them, and hidden text lies in a flow of its own. The second pass (tree_builder.h) brings the raw items
-// into reading order and builds the element tree. What only file order tells - the running paragraph format and the
-// condition state - is resolved here.
+// In MIF the file order is not the reading order: tables, footnotes and frames are written before the text
+// that anchors them, and hidden text lies in a flow of its own. The second pass (tree_builder.h) brings the
+// raw items into reading order and builds the element tree. What only file order tells - the running
+// paragraph format and the condition state - is resolved here.
 #pragma once
 
 #include <string>
@@ -33,18 +33,18 @@ struct RawRange {
 struct RawFlow {
   Flow flow;
   RawRange items;
-  std::uint32_t top_elements = 0;   // elements that lie in no other
+  std::uint32_t top_elements = 0;  // elements that lie in no other
 };
 
-// What the first pass leaves for the second. In raw items, `ref` of an element or inline object is an index into
-// `elements` (0: it has none), and of an anchor the number that it names.
+// What the first pass leaves for the second. In raw items, `ref` of an element or inline object is an index
+// into `elements` (0: it has none), and of an anchor the number that it names.
 struct Scan {
   std::vector<Item> items;
   std::vector<RawElement> elements{1};
   std::vector<RawFlow> flows;
-  std::vector<RawRange> part_items{1};         // by part
-  std::vector<std::uint32_t> part_elements{1}; // by part: its raw element
-  std::vector<std::uint32_t> frame_elements{1};// by frame
+  std::vector<RawRange> part_items{1};                      // by part
+  std::vector<std::uint32_t> part_elements{1};              // by part: its raw element
+  std::vector<std::uint32_t> frame_elements{1};             // by frame
   std::unordered_map<std::uint32_t, std::uint32_t> tables;  // TblID to part
   std::unordered_map<std::uint32_t, std::uint32_t> notes;   // ID to part
   std::unordered_map<std::uint32_t, std::uint32_t> frames;  // ID to frame
@@ -60,13 +60,13 @@ void ScanElementDefinitions(mif::Reader* reader, Document* document);
 void ScanCharacterFormats(mif::Reader* reader, Document* document);
 void ScanParagraphFormats(mif::Reader* reader, Document* document);
 void ScanVariables(mif::Reader* reader, Document* document);
-// The children of a Font or PgfFont group, for the properties that the model keeps; `each`, where given, takes
-// every child's name and whole statement.
+// The children of a Font or PgfFont group, for the properties that the model keeps; `each`, where given,
+// takes every child's name and whole statement.
 void ScanFont(mif::Reader* reader, Document* document, CharacterProperties* properties, std::string_view* tag,
               std::vector<FontState::Override>* overrides);
 
-// Calls `child` for each piece of the group that was just entered, up to its end. A group that `child` does not
-// read is passed over.
+// Calls `child` for each piece of the group that was just entered, up to its end. A group that `child` does
+// not read is passed over.
 template <typename Function>
 void Children(mif::Reader* reader, Function&& child) {
   const std::size_t inside = reader->depth();

@@ -1,4 +1,5 @@
-// Collects replacements of byte ranges and applies them in one pass: everything between them is copied as it stands.
+// Collects replacements of byte ranges and applies them in one pass: everything between them is copied as it
+// stands.
 #pragma once
 
 #include <cstdint>
@@ -10,8 +11,8 @@ namespace qelm::embedded::model {
 
 class Splice {
  public:
-  // Replaces the bytes [begin, end) by `text`; begin == end inserts. Ranges may come in any order and may overlap:
-  // bytes are removed once, and texts for one place stay in the order in which they came.
+  // Replaces the bytes [begin, end) by `text`; begin == end inserts. Ranges may come in any order and may
+  // overlap: bytes are removed once, and texts for one place stay in the order in which they came.
   void Replace(std::uint32_t begin, std::uint32_t end, std::string text) {
     if (begin == end && text.empty()) return;
     const bool follows = edits_.size() > barrier_ && text.empty() && edits_.back().text.empty() &&

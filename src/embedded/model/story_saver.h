@@ -1,10 +1,11 @@
-// Saves the text of one story - a flow, a cell, a title, a footnote, or the hidden flow - paragraph by paragraph.
+// Saves the text of one story - a flow, a cell, a title, a footnote, or the hidden flow - paragraph by
+// paragraph.
 //
-// A paragraph in which nothing changed is left alone. Elsewhere deleted statements go, and the statements that set
-// conditions and character formats are kept, dropped or added so that what is left has the state that it should
-// have; what later text relied on is written where it needs it. A paragraph whose text is gone goes as a whole: the
-// element boundaries that are left in it move to its neighbours, and so does the text frame that the flow enters there.
-// Two paragraphs become one only where the mark between them was deleted.
+// A paragraph in which nothing changed is left alone. Elsewhere deleted statements go, and the statements
+// that set conditions and character formats are kept, dropped or added so that what is left has the state
+// that it should have; what later text relied on is written where it needs it. A paragraph whose text is gone
+// goes as a whole: the element boundaries that are left in it move to its neighbours, and so does the text
+// frame that the flow enters there. Two paragraphs become one only where the mark between them was deleted.
 #pragma once
 
 #include <vector>
@@ -26,7 +27,7 @@ struct StoryItem {
   std::uint16_t source_conditions = 0;
   ItemKind kind = ItemKind::kOther;
   bool deleted = false;
-  bool brought = false;   // from a hidden block that moves here
+  bool brought = false;  // from a hidden block that moves here
 };
 
 class StorySaver {
@@ -52,7 +53,7 @@ class StorySaver {
     std::size_t splice_mark = 0;      // the splice before it was saved
     std::uint16_t source_before = 0;  // the condition states before it
     std::uint16_t out_before = 0;
-    std::vector<StoryItem> items;     // kept only when the end was deleted
+    std::vector<StoryItem> items;  // kept only when the end was deleted
   };
 
   void SaveParagraph(bool is_last);
@@ -79,10 +80,10 @@ class StorySaver {
   std::vector<bool>& removed_;
   std::vector<bool>& written_;
 
-  std::vector<StoryItem> items_;           // of the paragraph being gathered
-  bool complete_ = false;                  // its end was added
-  // By item, for fonts and for conditions: the next item that survives and needs the state, and the next one that
-  // has it, deleted or not; the number of items when there is none.
+  std::vector<StoryItem> items_;  // of the paragraph being gathered
+  bool complete_ = false;         // its end was added
+  // By item, for fonts and for conditions: the next item that survives and needs the state, and the next one
+  // that has it, deleted or not; the number of items when there is none.
   struct Needs {
     std::size_t surviving;
     std::size_t any;
@@ -92,17 +93,17 @@ class StorySaver {
 
   Kept last_;
   bool any_kept_ = false;
-  std::uint32_t last_removed_ = 0;         // paragraph
+  std::uint32_t last_removed_ = 0;  // paragraph
 
-  // The condition state that the source has here, and the one that what was written has. Fonts begin anew with
-  // each paragraph.
+  // The condition state that the source has here, and the one that what was written has. Fonts begin anew
+  // with each paragraph.
   std::uint16_t source_conditions_ = 0;
   std::uint16_t out_conditions_ = 0;
   std::uint32_t source_font_ = 0;
   std::uint32_t out_font_ = 0;
 
-  std::vector<StoryItem> carried_;         // element boundaries for the next paragraph that stays
-  std::vector<std::uint32_t> frames_;      // text frames likewise, by number
+  std::vector<StoryItem> carried_;     // element boundaries for the next paragraph that stays
+  std::vector<std::uint32_t> frames_;  // text frames likewise, by number
 
   // The line being saved.
   Span line_;

@@ -138,6 +138,7 @@ std::uint32_t EndOfItem(const Document& document, std::uint32_t index) {
 }
 
 std::uint32_t ParagraphOf(const Document& document, std::uint32_t index) {
+  if (document.format == Format::kXml) return 0;
   // The mark that ends the paragraph carries its format, so the search goes forward, over what is anchored.
   // Where the mark was deleted and nothing but another mark is left behind it, the text keeps the format that
   // it had.

@@ -37,8 +37,8 @@ Id FlowOf(const Document& document, std::uint32_t item);
 // Where the item range of a table anchor ends: behind the parts that follow it; `item` + 1 for other items.
 std::uint32_t EndOfItem(const Document& document, std::uint32_t item);
 
-// A property of the statement behind a marker, cross-reference, frame: the data of its first substatement of that
-// name, decoded; empty when there is none.
+// A property of the statement behind a marker, cross-reference, frame: the data of its first substatement of
+// that name, decoded; empty when there is none.
 std::string Substatement(const Document& document, const Item& item, std::string_view name);
 
 }  // namespace qelm::embedded::model

@@ -1,4 +1,5 @@
-// The named things of a document: colors, conditions, and the tables and text insets by which they are applied.
+// The named things of a document: colors, conditions, and the tables and text insets by which they are
+// applied.
 #pragma once
 
 #include "host/interface/types.h"

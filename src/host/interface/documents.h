@@ -14,13 +14,13 @@ struct OpenOptions {
 
 enum class OpenStatus : std::uint8_t {
   kOpened,
-  kAlreadyOpen,     // the id of the open document is returned
+  kAlreadyOpen,  // the id of the open document is returned
   kNotFound,
   kIsFolder,
   kEmpty,
-  kUnreadable,      // no rights, or the device failed
-  kDamaged,         // the format is known, the content is not in order
-  kBinaryFormat,    // FrameMaker's own binary form
+  kUnreadable,    // no rights, or the device failed
+  kDamaged,       // the format is known, the content is not in order
+  kBinaryFormat,  // FrameMaker's own binary form
   kUnknownFormat,
   kTooLarge,
 };
@@ -28,19 +28,19 @@ enum class OpenStatus : std::uint8_t {
 enum class SaveFormat : std::uint8_t { kDocument, kPdf, kXml };
 
 struct SaveOptions {
-  std::string path;                   // empty: the document's own path
+  std::string path;  // empty: the document's own path
   SaveFormat format = SaveFormat::kDocument;
-  std::string pdf_job_options;        // the name of a set of PDF options; empty: the host's default
-  std::int32_t pdf_page_width = 0;    // in 1/65536 point; 0: the document's page size
+  std::string pdf_job_options;      // the name of a set of PDF options; empty: the host's default
+  std::int32_t pdf_page_width = 0;  // in 1/65536 point; 0: the document's page size
   std::int32_t pdf_page_height = 0;
   std::string structure_application;  // for XML; empty: the document's own
 };
 
 enum class DocumentSwitch : std::uint8_t {
-  kShowAllConditions,   // show conditional text whatever its tags say
-  kElementBoundaries,   // element boundaries are displayed
-  kModified,            // changed since it was opened or saved
-  kOnScreen,            // displayed to the user
+  kShowAllConditions,  // show conditional text whatever its tags say
+  kElementBoundaries,  // element boundaries are displayed
+  kModified,           // changed since it was opened or saved
+  kOnScreen,           // displayed to the user
   kIconified,
 };
 
@@ -60,8 +60,8 @@ class Documents {
  public:
   virtual ~Documents() = default;
 
-  // The active document or book, 0 when there is none. Making one active brings it to the front; false when the
-  // id names no open document or book. No error code is set.
+  // The active document or book, 0 when there is none. Making one active brings it to the front; false when
+  // the id names no open document or book. No error code is set.
   virtual Id ActiveDocument() = 0;
   virtual Id ActiveBook() = 0;
   virtual bool Activate(Id document_or_book) = 0;
@@ -70,8 +70,8 @@ class Documents {
   virtual Id FirstOpenDocument() = 0;
   virtual Id NextOpenDocument(Id document) = 0;
 
-  // Opens the document or book at `path` (the platform's own form). Returns its id; one that is open already is
-  // not opened a second time. On failure returns 0, sets the error code, and `status` (never null) and
+  // Opens the document or book at `path` (the platform's own form). Returns its id; one that is open already
+  // is not opened a second time. On failure returns 0, sets the error code, and `status` (never null) and
   // LastError() tell why. The id stays valid until Close.
   virtual Id Open(const std::string& path, const OpenOptions& options, OpenStatus* status) = 0;
 
@@ -88,8 +88,8 @@ class Documents {
   // holds until the next call.
   virtual std::string_view Path(Id document_or_book) = 0;
 
-  // A switch of a document. Reading one of an invalid id gives false. Writing returns false and sets the error
-  // code when the id is invalid.
+  // A switch of a document. Reading one of an invalid id gives false. Writing returns false and sets the
+  // error code when the id is invalid.
   virtual bool Switch(Id document, DocumentSwitch which) = 0;
   virtual bool SetSwitch(Id document, DocumentSwitch which, bool on) = 0;
 
@@ -100,8 +100,8 @@ class Documents {
   // document: its text then goes back to its defined formats. False with the error code set on failure.
   virtual bool ImportFormats(Id target, Id source, std::uint32_t flags) = 0;
 
-  // The host's error code, set by the last operation that failed, 0 when none has; and what it means in words,
-  // naming file and place where they are known. The view holds until the next operation.
+  // The host's error code, set by the last operation that failed, 0 when none has; and what it means in
+  // words, naming file and place where they are known. The view holds until the next operation.
   virtual std::int32_t ErrorCode() = 0;
   virtual std::string_view LastError() = 0;
 };

@@ -1,5 +1,5 @@
-// Changing the element tree. Every operation here makes views and text positions of the document stale, marks it
-// as changed, and on failure changes nothing, returns 0 or false and sets the error code.
+// Changing the element tree. Every operation here makes views and text positions of the document stale, marks
+// it as changed, and on failure changes nothing, returns 0 or false and sets the error code.
 #pragma once
 
 #include "host/interface/types.h"

@@ -1,9 +1,9 @@
 // The element tree of a document: flows, elements, their definitions and attributes, read only.
 //
-// Made for walking: every operation here is constant time, and an element answers with the id of its definition,
-// so that a name test is a comparison of two integers after one look-up a document. Element ids are dense: all
-// are below IdLimit, so a caller can keep one bit an element. An id that names no element of the document gives
-// 0, an empty view or an empty list; no error code is set by reading.
+// Made for walking: every operation here is constant time, and an element answers with the id of its
+// definition, so that a name test is a comparison of two integers after one look-up a document. Element ids
+// are dense: all are below IdLimit, so a caller can keep one bit an element. An id that names no element of
+// the document gives 0, an empty view or an empty list; no error code is set by reading.
 #pragma once
 
 #include <span>
@@ -64,8 +64,8 @@ class Definitions {
   // The attributes that the definition declares, in its order. Holds until the document's definitions change.
   virtual std::span<const AttributeDefinition> AttributeDefinitions(Id document, Id definition) = 0;
 
-  // Replaces what is in `buffer` by the attributes that the element itself carries, in document order; defaults
-  // of the definition are not among them. Views hold until the document is next edited.
+  // Replaces what is in `buffer` by the attributes that the element itself carries, in document order;
+  // defaults of the definition are not among them. Views hold until the document is next edited.
   virtual void ReadAttributes(Id document, Id element, AttributeBuffer* buffer) = 0;
 };
 

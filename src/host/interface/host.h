@@ -1,7 +1,9 @@
-// The host as the plug-in sees it: one of each role. A function takes the roles that it uses, not this struct.
+// The host as the plug-in sees it: one of each role. A function takes the roles that it uses, not this
+// struct.
 //
-// All calls come from one thread, inside one of the plug-in's entry points. Nothing here throws, and nothing the
-// plug-in does may let an exception pass into the host. The roles outlive the plug-in; it never deletes one.
+// All calls come from one thread, inside one of the plug-in's entry points. Nothing here throws, and nothing
+// the plug-in does may let an exception pass into the host. The roles outlive the plug-in; it never deletes
+// one.
 #pragma once
 
 #include "host/interface/books.h"

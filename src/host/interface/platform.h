@@ -10,8 +10,8 @@ namespace qelm::host {
 // A moment in the calendar of the local time zone.
 struct LocalTime {
   std::int32_t year = 0;
-  std::int32_t month = 1;   // 1 to 12
-  std::int32_t day = 1;     // 1 to 31
+  std::int32_t month = 1;  // 1 to 12
+  std::int32_t day = 1;    // 1 to 31
   std::int32_t hour = 0;
   std::int32_t minute = 0;
   std::int32_t second = 0;
@@ -25,8 +25,8 @@ class Platform {
   virtual bool FolderExists(const std::string& path) = 0;
   // The whole content of a file; nothing when it cannot be read.
   virtual std::optional<std::string> ReadFile(const std::string& path) = 0;
-  // Replaces the file by one with this content: it is written beside and renamed, so that whatever happens there
-  // is either the old file or the new one. False, with the old file as it was, on failure.
+  // Replaces the file by one with this content: it is written beside and renamed, so that whatever happens
+  // there is either the old file or the new one. False, with the old file as it was, on failure.
   virtual bool ReplaceFile(const std::string& path, std::string_view content) = 0;
   // Adds to the end of a file, which is made when it is missing.
   virtual bool AppendFile(const std::string& path, std::string_view content) = 0;

@@ -1,5 +1,5 @@
-// What the host knows of the session itself: where the plug-in lives, which version the host is, and the switches
-// that hold for the whole session.
+// What the host knows of the session itself: where the plug-in lives, which version the host is, and the
+// switches that hold for the whole session.
 #pragma once
 
 #include "host/interface/types.h"

@@ -13,8 +13,8 @@ class Text {
   virtual TextRange ElementRange(Id document, Id element) = 0;
 
   // The text of the element and of everything inside it, without separators, cut at a character after
-  // `max_characters`. Text that the element definitions generate is not part of it. The view is either into the
-  // document or into `buffer`, and holds until either is changed.
+  // `max_characters`. Text that the element definitions generate is not part of it. The view is either into
+  // the document or into `buffer`, and holds until either is changed.
   virtual std::string_view ElementText(Id document, Id element, std::size_t max_characters,
                                        std::string* buffer) = 0;
 

@@ -1,5 +1,5 @@
-// The plain types that the host and the plug-in exchange: ids, text positions, text properties, element kinds.
-// Nothing here owns host objects; an id is only a name, and may outlive what it names.
+// The plain types that the host and the plug-in exchange: ids, text positions, text properties, element
+// kinds. Nothing here owns host objects; an id is only a name, and may outlive what it names.
 #pragma once
 
 #include <cstdint>
@@ -9,8 +9,8 @@
 
 namespace qelm::host {
 
-// Names a host object. Documents, books, menus and commands are named by an id alone, objects of a document by
-// the document's id and their own. 0 names nothing and is what a look-up that finds nothing returns.
+// Names a host object. Documents, books, menus and commands are named by an id alone, objects of a document
+// by the document's id and their own. 0 names nothing and is what a look-up that finds nothing returns.
 using Id = std::uint32_t;
 inline constexpr Id kNone = 0;
 
@@ -42,8 +42,9 @@ enum class FlowKind : std::uint8_t { kBody, kMaster, kReference, kHidden, kFrame
 
 enum class Underlining : std::uint8_t { kNoLine, kSingle, kDouble, kNumeric };
 
-// A position in the text of one document. `object` is the flow, cell or footnote that holds the text, `offset` a
-// position in it; both are the host's own and only ordered within one object. Edits make positions stale.
+// A position in the text of one document. `object` is the flow, cell or footnote that holds the text,
+// `offset` a position in it; both are the host's own and only ordered within one object. Edits make positions
+// stale.
 struct TextLocation {
   Id object = kNone;
   std::uint32_t offset = 0;
@@ -78,8 +79,8 @@ struct TextProperties {
   bool overline = false;
   bool strikethrough = false;
   bool change_bar = false;
-  Id background = kNone;        // 0: no background color
-  std::vector<Id> conditions;   // the condition tags applied, in the host's order
+  Id background = kNone;       // 0: no background color
+  std::vector<Id> conditions;  // the condition tags applied, in the host's order
 };
 
 enum class AttributeType : std::uint8_t {
@@ -134,17 +135,17 @@ struct AttributeDefinition {
 
 // The properties of an element that the host reads from the object behind it or from its place on a page.
 enum class ElementProperty : std::uint8_t {
-  kImportedFile,           // ImportObFile
-  kParagraphTag,           // PgfTag
-  kTableTag,               // TblTag
-  kChangeBar,              // FChangeBar
-  kCrossReferenceFormat,   // XRefName
-  kCrossReferenceSource,   // XRefSrcText
-  kCrossReferenceFile,     // XRefSrcFile
-  kMarkerType,             // MTypeName
-  kMarkerText,             // MText
-  kPageNumber,             // PageNumInt
-  kPageNumberText,         // PageNumStr
+  kImportedFile,          // ImportObFile
+  kParagraphTag,          // PgfTag
+  kTableTag,              // TblTag
+  kChangeBar,             // FChangeBar
+  kCrossReferenceFormat,  // XRefName
+  kCrossReferenceSource,  // XRefSrcText
+  kCrossReferenceFile,    // XRefSrcFile
+  kMarkerType,            // MTypeName
+  kMarkerText,            // MText
+  kPageNumber,            // PageNumInt
+  kPageNumberText,        // PageNumStr
 };
 
 }  // namespace qelm::host

@@ -1,5 +1,5 @@
-// What the user sees and answers: alerts, questions, the status dialog, the console, menus, commands, dialogs.
-// Whether a person, a policy or a script answers is the host's affair; nothing is answered silently.
+// What the user sees and answers: alerts, questions, the status dialog, the console, menus, commands,
+// dialogs. Whether a person, a policy or a script answers is the host's affair; nothing is answered silently.
 #pragma once
 
 #include "host/interface/types.h"
@@ -33,8 +33,8 @@ class UserInterface {
   // Prints a text on the host's console, as it stands (line ends are part of it).
   virtual void Print(std::string_view text) = 0;
 
-  // Defines a menu, or a command with its number (1 to 39 come back through the command entry), and adds one to
-  // a menu of the host or of the plug-in. The ids hold for the session. 0 on failure.
+  // Defines a menu, or a command with its number (1 to 39 come back through the command entry), and adds one
+  // to a menu of the host or of the plug-in. The ids hold for the session. 0 on failure.
   virtual Id DefineMenu(std::string_view name, std::string_view label) = 0;
   virtual Id DefineCommand(std::int32_t number, std::string_view name, std::string_view label,
                            std::string_view shortcut) = 0;
