@@ -8,6 +8,7 @@
 
 namespace qelm::embedded::mif {
 
+// clang-format off
 #define QELM_MIF_TOKENS(X)                                                                                   \
   X(AFrame)                                                                                                  \
   X(AFrames) X(ATbl) X(AlsoInsert) X(AttrName) X(AttrValue) X(Attribute) X(Attributes) X(Book) X(            \
@@ -47,6 +48,7 @@ namespace qelm::embedded::mif {
                                                                                   X(XRefSrcFile)             \
                                                                                       X(XRefSrcIsElem)       \
                                                                                           X(XRefSrcText)
+// clang-format on
 
 enum class Token : std::uint16_t {
   kUnknown = 0,
