@@ -9,11 +9,9 @@ constexpr std::string_view kFrame = "--> XPath Engine Message <--\n\n%s";
 
 constexpr std::string_view kTooBroad =
     "The following XPath expression is too broad and has exceeded the maximum number of matches allowed in "
-    "your "
-    "preferences (%d): \n\n%s\n\nTry to make the expression more specific so that it matches a smaller node "
-    "set.\n\n"
-    "If you believe that this message was issued in error, please report it to Brenwick.\n\n"
-    "Error function: xpath_MatchAll()";
+    "your preferences (%d): \n\n%s\n\nTry to make the expression more specific so that it matches a smaller "
+    "node set.\n\nIf you believe that this message was issued in error, please report it to "
+    "Brenwick.\n\nError function: xpath_MatchAll()";
 
 }  // namespace
 
@@ -24,8 +22,7 @@ std::string_view FailureText(Failure failure) {
              "Brenwick.\n\nError details: A predicate evaluation failed in bw_FindNextNodeWithXpath().";
     case Failure::kPosition:
       return "A critical error has occurred in the XPath navigator while processing a position() function. "
-             "Please "
-             "contact Brenwick with this error message.";
+             "Please contact Brenwick with this error message.";
     case Failure::kLast:
       // The missing blank is part of the text.
       return "A critical error has occurred in the XPath navigator whileprocessing a last() function. Please "
@@ -33,8 +30,8 @@ std::string_view FailureText(Failure failure) {
     case Failure::kEndless:
       // And so are the double ones.
       return "A critical error has occurred during the node query,  resulting in an endless internal loop. "
-             "This is "
-             "likely a bug - check your XPath  setup and please contact Brenwick if no error can be found.";
+             "This is likely a bug - check your XPath  setup and please contact Brenwick if no error can be "
+             "found.";
     case Failure::kNone:
       break;
   }

@@ -12,16 +12,13 @@ namespace qelm::xpath {
 
 inline constexpr std::string_view kParserIsEndless =
     "An endless loop appears to have formed in the XPath parser. This is a critical error. Please report "
-    "this incident "
-    "to Brenwick.";
+    "this incident to Brenwick.";
 inline constexpr std::string_view kUnknownSequence =
     "A critical error occurred during XPath navigation. The specified sequence number was not found in the "
-    "handler "
-    "memory. Please contact Brenwick.";
+    "handler memory. Please contact Brenwick.";
 inline constexpr std::string_view kSpentSequence =
     "A critical error occurred during the XPath query. This is a bug. Please report this event to "
-    "Brenwick.\n\nError "
-    "details: bw_FindNextNodeWithXpath() stepped to a spent sequence.";
+    "Brenwick.\n\nError details: bw_FindNextNodeWithXpath() stepped to a spent sequence.";
 
 // The text for a search that failed; empty for Failure::kNone.
 std::string_view FailureText(Failure failure);

@@ -15,6 +15,16 @@ std::uint32_t Environment::TreeOfDocument(host::Id document) {
   return number;
 }
 
+bool Environment::FindAttribute(std::string_view name, Node* node) {
+  const AttributeSource& attributes = AttributesOf(*node);
+  for (std::size_t index = 0; index < attributes.Count(); ++index) {
+    if (attributes.Name(index) != name) continue;
+    node->part = static_cast<std::int32_t>(index);
+    return true;
+  }
+  return false;
+}
+
 std::string_view Environment::SingleValue(const Node& node, std::size_t most_characters) {
   const host::Id document = TreeOf(node).Document();
   if (node.IsProperty())

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/interface/host.h"
@@ -36,6 +37,8 @@ class Environment {
     attributes_.Load(TreeOf(node).Document(), node.element);
     return attributes_;
   }
+  // Turns an element into its attribute of that name; false when it has none.
+  bool FindAttribute(std::string_view name, Node* node);
   void ForgetAttributes() { attributes_.Forget(); }
 
   // Calls `use` with each value of the node until it returns true. Returns whether it did.

@@ -54,7 +54,8 @@ bool Evaluation::CanRemember(std::size_t path, const Node& node) const {
 
 bool Evaluation::Exists(std::size_t path, const Node& node) {
   Node found = node;
-  if (IsAttributeOf(path, node)) return FindAttribute(path, &found);
+  if (IsAttributeOf(path, node))
+    return environment_.FindAttribute(plan_.paths[path].steps.front().name, &found);
   if (CanRemember(path, node)) return FirstOf(path).Find(node).element != host::kNone;
   PathState& state = paths_[path];
   if (plan_.paths[path].absolute) {
@@ -183,7 +184,8 @@ bool Evaluation::ComparePathByValue(Test test, std::size_t path, const Node& nod
   const auto take = [&comparison](std::string_view value) { return comparison.Take(value); };
   Node found = node;
   if (IsAttributeOf(path, node)) {
-    if (FindAttribute(path, &found)) environment_.AnyValue(found, take);
+    if (environment_.FindAttribute(plan_.paths[path].steps.front().name, &found))
+      environment_.AnyValue(found, take);
     return comparison.Outcome();
   }
   PathRun& run = RunOf(path);
@@ -198,34 +200,16 @@ bool Evaluation::IsAttributeOf(std::size_t path, const Node& node) const {
   return plan_.paths[path].is_attribute && node.IsElement();
 }
 
-// Makes the element its attribute that the path names; false when it has none.
-bool Evaluation::FindAttribute(std::size_t path, Node* node) {
-  const AttributeSource& attributes = environment_.AttributesOf(*node);
-  const std::string& name = plan_.paths[path].steps.front().name;
-  for (std::size_t index = 0; index < attributes.Count(); ++index) {
-    if (attributes.Name(index) != name) continue;
-    node->part = static_cast<std::int32_t>(index);
-    return true;
-  }
-  return false;
-}
-
-// The first node tells whether the path counts as empty; whether any other satisfies the test is another
-// question of the same kind.
+// The first node tells whether the path counts as empty, and often the outcome too; whether any other
+// satisfies the test is another question of the same kind.
 bool Evaluation::ComparePathByFirst(ComparisonState& state, Test test, std::size_t path, const Node& node,
                                     ValueSet& other, bool other_is_left) {
+  RunningComparison comparison(test, other, other_is_left);
   const Node first = FirstOf(path).Find(node);
-  bool path_empty = true;
-  if (first.element != host::kNone) {
-    environment_.AnyValue(first, [&path_empty](std::string_view value) {
-      path_empty = value.empty();
-      return true;
-    });
-  }
-  if (path_empty || other.IsEmpty()) {
-    return other_is_left ? CompareEmpty(test, other.IsEmpty(), path_empty)
-                         : CompareEmpty(test, path_empty, other.IsEmpty());
-  }
+  const bool is_decided =
+      first.element == host::kNone ||
+      environment_.AnyValue(first, [&](std::string_view value) { return comparison.Take(value); });
+  if (is_decided) return comparison.Outcome();
   if (state.matching == nullptr) {
     state.matching =
         std::make_unique<FirstMatch>(*this, plan_.paths[path], ValueFilter{test, &other, other_is_left});

@@ -75,7 +75,6 @@ class Evaluation {
   PathRun& RunOf(std::size_t path);
   FirstMatch& FirstOf(std::size_t path);
   bool IsAttributeOf(std::size_t path, const Node& node) const;
-  bool FindAttribute(std::size_t path, Node* node);
   bool CanRemember(std::size_t path, const Node& node) const;
 
   Environment& environment_;

@@ -51,7 +51,11 @@ Id FirstMatch::Continue(std::size_t step, const Node& node) {
 // The first attribute or property of the element with which the path can end.
 bool FirstMatch::HasPart(Id element, Node* node) {
   const std::size_t last = path_.steps.size() - 1;
-  runs_[last].Start({element, Node::kElement, tree_number_});
+  *node = {element, Node::kElement, tree_number_};
+  if (path_.steps[last].is_attribute) {
+    return environment_.FindAttribute(path_.steps[last].name, node) && Continue(last, *node) != kNone;
+  }
+  runs_[last].Start(*node);
   while (runs_[last].Next(node)) {
     if (Continue(last, *node) != kNone) return true;
   }

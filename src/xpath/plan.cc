@@ -116,9 +116,7 @@ std::size_t PlanMaker::MakePath(Index handlers) {
     return number;
   }
   path.absolute = !IsLocalAxis(path.steps.front().axis);
-  const StepPlan& first = path.steps.front();
-  path.is_attribute = path.steps.size() == 1 && first.axis == Axis::kAttribute &&
-                      first.test == NodeTest::kName && !first.positional && first.predicates.empty();
+  path.is_attribute = path.steps.size() == 1 && path.steps.front().is_attribute;
   FindUniqueSteps(&path);
   plan_.paths[number] = std::move(path);
   return number;
@@ -192,6 +190,8 @@ StepPlan PlanMaker::MakeStep(Index handler) {
     step.predicates.push_back(MakePredicate(predicate));
   }
   FindBounds(plan_, &step);
+  step.is_attribute = step.axis == Axis::kAttribute && step.test == NodeTest::kName && !step.positional &&
+                      step.predicates.empty();
   return step;
 }
 

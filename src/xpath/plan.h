@@ -67,7 +67,8 @@ struct StepPlan {
   NodeTest test = NodeTest::kAny;
   std::string name;
   std::int32_t property = kNoProperty;
-  bool any_holds = false;  // one predicate is enough
+  bool is_attribute = false;  // an attribute's name and nothing else
+  bool any_holds = false;     // one predicate is enough
   std::vector<PredicatePlan> predicates;
   std::vector<PositionBound> bounds;
   bool positional = false;  // whether what it selects depends on positions
@@ -80,7 +81,7 @@ struct PathPlan {
   std::vector<StepPlan> steps;
   bool absolute = false;      // it does not depend on the node where it is evaluated, only on the flow
   bool local = false;         // it stays in the tree of that node
-  bool is_attribute = false;  // it is an attribute's name and nothing else
+  bool is_attribute = false;  // it is one step, an attribute's name
   bool direct = false;        // it only looks at the node, its attributes and a fixed number of levels below
 };
 

@@ -171,6 +171,29 @@ TEST(MifEdit, ADeletedMarkJoinsTheTwoParagraphs) {
   EXPECT_EQ(AllText(*again), "before after");
 }
 
+TEST(MifEdit, ThreeParagraphsJoinedKeepWhatWasHandedToThem) {
+  const std::string file =
+      kHead + Flow(Para(kBody, "   <TextRectID 5>\n" + Begin("Doc") + Begin("T") + Text("gone") + End("T")) +
+                   Para(kBody, Text("a") + Begin("X") + Text("d1")) +
+                   Para(kBody, Text("d2") + End("X") + Text("b") + Begin("Y") + Text("d3")) +
+                   Para(kBody, Text("d4") + End("Y") + Text("c")) +
+                   Para(kBody, Begin("Z") + Text("gone") + End("Z") + End("Doc")));
+  auto document = Open(file);
+  for (const char* name : {"T", "X", "Y", "Z"})
+    ASSERT_TRUE(DeleteElement(document.get(), Find(*document, name)));
+  const std::string saved = SaveMif(*document);
+  auto again = Open(saved);
+  EXPECT_EQ(NormalForm(*again), (std::vector<std::string>{"<Doc>", "[](Body)abc", "</>"}));
+  EXPECT_TRUE(again->warnings.empty());
+  EXPECT_NE(saved.find("<TextRectID 5>"), std::string::npos);
+}
+
+TEST(MifRead, LooseParagraphsEndWhereAFlowBegins) {
+  auto document = Open("<MIFFile 7.00>\n<Para <ParaLine <String `a'>>>\n" + Flow(Para(kBody, Text("b"))));
+  EXPECT_EQ(AllText(*document), "ab");
+  EXPECT_EQ(document->flows.size(), 3U);
+}
+
 // A flow with text in a hidden flow: in the middle of a paragraph, or with paragraph marks of its own.
 std::string WithHidden(const std::string& hidden_paras) {
   return kHead +

@@ -1,5 +1,7 @@
 #include "embedded/model/mif_layout.h"
 
+#include <algorithm>
+
 namespace qelm::embedded::model {
 
 MifLayout::LinePlace MifLayout::PlaceOf(std::uint32_t at) const {
@@ -51,10 +53,13 @@ void MifLayout::Insert(std::uint32_t at, std::size_t extra, const std::vector<st
   // In a shared line comments would swallow what follows.
   std::string text;
   for (const std::string& statement : statements) {
+    bool in_string = false;
     for (std::size_t i = 0; i < statement.size(); ++i) {
-      if (statement[i] == '#' && i > 1 && statement[i - 2] == '>') {
-        while (i < statement.size() && statement[i] != '\n') ++i;
-        if (!text.empty() && text.back() == ' ') text.pop_back();
+      if (statement[i] == '`') in_string = true;
+      if (statement[i] == '\'') in_string = false;
+      if (statement[i] == '#' && !in_string) {
+        i = std::min(statement.find('\n', i), statement.size());
+        while (!text.empty() && text.back() == ' ') text.pop_back();
         continue;
       }
       if (statement[i] != '\n') text.push_back(statement[i]);
@@ -72,6 +77,11 @@ void MifLayout::InsertBefore(std::uint32_t at, const std::vector<std::string>& s
 void MifLayout::InsertAtEnd(std::uint32_t close, const std::vector<std::string>& statements,
                             Splice* splice) const {
   Insert(close, 1, statements, splice);
+}
+
+std::uint32_t MifLayout::LineBegin(std::uint32_t at) const {
+  const LinePlace place = PlaceOf(at);
+  return place.own_line ? place.line_begin : at;
 }
 
 std::size_t MifLayout::Indentation(std::uint32_t at) const {

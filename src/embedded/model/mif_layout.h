@@ -38,6 +38,9 @@ class MifLayout {
   // 0, with the comment behind its end.
   std::string Statement(std::uint32_t begin, std::uint32_t end) const;
 
+  // Where the line of a statement begins that stands first in it; else the statement itself.
+  std::uint32_t LineBegin(std::uint32_t at) const;
+
   // How many blanks stand before the statement in its line.
   std::size_t Indentation(std::uint32_t at) const;
 

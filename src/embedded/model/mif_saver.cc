@@ -18,6 +18,7 @@ class MifSaver {
   explicit MifSaver(const Document& document)
       : document_(document),
         layout_(document),
+        formats_(document),
         removed_(document.paragraphs.size(), false),
         written_(document.paragraphs.size(), false),
         moves_(document.blocks.size(), false),
@@ -48,6 +49,7 @@ class MifSaver {
   const Document& document_;
   MifLayout layout_;
   Splice splice_;
+  ParagraphFormats formats_;
   std::vector<bool> removed_;  // by paragraph
   std::vector<bool> written_;  // by paragraph: written anew, with its whole format
   std::vector<bool> moves_;    // by hidden block: its text goes where it belongs, or it was deleted
@@ -288,7 +290,7 @@ void MifSaver::SaveHiddenFlow(StorySaver* saver) {
 }
 
 void MifSaver::SaveStories() {
-  StorySaver saver(document_, layout_, &splice_, &removed_, &written_);
+  StorySaver saver(document_, layout_, &splice_, &formats_, &removed_, &written_);
   for (std::size_t i = 1; i < document_.flows.size(); ++i) {
     const Flow& flow = document_.flows[i];
     if (removed_flows_[i]) continue;
@@ -318,7 +320,7 @@ void MifSaver::RepairParagraphStates() {
 }
 
 void MifSaver::WriteFormat(const Paragraph& paragraph) {
-  const std::vector<std::string> statements = FormatStatements(document_, paragraph.state);
+  const std::vector<std::string> statements = formats_.Statements(paragraph.state);
   if (statements.empty()) return;
   if (paragraph.sets_state) {
     const Span own = document_.paragraph_states[paragraph.state].override_statement;

@@ -52,6 +52,7 @@ class Scanner {
   void ReadStory();
   void ReadFlow();
   void ReadLooseParagraph();
+  void EndLooseFlow();
   void ReadParagraph();
   void ReadParagraphState(Paragraph* paragraph);
   void ReadLine();
@@ -88,6 +89,7 @@ class Scanner {
   std::uint32_t top_elements_ = 0;
   std::uint32_t first_text_frame_ = 0;
   std::uint32_t loose_flow_ = kNoIndex;
+  std::uint32_t last_prefixed_ = kNoIndex;
   std::int32_t body_pages_ = 0;
 
   std::unordered_map<std::string_view, std::uint32_t> font_index_;
@@ -122,12 +124,16 @@ bool Scanner::Run(std::string* error) {
     *error = mif::Describe(document_.source, reader_.error());
     return false;
   }
-  if (loose_flow_ != kNoIndex) {
-    RawFlow& loose = scan_.flows[loose_flow_];
-    loose.items.end = static_cast<std::uint32_t>(scan_.items.size());
-    loose.top_elements = top_elements_;
-  }
+  EndLooseFlow();
   return true;
+}
+
+void Scanner::EndLooseFlow() {
+  if (loose_flow_ == kNoIndex) return;
+  RawFlow& loose = scan_.flows[loose_flow_];
+  loose.items.end = static_cast<std::uint32_t>(scan_.items.size());
+  loose.top_elements = top_elements_;
+  loose_flow_ = kNoIndex;
 }
 
 void Scanner::TopLevel() {
@@ -144,6 +150,7 @@ void Scanner::TopLevel() {
     if (reader_.token() == Token::kColorCatalog) document_.color_catalog = opened;
     return;
   }
+  if (reader_.token() != Token::kPara) EndLooseFlow();
   switch (reader_.token()) {
     case Token::kAFrames:
     case Token::kTbls:
@@ -506,6 +513,11 @@ void Scanner::ReadFlow() {
 void Scanner::ReadLooseParagraph() {
   if (loose_flow_ == kNoIndex) {
     loose_flow_ = static_cast<std::uint32_t>(scan_.flows.size());
+    open_elements_.clear();
+    suffixes_.clear();
+    top_elements_ = 0;
+    conditions_ = 0;
+    first_text_frame_ = 0;
     RawFlow raw;
     raw.flow.auto_connect = true;
     raw.items.begin = static_cast<std::uint32_t>(scan_.items.size());
@@ -618,7 +630,8 @@ void Scanner::CloseElement() {
 
 // Everything between the innermost open element's begin and here is generated.
 void Scanner::MarkPrefix() {
-  if (open_elements_.empty()) return;
+  if (open_elements_.empty() || open_elements_.back() == last_prefixed_) return;
+  last_prefixed_ = open_elements_.back();  // an element has one prefix
   for (std::size_t i = open_elements_.back() + 1; i < scan_.items.size(); ++i) {
     scan_.items[i].flags |= kGenerated;
   }

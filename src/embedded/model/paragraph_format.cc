@@ -6,16 +6,11 @@
 #include "embedded/model/mif_layout.h"
 
 namespace qelm::embedded::model {
-namespace {
-
-struct Change {
-  std::string_view name;
-  std::string text;
-};
 
 // Puts the children of one Pgf over those gathered so far.
-void AddChanges(const Document& document, const MifLayout& layout, Span pgf, std::vector<Change>* changes) {
-  mif::Reader reader(document.At(pgf));
+void ParagraphFormats::AddChanges(Span pgf) {
+  const MifLayout layout(document_);
+  mif::Reader reader(document_.At(pgf));
   reader.Next();
   while (reader.Next()) {
     if (reader.kind() == mif::Piece::kGroupEnd) continue;
@@ -23,36 +18,39 @@ void AddChanges(const Document& document, const MifLayout& layout, Span pgf, std
     const std::uint32_t begin = reader.begin();
     if (reader.kind() == mif::Piece::kGroup && !reader.Skip()) return;
     Change change{name, layout.Statement(pgf.begin + begin, pgf.begin + reader.end())};
-    const auto old = std::find_if(changes->begin(), changes->end(),
+    const auto old = std::find_if(changes_.begin(), changes_.end(),
                                   [&](const Change& other) { return other.name == name; });
-    if (old != changes->end()) {
+    if (old != changes_.end()) {
       *old = std::move(change);
     } else {
-      changes->push_back(std::move(change));
+      changes_.push_back(std::move(change));
     }
   }
 }
 
-}  // namespace
-
-std::vector<std::string> FormatStatements(const Document& document, std::uint32_t paragraph_state) {
-  const MifLayout layout(document);
-  std::vector<Span> overrides;
+std::vector<std::string> ParagraphFormats::Statements(std::uint32_t paragraph_state) {
+  const MifLayout layout(document_);
+  std::vector<std::uint32_t> chain;
   std::uint32_t state = paragraph_state;
-  while (state != 0 && !document.paragraph_states[state].override_statement.Empty()) {
-    overrides.push_back(document.paragraph_states[state].override_statement);
-    state = document.paragraph_states[state].before;
+  while (state != 0 && state != state_ && !document_.paragraph_states[state].override_statement.Empty()) {
+    chain.push_back(state);
+    state = document_.paragraph_states[state].before;
   }
+  if (state != state_ || state == 0) {
+    changes_.clear();
+    base_ = state;
+  }
+  for (auto at = chain.rbegin(); at != chain.rend(); ++at) {
+    AddChanges(document_.paragraph_states[*at].override_statement);
+  }
+  state_ = paragraph_state;
   std::vector<std::string> statements;
-  if (state != 0) {
-    statements.push_back("<PgfTag " + layout.Quoted(document.paragraph_states[state].tag) + ">");
+  if (base_ != 0) {
+    statements.push_back("<PgfTag " + layout.Quoted(document_.paragraph_states[base_].tag) + ">");
   }
-  std::vector<Change> changes;
-  for (auto at = overrides.rbegin(); at != overrides.rend(); ++at)
-    AddChanges(document, layout, *at, &changes);
-  if (changes.empty()) return statements;
+  if (changes_.empty()) return statements;
   std::string pgf = "<Pgf \n";
-  for (const Change& change : changes) {
+  for (const Change& change : changes_) {
     std::string indented = " ";
     for (const char c : change.text) {
       indented.push_back(c);

@@ -150,16 +150,19 @@ void StorySaver::KeepParagraph() {
     splice_.ReturnTo(last_.splice_mark);
     source_conditions_ = last_.source_before;
     out_conditions_ = last_.out_before;
-    first = last_.paragraph;
-    removed_[first] = true;
+    first = last_.first;
+    removed_[last_.paragraph] = true;
+    frames_.insert(frames_.begin(), last_.frames.begin(), last_.frames.end());
     joined = std::move(last_.items);
     joined.insert(joined.end(), carried_.begin(), carried_.end());
     carried_.clear();
     rewrite = true;
   }
+  kept.first = first;
   kept.splice_mark = splice_.Mark();
   kept.source_before = source_conditions_;
   kept.out_before = out_conditions_;
+  if (mark_deleted) kept.frames = frames_;
   if (rewrite) {
     joined.insert(joined.end(), carried_.begin(), carried_.end());
     carried_.clear();
@@ -167,7 +170,10 @@ void StorySaver::KeepParagraph() {
     Rewrite(joined, first, paragraph);
     if (mark_deleted) kept.items = std::move(joined);
   } else {
-    if (mark_deleted) kept.items = items_;
+    if (mark_deleted) {
+      kept.items = carried_;
+      kept.items.insert(kept.items.end(), items_.begin(), items_.end());
+    }
     EditParagraph();
   }
   source_conditions_ = items_.back().source_conditions;
@@ -360,7 +366,8 @@ void AppendIndented(const std::string& statement, std::size_t depth, std::string
   text->push_back('\n');
 }
 
-// A whole paragraph: its head, and one layout line, before which every text frame has a line of its own.
+// A paragraph: its head, and one layout line, before which every text frame has a line of its own. The ends
+// of line and paragraph are kParagraphEnd.
 std::string ParagraphStatement(const std::vector<std::string>& head, const std::vector<std::uint32_t>& frames,
                                const std::vector<std::string>& items) {
   std::string text = "<Para \n";
@@ -370,9 +377,10 @@ std::string ParagraphStatement(const std::vector<std::string>& head, const std::
   }
   AppendIndented("<ParaLine ", 1, &text);
   for (const std::string& statement : items) AppendIndented(statement, 2, &text);
-  AppendIndented("> # end of ParaLine", 1, &text);
-  return text + "> # end of Para";
+  text.pop_back();
+  return text;
 }
+constexpr const char* kParagraphEnd = "\n > # end of ParaLine\n> # end of Para";
 
 }  // namespace
 
@@ -387,7 +395,7 @@ void StorySaver::Rewrite(const std::vector<StoryItem>& items, std::uint32_t firs
     std::vector<std::string> head;
     std::string unique = own ? UniqueOf(document_, paragraph) : std::string();
     if (!unique.empty()) head.push_back(std::move(unique));
-    for (std::string& statement : FormatStatements(document_, paragraph.state)) {
+    for (std::string& statement : formats_.Statements(paragraph.state)) {
       head.push_back(std::move(statement));
     }
     paragraphs.push_back(ParagraphStatement(head, frames, statements));
@@ -409,10 +417,18 @@ void StorySaver::Rewrite(const std::vector<StoryItem>& items, std::uint32_t firs
     }
   }
   // The last mark was deleted, and what follows is not known yet.
-  if (!statements.empty() || !frames.empty()) finish(document_.paragraphs[last], true);
-  const Span gone = layout_.Removal(document_.paragraphs[first].begin, document_.paragraphs[last].end);
-  splice_.Replace(gone.begin, gone.end,
-                  layout_.Lines(paragraphs, layout_.Indentation(document_.paragraphs[first].begin)));
+  if (!statements.empty() || !frames.empty() || paragraphs.empty()) finish(document_.paragraphs[last], true);
+  // The last paragraph ends with the source's own brackets, so that what is added at its end later finds its
+  // place.
+  const Paragraph& from = document_.paragraphs[first];
+  const Paragraph& to = document_.paragraphs[last];
+  for (std::size_t i = 0; i + 1 < paragraphs.size(); ++i) paragraphs[i] += kParagraphEnd;
+  const bool has_line = to.last_line_end != to.close;
+  if (!has_line) paragraphs.back() += kParagraphEnd;
+  const std::uint32_t end =
+      has_line ? layout_.LineBegin(to.last_line_end) : layout_.Removal(to.begin, to.end).end;
+  splice_.Replace(layout_.Removal(from.begin, from.end).begin, end,
+                  layout_.Lines(paragraphs, layout_.Indentation(from.begin)));
   written_[last] = true;
 }
 
@@ -422,7 +438,7 @@ void StorySaver::WriteEmptyParagraph() {
   std::vector<std::string> head;
   std::string unique = UniqueOf(document_, paragraph);
   if (!unique.empty()) head.push_back(std::move(unique));
-  for (std::string& statement : FormatStatements(document_, paragraph.state)) {
+  for (std::string& statement : formats_.Statements(paragraph.state)) {
     head.push_back(std::move(statement));
   }
   std::vector<std::string> statements;
@@ -430,7 +446,8 @@ void StorySaver::WriteEmptyParagraph() {
   if (out_conditions_ != source_conditions_) {
     statements.push_back(ConditionalStatement(document_, source_conditions_));
   }
-  layout_.InsertBefore(paragraph.begin, {ParagraphStatement(head, frames_, statements)}, &splice_);
+  layout_.InsertBefore(paragraph.begin, {ParagraphStatement(head, frames_, statements) + kParagraphEnd},
+                       &splice_);
   removed_[last_removed_] = false;
   written_[last_removed_] = true;
 }

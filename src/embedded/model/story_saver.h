@@ -12,6 +12,7 @@
 
 #include "embedded/model/document.h"
 #include "embedded/model/mif_layout.h"
+#include "embedded/model/paragraph_format.h"
 #include "embedded/model/splice.h"
 
 namespace qelm::embedded::model {
@@ -32,11 +33,12 @@ struct StoryItem {
 
 class StorySaver {
  public:
-  StorySaver(const Document& document, const MifLayout& layout, Splice* splice,
+  StorySaver(const Document& document, const MifLayout& layout, Splice* splice, ParagraphFormats* formats,
              std::vector<bool>* removed_paragraphs, std::vector<bool>* written_paragraphs)
       : document_(document),
         layout_(layout),
         splice_(*splice),
+        formats_(*formats),
         removed_(*removed_paragraphs),
         written_(*written_paragraphs) {}
 
@@ -48,12 +50,15 @@ class StorySaver {
  private:
   // The last paragraph that stayed, as far as later ones may still change it.
   struct Kept {
+    std::uint32_t first = 0;  // the first and the last paragraph that it was made of
     std::uint32_t paragraph = 0;
     bool mark_deleted = false;        // its end was deleted: the next text joins it
     std::size_t splice_mark = 0;      // the splice before it was saved
     std::uint16_t source_before = 0;  // the condition states before it
     std::uint16_t out_before = 0;
-    std::vector<StoryItem> items;  // kept only when the end was deleted
+    // Kept only when the end was deleted: its items, and the text frames that were handed to it.
+    std::vector<StoryItem> items;
+    std::vector<std::uint32_t> frames;
   };
 
   void SaveParagraph(bool is_last);
@@ -77,6 +82,7 @@ class StorySaver {
   const Document& document_;
   const MifLayout& layout_;
   Splice& splice_;
+  ParagraphFormats& formats_;
   std::vector<bool>& removed_;
   std::vector<bool>& written_;
 

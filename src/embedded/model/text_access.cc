@@ -76,7 +76,11 @@ std::string_view PlainText(const Document& document, const Item& item) {
   if (document.format == Format::kXml) {
     return item.Is(kEscaped) ? document.values[item.ref] : document.At(item);
   }
-  return mif::Inside(LeafData(document.At(item)));
+  const std::string_view data = LeafData(document.At(item));
+  if (mif::IsString(data)) return mif::Inside(data);
+  // Written by hand: blanks before the name, or a comment before the string.
+  mif::Reader reader(document.At(item));
+  return reader.Next() ? mif::Inside(reader.data()) : std::string_view();
 }
 
 void AppendItemText(const Document& document, const Item& item, std::string* text) {
