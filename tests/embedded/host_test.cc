@@ -164,6 +164,19 @@ TEST_F(HostTest, SavedWithoutChangeIsTheSameToTheByte) {
   }
 }
 
+TEST_F(HostTest, SavedASecondTimeElsewhereTheEditsAreStillThere) {
+  for (const std::string& name : {std::string("one.mif"), std::string("one.xml")}) {
+    const bool xml = name.ends_with(".xml");
+    const Id id = OpenText(xml ? "<Doc><p a='1'/></Doc>" : Mif("<Doc>text</Doc>"));
+    ASSERT_TRUE(host.editing.SetAttributes(id, Find(id, "Doc"), {{"b", {"2"}}}));
+    ASSERT_TRUE(SaveAs(id, folder + "/first-" + name)) << host.documents.LastError();
+    ASSERT_TRUE(SaveAs(id, folder + "/second-" + name)) << host.documents.LastError();
+    EXPECT_EQ(Content(folder + "/second-" + name), Content(folder + "/first-" + name));
+    EXPECT_NE(Content(folder + "/second-" + name).find(xml ? "b=\"2\"" : "<AttrName `b'>"),
+              std::string::npos);
+  }
+}
+
 TEST_F(HostTest, WhatCannotBeOpenedSaysWhy) {
   const std::string damaged = Mif("<Doc>text</Doc>").substr(0, 900);
   const struct {

@@ -28,8 +28,10 @@ class MemoryPlatform : public host::Platform {
     if (found == files.end()) return std::nullopt;
     return found->second;
   }
-  bool ReplaceFile(const std::string& path, std::string_view content) override {
-    files[path] = content;
+  bool ReplaceFileByPieces(const std::string& path, std::span<const std::string_view> pieces) override {
+    std::string& content = files[path];
+    content.clear();
+    for (const std::string_view piece : pieces) content.append(piece);
     return true;
   }
   bool AppendFile(const std::string& path, std::string_view content) override {

@@ -283,7 +283,7 @@ class ObservedPlatform : public Observed<Platform> {
   CALL1(bool, FileExists, const std::string&)
   CALL1(bool, FolderExists, const std::string&)
   CALL1(std::optional<std::string>, ReadFile, const std::string&)
-  CALL2(bool, ReplaceFile, const std::string&, std::string_view)
+  CALL2(bool, ReplaceFileByPieces, const std::string&, std::span<const std::string_view>)
   CALL2(bool, AppendFile, const std::string&, std::string_view)
   CALL2(bool, CopyFile, const std::string&, const std::string&)
   CALL1(bool, RemoveFile, const std::string&)

@@ -106,7 +106,7 @@ class DocumentsRole : public host::Documents {
     return workspace_.Fail(Error::kCannotSave, path + ": " + std::string(why));
   }
   bool SaveTo(Id id, OpenFile* file, const host::SaveOptions& options);
-  std::string Bytes(OpenFile* file, Format format);
+  model::Pieces Bytes(OpenFile* file, Format format);
 
   Workspace& workspace_;
 };
@@ -213,7 +213,7 @@ bool DocumentsRole::SaveTo(Id id, OpenFile* file, const host::SaveOptions& optio
   if (format == Format::kXml && own == Format::kXml && HasNoRoot(*file->document)) {
     return FailSave(path, "every element was deleted, and XML cannot be without one.");
   }
-  if (!workspace_.platform().ReplaceFile(path, Bytes(file, format))) {
+  if (!workspace_.platform().ReplaceFileByPieces(path, Bytes(file, format).All())) {
     return FailSave(path, "the file cannot be written" + workspace_.FileErrorSuffix());
   }
   if (format != own) return true;
@@ -225,14 +225,18 @@ bool DocumentsRole::SaveTo(Id id, OpenFile* file, const host::SaveOptions& optio
   return true;
 }
 
-std::string DocumentsRole::Bytes(OpenFile* file, Format format) {
+model::Pieces DocumentsRole::Bytes(OpenFile* file, Format format) {
   const model::Document& tree = file->Tree();
-  const bool edited = file->edited || tree.modified;
-  if (format == tree.format && (file->book || !edited)) return tree.source;
+  model::Pieces pieces;
   if (format != tree.format) {
-    return format == Format::kXml ? model::ConvertToXml(tree) : model::ConvertToMif(tree);
+    pieces.Copy(format == Format::kXml ? model::ConvertToXml(tree) : model::ConvertToMif(tree));
+  } else if (file->book || !(file->edited || tree.modified)) {
+    pieces.Refer(tree.source);
+  } else {
+    // Saved before or not: the edits still stand on the source as it was read.
+    pieces = format == Format::kXml ? model::XmlPieces(tree) : model::MifPieces(tree);
   }
-  return format == Format::kXml ? model::SaveXml(tree) : model::SaveMif(tree);
+  return pieces;
 }
 
 bool DocumentsRole::Close(Id id, bool discard) {

@@ -15,6 +15,9 @@
 #include <cstring>
 #include <ctime>
 #include <memory>
+#include <span>
+
+#include "embedded/model/large_pages.h"
 
 extern char** environ;
 
@@ -56,8 +59,30 @@ bool WriteAll(int file, std::string_view content) {
   return true;
 }
 
+// Writes the pieces in their order. Small ones are gathered into blocks, long ones go out as they lie.
+bool WriteAll(int file, std::span<const std::string_view> pieces) {
+  constexpr std::size_t kBlock = 262144;
+  std::string block;
+  const auto flush = [&] {
+    const bool done = WriteAll(file, block);
+    block.clear();
+    return done;
+  };
+  for (const std::string_view piece : pieces) {
+    if (block.size() + piece.size() > kBlock && !flush()) return false;
+    if (piece.size() > kBlock) {
+      if (!WriteAll(file, piece)) return false;
+    } else {
+      block.append(piece);
+    }
+  }
+  return flush();
+}
+
 // Reads to the end. The size is only a hint: a pipe has none, and a file may grow or shrink while it is read.
 bool ReadAll(int file, std::size_t size, std::string* content) {
+  content->reserve(size + 1);
+  model::AdviseLargePages(content->data(), content->capacity());
   content->resize(size + 1);
   std::size_t used = 0;
   for (;;) {
@@ -105,7 +130,8 @@ int CreateBeside(const std::string& path, mode_t mode, std::string* name) {
 
 // Writes `content` into a new file beside `path` and renames it over. `keep_mode` sets the mode to the
 // letter, as the file before had it. Returns 0 or the error.
-int WriteBeside(const std::string& path, std::string_view content, mode_t mode, bool keep_mode) {
+int WriteBeside(const std::string& path, std::span<const std::string_view> content, mode_t mode,
+                bool keep_mode) {
   std::string temporary;
   Descriptor file(CreateBeside(path, mode, &temporary));
   if (!file.Valid()) return errno;
@@ -122,12 +148,12 @@ int WriteBeside(const std::string& path, std::string_view content, mode_t mode, 
 }
 
 // Devices and pipes hold nothing that could be lost, and cannot be renamed over.
-int WriteThrough(const std::string& path, std::string_view content) {
+int WriteThrough(const std::string& path, std::span<const std::string_view> content) {
   Descriptor file(::open(path.c_str(), O_WRONLY | O_CLOEXEC));
   return file.Valid() && WriteAll(file.Get(), content) && file.Close() ? 0 : errno;
 }
 
-int Replace(const std::string& given, std::string_view content, mode_t mode_of_new) {
+int Replace(const std::string& given, std::span<const std::string_view> content, mode_t mode_of_new) {
   const std::string path = Resolved(given);
   struct stat status {};
   if (::stat(path.c_str(), &status) != 0) {
@@ -174,8 +200,8 @@ std::optional<std::string> PosixPlatform::ReadFile(const std::string& path) {
   }
 }
 
-bool PosixPlatform::ReplaceFile(const std::string& path, std::string_view content) {
-  const int error = Replace(path, content, 0666);
+bool PosixPlatform::ReplaceFileByPieces(const std::string& path, std::span<const std::string_view> pieces) {
+  const int error = Replace(path, pieces, 0666);
   return error == 0 || Fail(error);
 }
 
@@ -189,7 +215,8 @@ bool PosixPlatform::CopyFile(const std::string& from, const std::string& to) {
   if (::stat(from.c_str(), &status) != 0) return Fail(errno);
   const std::optional<std::string> content = ReadFile(from);
   if (!content) return false;
-  const int error = Replace(to, *content, status.st_mode & 0777);
+  const std::string_view whole = *content;
+  const int error = Replace(to, std::span(&whole, 1), status.st_mode & 0777);
   return error == 0 || Fail(error);
 }
 

@@ -27,7 +27,7 @@ class PosixPlatform : public host::Platform {
   bool FileExists(const std::string& path) override;
   bool FolderExists(const std::string& path) override;
   std::optional<std::string> ReadFile(const std::string& path) override;
-  bool ReplaceFile(const std::string& path, std::string_view content) override;
+  bool ReplaceFileByPieces(const std::string& path, std::span<const std::string_view> pieces) override;
   bool AppendFile(const std::string& path, std::string_view content) override;
   bool CopyFile(const std::string& from, const std::string& to) override;
   bool RemoveFile(const std::string& path) override;

@@ -51,4 +51,13 @@ FileKind Recognize(std::string_view bytes) {
   return LooksLikeXml(text) ? FileKind::kXml : FileKind::kUnknown;
 }
 
+Pieces Save(const Document& document) {
+  if (document.modified) {
+    return document.format == Format::kXml ? XmlPieces(document) : MifPieces(document);
+  }
+  Pieces whole;
+  whole.Refer(document.source);
+  return whole;
+}
+
 }  // namespace qelm::embedded::model

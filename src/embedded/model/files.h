@@ -5,6 +5,7 @@
 
 #include "embedded/model/book.h"
 #include "embedded/model/document.h"
+#include "embedded/model/pieces.h"
 
 namespace qelm::embedded::model {
 
@@ -19,8 +20,14 @@ std::unique_ptr<Document> BuildXml(std::string bytes, std::string* error);
 std::unique_ptr<Book> BuildBook(std::string bytes, std::string* error);
 
 // The bytes to write: the source with what the edits call for. Equal to the source when there was no edit.
-std::string SaveMif(const Document& document);
-std::string SaveXml(const Document& document);
+// The pieces refer to the document, which must outlive them and stay as it is.
+Pieces Save(const Document& document);
+inline std::string SaveMif(const Document& document) { return Save(document).Joined(); }
+inline std::string SaveXml(const Document& document) { return Save(document).Joined(); }
+
+// The same for a document that was edited, by format.
+Pieces MifPieces(const Document& document);
+Pieces XmlPieces(const Document& document);
 
 // The document in the other format, as far as that has words for it.
 std::string ConvertToXml(const Document& document);

@@ -24,7 +24,7 @@ class MifSaver {
         moves_(document.blocks.size(), false),
         removed_flows_(document.flows.size(), false) {}
 
-  std::string Run();
+  Pieces Run();
 
  private:
   void SaveCatalogs();
@@ -56,7 +56,7 @@ class MifSaver {
   std::vector<bool> removed_flows_;
 };
 
-std::string MifSaver::Run() {
+Pieces MifSaver::Run() {
   ChooseMovingBlocks();
   SaveCatalogs();
   SaveShowAll();
@@ -367,9 +367,6 @@ void MifSaver::SaveAttributes() {
 
 }  // namespace
 
-std::string SaveMif(const Document& document) {
-  if (!document.modified) return document.source;
-  return MifSaver(document).Run();
-}
+Pieces MifPieces(const Document& document) { return MifSaver(document).Run(); }
 
 }  // namespace qelm::embedded::model

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <charconv>
 
+#include "embedded/model/large_pages.h"
+
 namespace qelm::embedded::model {
 
 using mif::Piece;
@@ -118,7 +120,7 @@ Item& Scanner::Add(ItemKind kind, std::uint32_t ref) {
 }
 
 bool Scanner::Run(std::string* error) {
-  scan_.items.reserve(document_.source.size() / 64);
+  ReserveLarge(&scan_.items, document_.source.size() / 64);
   while (reader_.Next()) TopLevel();
   if (reader_.Failed()) {
     *error = mif::Describe(document_.source, reader_.error());

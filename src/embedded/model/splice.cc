@@ -4,22 +4,19 @@
 
 namespace qelm::embedded::model {
 
-std::string Splice::Apply(std::string_view source) {
+Pieces Splice::Apply(std::string_view source) {
   const auto earlier = [](const Edit& a, const Edit& b) { return a.begin < b.begin; };
   if (!std::is_sorted(edits_.begin(), edits_.end(), earlier)) {
     std::stable_sort(edits_.begin(), edits_.end(), earlier);
   }
-  std::size_t added = 0;
-  for (const Edit& edit : edits_) added += edit.text.size();
-  std::string result;
-  result.reserve(source.size() + added);
+  Pieces result;
   std::size_t at = 0;
   for (const Edit& edit : edits_) {
-    if (edit.begin > at) result.append(source.substr(at, edit.begin - at));
-    result.append(edit.text);
+    if (edit.begin > at) result.Refer(source.substr(at, edit.begin - at));
+    result.Copy(edit.text);
     at = std::max(at, static_cast<std::size_t>(std::max(edit.begin, edit.end)));
   }
-  if (at < source.size()) result.append(source.substr(at));
+  if (at < source.size()) result.Refer(source.substr(at));
   return result;
 }
 

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "embedded/model/pieces.h"
+
 namespace qelm::embedded::model {
 
 class Splice {
@@ -31,7 +33,8 @@ class Splice {
   std::size_t Mark() { return barrier_ = edits_.size(); }
   void ReturnTo(std::size_t mark) { edits_.resize(mark); }
 
-  std::string Apply(std::string_view source);
+  // The source with the edits; the source's own bytes are referred to.
+  Pieces Apply(std::string_view source);
 
  private:
   struct Edit {

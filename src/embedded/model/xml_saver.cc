@@ -55,7 +55,7 @@ class Saver {
         items_(document.items),
         source_(document.source),
         encoding_(xml::DetectEncoding(document.source)) {}
-  std::string Run();
+  Pieces Run();
 
  private:
   // What the marks of a gap do, and what is to become of them.
@@ -90,19 +90,22 @@ class Saver {
   std::string_view ConditionName(Id id) const { return document_.conditions[id].name; }
   void CopyTo(std::uint32_t offset) {
     if (offset <= copied_) return;
-    out_.append(source_.substr(copied_, offset - copied_));
+    out_.Refer(source_.substr(copied_, offset - copied_));
     copied_ = offset;
   }
   void SkipTo(std::uint32_t offset) { copied_ = std::max(copied_, offset); }
   void Emit(std::string_view text, xml::Missing missing = xml::Missing::kEscape) {
-    xml::AppendEncoded(text, encoding_, missing, &out_);
+    encoded_.clear();
+    xml::AppendEncoded(text, encoding_, missing, &encoded_);
+    out_.Copy(encoded_);
   }
 
   const Document& document_;
   const std::vector<Item>& items_;
   std::string_view source_;
   xml::Encoding encoding_;
-  std::string out_;
+  Pieces out_;
+  std::string encoded_;
   std::uint32_t copied_ = 0;  // the source up to here is written or left out
   std::uint32_t at_ = 0;      // the item
   std::vector<Story> stories_;
@@ -134,8 +137,7 @@ bool Take(std::vector<Id>* set, Id id) {
   return true;
 }
 
-std::string Saver::Run() {
-  out_.reserve(source_.size() + source_.size() / 16);
+Pieces Saver::Run() {
   edits_ = PrologEdits(document_, encoding_);
   dirty_ = DirtyRows(document_);
   stories_.emplace_back();
@@ -520,9 +522,6 @@ void Saver::Put(std::uint32_t index) {
 
 }  // namespace
 
-std::string SaveXml(const Document& document) {
-  if (!document.modified) return document.source;
-  return Saver(document).Run();
-}
+Pieces XmlPieces(const Document& document) { return Saver(document).Run(); }
 
 }  // namespace qelm::embedded::model

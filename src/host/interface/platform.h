@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <span>
 
 #include "host/interface/types.h"
 
@@ -25,9 +26,13 @@ class Platform {
   virtual bool FolderExists(const std::string& path) = 0;
   // The whole content of a file; nothing when it cannot be read.
   virtual std::optional<std::string> ReadFile(const std::string& path) = 0;
-  // Replaces the file by one with this content: it is written beside and renamed, so that whatever happens
-  // there is either the old file or the new one. False, with the old file as it was, on failure.
-  virtual bool ReplaceFile(const std::string& path, std::string_view content) = 0;
+  // Replaces the file by one with this content, which may come in pieces: it is written beside and renamed,
+  // so that whatever happens there is either the old file or the new one. False, with the old file as it was,
+  // on failure.
+  virtual bool ReplaceFileByPieces(const std::string& path, std::span<const std::string_view> pieces) = 0;
+  bool ReplaceFile(const std::string& path, std::string_view content) {
+    return ReplaceFileByPieces(path, std::span(&content, 1));
+  }
   // Adds to the end of a file, which is made when it is missing.
   virtual bool AppendFile(const std::string& path, std::string_view content) = 0;
   // Copies one file; a target that exists is replaced as by ReplaceFile.
