@@ -14,6 +14,8 @@ function(qelm_room name folder)
   endif()
 endfunction()
 
+set(QELM_TEST_DEFINITIONS QELM_SOURCE_DIR="${CMAKE_SOURCE_DIR}" QELM_BINARY_DIR="${CMAKE_BINARY_DIR}")
+
 # The helpers of tests/support, which know the contract with the host and nothing else: a library that is made once.
 function(qelm_test_support)
   if(TARGET qelm_test_support)
@@ -23,6 +25,9 @@ function(qelm_test_support)
   add_library(qelm_test_support STATIC ${sources})
   target_link_libraries(qelm_test_support PUBLIC qelm_host_interface)
   target_include_directories(qelm_test_support PUBLIC ${CMAKE_SOURCE_DIR}/tests)
+  target_compile_definitions(qelm_test_support PRIVATE ${QELM_TEST_DEFINITIONS})
+  target_link_libraries(qelm_test_support PUBLIC GTest::gtest)
+  target_precompile_headers(qelm_test_support PRIVATE <gtest/gtest.h> <memory> <string> <string_view> <vector>)
 endfunction()
 
 # qelm_tests(NAME LIBRARIES...) makes the test program test_NAME of tests/NAME/*.cc, with the helpers of
@@ -34,8 +39,8 @@ function(qelm_tests name)
     add_executable(test_${name} ${sources})
     target_link_libraries(test_${name} PRIVATE qelm_test_support ${ARGN} GTest::gtest GTest::gtest_main)
     target_include_directories(test_${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
-    target_compile_definitions(test_${name} PRIVATE QELM_SOURCE_DIR="${CMAKE_SOURCE_DIR}"
-      QELM_BINARY_DIR="${CMAKE_BINARY_DIR}")
+    target_compile_definitions(test_${name} PRIVATE ${QELM_TEST_DEFINITIONS})
+    target_precompile_headers(test_${name} REUSE_FROM qelm_test_support)
     add_test(NAME ${name} COMMAND test_${name})
   endif()
 endfunction()
