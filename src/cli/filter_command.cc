@@ -47,28 +47,6 @@ constexpr EndingText kEndings[] = {
     {Ending::kNotRestored, ExitStatus::kOperation, "what an earlier filter hid could not be restored"},
 };
 
-// The file in which mode duplicate works. It becomes the output only when everything went well, so that a run
-// that fails leaves the output of an earlier one as it was.
-class UnfinishedCopy {
- public:
-  UnfinishedCopy(host::Platform& platform, const std::string& output) : platform_(platform) {
-    for (int number = 1; path_.empty() || platform.FileExists(path_); ++number) {
-      path_ = output + ".unfinished" + (number == 1 ? std::string() : "-" + std::to_string(number));
-    }
-  }
-  ~UnfinishedCopy() {
-    if (platform_.FileExists(path_)) platform_.RemoveFile(path_);
-  }
-  UnfinishedCopy(const UnfinishedCopy&) = delete;
-  UnfinishedCopy& operator=(const UnfinishedCopy&) = delete;
-
-  const std::string& path() const { return path_; }
-
- private:
-  host::Platform& platform_;
-  std::string path_;
-};
-
 class FilterCommand : public Command {
  public:
   CLI::App* Define(CLI::App& program) override;
@@ -138,11 +116,11 @@ Outcome FilterCommand::Run(Session& session) {
   const host::Id document = session.OpenDocument(target_);
   ActivateScheme(session, scheme_, schemes::SchemeKind::kFilter);
   filtering::FilterRun& run = session.plugin().filter_run;
-  if (run.mode != LaunchMode::kDuplicate || dry_run_) return Filter(session, document, output_);
-  const std::string output = DuplicatePath(session, document);
-  const UnfinishedCopy copy(session.roles().platform, output);
-  run.duplicate_path = copy.path();
-  return Filter(session, document, output);
+  if (run.mode != LaunchMode::kDuplicate) return Filter(session, document, output_);
+  // The document is saved under the other name when everything went well, and only then: its own file is
+  // never written, and a run that fails leaves the output of an earlier one as it was.
+  run.is_copy = true;
+  return Filter(session, document, DuplicatePath(session, document));
 }
 
 Outcome FilterCommand::Filter(Session& session, host::Id document, const std::string& output) {
@@ -153,10 +131,7 @@ Outcome FilterCommand::Filter(Session& session, host::Id document, const std::st
   Outcome outcome;
   outcome.result = filtering::FilterActiveDocument(context);
   CheckEnding(run, outcome.result);
-  if (!dry_run_) {
-    const bool copy = run.mode == LaunchMode::kDuplicate;
-    outcome.output = session.Save(copy ? run.result_document : document, output);
-  }
+  if (!dry_run_) outcome.output = session.Save(document, output);
   outcome.members = {
       {"scheme", scheme_},        {"mode", ModeName(run.mode)}, {"dry_run", dry_run_},
       {"elements", run.elements}, {"kept", run.kept},           {"hidden", run.hidden},

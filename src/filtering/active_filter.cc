@@ -69,7 +69,7 @@ bool ActiveFilter::FindDocument() {
 
 void ActiveFilter::Run() {
   started_ = host_.platform.Milliseconds();
-  const bool copies = run_.mode == LaunchMode::kDuplicate && !run_.dry_run;
+  const bool copies = run_.mode == LaunchMode::kDuplicate && !run_.is_copy && !run_.dry_run;
   std::vector<FlowRoot> flows = FlowsToFilter(host_, context_.scheme, document_);
   Verdicts verdicts(context_, document_);
   if (!verdicts.Prepare(flows) || !RootMayGo(flows, verdicts)) return;

@@ -67,6 +67,7 @@ struct FilterRun {
   bool notify = false;
   std::string
       duplicate_path;    // where mode 3 puts the copy; empty: beside the document, by QELM_MSG_FILTER_17
+  bool is_copy = false;  // the document is a copy, or the caller saves it as one: mode 3 makes none
   bool dry_run = false;  // only count verdicts; nothing is hidden, deleted, created, copied or saved
 
   // What came of it. The cancel flag is 0 while all is well, 1 when the run was cancelled or failed, and else

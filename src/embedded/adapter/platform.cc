@@ -17,8 +17,6 @@
 #include <memory>
 #include <span>
 
-#include "embedded/model/large_pages.h"
-
 extern char** environ;
 
 namespace qelm::embedded::adapter {
@@ -80,23 +78,20 @@ bool WriteAll(int file, std::span<const std::string_view> pieces) {
 }
 
 // Reads to the end. The size is only a hint: a pipe has none, and a file may grow or shrink while it is read.
+// By way of a block, because a string that is made larger is filled with zeros first.
 bool ReadAll(int file, std::size_t size, std::string* content) {
-  content->reserve(size + 1);
-  model::AdviseLargePages(content->data(), content->capacity());
-  content->resize(size + 1);
-  std::size_t used = 0;
+  constexpr std::size_t kBlock = 262144;
+  const auto block = std::make_unique_for_overwrite<char[]>(kBlock);
+  content->reserve(size);
   for (;;) {
-    if (used == content->size()) content->resize(used + std::max<std::size_t>(used, 65536));
-    const ssize_t count = ::read(file, content->data() + used, content->size() - used);
-    if (count == 0) break;
+    const ssize_t count = ::read(file, block.get(), kBlock);
+    if (count == 0) return true;
     if (count > 0) {
-      used += static_cast<std::size_t>(count);
+      content->append(block.get(), static_cast<std::size_t>(count));
     } else if (errno != EINTR) {
       return false;
     }
   }
-  content->resize(used);
-  return true;
 }
 
 std::string FolderOf(const std::string& path) {

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <map>
 
-#include "embedded/model/large_pages.h"
 #include "embedded/model/text_access.h"
 
 namespace qelm::embedded::model {
@@ -14,13 +13,13 @@ bool IsStateStatement(ItemKind kind) { return kind == ItemKind::kFont || kind ==
 // The states of the source are kept from the first edit on, so that saving can tell what changed.
 void KeepSourceConditions(Document* document) {
   if (!document->source_conditions.empty()) return;
-  ReserveLarge(&document->source_conditions, document->items.size());
+  document->source_conditions.reserve(document->items.size());
   for (const Item& item : document->items) document->source_conditions.push_back(item.conditions);
 }
 
 void KeepSourceFonts(Document* document) {
   if (!document->source_fonts.empty()) return;
-  ReserveLarge(&document->source_fonts, document->items.size());
+  document->source_fonts.reserve(document->items.size());
   for (const Item& item : document->items) document->source_fonts.push_back(item.font);
 }
 

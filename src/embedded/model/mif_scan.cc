@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <charconv>
 
-#include "embedded/model/large_pages.h"
-
 namespace qelm::embedded::model {
 
 using mif::Piece;
@@ -38,6 +36,7 @@ class Scanner {
   bool Run(std::string* error);
 
  private:
+  void Reserve();
   void TopLevel();
   void ReadDocumentSettings();
   void ReadFrames();
@@ -119,8 +118,22 @@ Item& Scanner::Add(ItemKind kind, std::uint32_t ref) {
   return scan_.items.emplace_back(item);
 }
 
+// Room for as much as files of this size hold at most, as a rule: what is not filled is never touched, but an
+// array that outgrows its room is copied.
+void Scanner::Reserve() {
+  const std::size_t size = document_.source.size();
+  scan_.items.reserve(size / 48);
+  scan_.elements.reserve(size / 256);
+  scan_.part_items.reserve(size / 512);
+  scan_.part_elements.reserve(size / 512);
+  document_.parts.reserve(size / 512);
+  document_.paragraphs.reserve(size / 256);
+  document_.attributes.reserve(size / 256);
+  document_.values.reserve(size / 256);
+}
+
 bool Scanner::Run(std::string* error) {
-  ReserveLarge(&scan_.items, document_.source.size() / 64);
+  Reserve();
   while (reader_.Next()) TopLevel();
   if (reader_.Failed()) {
     *error = mif::Describe(document_.source, reader_.error());

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "embedded/model/large_pages.h"
-
 namespace qelm::embedded::model {
 namespace {
 
@@ -65,8 +63,8 @@ void TreeBuilder::Warn(std::uint32_t offset, const char* text) {
 }
 
 void TreeBuilder::Run() {
-  ReserveLarge(&document_.items, scan_.items.size());
-  ReserveLarge(&document_.elements, scan_.elements.size() * 2);
+  document_.items.reserve(scan_.items.size());
+  document_.elements.reserve(scan_.elements.size() * 2);
   document_.flows.reserve(scan_.flows.size() + 1);
   const auto is_hidden = [&](const RawFlow& raw) {
     std::int32_t page = -1;

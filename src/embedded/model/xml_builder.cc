@@ -4,7 +4,6 @@
 #include <unordered_set>
 
 #include "embedded/model/files.h"
-#include "embedded/model/large_pages.h"
 #include "embedded/model/xml_marks.h"
 #include "embedded/xml/reader.h"
 #include "embedded/xml/write.h"
@@ -435,7 +434,7 @@ std::unique_ptr<Document> BuildXml(std::string bytes, std::string* error) {
   AddReservedColors(document.get());
   XmlDraft draft;
   constexpr std::size_t kBytesPerItem = 16;
-  ReserveLarge(&document->items, source.size() / kBytesPerItem);
+  document->items.reserve(source.size() / kBytesPerItem);
   Gatherer gatherer(document.get(), &draft);
   xml::Error problem;
   if (!xml::Read(document->source, &gatherer, &problem)) {

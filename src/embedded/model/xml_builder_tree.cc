@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <map>
 
-#include "embedded/model/large_pages.h"
 #include "embedded/model/xml_builder.h"
 #include "embedded/model/xml_marks.h"
 #include "embedded/xml/encoding.h"
@@ -85,7 +84,7 @@ void TreeMaker::Warn(std::uint32_t offset, const char* text) {
 }
 
 void TreeMaker::Run() {
-  ReserveLarge(&document_.elements, draft_.elements.size() * 2);
+  document_.elements.reserve(draft_.elements.size() * 2);
   OpenScope();
   const auto count = static_cast<std::uint32_t>(document_.items.size());
   for (std::uint32_t i = 0; i < count; ++i) Visit(i);
