@@ -67,6 +67,7 @@ class DocumentsRole : public host::Documents {
     return file == nullptr ? std::string_view() : file->path;
   }
 
+  bool SetPath(Id id, const std::string& path) override;
   bool Switch(Id document, host::DocumentSwitch which) override;
   bool SetSwitch(Id document, host::DocumentSwitch which, bool on) override;
   host::ViewMode View(Id document) override {
@@ -261,6 +262,18 @@ bool DocumentsRole::Switch(Id document, host::DocumentSwitch which) {
       return file->iconified;
   }
   return false;
+}
+
+bool DocumentsRole::SetPath(Id id, const std::string& named) {
+  OpenFile* file = workspace_.File(id);
+  if (file == nullptr) return workspace_.FailId(id);
+  const std::string path = AbsolutePath(named);
+  const Id there = workspace_.FindPath(path);
+  if (named.empty()) return workspace_.Fail(Error::kInvalidArgument, "A document cannot lose its name.");
+  if (there != host::kNone && there != id) return FailSave(path, "a document of that name is open.");
+  file->path = file->Tree().path = path;
+  file->identity = Workspace::Identity(path);
+  return true;
 }
 
 bool DocumentsRole::SetSwitch(Id document, host::DocumentSwitch which, bool on) {

@@ -40,6 +40,19 @@ class EditingRole : public host::Editing {
   bool SetDefinition(Id document, Id, Id) override {
     return NotSupported(document, "an element cannot be given another definition");
   }
+  bool AppendParagraph(Id document, Id, const host::NewParagraph&) override {
+    return NotSupported(document, "a paragraph cannot be added");
+  }
+  bool InsertText(Id document, const host::TextLocation&, std::string_view) override {
+    return NotSupported(document, "text cannot be inserted");
+  }
+  bool InsertMarker(Id document, const host::TextRange&, std::string_view, std::string_view) override {
+    return NotSupported(document, "a marker cannot be inserted");
+  }
+  host::TextRange FindParagraph(Id document, Id, std::string_view) override {
+    NotSupported(document, "a paragraph cannot be looked for");
+    return {};
+  }
 
   bool DeleteElement(Id document, Id element) override;
   bool DeleteRows(Id document, Id table, Id first_row, std::int32_t count) override;
