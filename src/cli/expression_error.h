@@ -16,7 +16,9 @@ class Session;
 Failure ExpressionFailure(Session& session, std::string_view expression, std::int32_t code,
                           std::string_view owner);
 
-// Parses the expression. Returns its sequence number; throws ExpressionFailure.
-std::int32_t ParseOrFail(Session& session, std::string_view expression, std::string_view owner);
+// Parses the expression. Returns its sequence number; throws ExpressionFailure. With `report` a refused one
+// goes to the XPath error report as well.
+std::int32_t ParseOrFail(Session& session, std::string_view expression, std::string_view owner,
+                         bool report = false);
 
 }  // namespace qelm::cli

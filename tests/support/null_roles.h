@@ -31,6 +31,7 @@ class NullDocuments : public host::Documents {
   bool Save(host::Id, const host::SaveOptions&) override { return false; }
   bool Close(host::Id, bool) override { return false; }
   std::string_view Path(host::Id) override { return {}; }
+  bool SetPath(host::Id, const std::string&) override { return false; }
   bool Switch(host::Id, host::DocumentSwitch) override { return false; }
   bool SetSwitch(host::Id, host::DocumentSwitch, bool) override { return false; }
   host::ViewMode View(host::Id) override { return host::ViewMode::kWysiwyg; }
@@ -68,6 +69,12 @@ class NullEditing : public host::Editing {
   bool DeleteRows(host::Id, host::Id, host::Id, std::int32_t) override { return false; }
   bool RemoveTitle(host::Id, host::Id) override { return false; }
   bool ClearText(host::Id, const host::TextRange&) override { return false; }
+  bool AppendParagraph(host::Id, host::Id, const host::NewParagraph&) override { return false; }
+  bool InsertText(host::Id, const host::TextLocation&, std::string_view) override { return false; }
+  bool InsertMarker(host::Id, const host::TextRange&, std::string_view, std::string_view) override {
+    return false;
+  }
+  host::TextRange FindParagraph(host::Id, host::Id, std::string_view) override { return {}; }
 };
 
 class NullText : public host::Text {

@@ -116,6 +116,7 @@ class ObservedDocuments : public Observed<Documents> {
   CALL2(bool, Save, Id, const SaveOptions&)
   CALL2(bool, Close, Id, bool)
   CALL1(std::string_view, Path, Id)
+  CALL2(bool, SetPath, Id, const std::string&)
   CALL2(bool, Switch, Id, DocumentSwitch)
   CALL3(bool, SetSwitch, Id, DocumentSwitch, bool)
   CALL1(ViewMode, View, Id)
@@ -187,6 +188,10 @@ class ObservedEditing : public Observed<Editing> {
   CALL4(bool, DeleteRows, Id, Id, Id, std::int32_t)
   CALL2(bool, RemoveTitle, Id, Id)
   CALL2(bool, ClearText, Id, const TextRange&)
+  CALL3(bool, AppendParagraph, Id, Id, const NewParagraph&)
+  CALL3(bool, InsertText, Id, const TextLocation&, std::string_view)
+  CALL4(bool, InsertMarker, Id, const TextRange&, std::string_view, std::string_view)
+  CALL3(TextRange, FindParagraph, Id, Id, std::string_view)
 };
 
 class ObservedText : public Observed<Text> {

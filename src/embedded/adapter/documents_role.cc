@@ -41,7 +41,7 @@ class DocumentsRole : public host::Documents {
   explicit DocumentsRole(Workspace& workspace) : workspace_(workspace) {}
 
   Id ActiveDocument() override {
-    return workspace_.Document(workspace_.Active()) != nullptr ? workspace_.Active() : host::kNone;
+    return workspace_.IsDocument(workspace_.Active()) ? workspace_.Active() : host::kNone;
   }
   Id ActiveBook() override {
     return workspace_.Book(workspace_.Active()) != nullptr ? workspace_.Active() : host::kNone;
@@ -67,6 +67,7 @@ class DocumentsRole : public host::Documents {
     return file == nullptr ? std::string_view() : file->path;
   }
 
+  bool SetPath(Id id, const std::string& path) override;
   bool Switch(Id document, host::DocumentSwitch which) override;
   bool SetSwitch(Id document, host::DocumentSwitch which, bool on) override;
   host::ViewMode View(Id document) override {
@@ -88,7 +89,7 @@ class DocumentsRole : public host::Documents {
  private:
   Id DocumentFrom(Id first) {
     for (Id id = first; id < workspace_.IdLimit(); ++id) {
-      if (workspace_.Document(id) != nullptr) return id;
+      if (workspace_.IsDocument(id)) return id;
     }
     return host::kNone;
   }
@@ -107,6 +108,7 @@ class DocumentsRole : public host::Documents {
   }
   bool SaveTo(Id id, OpenFile* file, const host::SaveOptions& options);
   model::Pieces Bytes(OpenFile* file, Format format);
+  static std::string Converted(const model::Document& tree, Format format);
 
   Workspace& workspace_;
 };
@@ -191,6 +193,9 @@ bool DocumentsRole::Save(Id id, const host::SaveOptions& options) {
   OpenFile* file = workspace_.File(id);
   if (file == nullptr) return workspace_.FailId(id);
   try {
+    if (file->document && file->document->additions.Pending() && !SettleDocument(file)) {
+      return FailSave(file->path, "what was added to the document cannot be written.");
+    }
     return SaveTo(id, file, options);
   } catch (const std::exception&) {
     return FailSave(options.path.empty() ? file->path : options.path,
@@ -229,7 +234,7 @@ model::Pieces DocumentsRole::Bytes(OpenFile* file, Format format) {
   const model::Document& tree = file->Tree();
   model::Pieces pieces;
   if (format != tree.format) {
-    pieces.Copy(format == Format::kXml ? model::ConvertToXml(tree) : model::ConvertToMif(tree));
+    pieces.Copy(Converted(tree, format));
   } else if (file->book || !(file->edited || tree.modified)) {
     pieces.Refer(tree.source);
   } else {
@@ -237,6 +242,19 @@ model::Pieces DocumentsRole::Bytes(OpenFile* file, Format format) {
     pieces = format == Format::kXml ? model::XmlPieces(tree) : model::MifPieces(tree);
   }
   return pieces;
+}
+
+// Conversion goes by elements in the order of their ids, so a tree that insertions brought out of order is built anew.
+std::string DocumentsRole::Converted(const model::Document& tree, Format format) {
+  if (!tree.order.empty()) {
+    const bool is_xml = tree.format == Format::kXml;
+    std::string bytes = (is_xml ? model::XmlPieces(tree) : model::MifPieces(tree)).Joined();
+    std::string error;
+    const std::unique_ptr<model::Document> in_order =
+        is_xml ? model::BuildXml(std::move(bytes), &error) : model::BuildMif(std::move(bytes), &error);
+    if (in_order) return Converted(*in_order, format);
+  }
+  return format == Format::kXml ? model::ConvertToXml(tree) : model::ConvertToMif(tree);
 }
 
 bool DocumentsRole::Close(Id id, bool discard) {
@@ -265,6 +283,18 @@ bool DocumentsRole::Switch(Id document, host::DocumentSwitch which) {
       return file->iconified;
   }
   return false;
+}
+
+bool DocumentsRole::SetPath(Id id, const std::string& named) {
+  OpenFile* file = workspace_.File(id);
+  if (file == nullptr) return workspace_.FailId(id);
+  const std::string path = AbsolutePath(named);
+  const Id there = workspace_.FindPath(path);
+  if (named.empty()) return workspace_.Fail(Error::kInvalidArgument, "A document cannot lose its name.");
+  if (there != host::kNone && there != id) return FailSave(path, "a document of that name is open.");
+  file->path = file->Tree().path = path;
+  file->identity = Workspace::Identity(path);
+  return true;
 }
 
 bool DocumentsRole::SetSwitch(Id document, host::DocumentSwitch which, bool on) {

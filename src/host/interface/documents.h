@@ -88,6 +88,10 @@ class Documents {
   // holds until the next call.
   virtual std::string_view Path(Id document_or_book) = 0;
 
+  // Gives a document another path, as one that was opened as new gets its name. Nothing is written. False
+  // with the error code set when the id is invalid or another open document has that path.
+  virtual bool SetPath(Id document_or_book, const std::string& path) = 0;
+
   // A switch of a document. Reading one of an invalid id gives false. Writing returns false and sets the
   // error code when the id is invalid.
   virtual bool Switch(Id document, DocumentSwitch which) = 0;
