@@ -631,8 +631,6 @@ TEST_F(HostTest, WhatIsNotSupportedSaysSo) {
   EXPECT_TRUE(refused(host.editing.InsertElement(id, root, kNone, 1) != kNone));
   EXPECT_TRUE(refused(host.editing.SetText(id, root, "b")));
   EXPECT_TRUE(refused(host.editing.DefineElement(id, "X", "<ANY>", "") != kNone));
-  EXPECT_TRUE(refused(host.editing.SetDefinition(id, root, 1)));
-  EXPECT_TRUE(refused(host.documents.ImportFormats(id, id, host::kImportElementDefinitions)));
   EXPECT_FALSE(host.documents.Switch(id, host::DocumentSwitch::kModified));
 }
 

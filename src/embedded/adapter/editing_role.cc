@@ -1,3 +1,4 @@
+#include "embedded/adapter/element_properties.h"
 #include "embedded/adapter/roles.h"
 #include "embedded/model/edit.h"
 
@@ -37,7 +38,11 @@ class EditingRole : public host::Editing {
     NotSupported(document, "the element definition \"" + std::string(name) + "\" cannot be made or changed");
     return host::kNone;
   }
-  bool SetDefinition(Id document, Id, Id) override {
+  bool SetDefinition(Id document, Id element, Id definition) override {
+    const model::Element* found = workspace_.Element(document, element);
+    if (found != nullptr && definition != host::kNone && found->definition == definition) {
+      return Reformat(document, element);
+    }
     return NotSupported(document, "an element cannot be given another definition");
   }
 
@@ -54,6 +59,13 @@ class EditingRole : public host::Editing {
   }
   bool Refuse(const OpenFile* file, const std::string& why) {
     return workspace_.Fail(Error::kRefused, file->path + ": " + why);
+  }
+  // Gives an element the formatting that its definition and formats define.
+  bool Reformat(Id document, Id element) {
+    OpenFile* file = workspace_.DocumentFile(document);
+    if (Changeable(document, element) == nullptr) return false;
+    ApplyDefinedFormats(file, element);
+    return true;
   }
   // A document's element that may be changed; null with the error set otherwise.
   const model::Element* Changeable(Id document, Id element);

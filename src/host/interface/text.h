@@ -12,6 +12,15 @@ class Text {
   // The whole of an element, its boundaries included. Empty for an invalid id.
   virtual TextRange ElementRange(Id document, Id element) = 0;
 
+  // The text of an element that stands elsewhere than the element's anchor in its parent's text: a
+  // footnote's, without the end of its last paragraph. It begins behind the anchor. Empty for other elements
+  // and for an invalid id.
+  virtual TextRange AnchoredRange(Id document, Id element) = 0;
+
+  // Whether text stands in the element itself and not only in elements inside it: its own, or text that its
+  // definition generates. False for an invalid id.
+  virtual bool HasOwnText(Id document, Id element) = 0;
+
   // The text of the element and of everything inside it, without separators, cut at a character after
   // `max_characters`. Text that the element definitions generate is not part of it. The view is either into
   // the document or into `buffer`, and holds until either is changed.
@@ -25,7 +34,7 @@ class Text {
   virtual TextProperties ReadProperties(Id document, const TextRange& range, std::uint32_t mask) = 0;
 
   // Writes the properties that `properties.mask` names to all text of the range. A table in the range is
-  // treated as the one character that anchors it; the text inside it stays. A range that is a part of a table
+  // treated as the one character that anchors it; the text inside it stays, and so it is with a footnote. A range that is a part of a table
   // gives its conditions to its rows. False with the error code set when range or ids are invalid.
   virtual bool WriteProperties(Id document, const TextRange& range, const TextProperties& properties) = 0;
 
