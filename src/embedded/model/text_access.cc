@@ -146,7 +146,7 @@ bool HasOwnText(const Document& document, Id id) {
       continue;
     }
     const Item& item = document.items[i];
-    if (IsTextItem(item.kind) && !item.Is(kDeleted)) return true;
+    if (IsContent(item.kind) && !item.Is(kDeleted)) return true;
   }
   return false;
 }

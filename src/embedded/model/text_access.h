@@ -17,7 +17,8 @@ std::string_view PlainText(const Document& document, const Item& item);
 std::string_view ElementText(const Document& document, Id element, std::size_t max_characters,
                              std::string* buffer);
 
-// Whether text stands in the element itself, not only in elements inside it; generated text counts.
+// Whether content stands in the element itself, not only in elements inside it; generated text counts, and
+// so does the anchor of a table or frame that the element is.
 bool HasOwnText(const Document& document, Id element);
 
 // The properties in force at an item: overrides, then the character format, then the paragraph's font.
