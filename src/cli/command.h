@@ -55,6 +55,8 @@ struct CommandText {
 // Adds a command to a parser.
 CLI::App* AddCommand(CLI::App& parent, const CommandText& text);
 
+std::unique_ptr<Command> MakeColorCommand();
+std::unique_ptr<Command> MakeUncolorCommand();
 std::unique_ptr<Command> MakeFilterCommand();
 std::unique_ptr<Command> MakeRestoreCommand();
 std::unique_ptr<Command> MakeXPathCommand();

@@ -4,6 +4,7 @@
 #include "cli/command.h"
 #include "cli/scheme_choice.h"
 #include "cli/session.h"
+#include "coloring/uncoloring.h"
 #include "common/result_codes.h"
 #include "filtering/document_filter.h"
 
@@ -63,6 +64,7 @@ class FilterCommand : public Command {
   std::string scheme_;
   std::string mode_;
   std::string output_;
+  bool remove_coloring_ = false;
   bool dry_run_ = false;
 };
 
@@ -87,6 +89,9 @@ CLI::App* FilterCommand::Define(CLI::App& program) {
           "Where the result goes. Default: in the source modes the document itself is replaced, in mode "
           "duplicate a file is made beside it")
       ->type_name("FILE");
+  command->add_flag("--remove-coloring", remove_coloring_,
+                    "Uncolor the filtered document, as qelm uncolor does. Default: as "
+                    "FILT_DEFAULT_REMOVE_COLORING says");
   command->add_flag("--dry-run", dry_run_, "Say how much would be hidden or deleted, and write nothing");
   return command;
 }
@@ -96,6 +101,7 @@ void FilterCommand::Prepare(Session& session) {
   filtering::PrepareRun(session.plugin().settings, &run);
   if (!mode_.empty()) run.mode = kModes.at(mode_);
   run.target = filtering::TargetKind::kDocument;
+  run.remove_coloring = run.remove_coloring || remove_coloring_;
   run.dry_run = dry_run_;
   if (run.mode == LaunchMode::kDuplicate && !output_.empty() && Session::SameFile(target_, output_)) {
     throw Failure(
@@ -128,6 +134,12 @@ Outcome FilterCommand::Filter(Session& session, host::Id document, const std::st
   filtering::FilterRun& run = plugin.filter_run;
   plugin.host.documents.Activate(document);
   filtering::FilterContext context{plugin.host, plugin.messenger, plugin.engine, plugin.schemes.filter, run};
+  context.remove_coloring = [&plugin](host::Id filtered) {
+    coloring::PrepareRun(plugin.settings, &plugin.coloring_run);
+    coloring::ColoringContext uncoloring{plugin.host, plugin.messenger, plugin.engine,
+                                         plugin.schemes.coloring, plugin.coloring_run};
+    return coloring::Uncolor(uncoloring, filtered);
+  };
   Outcome outcome;
   outcome.result = filtering::FilterActiveDocument(context);
   CheckEnding(run, outcome.result);

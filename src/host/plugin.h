@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "coloring/coloring_run.h"
 #include "config/local_settings.h"
 #include "filtering/filter_run.h"
 #include "host/interface/host.h"
@@ -35,6 +36,7 @@ class Plugin {
   config::LocalSettings settings;
   xpath::Engine engine;
   schemes::ActiveSchemes schemes;
+  coloring::ColoringRun coloring_run;
   filtering::FilterRun filter_run;
   host::Id main_settings = host::kNone;
 

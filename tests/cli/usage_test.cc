@@ -24,7 +24,7 @@ TEST(Usage, MistakesAreNamedWithWhatWasPerhapsMeant) {
   const Row rows[] = {
       {{}, "a command is needed"},
       {{"fliter", doc}, "did you mean \"filter\""},
-      {{"color", doc}, "unknown command \"color\""},
+      {{"colour", doc}, "unknown command \"colour\""},
       {{"info", doc, "--jsn"}, "did you mean \"--json\""},
       {{"info"}, "TARGET is required"},
       {{"info", doc, doc}, "unexpected argument"},

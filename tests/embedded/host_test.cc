@@ -640,7 +640,8 @@ TEST_F(HostTest, WhatIsNotSupportedSaysSo) {
   const auto refused = [&](bool done) {
     return !done && host.documents.LastError().find("in this version") != std::string::npos;
   };
-  EXPECT_TRUE(refused(host.documents.ImportFormats(id, id, host::kImportElementDefinitions)));
+  const Id other = OpenText(Mif("<Doc>b</Doc>"));
+  EXPECT_TRUE(refused(host.documents.ImportFormats(id, other, host::kImportElementDefinitions)));
   EXPECT_FALSE(host.documents.Switch(id, host::DocumentSwitch::kModified));
 }
 

@@ -1,5 +1,6 @@
 // Edits of small MIF documents, down to the bytes that are written.
 
+#include "embedded/model/character_edit.h"
 #include "embedded/model/edit.h"
 
 #include <gtest/gtest.h>
@@ -286,7 +287,8 @@ TEST(MifEdit, ColorIsWrittenWhereItBeginsAndTakenBackWhereItEnds) {
   red.known = kColorBit | kUnderliningBit;
   red.color = document->InternColor("Red");
   red.underlining = Underlining::kDouble;
-  SetCharacterProperties(document.get(), element.first_item, element.end_item, red);
+  SetCharacterProperties(document.get(), element.first_item, element.end_item, red,
+                         ParagraphsOfItems(*document));
   auto again = Open(SaveMif(*document));
   EXPECT_EQ(NormalForm(*again),
             (std::vector<std::string>{"<Doc>", "<P>", "[,<FUnderlining FDouble>,<FColor `Red'>](Body)a",

@@ -2,51 +2,27 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-
 #include "embedded/model/edit.h"
 #include "embedded/model/files.h"
 #include "support/normal_form.h"
+#include "support/samples.h"
 
 namespace qelm::test {
 namespace {
 
 using namespace embedded::model;
 
-std::vector<std::filesystem::path> Samples() {
-  std::vector<std::filesystem::path> paths;
-  const std::filesystem::path folder = std::filesystem::path(QELM_SOURCE_DIR) / "../shared/mif/samples";
-  std::error_code error;
-  for (const auto& entry : std::filesystem::recursive_directory_iterator(folder, error)) {
-    if (entry.path().extension() == ".mif") paths.push_back(entry.path());
-  }
-  std::sort(paths.begin(), paths.end());
-  return paths;
-}
-
-std::string Read(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  std::stringstream bytes;
-  bytes << file.rdbuf();
-  return bytes.str();
-}
-
-// Calls `test` with each sample document and its bytes. One sample is damaged and is no document.
+// Calls `test` with each sample document and its bytes.
 template <typename Function>
 void EachDocument(Function&& test) {
-  const auto samples = Samples();
-  if (samples.empty()) GTEST_SKIP() << "no sample documents here";
-  for (const auto& path : samples) {
-    const std::string bytes = Read(path);
-    if (!bytes.starts_with("<MIFFile") || path.stem() == "CommA20040102DummyFM7") continue;
+  if (testing::Samples().empty()) GTEST_SKIP() << "no sample documents here";
+  testing::EachSample([&](const std::filesystem::path& path, const std::string& bytes) {
     SCOPED_TRACE(path.filename().string());
     std::string error;
     const auto document = BuildMif(bytes, &error);
     ASSERT_NE(document, nullptr) << error;
     test(document.get(), bytes);
-  }
+  });
 }
 
 std::size_t CountLines(const std::string& bytes, std::string_view statement) {

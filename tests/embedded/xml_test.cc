@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <random>
 
+#include "embedded/model/character_edit.h"
 #include "embedded/model/text_access.h"
 #include "embedded/xml/encoding.h"
 #include "embedded/xml/reader.h"
@@ -354,7 +355,7 @@ TEST(XmlSaving, WritesTextPropertiesAroundTheText) {
   red.known = kColorBit | kUnderliningBit;
   red.color = document->color_index.at("Red");
   red.underlining = Underlining::kDouble;
-  SetCharacterProperties(document.get(), b.first_item, b.end_item, red);
+  SetCharacterProperties(document.get(), b.first_item, b.end_item, red, {});
   const std::string saved = SaveXml(*document);
   const std::string mark = "<?qelm text underline=\"double\" color=\"Red\"?>";
   EXPECT_EQ(saved, "<a>1<b>" + mark + "2<?qelm end?><c>" + mark + "3<?qelm end?></c></b><!--x-->4</a>");
@@ -525,7 +526,7 @@ void EditAtRandom(Document* document, Scribe* scribe) {
       CharacterProperties strike;
       strike.known = kStrikethroughBit;
       strike.strikethrough = true;
-      SetCharacterProperties(document, element.first_item, element.end_item, strike);
+      SetCharacterProperties(document, element.first_item, element.end_item, strike, {});
     }
   }
 }

@@ -8,14 +8,6 @@
 
 namespace qelm::testing {
 
-// Without a language, a message says that its text is missing, and ends with its id.
-std::string TestUser::Remember(std::string_view text) {
-  texts.emplace_back(text);
-  const std::size_t id = text.rfind("QELM_MSG_");
-  shown.emplace_back(id == std::string_view::npos ? text : text.substr(id));
-  return shown.back();
-}
-
 FilterSession::FilterSession(const std::vector<std::string>& outlines,
                              const std::vector<MifDefinition>& definitions)
     : embedded_({}, user, dialogs_, clients, platform_), checking_(embedded_.roles()) {

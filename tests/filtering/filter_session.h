@@ -15,52 +15,9 @@
 #include "filtering/outline.h"
 #include "support/checking_host.h"
 #include "support/temp_folder.h"
+#include "support/test_user.h"
 
 namespace qelm::testing {
-
-// Remembers the ids of the messages shown and asked; answers "no" to some, "yes" to the rest; presses Esc at
-// one poll.
-class TestUser : public host::UserInterface {
- public:
-  std::set<std::string> no;
-  std::function<bool(const std::string&)> answer;  // in place of `no`, from the whole text
-  int esc_at_poll = 0;                             // from 1; 0: never
-
-  std::vector<std::string> shown;  // alerts and questions
-  std::vector<std::string> texts;
-  std::vector<std::string> status;  // first lines
-  int polls = 0;
-
-  void Note(std::string_view text) override { Remember(text); }
-  std::int32_t Question(std::string_view text) override {
-    const std::string id = Remember(text);
-    return (answer ? answer(std::string(text)) : !no.contains(id)) ? 0 : 1;
-  }
-  void ShowStatus(const host::Status& lines) override { status.push_back(lines.line1); }
-  void HideStatus() override { status.push_back(""); }
-  bool EscPressed() override { return ++polls == esc_at_poll; }
-  void Print(std::string_view) override {}
-  host::Id DefineMenu(std::string_view, std::string_view) override { return 1; }
-  host::Id DefineCommand(std::int32_t, std::string_view, std::string_view, std::string_view) override {
-    return 1;
-  }
-  bool AddToMenu(std::string_view, host::Id) override { return true; }
-  bool AddSeparator(std::string_view) override { return true; }
-  bool EnableCommand(host::Id, bool) override { return true; }
-
- private:
-  std::string Remember(std::string_view text);
-};
-
-class TestClients : public host::Clients {
- public:
-  std::vector<std::string> sent;
-  bool Send(std::string_view client, std::string_view text) override {
-    sent.push_back(std::string(client) + ":" + std::string(text));
-    return true;
-  }
-  void Return(std::int32_t) override {}
-};
 
 class FilterSession {
  public:

@@ -80,6 +80,8 @@ class NullEditing : public host::Editing {
 class NullText : public host::Text {
  public:
   host::TextRange ElementRange(host::Id, host::Id) override { return {}; }
+  host::TextRange AnchoredRange(host::Id, host::Id) override { return {}; }
+  bool HasOwnText(host::Id, host::Id) override { return false; }
   std::string_view ElementText(host::Id, host::Id, std::size_t, std::string*) override { return {}; }
   bool ReadElementProperty(host::Id, host::Id, host::ElementProperty, std::string* value) override {
     value->clear();

@@ -198,6 +198,8 @@ class ObservedText : public Observed<Text> {
  public:
   using Observed::Observed;
   CALL2(TextRange, ElementRange, Id, Id)
+  CALL2(TextRange, AnchoredRange, Id, Id)
+  CALL2(bool, HasOwnText, Id, Id)
   CALL4(std::string_view, ElementText, Id, Id, std::size_t, std::string*)
   CALL4(bool, ReadElementProperty, Id, Id, ElementProperty, std::string*)
   CALL3(TextProperties, ReadProperties, Id, const TextRange&, std::uint32_t)

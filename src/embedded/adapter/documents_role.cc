@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <limits>
 
+#include "embedded/adapter/element_properties.h"
 #include "embedded/adapter/file_places.h"
 #include "embedded/adapter/roles.h"
 #include "embedded/model/files.h"
@@ -323,13 +324,17 @@ bool DocumentsRole::SetSwitch(Id document, host::DocumentSwitch which, bool on) 
   return true;
 }
 
-bool DocumentsRole::ImportFormats(Id target, Id source, std::uint32_t) {
+bool DocumentsRole::ImportFormats(Id target, Id source, std::uint32_t flags) {
   OpenFile* file = workspace_.DocumentFile(target);
   if (file == nullptr) return workspace_.FailId(target);
   if (workspace_.DocumentFile(source) == nullptr) return workspace_.FailId(source);
-  return workspace_.Fail(
-      Error::kNotSupported,
-      file->path + ": formats and element definitions cannot be imported in this version.");
+  if (target != source) {
+    return workspace_.Fail(Error::kNotSupported,
+                           file->path + ": formats of another document cannot be imported in this version.");
+  }
+  // A document has its own catalogs already; with its element definitions its text is formatted anew.
+  if ((flags & host::kImportElementDefinitions) != 0) ApplyDefinedFormats(file, host::kNone);
+  return true;
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+#include "embedded/adapter/element_properties.h"
 #include "embedded/adapter/roles.h"
 #include "embedded/model/edit.h"
 #include "embedded/model/insert.h"
@@ -69,6 +70,13 @@ class EditingRole : public host::Editing {
  private:
   bool Refuse(const OpenFile* file, const std::string& why) {
     return workspace_.Fail(Error::kRefused, file->path + ": " + why);
+  }
+  // Gives an element the formatting that its definition and formats define.
+  bool Reformat(Id document, Id element) {
+    OpenFile* file = workspace_.DocumentFile(document);
+    if (ToBeMarked(document, element) == nullptr) return false;
+    ApplyDefinedFormats(file, element);
+    return true;
   }
   // A document's element that may be changed; null with the error set otherwise. What was added stays as it
   // is.
@@ -171,6 +179,8 @@ bool EditingRole::SetDefinition(Id document, Id element, Id definition) {
   if (definition == host::kNone || definition >= file->document->definitions.size()) {
     return workspace_.FailId(document);
   }
+  const model::Element* found = workspace_.Element(document, element);
+  if (found != nullptr && found->definition == definition) return Reformat(document, element);
   std::string why;
   return Done(file, model::SetDefinition(file->document.get(), element, definition, &why), why.c_str());
 }

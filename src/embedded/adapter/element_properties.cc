@@ -37,32 +37,6 @@ std::uint32_t TableAround(OpenFile* file, std::uint32_t item) {
   return range == nullptr ? 0 : range->ref;
 }
 
-// From behind, as the mark that ends a paragraph says which it is. The text of a cell or footnote stands
-// inside the paragraph that holds the anchor and has its own.
-std::vector<std::uint32_t> FindParagraphs(const model::Document& document) {
-  std::vector<std::uint32_t> paragraphs(document.items.size());
-  std::vector<std::uint32_t> around;
-  std::uint32_t paragraph = 0;
-  for (std::size_t i = document.items.size(); i-- > 0;) {
-    const model::Item& item = document.items[i];
-    if (item.kind == ItemKind::kPartEnd) {
-      around.push_back(paragraph);
-      paragraph = 0;
-    } else if (item.kind == ItemKind::kParagraphEnd) {
-      paragraph = item.ref;
-    }
-    paragraphs[i] = paragraph;
-    if (item.kind == ItemKind::kPartBegin && !around.empty()) {
-      // Between a row's begin and its first cell there is no text; the cell's first paragraph is what comes
-      // next.
-      if (paragraph == 0 && i + 1 < paragraphs.size()) paragraphs[i] = paragraphs[i + 1];
-      paragraph = around.back();
-      around.pop_back();
-    }
-  }
-  return paragraphs;
-}
-
 bool ReadParagraphTag(OpenFile* file, std::uint32_t item, std::string* value) {
   const model::Document& document = file->Tree();
   const std::uint32_t paragraph = ParagraphAt(file, item);
@@ -182,10 +156,20 @@ bool ReadElementProperty(OpenFile* file, Id id, ElementProperty property, std::s
   return false;
 }
 
-std::uint32_t ParagraphAt(OpenFile* file, std::uint32_t item) {
+std::uint32_t ParagraphAt(OpenFile* file, std::uint32_t item) { return Paragraphs(file)[item]; }
+
+const std::vector<std::uint32_t>& Paragraphs(OpenFile* file) {
   std::vector<std::uint32_t>& paragraphs = file->derived.paragraphs;
-  if (paragraphs.empty()) paragraphs = FindParagraphs(file->Tree());
-  return paragraphs[item];
+  if (paragraphs.empty()) paragraphs = model::ParagraphsOfItems(file->Tree());
+  return paragraphs;
+}
+
+void ApplyDefinedFormats(OpenFile* file, Id element) {
+  model::Document* document = file->document.get();
+  std::unique_ptr<model::FormatRules>& rules = file->derived.format_rules;
+  if (!rules) rules = std::make_unique<model::FormatRules>(document);
+  model::ApplyDefinedFormats(document, *rules, element, Paragraphs(file));
+  MarkEdited(file);
 }
 
 model::CharacterProperties PropertiesAt(OpenFile* file, std::uint32_t item) {

@@ -19,6 +19,13 @@ std::uint32_t FirstContent(OpenFile* file, std::uint32_t begin, std::uint32_t en
 // the part's first paragraph.
 std::uint32_t ParagraphAt(OpenFile* file, std::uint32_t item);
 
+// The same for all items.
+const std::vector<std::uint32_t>& Paragraphs(OpenFile* file);
+
+// Gives the text of the element, or of the whole document (0), the formatting that its formats and element
+// definitions define, and marks the document as changed.
+void ApplyDefinedFormats(OpenFile* file, Id element);
+
 // The character properties in force at an item.
 model::CharacterProperties PropertiesAt(OpenFile* file, std::uint32_t item);
 

@@ -2,6 +2,7 @@
 
 #include "embedded/adapter/element_properties.h"
 #include "embedded/adapter/roles.h"
+#include "embedded/model/character_edit.h"
 #include "embedded/model/edit.h"
 #include "embedded/model/text_access.h"
 
@@ -71,6 +72,12 @@ class TextRole : public host::Text {
     const Id flow = model::FlowOf(*model, found->first_item);
     if (flow == host::kNone) return {};
     return {{flow, found->first_item}, {flow, found->end_item}};
+  }
+
+  TextRange AnchoredRange(Id document, Id element) override;
+  bool HasOwnText(Id document, Id element) override {
+    return workspace_.Element(document, element) != nullptr &&
+           model::HasOwnText(*workspace_.Tree(document), element);
   }
 
   std::string_view ElementText(Id document, Id element, std::size_t max_characters,
@@ -144,11 +151,24 @@ class TextRole : public host::Text {
     return workspace_.Fail(Error::kInvalidArgument, file->path + ": the document has no such range of text.");
   }
   bool IdsExist(const model::Document& document, const host::TextProperties& properties) const;
+  void NoteBackgrounds(OpenFile* file);
   static Id SelectedBy(const model::Document& document, const TextRange& range);
   static const std::vector<bool>& SetsWith(OpenFile* file, Id condition);
 
   Workspace& workspace_;
 };
+
+TextRange TextRole::AnchoredRange(Id document, Id element) {
+  const TextRange whole = ElementRange(document, element);
+  if (whole.Empty()) return {};
+  const model::Document& model = *workspace_.Document(document);
+  const model::Item& anchor = model.items[whole.begin.offset];
+  if (anchor.kind != ItemKind::kNoteAnchor || anchor.ref == 0) return {};
+  const model::Part& note = model.parts[anchor.ref];
+  std::uint32_t end = note.end_item - 1;
+  while (end > note.first_item + 1 && model.items[end].kind != ItemKind::kParagraphEnd) --end;
+  return {{whole.begin.object, note.first_item + 1}, {whole.begin.object, end}};
+}
 
 // The first element that lies wholly in the range, when the range begins with it.
 Id TextRole::SelectedBy(const model::Document& document, const TextRange& range) {
@@ -175,6 +195,11 @@ host::TextProperties TextRole::ReadProperties(Id document, const TextRange& rang
   const model::CharacterProperties properties = PropertiesAt(file, at);
   const auto asked = [&](host::TextPropertyMask bit) { return (mask & bit) != 0; };
   if (asked(host::kColorProperty)) result.color = properties.color;
+  // In XML text that nothing colors is black.
+  if (asked(host::kColorProperty) && properties.color == host::kNone && model.format == model::Format::kXml) {
+    const auto black = model.color_index.find("Black");
+    if (black != model.color_index.end()) result.color = black->second;
+  }
   if (asked(host::kBackgroundProperty)) result.background = properties.background;
   if (asked(host::kUnderliningProperty)) {
     result.underlining = static_cast<host::Underlining>(properties.underlining);
@@ -198,6 +223,15 @@ bool TextRole::IdsExist(const model::Document& document, const host::TextPropert
                      [&](Id id) { return id != host::kNone && id < document.conditions.size(); });
 }
 
+// Says once a document that background colors are left out.
+void TextRole::NoteBackgrounds(OpenFile* file) {
+  if (file->derived.backgrounds_noted || model::HasBackgrounds(*file->document)) return;
+  file->derived.backgrounds_noted = true;
+  workspace_.Notice(file->path +
+                    ": the file is MIF of a version before 10, which has no background colors for text; they "
+                    "are left out.");
+}
+
 bool TextRole::WriteProperties(Id document, const TextRange& range, const host::TextProperties& properties) {
   if (range.Empty() || !IsRange(document, range)) return FailRange(document);
   OpenFile* file = workspace_.DocumentFile(document);
@@ -218,7 +252,10 @@ bool TextRole::WriteProperties(Id document, const TextRange& range, const host::
     wanted.overline = properties.overline;
     wanted.strikethrough = properties.strikethrough;
     wanted.change_bar = properties.change_bar;
-    model::SetCharacterProperties(model, begin, end, wanted);
+    if ((properties.mask & host::kBackgroundProperty) != 0 && properties.background != host::kNone) {
+      NoteBackgrounds(file);
+    }
+    model::SetCharacterProperties(model, begin, end, wanted, Paragraphs(file));
   }
   if ((properties.mask & host::kConditionsProperty) != 0) {
     DeclareConditions(model, properties.conditions);

@@ -11,6 +11,7 @@
 
 #include "embedded/adapter/embedded_host.h"
 #include "embedded/adapter/nested_ranges.h"
+#include "embedded/model/format_rules.h"
 
 namespace qelm::embedded::adapter {
 
@@ -58,6 +59,11 @@ struct DerivedData {
     std::int32_t page;
   };
   std::optional<std::vector<PageStart>> page_starts;
+
+  // What the element definitions say of formats.
+  std::unique_ptr<model::FormatRules> format_rules;
+
+  bool backgrounds_noted = false;  // that the document cannot hold them was said
 };
 
 // One open document or book.

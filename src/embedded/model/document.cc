@@ -29,6 +29,19 @@ void CopyNames(const std::vector<Entry>& from, std::vector<Entry>* to,
 
 }  // namespace
 
+std::size_t FontEdits::ChangeHash::operator()(const Change& change) const {
+  const std::uint64_t flags = static_cast<std::uint64_t>(change.known) |
+                              static_cast<std::uint64_t>(change.underlining) << 8U |
+                              (change.overline ? 1ULL << 16U : 0) | (change.strikethrough ? 1ULL << 17U : 0) |
+                              (change.change_bar ? 1ULL << 18U : 0) | (change.reset ? 1ULL << 19U : 0);
+  std::uint64_t hash = flags;
+  for (const std::uint64_t part : {change.font, change.paragraph_state, change.color, change.background}) {
+    hash = (hash ^ part) * 0x9E3779B97F4A7C15ULL;
+    hash ^= hash >> 29U;
+  }
+  return static_cast<std::size_t>(hash);
+}
+
 void CharacterProperties::Take(const CharacterProperties& from) {
   if ((from.known & kColorBit) != 0) color = from.color;
   if ((from.known & kUnderliningBit) != 0) underlining = from.underlining;

@@ -129,6 +129,31 @@ struct FontState {
   CharacterProperties properties;  // what the overrides say
 };
 
+// What edits know of the character states (character_edit.h).
+struct FontEdits {
+  // A change of a state in a paragraph of one format.
+  struct Change {
+    std::uint32_t font = 0;
+    std::uint32_t paragraph_state = 0;
+    Id color = 0;
+    Id background = 0;
+    std::uint8_t known = 0;
+    Underlining underlining = Underlining::kNone;
+    bool overline = false;
+    bool strikethrough = false;
+    bool change_bar = false;
+    bool reset = false;  // overrides of what formats define go first
+    friend bool operator==(const Change&, const Change&) = default;
+  };
+  struct ChangeHash {
+    std::size_t operator()(const Change& change) const;
+  };
+
+  std::unordered_map<std::string, std::uint32_t> by_content;  // to the first state of that content
+  std::vector<std::uint32_t> same;                            // by state: the first one that means the same
+  std::unordered_map<Change, std::uint32_t, ChangeHash> changes;  // to the state that came of it
+};
+
 // A paragraph state: a catalog format, or the state before it with changes on top.
 struct ParagraphState {
   std::string_view tag;
@@ -261,6 +286,7 @@ class Document {
   // States that edits changed, as they were in the source; empty while nothing was edited.
   std::vector<std::uint16_t> source_conditions;
   std::vector<std::uint32_t> source_fonts;
+  FontEdits font_edits;
   bool modified = false;
   bool marked = false;  // items or rows carry changes (edit.h)
 

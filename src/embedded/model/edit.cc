@@ -1,7 +1,6 @@
 #include "embedded/model/edit.h"
 
 #include <algorithm>
-#include <map>
 
 #include "embedded/model/text_access.h"
 
@@ -15,12 +14,6 @@ void KeepSourceConditions(Document* document) {
   if (!document->source_conditions.empty()) return;
   document->source_conditions.reserve(document->items.size());
   for (const Item& item : document->items) document->source_conditions.push_back(item.conditions);
-}
-
-void KeepSourceFonts(Document* document) {
-  if (!document->source_fonts.empty()) return;
-  document->source_fonts.reserve(document->items.size());
-  for (const Item& item : document->items) document->source_fonts.push_back(item.font);
 }
 
 void Unlink(Document* document, Id id) {
@@ -96,80 +89,13 @@ void DeleteItems(Document* document, std::uint32_t begin, std::uint32_t end, std
   document->modified = document->marked = true;
 }
 
-const char* UnderliningWord(Underlining kind) {
-  switch (kind) {
-    case Underlining::kSingle:
-      return "FSingle";
-    case Underlining::kDouble:
-      return "FDouble";
-    case Underlining::kNumeric:
-      return "FNumeric";
-    default:
-      return "FNoUnderlining";
-  }
-}
-
-// The order in which FrameMaker writes the children of a Font that follow FTag.
-constexpr std::string_view kFontOrder[] = {
-    "FPlatformName", "FFamily",          "FVar",      "FWeight",
-    "FAngle",        "FPostScriptName",  "FEncoding", "FSize",
-    "FUnderlining",  "FOverline",        "FStrike",   "FChangeBar",
-    "FOutline",      "FShadow",          "FPairKern", "FTsume",
-    "FCase",         "FPosition",        "FDX",       "FDY",
-    "FDW",           "FStretch",         "FLanguage", "FSeparation",
-    "FColor",        "FBackgroundColor",
-};
-
-std::size_t OrderOf(std::string_view name) {
-  return static_cast<std::size_t>(std::find(std::begin(kFontOrder), std::end(kFontOrder), name) -
-                                  std::begin(kFontOrder));
-}
-
-void SetOverride(Document* document, FontState* state, std::string_view name, const std::string& data) {
-  std::erase_if(state->overrides, [&](const auto& old) { return old.name == name; });
-  const std::string_view text = document->Keep("<" + std::string(name) + " " + data + ">");
-  const auto place = std::find_if(state->overrides.begin(), state->overrides.end(),
-                                  [&](const auto& old) { return OrderOf(old.name) > OrderOf(name); });
-  state->overrides.insert(place, {name, text});
-}
-
-std::string ColorData(const Document& document, Id color) {
-  return "`" + mif::Encode(document.colors[color].name, document.encoding) + "'";
-}
-
-// The state `font` with the properties on top, made once for each state that occurs.
-std::uint32_t ChangedFont(Document* document, std::uint32_t font, const CharacterProperties& properties) {
-  FontState state = document->fonts[font];
-  const auto yes_no = [](bool on) { return std::string(on ? "Yes" : "No"); };
-  if ((properties.known & kUnderliningBit) != 0) {
-    SetOverride(document, &state, "FUnderlining", UnderliningWord(properties.underlining));
-  }
-  if ((properties.known & kOverlineBit) != 0) {
-    SetOverride(document, &state, "FOverline", yes_no(properties.overline));
-  }
-  if ((properties.known & kStrikethroughBit) != 0) {
-    SetOverride(document, &state, "FStrike", yes_no(properties.strikethrough));
-  }
-  if ((properties.known & kChangeBarBit) != 0) {
-    SetOverride(document, &state, "FChangeBar", yes_no(properties.change_bar));
-  }
-  if ((properties.known & kColorBit) != 0 && properties.color != 0) {
-    // The legacy number of a color would contradict the new name.
-    std::erase_if(state.overrides, [](const auto& old) { return old.name == "FSeparation"; });
-    SetOverride(document, &state, "FColor", ColorData(*document, properties.color));
-  }
-  // The statement came with level 10; older programs do not know it.
-  if ((properties.known & kBackgroundBit) != 0 &&
-      (document->format == Format::kXml || document->level >= 10)) {
-    SetOverride(document, &state, "FBackgroundColor",
-                properties.background == 0 ? "NoColor" : ColorData(*document, properties.background));
-  }
-  state.properties.Take(properties);
-  document->fonts.push_back(std::move(state));
-  return static_cast<std::uint32_t>(document->fonts.size()) - 1;
-}
-
 }  // namespace
+
+void KeepSourceFonts(Document* document) {
+  if (!document->source_fonts.empty()) return;
+  document->source_fonts.reserve(document->items.size());
+  for (const Item& item : document->items) document->source_fonts.push_back(item.font);
+}
 
 void SetConditions(Document* document, std::uint32_t begin, std::uint32_t end, std::uint16_t set) {
   KeepSourceConditions(document);
@@ -182,20 +108,6 @@ void SetConditions(Document* document, std::uint32_t begin, std::uint32_t end, s
     }
     if (HasConditions(item.kind)) item.conditions = set;
     i = EndOfItem(*document, i);
-  }
-  document->modified = document->marked = true;
-}
-
-void SetCharacterProperties(Document* document, std::uint32_t begin, std::uint32_t end,
-                            const CharacterProperties& properties) {
-  KeepSourceFonts(document);
-  std::map<std::uint32_t, std::uint32_t> changed;
-  for (std::uint32_t i = begin; i < end; i = EndOfItem(*document, i)) {
-    Item& item = document->items[i];
-    if (!IsContent(item.kind)) continue;
-    const auto [found, is_new] = changed.try_emplace(item.font, 0);
-    if (is_new) found->second = ChangedFont(document, item.font, properties);
-    item.font = found->second;
   }
   document->modified = document->marked = true;
 }

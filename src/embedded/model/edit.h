@@ -1,4 +1,4 @@
-// Changing a document: conditions and character properties of text, deleting elements, attributes.
+// Changing a document: conditions of text, deleting elements, attributes.
 // Each returns false and changes nothing when it cannot be done.
 #pragma once
 
@@ -11,9 +11,9 @@ namespace qelm::embedded::model {
 // itself.
 void SetConditions(Document* document, std::uint32_t begin, std::uint32_t end, std::uint16_t set);
 
-// Sets the character properties that `properties.known` names for items [begin, end).
-void SetCharacterProperties(Document* document, std::uint32_t begin, std::uint32_t end,
-                            const CharacterProperties& properties);
+// Keeps the character states that the source has, before they are first changed; character_edit.h changes
+// them.
+void KeepSourceFonts(Document* document);
 
 void SetRowConditions(Document* document, std::uint32_t row_part, std::uint16_t set);
 

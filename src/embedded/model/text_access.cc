@@ -134,6 +134,23 @@ std::string_view ElementText(const Document& document, Id id, std::size_t max_ch
   return text.substr(0, CutView(text, max_characters));
 }
 
+bool HasOwnText(const Document& document, Id id) {
+  const Element& element = document.elements[id];
+  Id child = element.first_child;
+  for (std::uint32_t i = element.first_item; i < element.end_item; ++i) {
+    // Children lie in the element's range in their order; a text node is the element's own text.
+    while (child != 0 && document.elements[child].end_item <= i) child = document.elements[child].next;
+    const Element* inner = child == 0 ? nullptr : &document.elements[child];
+    if (inner != nullptr && inner->definition != 0 && inner->first_item <= i) {
+      i = inner->end_item - 1;
+      continue;
+    }
+    const Item& item = document.items[i];
+    if (IsContent(item.kind) && !item.Is(kDeleted)) return true;
+  }
+  return false;
+}
+
 std::uint32_t EndOfItem(const Document& document, std::uint32_t index) {
   const Item& item = document.items[index];
   const bool anchors = item.kind == ItemKind::kTableAnchor || item.kind == ItemKind::kNoteAnchor;
@@ -163,6 +180,32 @@ std::uint32_t ParagraphOf(const Document& document, std::uint32_t index) {
     }
   }
   return deleted_mark;
+}
+
+// From behind, as the mark that ends a paragraph says which it is. The text of a cell or footnote stands
+// inside the paragraph that holds the anchor and has its own.
+std::vector<std::uint32_t> ParagraphsOfItems(const Document& document) {
+  std::vector<std::uint32_t> paragraphs(document.items.size());
+  std::vector<std::uint32_t> around;
+  std::uint32_t paragraph = 0;
+  for (std::size_t i = document.items.size(); i-- > 0;) {
+    const Item& item = document.items[i];
+    if (item.kind == ItemKind::kPartEnd) {
+      around.push_back(paragraph);
+      paragraph = 0;
+    } else if (item.kind == ItemKind::kParagraphEnd) {
+      paragraph = item.ref;
+    }
+    paragraphs[i] = paragraph;
+    if (item.kind == ItemKind::kPartBegin && !around.empty()) {
+      // Between a row's begin and its first cell there is no text; the cell's first paragraph is what comes
+      // next.
+      if (paragraph == 0 && i + 1 < paragraphs.size()) paragraphs[i] = paragraphs[i + 1];
+      paragraph = around.back();
+      around.pop_back();
+    }
+  }
+  return paragraphs;
 }
 
 Id FlowOf(const Document& document, std::uint32_t index) {
@@ -210,13 +253,20 @@ CharacterProperties PropertiesAt(const Document& document, std::uint32_t index) 
 }
 
 CharacterProperties PropertiesAt(const Document& document, std::uint32_t index, std::uint32_t paragraph) {
+  const std::uint32_t font = document.items[index].font;
+  CharacterProperties result = FormatProperties(document, font, paragraph);
+  result.Take(document.fonts[font].properties);
+  return result;
+}
+
+CharacterProperties FormatProperties(const Document& document, std::uint32_t font, std::uint32_t paragraph) {
   // What lies on top is taken last.
   CharacterProperties result;
-  const FontState& state = document.fonts[document.items[index].font];
   if (paragraph != 0) result.Take(document.paragraph_states[document.paragraphs[paragraph].state].font);
-  const auto format = document.character_formats.find(state.tag);
-  if (!state.tag.empty() && format != document.character_formats.end()) result.Take(format->second);
-  result.Take(state.properties);
+  const std::string_view tag = document.fonts[font].tag;
+  if (tag.empty()) return result;
+  const auto format = document.character_formats.find(tag);
+  if (format != document.character_formats.end()) result.Take(format->second);
   return result;
 }
 

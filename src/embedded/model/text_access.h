@@ -17,10 +17,21 @@ std::string_view PlainText(const Document& document, const Item& item);
 std::string_view ElementText(const Document& document, Id element, std::size_t max_characters,
                              std::string* buffer);
 
+// Whether content stands in the element itself, not only in elements inside it; generated text counts, and
+// so does the anchor of a table or frame that the element is.
+bool HasOwnText(const Document& document, Id element);
+
 // The properties in force at an item: overrides, then the character format, then the paragraph's font.
 CharacterProperties PropertiesAt(const Document& document, std::uint32_t item);
 // The same for a caller who knows the paragraph (0: none), which is what takes the time.
 CharacterProperties PropertiesAt(const Document& document, std::uint32_t item, std::uint32_t paragraph);
+
+// What the formats alone say at text of a character state: the paragraph's font, then the character format.
+CharacterProperties FormatProperties(const Document& document, std::uint32_t font, std::uint32_t paragraph);
+
+// The paragraph of each item, 0 for none, in one go: a mark at a paragraph's end says which it is, and
+// looking for that mark from each item anew would take as long as the paragraph is.
+std::vector<std::uint32_t> ParagraphsOfItems(const Document& document);
 
 // The paragraph in which the item is (by the mark that ends it), 0 when it is in none.
 std::uint32_t ParagraphOf(const Document& document, std::uint32_t item);

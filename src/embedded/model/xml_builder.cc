@@ -339,6 +339,7 @@ bool Gatherer::Prolog(const Event& event, const Mark& mark) {
       color.magenta = mark.ink[1];
       color.yellow = mark.ink[2];
       color.black = mark.ink[3];
+      color.declared = true;
       return true;
     }
     case MarkKind::kObject:

@@ -372,6 +372,7 @@ void AddReservedColors(Document* document) {
   for (const auto& reserved : kReserved) {
     const bool is_new = !document->color_index.contains(reserved.name);
     Color& color = document->colors[document->InternColor(reserved.name)];
+    color.declared = true;
     if (!is_new) continue;
     color.cyan = reserved.ink[0];
     color.magenta = reserved.ink[1];

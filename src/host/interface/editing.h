@@ -40,6 +40,9 @@ class Editing {
   // changes the one that exists. Returns its id.
   virtual Id DefineElement(Id document, std::string_view name, std::string_view content_rule,
                            std::string_view paragraph_format) = 0;
+  // Gives an element a definition. The one that it has already gives its text, and that of the elements in
+  // it, the formatting again that their definitions and formats call for, as Documents::ImportFormats does
+  // for a document.
   virtual bool SetDefinition(Id document, Id element, Id definition) = 0;
 
   // Adds a paragraph at the end of what the element holds, inside the element.

@@ -1,0 +1,102 @@
+#include "coloring/book_coloring.h"
+
+#include "coloring/uncoloring.h"
+
+namespace qelm::coloring {
+namespace {
+
+using host::Id;
+using host::kNone;
+
+class BookRun {
+ public:
+  BookRun(ColoringContext& context, Command command, Id book)
+      : context_(context), host_(context.host), run_(context.run), command_(command), book_(book) {}
+
+  std::int32_t Run();
+
+ private:
+  bool Check();
+  Id Open(Id component);
+  std::int32_t RunOne(ColoredComponent* component);
+  bool Cancelled();
+
+  ColoringContext& context_;
+  host::Host& host_;
+  ColoringRun& run_;
+  Command command_;
+  Id book_;
+};
+
+Id BookRun::Open(Id component) {
+  if (const Id open = host_.books.ComponentDocument(book_, component); open != kNone) return open;
+  const std::string path(host_.books.ComponentPath(book_, component));
+  host::OpenOptions options;
+  options.suppress_alerts = run_.suppress_opening_alerts;
+  host::OpenStatus status = host::OpenStatus::kOpened;
+  const Id document = host_.documents.Open(path, options, &status);
+  // A book inside a book is not a document with text.
+  return host_.books.IsBook(document) ? kNone : document;
+}
+
+// Whether every component that is not generated can be found and opened. They stay open for the run.
+bool BookRun::Check() {
+  std::string failed;
+  for (Id component = host_.books.FirstComponent(book_); component != kNone;
+       component = host_.books.NextComponent(book_, component)) {
+    if (host_.books.IsGenerated(book_, component) || Open(component) != kNone) continue;
+    const std::string path(host_.books.ComponentPath(book_, component));
+    const std::string why(host_.documents.LastError());
+    if (!failed.empty()) failed += "\n";
+    failed += why.find(path) == std::string::npos ? path + ": " + why : why;
+  }
+  if (failed.empty()) return true;
+  return context_.messenger.AskFormatted("QELM_MSG_COLORING_5",
+                                         context_.messenger.Format("QELM_MSG_COLORING_5", failed));
+}
+
+std::int32_t BookRun::RunOne(ColoredComponent* component) {
+  component->result = command_ == Command::kColorBook ? ColorDocument(context_, component->document)
+                                                      : UncolorDocument(context_, component->document);
+  return component->result;
+}
+
+bool BookRun::Cancelled() {
+  if (!host_.user.EscPressed() || !context_.messenger.Ask("QELM_MSG_GEN_14")) return false;
+  run_.cancelled = true;
+  run_.ending = Ending::kByUser;
+  return true;
+}
+
+std::int32_t BookRun::Run() {
+  if (run_.report && !Check()) {
+    run_.ending = Ending::kBookDeclined;
+    return common::kCancelled;
+  }
+  run_.ending = Ending::kCompleted;
+  std::int32_t result = common::kDone;
+  for (Id component = host_.books.FirstComponent(book_); component != kNone;
+       component = host_.books.NextComponent(book_, component)) {
+    if (host_.books.IsGenerated(book_, component)) continue;
+    ColoredComponent& entry = run_.components.emplace_back();
+    entry.path = host_.books.ComponentPath(book_, component);
+    entry.document = Open(component);
+    if (entry.document == kNone) continue;
+    result = RunOne(&entry);
+    if (result == common::kCancelled) break;
+    if (Cancelled()) {
+      result = common::kCancelled;
+      break;
+    }
+  }
+  host_.documents.Activate(book_);
+  return result;
+}
+
+}  // namespace
+
+std::int32_t RunOnBook(ColoringContext& context, Command command, Id book) {
+  return BookRun(context, command, book).Run();
+}
+
+}  // namespace qelm::coloring

@@ -1,0 +1,120 @@
+#include "coloring/element_walk.h"
+
+#include "coloring/text_marks.h"
+#include "schemes/flows.h"
+#include "schemes/styles.h"
+
+namespace qelm::coloring {
+
+using host::Id;
+using host::kNone;
+
+ElementWalk::ElementWalk(ColoringContext& context, Id document, const RuleMarks& marks, WalkMode mode)
+    : context_(context),
+      host_(context.host),
+      document_(document),
+      marks_(marks),
+      mode_(mode),
+      prompts_(context.messenger),
+      reader_(context.host.definitions, context.host.elements, document, context.scheme) {}
+
+std::int32_t ElementWalk::Run(Id start) {
+  Prepare(start);
+  for (Id element = start; element != kNone; element = Next(element)) {
+    if (Cancelled()) return common::kCancelled;
+    Visit(element);
+  }
+  return common::kDone;
+}
+
+void ElementWalk::Prepare(Id start) {
+  start_ = start;
+  depth_ = 0;
+  overridden_below_.reset();
+  if (context_.scheme.is_xpath) {
+    const Id root = host_.elements.Root(document_, host_.elements.FlowOf(document_, start));
+    if (!positions_.Evaluate(context_.engine, context_.scheme, host_.elements, document_, root)) {
+      context_.run.node_set_cut = true;
+    }
+    return;
+  }
+  matcher_.emplace(context_.scheme);
+  if (mode_ == WalkMode::kDocument) return;
+  std::vector<Id> ancestors;
+  for (Id above = host_.elements.Parent(document_, start); above != kNone;
+       above = host_.elements.Parent(document_, above)) {
+    ancestors.push_back(above);
+  }
+  for (auto above = ancestors.rbegin(); above != ancestors.rend(); ++above) {
+    matcher_->Enter(depth_++, reader_.Read(*above));
+  }
+}
+
+bool ElementWalk::Cancelled() {
+  if (!esc_poll_.Due() || !host_.user.EscPressed() || !context_.messenger.Ask("QELM_MSG_GEN_14")) {
+    return false;
+  }
+  context_.run.cancelled = true;
+  context_.run.ending = Ending::kByUser;
+  return true;
+}
+
+void ElementWalk::Visit(Id element) {
+  ++context_.run.visited;
+  if (overridden_below_) {
+    if (depth_ > *overridden_below_) return;
+    overridden_below_.reset();
+  }
+  const std::int32_t rule = FindRule(element);
+  if (rule == kNoRule) return;
+  Prompt(element, rule);
+  Apply(element, rule);
+  if (context_.scheme.rules[static_cast<std::size_t>(rule)].override_others) overridden_below_ = depth_;
+}
+
+std::int32_t ElementWalk::FindRule(Id element) {
+  if (context_.scheme.is_xpath) return positions_.RuleOf(element);
+  // A text node has no attributes; with those of its element it would only get the element's rule again.
+  if (element != start_ && schemes::IsTextNode(host_, document_, element)) return kNoRule;
+  matcher_->Enter(depth_, reader_.Read(element));
+  return matcher_->FindRule(depth_, Inherits(element));
+}
+
+bool ElementWalk::Inherits(Id element) {
+  if (mode_ == WalkMode::kSelection) return true;
+  return StandsInOthersText(host_.elements.Kind(document_, element));
+}
+
+void ElementWalk::Prompt(Id element, std::int32_t rule) {
+  if (!prompts_.On()) return;
+  const schemes::Rule& applied = context_.scheme.rules[static_cast<std::size_t>(rule)];
+  host_.text.SelectElement(document_, element);
+  prompts_.Ask("Applying rule to element: %s.\n\nRule index: %d\nColor: %s\nStyle: %s\n\nKeep debugging?",
+               schemes::ElementTag(host_, document_, element), rule, applied.color,
+               std::string(schemes::StyleName(applied.style)));
+}
+
+void ElementWalk::Apply(Id element, std::int32_t rule) {
+  ColoringRun& run = context_.run;
+  if (!MarkElement(host_, document_, element, marks_.rules[static_cast<std::size_t>(rule)])) {
+    ++run.refused;
+    return;
+  }
+  ++run.colored;
+  ++run.rule_elements[static_cast<std::size_t>(rule)];
+}
+
+Id ElementWalk::Next(Id element) {
+  if (const Id child = host_.elements.FirstChild(document_, element); child != kNone) {
+    ++depth_;
+    return child;
+  }
+  while (element != start_) {
+    if (const Id sibling = host_.elements.NextSibling(document_, element); sibling != kNone) return sibling;
+    element = host_.elements.Parent(document_, element);
+    --depth_;
+  }
+  return kNone;
+}
+
+}  // namespace qelm::coloring

@@ -1,0 +1,35 @@
+// Changing the character properties of text, and giving it its defined ones again.
+//
+// A character state is a character format with overrides on top. A property that is set to what paragraph
+// format and character format say already needs no override: one that stands there goes, so that setting a
+// property and setting it back leaves the file as it was. States are kept once each, and so is what a change
+// makes of a state, so that coloring a hundred thousand elements makes a handful of states.
+#pragma once
+
+#include <vector>
+
+#include "embedded/model/document.h"
+
+namespace qelm::embedded::model {
+
+// The paragraph of each item, 0 for none (text_access.h).
+using ItemParagraphs = std::vector<std::uint32_t>;
+
+// What formats and element definitions define of text; change bars tell of changes and are left alone.
+inline constexpr std::uint8_t kDefinedBits =
+    kColorBit | kUnderliningBit | kOverlineBit | kStrikethroughBit | kBackgroundBit;
+
+// Whether the document's version can hold background colors in its text.
+bool HasBackgrounds(const Document& document);
+
+// Sets the character properties that `properties.known` names for items [begin, end). A table or footnote
+// counts as its anchor. Background colors are left out where the document cannot hold them.
+void SetCharacterProperties(Document* document, std::uint32_t begin, std::uint32_t end,
+                            const CharacterProperties& properties, const ItemParagraphs& paragraphs);
+
+// Gives one item the properties that its formats define, with those that `rules` knows on top: color,
+// underlining, overline, strikethrough and background. Other overrides and change bars stay.
+void ResetCharacterProperties(Document* document, std::uint32_t item, const CharacterProperties& rules,
+                              const ItemParagraphs& paragraphs);
+
+}  // namespace qelm::embedded::model
