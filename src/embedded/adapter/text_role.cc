@@ -60,6 +60,41 @@ std::uint32_t RowAt(const model::Document& document, std::uint32_t index) {
   return 0;
 }
 
+bool SameWhereKnown(const model::CharacterProperties& now, const model::CharacterProperties& wanted) {
+  const auto asked = [&](model::TextPropertyBit bit) { return (wanted.known & bit) != 0; };
+  return (!asked(model::kColorBit) || now.color == wanted.color) &&
+         (!asked(model::kUnderliningBit) || now.underlining == wanted.underlining) &&
+         (!asked(model::kOverlineBit) || now.overline == wanted.overline) &&
+         (!asked(model::kStrikethroughBit) || now.strikethrough == wanted.strikethrough) &&
+         (!asked(model::kChangeBarBit) || now.change_bar == wanted.change_bar) &&
+         (!asked(model::kBackgroundBit) || now.background == wanted.background);
+}
+
+// Writes properties to the text that does not have them already: an override that says what the formats say
+// anyway would be nothing but a change in the file. Whether there was such text.
+bool WriteWhereDifferent(OpenFile* file, std::uint32_t begin, std::uint32_t end,
+                         const model::CharacterProperties& wanted) {
+  model::Document* model = file->document.get();
+  bool written = false;
+  std::uint32_t from = model::kNoIndex;  // where the stretch to be written begins
+  const auto write_up_to = [&](std::uint32_t item) {
+    if (from == model::kNoIndex) return;
+    model::SetCharacterProperties(model, from, item, wanted);
+    from = model::kNoIndex;
+    written = true;
+  };
+  for (std::uint32_t i = begin; i < end; i = model::EndOfItem(*model, i)) {
+    if (!model::IsContent(model->items[i].kind)) continue;
+    if (SameWhereKnown(PropertiesAt(file, i), wanted)) {
+      write_up_to(i);
+    } else if (from == model::kNoIndex) {
+      from = i;
+    }
+  }
+  write_up_to(end);
+  return written;
+}
+
 class TextRole : public host::Text {
  public:
   explicit TextRole(Workspace& workspace) : workspace_(workspace) {}
@@ -216,7 +251,10 @@ bool TextRole::WriteProperties(Id document, const TextRange& range, const host::
     wanted.overline = properties.overline;
     wanted.strikethrough = properties.strikethrough;
     wanted.change_bar = properties.change_bar;
-    model::SetCharacterProperties(model, begin, end, wanted);
+    if (!WriteWhereDifferent(file, begin, end, wanted) &&
+        (properties.mask & host::kConditionsProperty) == 0) {
+      return true;
+    }
   }
   if ((properties.mask & host::kConditionsProperty) != 0) {
     DeclareConditions(model, properties.conditions);
