@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "coloring/validation_run.h"
 #include "config/local_settings.h"
 #include "filtering/filter_run.h"
 #include "host/interface/host.h"
@@ -36,6 +37,7 @@ class Plugin {
   xpath::Engine engine;
   schemes::ActiveSchemes schemes;
   filtering::FilterRun filter_run;
+  coloring::ValidationRun validation_run;
   host::Id main_settings = host::kNone;
 
  private:
