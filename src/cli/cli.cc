@@ -16,8 +16,8 @@ namespace qelm::cli {
 namespace {
 
 constexpr std::array kCommands = {
-    &MakeFilterCommand, &MakeRestoreCommand, &MakeXPathCommand,   &MakeSchemesCommand,
-    &MakeInfoCommand,   &MakeDumpCommand,    &MakeConvertCommand, &MakeSettingsCommand,
+    &MakeFilterCommand, &MakeRestoreCommand, &MakeValidateCommand, &MakeXPathCommand,    &MakeSchemesCommand,
+    &MakeInfoCommand,   &MakeDumpCommand,    &MakeConvertCommand,  &MakeSettingsCommand,
 };
 
 constexpr std::string_view kDescription =

@@ -57,6 +57,8 @@ CLI::App* AddCommand(CLI::App& parent, const CommandText& text);
 
 std::unique_ptr<Command> MakeFilterCommand();
 std::unique_ptr<Command> MakeRestoreCommand();
+std::unique_ptr<Command> MakeValidateCommand();
+std::unique_ptr<Command> MakeCheckTableCommand();
 std::unique_ptr<Command> MakeXPathCommand();
 std::unique_ptr<Command> MakeSchemesCommand();
 std::unique_ptr<Command> MakeInfoCommand();
