@@ -2,10 +2,11 @@
 #include <filesystem>
 
 #include "filtering/document_driver.h"
-#include "filtering/document_name.h"
 #include "filtering/notify.h"
 #include "filtering/restore.h"
 #include "filtering/run_guards.h"
+#include "messages/document_name.h"
+#include "messages/status_shown.h"
 
 namespace qelm::filtering {
 namespace {
@@ -70,7 +71,7 @@ bool ActiveFilter::FindDocument() {
 void ActiveFilter::Run() {
   started_ = host_.platform.Milliseconds();
   const bool copies = run_.mode == LaunchMode::kDuplicate && !run_.dry_run;
-  std::vector<FlowRoot> flows = FlowsToFilter(host_, context_.scheme, document_);
+  std::vector<FlowRoot> flows = FlowsOf(host_, context_.scheme, document_);
   Verdicts verdicts(context_, document_);
   if (!verdicts.Prepare(flows) || !RootMayGo(flows, verdicts)) return;
   if (run_.dry_run) {
@@ -78,13 +79,13 @@ void ActiveFilter::Run() {
     return;
   }
   ScreenUpdatesOff screen(host_.session, document_, run_.disable_screen_updates);
-  const StatusShown status(host_.user);
+  const messages::StatusShown status(host_.user);
   if (run_.save_first && !SaveFirst()) return;
   if (copies && !Duplicate()) return;
   host_.user.ShowStatus({"QELM - Filtering", "Filtering Document", "Please wait...", "Press Esc to cancel"});
   if (copies) {
     // The copy is a document with ids of its own.
-    flows = FlowsToFilter(host_, context_.scheme, document_);
+    flows = FlowsOf(host_, context_.scheme, document_);
     Verdicts of_copy(context_, document_);
     if (of_copy.Prepare(flows)) DriveFilter(context_, document_, flows, of_copy);
   } else {
@@ -107,7 +108,7 @@ bool ActiveFilter::NotSaved(Ending ending, std::string_view id) {
   run_.ending = ending;
   run_.cancel_flag = 1;
   if (run_.prompts) {
-    const std::string name = DocumentName(host_.documents, document_);
+    const std::string name = messages::DocumentName(host_.documents, document_);
     messenger_.AlertFormatted(id, messenger_.Format(id, name, why_));
   }
   return false;

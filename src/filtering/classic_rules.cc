@@ -6,36 +6,21 @@
 #include "schemes/attribute_values.h"
 
 namespace qelm::filtering {
-namespace {
-
-bool IsAsciiByte(char byte) { return static_cast<unsigned char>(byte) < 0x80U; }
-
-char LowerAscii(char byte) { return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte; }
-
-}  // namespace
-
-ClassicRules::ClassicRules(const schemes::Scheme& scheme) : ignore_case_(scheme.ignore_case) {
+ClassicRules::ClassicRules(const schemes::Scheme& scheme) : comparison_(scheme.ignore_case) {
   std::size_t count = 0;
   for (const schemes::Condition& condition : scheme.attributes) count += condition.values.size();
   folded_values_.reserve(count);  // the sets hold views of these texts: they may not move
   rules_.reserve(scheme.attributes.size());
   for (const schemes::Condition& condition : scheme.attributes) {
     Rule& rule = rules_.emplace_back();
-    rule.name = ignore_case_ ? common::FoldCase(condition.attribute) : condition.attribute;
+    rule.name = comparison_.IgnoresCase() ? common::FoldCase(condition.attribute) : condition.attribute;
     for (const std::string& value : condition.values) {
-      rule.values.insert(ignore_case_ ? folded_values_.emplace_back(common::FoldCase(value)) : value);
+      rule.values.insert(comparison_.IgnoresCase() ? folded_values_.emplace_back(common::FoldCase(value))
+                                                   : value);
     }
     rule.no_value_allowed = rule.values.contains(schemes::kNoValue);
     rule.any_value_allowed = rule.values.contains(schemes::kAnyValue);
   }
-}
-
-std::string_view ClassicRules::Comparable(std::string_view text, std::string* buffer) const {
-  if (!ignore_case_) return text;
-  if (!std::all_of(text.begin(), text.end(), IsAsciiByte)) return *buffer = common::FoldCase(text);
-  buffer->resize(text.size());
-  std::transform(text.begin(), text.end(), buffer->begin(), LowerAscii);
-  return *buffer;
 }
 
 bool ClassicRules::Fails(const host::AttributeBuffer& attributes) {
@@ -47,16 +32,17 @@ bool ClassicRules::Fails(const host::AttributeBuffer& attributes) {
 bool ClassicRules::RuleFails(const Rule& rule, const host::AttributeBuffer& attributes) {
   const auto found = std::find_if(
       attributes.attributes.begin(), attributes.attributes.end(), [&](const host::AttributeView& attribute) {
-        return Comparable(attribute.name, &name_buffer_) == std::string_view(rule.name);
+        return comparison_.Comparable(attribute.name, &name_buffer_) == std::string_view(rule.name);
       });
   if (found == attributes.attributes.end()) return false;
   if (rule.values.empty()) return true;
   if (schemes::HasNoValue(attributes, *found)) return !rule.no_value_allowed;
   if (rule.any_value_allowed) return false;
   const auto first = attributes.values.begin() + static_cast<std::ptrdiff_t>(found->first_value);
-  return std::none_of(
-      first, first + static_cast<std::ptrdiff_t>(found->value_count),
-      [&](std::string_view value) { return rule.values.contains(Comparable(value, &value_buffer_)); });
+  return std::none_of(first, first + static_cast<std::ptrdiff_t>(found->value_count),
+                      [&](std::string_view value) {
+                        return rule.values.contains(comparison_.Comparable(value, &value_buffer_));
+                      });
 }
 
 }  // namespace qelm::filtering

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "host/interface/types.h"
+#include "schemes/comparable_text.h"
 #include "schemes/scheme.h"
 
 namespace qelm::filtering {
@@ -32,10 +33,8 @@ class ClassicRules {
   };
 
   bool RuleFails(const Rule& rule, const host::AttributeBuffer& attributes);
-  // The text as it is compared. Views into `buffer` where letter case is ignored.
-  std::string_view Comparable(std::string_view text, std::string* buffer) const;
 
-  bool ignore_case_;
+  schemes::TextComparison comparison_;
   std::vector<Rule> rules_;
   std::vector<std::string> folded_values_;  // what the sets refer to where letter case is ignored
   std::string name_buffer_;

@@ -1,5 +1,7 @@
 #include "filtering/delete_element.h"
 
+#include "schemes/flows.h"
+
 namespace qelm::filtering {
 namespace {
 
@@ -71,11 +73,6 @@ bool DeleteByKind(host::Host& host, Id document, Id element, bool text_node, Ele
 
 }  // namespace
 
-bool IsTextNode(host::Host& host, Id document, Id element) {
-  const Id definition = host.elements.Definition(document, element);
-  return definition == kNone || host.definitions.DefinitionName(document, definition).empty();
-}
-
 Id TableOfPart(host::Host& host, Id document, Id element) {
   switch (host.elements.Kind(document, element)) {
     case ElementKind::kTableTitle:
@@ -99,7 +96,7 @@ std::int32_t bw_DeleteElement(host::Host& host, Id document, Id element, DeleteO
     result.internal = kMissingArgument;
     return 0;
   }
-  const bool text_node = IsTextNode(host, document, element);
+  const bool text_node = schemes::IsTextNode(host, document, element);
   const ElementKind kind = host.elements.Kind(document, element);
   const std::string_view line = LogLine(text_node, kind);
   if (!line.empty()) log(document, element, line);

@@ -20,9 +20,6 @@ struct DeleteOutcome {
 std::int32_t bw_DeleteElement(host::Host& host, host::Id document, host::Id element, DeleteOutcome* outcome,
                               const RunLog& log = {});
 
-// Whether the element is a text node: its definition has no name, or it has no definition.
-bool IsTextNode(host::Host& host, host::Id document, host::Id element);
-
 // The table that an element is a part of, by the element of the table; 0 for elements that are no table part
 // or only a cell's.
 host::Id TableOfPart(host::Host& host, host::Id document, host::Id element);

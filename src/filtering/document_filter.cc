@@ -1,14 +1,14 @@
 #include <algorithm>
 
 #include "common/utf8.h"
-#include "filtering/debug_prompts.h"
 #include "filtering/document_driver.h"
-#include "filtering/document_name.h"
 #include "filtering/hiding.h"
 #include "filtering/notify.h"
 #include "filtering/restore.h"
 #include "filtering/run_guards.h"
 #include "filtering/tree_filter.h"
+#include "messages/debug_prompts.h"
+#include "messages/document_name.h"
 
 namespace qelm::filtering {
 namespace {
@@ -63,13 +63,13 @@ class Driver {
   void RelockInsets(UnlockedInsets* insets);
   void NotHidden();
   void Log(std::string_view event) { context_.log(document_, kNone, event); }
-  std::string Name() { return DocumentName(host_.documents, document_); }
+  std::string Name() { return messages::DocumentName(host_.documents, document_); }
 
   FilterContext& context_;
   host::Host& host_;
   FilterRun& run_;
   Id document_;
-  DebugPrompts prompts_;
+  messages::DebugPrompts prompts_;
   Hiding hiding_;
   Verdicts& verdicts_;
   bool hides_;
@@ -243,7 +243,7 @@ void FilterDocument(FilterContext& context, Id document) {
     context.run.cancel_flag = 1;
     return;
   }
-  const std::vector<FlowRoot> flows = FlowsToFilter(context.host, context.scheme, document);
+  const std::vector<FlowRoot> flows = FlowsOf(context.host, context.scheme, document);
   Verdicts verdicts(context, document);
   if (verdicts.Prepare(flows)) DriveFilter(context, document, flows, verdicts);
 }

@@ -1,8 +1,8 @@
 #include "filtering/restore.h"
 
-#include "filtering/document_name.h"
 #include "filtering/notify.h"
 #include "filtering/run_guards.h"
+#include "messages/document_name.h"
 
 namespace qelm::filtering {
 namespace {
@@ -70,7 +70,7 @@ class Restoring {
     run_.restore_failed = true;
     messenger_.AlertFormatted(
         "QELM_MSG_FILTER_35",
-        messenger_.Format("QELM_MSG_FILTER_35", DocumentName(host_.documents, document_)));
+        messenger_.Format("QELM_MSG_FILTER_35", messages::DocumentName(host_.documents, document_)));
   }
 
   host::Host& host_;

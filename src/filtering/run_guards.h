@@ -1,4 +1,4 @@
-// What a run switches and must put back on every way out: screen updates, the status dialog, text insets.
+// What a run switches and must put back on every way out: screen updates, text insets.
 #pragma once
 
 #include <vector>
@@ -29,18 +29,6 @@ class ScreenUpdatesOff {
   host::Session& session_;
   host::Id document_;
   bool off_;
-};
-
-// Takes the status dialog away at the end.
-class StatusShown {
- public:
-  explicit StatusShown(host::UserInterface& user) : user_(user) {}
-  ~StatusShown() { user_.HideStatus(); }
-  StatusShown(const StatusShown&) = delete;
-  StatusShown& operator=(const StatusShown&) = delete;
-
- private:
-  host::UserInterface& user_;
 };
 
 // The text insets of a document that were locked, unlocked until the end.

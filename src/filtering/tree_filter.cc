@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "filtering/delete_element.h"
-#include "filtering/document_name.h"
+#include "messages/document_name.h"
 
 namespace qelm::filtering {
 namespace {
@@ -11,9 +11,6 @@ namespace {
 using host::ElementKind;
 using host::Id;
 using host::kNone;
-
-// Elements visited between two polls of the Esc key.
-constexpr std::int32_t kPollInterval = 101;
 
 bool AnyInsetLocked(host::Tables& tables, Id document) {
   for (Id inset = tables.FirstInset(document); inset != kNone; inset = tables.NextInset(document, inset)) {
@@ -24,8 +21,8 @@ bool AnyInsetLocked(host::Tables& tables, Id document) {
 
 }  // namespace
 
-TreeFilter::TreeFilter(FilterContext& context, DebugPrompts& prompts, Id document, Verdicts& verdicts,
-                       Hiding& hiding)
+TreeFilter::TreeFilter(FilterContext& context, messages::DebugPrompts& prompts, Id document,
+                       Verdicts& verdicts, Hiding& hiding)
     : context_(context),
       host_(context.host),
       run_(context.run),
@@ -45,7 +42,7 @@ void TreeFilter::Run(Id top) {
   run_.cancel_flag = 0;
   direction_ = Direction::kDown;
   advance_ = true;
-  since_poll_ = 0;
+  esc_poll_ = {};
   if (document_ == kNone || top == kNone) {
     if (run_.prompts) context_.messenger.Alert("QELM_MSG_FILTER_30");
     run_.ending = Ending::kMissingElement;
@@ -70,11 +67,7 @@ void TreeFilter::Run(Id top) {
 }
 
 bool TreeFilter::Cancelled() {
-  if (since_poll_ < kPollInterval) {
-    ++since_poll_;
-    return false;
-  }
-  since_poll_ = 0;
+  if (!esc_poll_.Due()) return false;
   if (!host_.user.EscPressed() || !context_.messenger.Ask("QELM_MSG_FILTER_20")) return false;
   run_.cancelled = true;
   run_.ending = Ending::kByUser;
@@ -252,11 +245,11 @@ bool TreeFilter::TakesTableAlong(Id element, Id table) {
   return true;
 }
 
-bool TreeFilter::Visits(Id element) { return text_nodes_ || !IsTextNode(host_, document_, element); }
+bool TreeFilter::Visits(Id element) { return text_nodes_ || !schemes::IsTextNode(host_, document_, element); }
 
 bool TreeFilter::IsNamed(Id element) {
   // Where text nodes are not visited, everything behind the first element was found to have a name.
-  return (!text_nodes_ && element != top_) || !IsTextNode(host_, document_, element);
+  return (!text_nodes_ && element != top_) || !schemes::IsTextNode(host_, document_, element);
 }
 
 void TreeFilter::Count(Id element, std::uint64_t* counter) {
@@ -269,13 +262,10 @@ void TreeFilter::Fail(Ending ending, std::string_view id, Id element, const std:
   run_.ending = ending;
   run_.cancel_flag = 1;
   if (!run_.prompts) return;
-  const std::string document = DocumentName(host_.documents, document_);
+  const std::string document = messages::DocumentName(host_.documents, document_);
   context_.messenger.AlertFormatted(id, context_.messenger.Format(id, document, Tag(element), why));
 }
 
-std::string TreeFilter::Tag(Id element) {
-  const Id definition = host_.elements.Definition(document_, element);
-  return std::string(host_.definitions.DefinitionName(document_, definition));
-}
+std::string TreeFilter::Tag(Id element) { return schemes::ElementTag(host_, document_, element); }
 
 }  // namespace qelm::filtering

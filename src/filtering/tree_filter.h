@@ -6,18 +6,19 @@
 // table went with it, the walk goes on behind the table.
 #pragma once
 
-#include "filtering/debug_prompts.h"
 #include "filtering/document_filter.h"
 #include "filtering/hiding.h"
 #include "filtering/id_set.h"
 #include "filtering/verdicts.h"
+#include "messages/debug_prompts.h"
+#include "messages/esc_poll.h"
 
 namespace qelm::filtering {
 
 class TreeFilter {
  public:
   // One for all flows of a document. `hiding` is what modes 1 and 2 hide with; mode 3 does not use it.
-  TreeFilter(FilterContext& context, DebugPrompts& prompts, host::Id document, Verdicts& verdicts,
+  TreeFilter(FilterContext& context, messages::DebugPrompts& prompts, host::Id document, Verdicts& verdicts,
              Hiding& hiding);
 
   // Filters the tree under `top`, itself included. The outcome is in the run's cancel flag and counts.
@@ -62,7 +63,7 @@ class TreeFilter {
   FilterContext& context_;
   host::Host& host_;
   FilterRun& run_;
-  DebugPrompts& prompts_;
+  messages::DebugPrompts& prompts_;
   host::Id document_;
   Verdicts& verdicts_;
   Hiding& hiding_;
@@ -75,7 +76,7 @@ class TreeFilter {
   host::Id stop_ = host::kNone;
   Direction direction_ = Direction::kDown;
   bool advance_ = true;
-  std::int32_t since_poll_ = 0;
+  messages::EscPoll esc_poll_;
 };
 
 }  // namespace qelm::filtering

@@ -1,47 +1,11 @@
 #include "filtering/verdicts.h"
 
+#include "schemes/expressions.h"
+
 namespace qelm::filtering {
-namespace {
 
 using host::Id;
 using host::kNone;
-
-// Expressions of a filter read attributes as the scheme says; everything else reads them with defaults.
-class AttributeMode {
- public:
-  AttributeMode(xpath::Engine& engine, bool with_defaults) : engine_(engine) {
-    xpath::SetAttributeValuesMode(engine_, with_defaults ? 1 : 0);
-  }
-  ~AttributeMode() { xpath::SetAttributeValuesMode(engine_, 1); }
-  AttributeMode(const AttributeMode&) = delete;
-  AttributeMode& operator=(const AttributeMode&) = delete;
-
- private:
-  xpath::Engine& engine_;
-};
-
-bool IsSequence(std::int32_t parsed) { return parsed > 0 && parsed < xpath::kFirstError; }
-
-}  // namespace
-
-FlowRoot MainFlow(host::Host& host, Id document) {
-  const Id flow = host.elements.MainFlow(document);
-  return {flow, flow == kNone ? kNone : host.elements.Root(document, flow)};
-}
-
-std::vector<FlowRoot> FlowsToFilter(host::Host& host, const schemes::Scheme& scheme, Id document) {
-  std::vector<FlowRoot> flows;
-  if (!scheme.process_all_flows) {
-    const FlowRoot main = MainFlow(host, document);
-    if (main.flow != kNone) flows.push_back(main);
-    return flows;
-  }
-  for (Id flow = host.elements.FirstFlow(document); flow != kNone;
-       flow = host.elements.NextFlow(document, flow)) {
-    flows.push_back({flow, host.elements.Root(document, flow)});
-  }
-  return flows;
-}
 
 Verdicts::Verdicts(FilterContext& context, Id document)
     : context_(context),
@@ -55,7 +19,7 @@ bool Verdicts::Prepare(const std::vector<FlowRoot>& flows) {
   }
   if (!ExpressionsAreValid()) return false;
   selected_.Reset(context_.host.elements.IdLimit(document_));
-  const AttributeMode mode(context_.engine, context_.scheme.include_edd_defaults);
+  const schemes::AttributeMode mode(context_.engine, context_.scheme.include_edd_defaults);
   for (const FlowRoot& flow : flows) {
     if (flow.root != kNone && !Evaluate(flow.root)) return false;
   }
@@ -66,14 +30,15 @@ bool Verdicts::ExpressionsAreValid() {
   messages::Messenger& messenger = context_.messenger;
   if (context_.scheme.expressions.empty()) {
     return Refuse(Ending::kSchemeRefused, "QELM_MSG_FILTER_39",
-                  messenger.Format("QELM_MSG_FILTER_39", SchemeName()));
+                  messenger.Format("QELM_MSG_FILTER_39", FullName(context_.scheme)));
   }
   for (const std::string& expression : context_.scheme.expressions) {
-    if (IsSequence(xpath::bw_ParseXPath(context_.engine, expression, 0))) continue;
+    if (schemes::IsValidExpression(context_.engine, expression)) continue;
     const xpath::ParseError error = xpath::LastParseError(context_.engine);
     const std::string why = error.id.empty() ? std::string() : messenger.Get(error.id);
     return Refuse(Ending::kSchemeRefused, "QELM_MSG_FILTER_38",
-                  messenger.Format("QELM_MSG_FILTER_38", SchemeName(), expression, error.position + 1, why));
+                  messenger.Format("QELM_MSG_FILTER_38", FullName(context_.scheme), expression,
+                                   error.position + 1, why));
   }
   return true;
 }
@@ -93,14 +58,11 @@ bool Verdicts::Evaluate(Id root) {
 }
 
 bool Verdicts::EvaluateOne(Id root, const std::string& expression, xpath::MatchList* matches) {
-  // Parsed anew, which is a look-up: parsing another one may have emptied the table.
-  const std::int32_t sequence = xpath::bw_ParseXPath(context_.engine, expression, 0);
-  if (IsSequence(sequence) && xpath::xpath_MatchAll(context_.engine, document_, root, sequence, 0, matches)) {
-    return true;
-  }
+  if (schemes::Select(context_.engine, document_, root, expression, matches)) return true;
   // Everything that was not reached would be taken for not selected, and go.
   return Refuse(Ending::kNodeSetCut, "QELM_MSG_FILTER_40",
-                context_.messenger.Format("QELM_MSG_FILTER_40", SchemeName(), matches->size(), expression));
+                context_.messenger.Format("QELM_MSG_FILTER_40", FullName(context_.scheme), matches->size(),
+                                          expression));
 }
 
 bool Verdicts::Refuse(Ending ending, std::string_view id, const std::string& text) {
@@ -109,8 +71,6 @@ bool Verdicts::Refuse(Ending ending, std::string_view id, const std::string& tex
   if (context_.run.prompts) context_.messenger.AlertFormatted(id, text);
   return false;
 }
-
-std::string Verdicts::SchemeName() const { return context_.scheme.category + "/" + context_.scheme.name; }
 
 bool Verdicts::Fails(Id element) {
   if (context_.scheme.is_xpath) return selected_.Holds(element) == context_.scheme.use_negative_logic;

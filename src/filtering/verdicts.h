@@ -14,18 +14,13 @@
 #include "filtering/document_filter.h"
 #include "filtering/id_set.h"
 #include "schemes/attribute_values.h"
+#include "schemes/flows.h"
 
 namespace qelm::filtering {
 
-struct FlowRoot {
-  host::Id flow = host::kNone;
-  host::Id root = host::kNone;  // the highest-level element, 0 where there is none
-};
-
-// The flows that the scheme filters, in the host's order: all of them, or the main flow.
-std::vector<FlowRoot> FlowsToFilter(host::Host& host, const schemes::Scheme& scheme, host::Id document);
-// The main flow alone.
-FlowRoot MainFlow(host::Host& host, host::Id document);
+using schemes::FlowRoot;
+using schemes::FlowsOf;
+using schemes::MainFlow;
 
 class Verdicts {
  public:
@@ -44,7 +39,6 @@ class Verdicts {
   bool Evaluate(host::Id root);
   bool EvaluateOne(host::Id root, const std::string& expression, xpath::MatchList* matches);
   bool Refuse(Ending ending, std::string_view id, const std::string& text);
-  std::string SchemeName() const;
 
   FilterContext& context_;
   host::Id document_;

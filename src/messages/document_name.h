@@ -6,11 +6,11 @@
 #include "common/paths.h"
 #include "host/interface/documents.h"
 
-namespace qelm::filtering {
+namespace qelm::messages {
 
 // The file's name without its folder; empty for a document that was never saved.
 inline std::string DocumentName(host::Documents& documents, host::Id document) {
   return std::string(common::FileName(documents.Path(document)));
 }
 
-}  // namespace qelm::filtering
+}  // namespace qelm::messages

@@ -5,24 +5,23 @@
 
 #include "messages/messenger.h"
 
-namespace qelm::filtering {
+namespace qelm::messages {
 
 class DebugPrompts {
  public:
-  explicit DebugPrompts(messages::Messenger& messenger)
-      : messenger_(messenger), on_(messenger.DebugPrompts()) {}
+  explicit DebugPrompts(Messenger& messenger) : messenger_(messenger), on_(messenger.DebugPrompts()) {}
 
   bool On() const { return on_; }
 
   // Asks `format`, filled with the arguments, while the prompts are on.
   template <typename... Arguments>
   void Ask(const char* format, const Arguments&... arguments) {
-    if (on_) on_ = messenger_.Ask(messages::Messenger::FormatText(format, arguments...));
+    if (on_) on_ = messenger_.Ask(Messenger::FormatText(format, arguments...));
   }
 
  private:
-  messages::Messenger& messenger_;
+  Messenger& messenger_;
   bool on_;
 };
 
-}  // namespace qelm::filtering
+}  // namespace qelm::messages
