@@ -3,8 +3,11 @@
 #include "coloring/tree_steps.h"
 #include "coloring/validation_marks.h"
 #include "coloring/validation_rules.h"
-#include "common/paths.h"
 #include "common/utf8.h"
+#include "messages/document_name.h"
+#include "messages/esc_poll.h"
+#include "messages/status_shown.h"
+#include "schemes/flows.h"
 
 namespace qelm::coloring {
 namespace {
@@ -16,26 +19,10 @@ constexpr char kTitle[] = "QELM - Coloring And Validation";
 constexpr char kWait[] = "Please wait...";
 constexpr char kEsc[] = "Press Esc to cancel";
 constexpr std::size_t kStatusNameLimit = 50;
-// So many elements are checked before Esc is looked for.
-constexpr std::int32_t kElementsBetweenPolls = 101;
 
-std::string NameOf(host::Host& host, Id document) {
-  return std::string(common::FileName(host.documents.Path(document)));
+void ShowCommand(ValidationContext& context, const char* text) {
+  context.host.user.ShowStatus({kTitle, text, kWait, kEsc});
 }
-
-// Takes the status dialog away at the end.
-class StatusDialog {
- public:
-  StatusDialog(host::UserInterface& user, const char* text) : user_(user) {
-    user_.ShowStatus({kTitle, text, kWait, kEsc});
-  }
-  ~StatusDialog() { user_.HideStatus(); }
-  StatusDialog(const StatusDialog&) = delete;
-  StatusDialog& operator=(const StatusDialog&) = delete;
-
- private:
-  host::UserInterface& user_;
-};
 
 bool Cancelled(ValidationContext& context) {
   if (!context.host.user.EscPressed() || !context.messenger.Ask("QELM_MSG_GEN_14")) return false;
@@ -96,21 +83,6 @@ void Summarize(ValidationContext& context) {
   }
 }
 
-// The highest-level elements to check. False when the main flow, which alone is meant, has none.
-bool FindRoots(ValidationContext& context, Id document, std::vector<Id>* roots) {
-  host::Elements& elements = context.host.elements;
-  if (!context.scheme.process_all_flows) {
-    const Id flow = elements.MainFlow(document);
-    const Id root = flow == kNone ? kNone : elements.Root(document, flow);
-    if (root != kNone) roots->push_back(root);
-    return root != kNone;
-  }
-  for (Id flow = elements.FirstFlow(document); flow != kNone; flow = elements.NextFlow(document, flow)) {
-    if (const Id root = elements.Root(document, flow); root != kNone) roots->push_back(root);
-  }
-  return true;
-}
-
 // One run over the components of a book.
 class BookRun {
  public:
@@ -153,8 +125,7 @@ class BookRun {
 void ShowViolations(ValidationContext& context, Id document, Id element,
                     const std::vector<Violation>& violations) {
   host::Host& host = context.host;
-  const Id definition = host.elements.Definition(document, element);
-  const std::string tag(host.definitions.DefinitionName(document, definition));
+  const std::string tag = schemes::ElementTag(host, document, element);
   const std::string& scheme = context.scheme.name;
   messages::Messenger& messenger = context.messenger;
   for (const Violation& violation : violations) {
@@ -196,20 +167,15 @@ std::int32_t ValidateTree(ValidationContext& context, Id document, Id start) {
   VerdictMarks marks(context.host, document);
   std::vector<Violation> violations;
   std::int32_t last_rule = kNoViolation;
-  std::int32_t since_poll = 0;
-  const auto is_element = [&](Id node) { return elements.Definition(document, node) != kNone; };
+  messages::EscPoll poll;
+  const auto is_element = [&](Id node) { return !schemes::IsTextNode(context.host, document, node); };
   const auto leave = [&](Id node) {
     if (is_element(node)) rules.Leave();
   };
   rules.EnterAncestors(start);
   for (Id node = start; node != kNone; node = NextInTree(elements, document, start, node, leave)) {
     if (!is_element(node)) continue;
-    if (since_poll >= kElementsBetweenPolls) {
-      since_poll = 0;
-      if (Cancelled(context)) break;
-    } else {
-      ++since_poll;
-    }
+    if (poll.Due() && Cancelled(context)) break;
     violations.clear();
     rules.Enter(node, &violations);
     marks.Set(node, !violations.empty());
@@ -231,19 +197,20 @@ bool ValidateDocument(ValidationContext& context, Id document, bool by_command) 
   }
   const std::uint64_t before = run.violations;
   for (ViolationSink* sink : context.sinks) sink->BeginDocument(document, by_command);
-  const std::string name = NameOf(context.host, document);
+  const std::string name = messages::DocumentName(context.host.documents, document);
   context.host.user.ShowStatus({kTitle, "Please wait. Currently processing:",
                                 std::string(common::FirstCharacters(name, kStatusNameLimit)), kEsc});
-  std::vector<Id> roots;
-  if (!FindRoots(context, document, &roots) && by_command) {
+  const std::vector<schemes::FlowRoot> flows = schemes::FlowsOf(context.host, context.scheme, document);
+  const bool no_root = !context.scheme.process_all_flows && (flows.empty() || flows.front().root == kNone);
+  if (no_root && by_command) {
     run.ending = ValidationEnding::kMissingRoot;
     if (run.prompts) {
       context.messenger.AlertFormatted("QELM_MSG_VAL_GEN_6",
                                        context.messenger.Format("QELM_MSG_VAL_GEN_6", name));
     }
   }
-  for (const Id root : roots) {
-    ValidateTree(context, document, root);
+  for (const schemes::FlowRoot& flow : flows) {
+    if (flow.root != kNone) ValidateTree(context, document, flow.root);
     if (run.ending != ValidationEnding::kNone) break;
   }
   const bool finished = run.ending == ValidationEnding::kNone;
@@ -265,7 +232,8 @@ std::int32_t ValidateSelection(ValidationContext& context) {
   if (element == kNone) {
     return End(context, ValidationEnding::kMissingElement, common::kNoElementSelected, "QELM_MSG_VAL_GEN_9");
   }
-  const StatusDialog status(host.user, "Validating Selection...");
+  const messages::StatusShown status(host.user);
+  ShowCommand(context, "Validating Selection...");
   for (ViolationSink* sink : context.sinks) sink->BeginDocument(document, false);
   ValidateTree(context, document, element);
   const bool finished = context.run.ending == ValidationEnding::kNone;
@@ -284,7 +252,8 @@ std::int32_t ValidateActiveDocument(ValidationContext& context) {
     return End(context, ValidationEnding::kMissingDocument, common::kNoDocument, "QELM_MSG_GEN_1");
   }
   {
-    const StatusDialog status(context.host.user, "Validating Document...");
+    const messages::StatusShown status(context.host.user);
+    ShowCommand(context, "Validating Document...");
     if (ValidateDocument(context, document, true)) context.run.ending = ValidationEnding::kCompleted;
   }
   Summarize(context);
@@ -301,7 +270,8 @@ std::int32_t ValidateActiveBook(ValidationContext& context) {
     return End(context, ValidationEnding::kMissingScheme, common::kNoActiveScheme, "QELM_MSG_VAL_GEN_1");
   }
   {
-    const StatusDialog status(context.host.user, "Validating Book...");
+    const messages::StatusShown status(context.host.user);
+    ShowCommand(context, "Validating Book...");
     BookRun(context, book).Run();
   }
   Summarize(context);
@@ -311,7 +281,7 @@ std::int32_t ValidateActiveBook(ValidationContext& context) {
 std::int32_t ValidateElement(ValidationContext& context, Id document, Id element) {
   Clear(&context.run);
   host::Host& host = context.host;
-  if (!context.scheme.Active() || host.elements.Definition(document, element) == kNone) return kNoViolation;
+  if (!context.scheme.Active() || schemes::IsTextNode(host, document, element)) return kNoViolation;
   ValidationRun& run = context.run;
   std::vector<Violation> violations;
   ElementRules rules(host, document, context.scheme, run);

@@ -1,6 +1,7 @@
 #include "coloring/validation_marks.h"
 
 #include "coloring/tree_steps.h"
+#include "schemes/flows.h"
 
 namespace qelm::coloring {
 namespace {
@@ -12,9 +13,10 @@ using host::kNone;
 // Calls write(node, element) for every stretch of text below `top`: text nodes with the element that holds
 // them, and elements whose text is the host's own.
 template <typename Write>
-void ForEachText(host::Elements& elements, Id document, Id top, const Write& write) {
+void ForEachText(host::Host& host, Id document, Id top, const Write& write) {
+  host::Elements& elements = host.elements;
   for (Id node = top; node != kNone; node = NextInTree(elements, document, top, node)) {
-    if (elements.Definition(document, node) == kNone) {
+    if (schemes::IsTextNode(host, document, node)) {
       write(node, elements.Parent(document, node));
       continue;
     }
@@ -46,7 +48,7 @@ void VerdictMarks::Set(Id element, bool violates) {
 
 void VerdictMarks::Write(Id start, StrikethroughUse use, ValidationRun* run) {
   if (use == StrikethroughUse::kLeave) return;
-  ForEachText(host_.elements, document_, start, [&](Id node, Id element) {
+  ForEachText(host_, document_, start, [&](Id node, Id element) {
     if (!has_verdict_[element]) return;
     const bool on = use == StrikethroughUse::kMark && violates_[element];
     WriteStrikethrough(host_.text, document_, node, on, run);
@@ -56,7 +58,7 @@ void VerdictMarks::Write(Id start, StrikethroughUse use, ValidationRun* run) {
 void VerdictMarks::WriteWhole(host::Host& host, Id document, Id element, bool violates, ValidationRun* run) {
   if (run->strikethrough == StrikethroughUse::kLeave) return;
   const bool on = run->strikethrough == StrikethroughUse::kMark && violates;
-  ForEachText(host.elements, document, element,
+  ForEachText(host, document, element,
               [&](Id node, Id) { WriteStrikethrough(host.text, document, node, on, run); });
 }
 

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "common/text.h"
-
 namespace qelm::coloring {
 namespace {
 
@@ -12,32 +10,27 @@ constexpr std::size_t kShortList = 8;
 
 }  // namespace
 
-AllowedValues::AllowedValues(const schemes::Scheme& scheme) : ignore_case_(scheme.ignore_case) {
+AllowedValues::AllowedValues(const schemes::Scheme& scheme) : comparison_(scheme.ignore_case) {
   std::string buffer;
   for (const schemes::Condition& condition : scheme.attributes) {
-    const auto [found, is_new] = by_comparable_name_.try_emplace(
-        std::string(Comparable(condition.attribute, &buffer)), static_cast<std::int32_t>(attributes_.size()));
+    const auto [found, is_new] =
+        by_comparable_name_.try_emplace(std::string(comparison_.Comparable(condition.attribute, &buffer)),
+                                        static_cast<std::int32_t>(attributes_.size()));
     if (is_new) attributes_.emplace_back();
     Attribute& attribute = attributes_[static_cast<std::size_t>(found->second)];
     for (const std::string& value : condition.values) {
       attribute.no_value = attribute.no_value || value == schemes::kNoValue;
       attribute.any_value = attribute.any_value || value == schemes::kAnyValue;
-      attribute.values.emplace(Comparable(value, &buffer));
+      attribute.values.emplace(comparison_.Comparable(value, &buffer));
     }
   }
-}
-
-std::string_view AllowedValues::Comparable(std::string_view text, std::string* buffer) const {
-  if (!ignore_case_) return text;
-  *buffer = common::FoldCase(text);
-  return *buffer;
 }
 
 std::int32_t AllowedValues::Find(std::string_view name) {
   const auto known = by_name_.find(name);
   if (known != by_name_.end()) return known->second;
   std::string buffer;
-  const auto found = by_comparable_name_.find(std::string(Comparable(name, &buffer)));
+  const auto found = by_comparable_name_.find(std::string(comparison_.Comparable(name, &buffer)));
   const std::int32_t index = found == by_comparable_name_.end() ? -1 : found->second;
   by_name_.emplace(name, index);
   return index;
@@ -47,7 +40,7 @@ bool AllowedValues::Allows(std::int32_t attribute, std::string_view value) const
   const Attribute& listed = At(attribute);
   if (listed.any_value) return true;
   std::string buffer;
-  return listed.values.contains(Comparable(value, &buffer));
+  return listed.values.contains(comparison_.Comparable(value, &buffer));
 }
 
 ElementRules::ElementRules(host::Host& host, host::Id document, const schemes::Scheme& scheme,
@@ -125,16 +118,16 @@ void ElementRules::Check(std::int32_t attribute, Values values, Violation violat
 bool ElementRules::Holds(Carried& carried, std::string_view value) {
   const Values values = Values(values_).subspan(carried.first_value, carried.value_count);
   std::string buffer;
-  const std::string_view wanted = allowed_.Comparable(value, &buffer);
+  const std::string_view wanted = allowed_.comparison().Comparable(value, &buffer);
   if (values.size() <= kShortList) {
     return std::any_of(values.begin(), values.end(), [&](std::string_view candidate) {
-      return allowed_.Comparable(candidate, &buffer_) == wanted;
+      return allowed_.comparison().Comparable(candidate, &buffer_) == wanted;
     });
   }
   if (!carried.index) {
     carried.index = std::make_unique<TextSet>();
     for (const std::string_view candidate : values) {
-      carried.index->emplace(allowed_.Comparable(candidate, &buffer_));
+      carried.index->emplace(allowed_.comparison().Comparable(candidate, &buffer_));
     }
   }
   return carried.index->contains(wanted);

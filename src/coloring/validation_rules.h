@@ -21,6 +21,7 @@
 #include "coloring/validation_run.h"
 #include "host/interface/host.h"
 #include "schemes/attribute_values.h"
+#include "schemes/comparable_text.h"
 #include "schemes/scheme.h"
 
 namespace qelm::coloring {
@@ -43,8 +44,8 @@ class AllowedValues {
   bool Allows(std::int32_t attribute, std::string_view value) const;
   bool AllowsNoValue(std::int32_t attribute) const { return At(attribute).no_value; }
 
-  // A text in the form in which texts of this scheme are compared. `buffer` holds it where it had to be made.
-  std::string_view Comparable(std::string_view text, std::string* buffer) const;
+  // How texts of this scheme are compared.
+  const schemes::TextComparison& comparison() const { return comparison_; }
 
  private:
   struct Attribute {
@@ -54,7 +55,7 @@ class AllowedValues {
   };
   const Attribute& At(std::int32_t index) const { return attributes_[static_cast<std::size_t>(index)]; }
 
-  bool ignore_case_;
+  schemes::TextComparison comparison_;
   std::vector<Attribute> attributes_;
   std::unordered_map<std::string, std::int32_t> by_comparable_name_;
   // By the names as elements write them: there are few, and each is made comparable once.
