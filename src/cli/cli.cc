@@ -16,8 +16,9 @@ namespace qelm::cli {
 namespace {
 
 constexpr std::array kCommands = {
-    &MakeFilterCommand, &MakeRestoreCommand, &MakeValidateCommand, &MakeXPathCommand,    &MakeSchemesCommand,
-    &MakeInfoCommand,   &MakeDumpCommand,    &MakeConvertCommand,  &MakeSettingsCommand,
+    &MakeFilterCommand,  &MakeRestoreCommand,  &MakeValidateCommand, &MakeCheckTableCommand,
+    &MakeXPathCommand,   &MakeSchemesCommand,  &MakeInfoCommand,     &MakeDumpCommand,
+    &MakeConvertCommand, &MakeSettingsCommand,
 };
 
 constexpr std::string_view kDescription =

@@ -3,11 +3,11 @@
 
 #include "cli/command.h"
 #include "cli/scheme_choice.h"
+#include "cli/scheme_json.h"
 #include "cli/session.h"
 #include "common/text.h"
 #include "schemes/scheme_listing.h"
 #include "schemes/scheme_loading.h"
-#include "schemes/styles.h"
 
 namespace qelm::cli {
 namespace {
@@ -80,53 +80,6 @@ Outcome SchemesCommand::List(Session& session) {
   }
   outcome.members = {{"main_settings", plugin.settings.paths.main_settings}, {"schemes", std::move(list)}};
   return outcome;
-}
-
-nlohmann::ordered_json ConditionsJson(const std::vector<schemes::Condition>& conditions) {
-  nlohmann::ordered_json list = nlohmann::ordered_json::array();
-  for (const schemes::Condition& condition : conditions) {
-    list.push_back({{"attribute", condition.attribute}, {"values", condition.values}});
-  }
-  return list;
-}
-
-nlohmann::ordered_json RulesJson(const Scheme& scheme) {
-  nlohmann::ordered_json list = nlohmann::ordered_json::array();
-  for (const schemes::Rule& rule : scheme.rules) {
-    nlohmann::ordered_json entry{{"color", rule.color},
-                                 {"style", schemes::StyleName(rule.style)},
-                                 {"background", rule.background},
-                                 {"match_all", rule.match_all},
-                                 {"override", rule.override_others}};
-    if (scheme.is_xpath && !rule.conditions.empty()) {
-      entry["expressions"] = rule.conditions.front().values;
-    } else {
-      entry["conditions"] = ConditionsJson(rule.conditions);
-    }
-    list.push_back(std::move(entry));
-  }
-  return list;
-}
-
-nlohmann::ordered_json SchemeJson(const Scheme& scheme) {
-  nlohmann::ordered_json object{{"category", scheme.category},
-                                {"name", scheme.name},
-                                {"kind", KindName(scheme.kind)},
-                                {"family", scheme.is_xpath ? "xpath" : "classic"},
-                                {"include_edd_defaults", scheme.include_edd_defaults},
-                                {"space_delimited", scheme.space_delimited},
-                                {"ignore_case", scheme.ignore_case},
-                                {"process_all_flows", scheme.process_all_flows}};
-  if (scheme.kind == SchemeKind::kFilter) object["use_negative_logic"] = scheme.use_negative_logic;
-  object["comment"] = scheme.comment;
-  if (scheme.kind == SchemeKind::kColoring) {
-    object["rules"] = RulesJson(scheme);
-  } else if (scheme.is_xpath) {
-    object["expressions"] = scheme.expressions;
-  } else {
-    object["attributes"] = ConditionsJson(scheme.attributes);
-  }
-  return object;
 }
 
 Outcome SchemesCommand::Show(Session& session) {

@@ -30,8 +30,12 @@ std::uint32_t SourceLines::LineOf(Id element) {
   const std::uint32_t source = document_.elements[element].source;
   // Nothing begins at the very start of a file but what was made later, and a root in XML.
   if (source == 0 && document_.format == Format::kMif) return 0;
+  return LineAt(source);
+}
+
+std::uint32_t SourceLines::LineAt(std::uint32_t offset) {
   if (starts_.empty()) FindLines();
-  const auto next = std::upper_bound(starts_.begin(), starts_.end(), source);
+  const auto next = std::upper_bound(starts_.begin(), starts_.end(), offset);
   return static_cast<std::uint32_t>(next - starts_.begin());
 }
 

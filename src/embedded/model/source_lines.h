@@ -18,6 +18,9 @@ class SourceLines {
   // element around it. 0 for an element that is not in the file.
   std::uint32_t LineOf(Id element);
 
+  // The line, counted from 1, of a place in the source.
+  std::uint32_t LineAt(std::uint32_t offset);
+
  private:
   void FindLines();
 
