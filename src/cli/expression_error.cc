@@ -5,20 +5,17 @@
 #include "xpath/engine.h"
 
 namespace qelm::cli {
-namespace {
 
-// The expression with a caret under the character at `position`. Tabs stay, so that the caret stands right.
 std::string WithCaret(std::string_view expression, std::int32_t position) {
   std::string lines = "  " + std::string(expression) + "\n  ";
   const std::string_view before =
       common::FirstCharacters(expression, static_cast<std::size_t>(std::max(position, 0)));
+  // Tabs stay, so that the caret stands right.
   for (const char byte : before) {
     if (!common::IsContinuation(byte)) lines += byte == '\t' ? '\t' : ' ';
   }
   return lines + "^";
 }
-
-}  // namespace
 
 Failure ExpressionFailure(Session& session, std::string_view expression, std::int32_t code,
                           std::string_view owner) {

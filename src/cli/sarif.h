@@ -11,9 +11,9 @@ namespace qelm::cli {
 
 // A kind of finding.
 struct SarifRule {
-  std::string_view id;       // stable, for those who suppress or count findings of a kind
-  std::string_view name;     // in Pascal case
-  std::string_view summary;  // a sentence
+  std::string_view id;    // stable, for those who suppress or count findings of a kind
+  std::string_view name;  // in Pascal case
+  std::string summary;    // a sentence
   std::string_view level = "error";
 };
 

@@ -1,8 +1,9 @@
-// qelm schemes: lists the schemes of the main settings document, or prints one.
+// qelm schemes: lists the schemes of the main settings document, prints one, or checks them all.
 #include <CLI/CLI.hpp>
 
 #include "cli/command.h"
 #include "cli/scheme_choice.h"
+#include "cli/scheme_findings.h"
 #include "cli/scheme_json.h"
 #include "cli/session.h"
 #include "common/text.h"
@@ -26,16 +27,20 @@ class SchemesCommand : public Command {
   std::vector<SchemeKind> Kinds() const;
   Outcome List(Session& session);
   Outcome Show(Session& session);
+  Outcome Check(Session& session);
 
   CLI::App* list_ = nullptr;
   CLI::App* show_ = nullptr;
+  CLI::App* check_ = nullptr;
   std::string kind_;
   std::string name_;
+  std::string document_;
+  std::string format_ = "text";
 };
 
 CLI::App* SchemesCommand::Define(CLI::App& program) {
   CLI::App* command =
-      AddCommand(program, {"schemes", "List the schemes of the main settings document, or print one", "",
+      AddCommand(program, {"schemes", "List, print or check the schemes of the main settings document", "",
                            "qelm schemes list --main-settings house.xml"});
   command->require_subcommand(1);
   list_ =
@@ -48,6 +53,14 @@ CLI::App* SchemesCommand::Define(CLI::App& program) {
         ->check(CLI::IsMember({"filter", "coloring", "validation"}));
   }
   show_->add_option("NAME", name_, "The scheme, as CATEGORY/NAME")->required();
+  check_ = AddCommand(*command, {"check", "Check all schemes: names, colors, styles, expressions, values",
+                                 "Exit status 1 when something was found.",
+                                 "qelm schemes check --main-settings house.xml --document manual.mif"});
+  check_->add_option("--document", document_, "Check the colors of rules against those of this document")
+      ->type_name("FILE");
+  check_->add_option("--format", format_, "How findings are printed: text, sarif")
+      ->type_name("FORMAT")
+      ->check(CLI::IsMember({"text", "sarif"}));
   return command;
 }
 
@@ -59,7 +72,30 @@ std::vector<SchemeKind> SchemesCommand::Kinds() const {
   return kinds;
 }
 
-Outcome SchemesCommand::Run(Session& session) { return show_->parsed() ? Show(session) : List(session); }
+Outcome SchemesCommand::Run(Session& session) {
+  if (check_->parsed()) return Check(session);
+  return show_->parsed() ? Show(session) : List(session);
+}
+
+Outcome SchemesCommand::Check(Session& session) {
+  RequireMainSettings(session);
+  if (session.options().json && format_ != "text") {
+    throw Failure(ExitStatus::kUsage, "--json and --format " + format_ + " exclude each other");
+  }
+  const host::Id document = document_.empty() ? host::kNone : session.OpenDocument(document_);
+  const SchemeReport report = CheckAllSchemes(session, document);
+  Outcome outcome;
+  if (!report.findings.empty()) outcome.status = ExitStatus::kFound;
+  if (format_ == "sarif") {
+    WriteSarif(SarifOf(session, report), session.environment().out);
+    outcome.printed = true;
+    return outcome;
+  }
+  outcome.text = TextOf(session, report);
+  outcome.members = {{"main_settings", session.plugin().settings.paths.main_settings},
+                     {"findings", JsonOf(session, report)}};
+  return outcome;
+}
 
 Outcome SchemesCommand::List(Session& session) {
   Plugin& plugin = session.plugin();
