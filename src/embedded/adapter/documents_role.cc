@@ -41,7 +41,7 @@ class DocumentsRole : public host::Documents {
   explicit DocumentsRole(Workspace& workspace) : workspace_(workspace) {}
 
   Id ActiveDocument() override {
-    return workspace_.Document(workspace_.Active()) != nullptr ? workspace_.Active() : host::kNone;
+    return workspace_.IsDocument(workspace_.Active()) ? workspace_.Active() : host::kNone;
   }
   Id ActiveBook() override {
     return workspace_.Book(workspace_.Active()) != nullptr ? workspace_.Active() : host::kNone;
@@ -89,7 +89,7 @@ class DocumentsRole : public host::Documents {
  private:
   Id DocumentFrom(Id first) {
     for (Id id = first; id < workspace_.IdLimit(); ++id) {
-      if (workspace_.Document(id) != nullptr) return id;
+      if (workspace_.IsDocument(id)) return id;
     }
     return host::kNone;
   }
@@ -192,6 +192,9 @@ bool DocumentsRole::Save(Id id, const host::SaveOptions& options) {
   OpenFile* file = workspace_.File(id);
   if (file == nullptr) return workspace_.FailId(id);
   try {
+    if (file->document && file->document->additions.Pending() && !SettleDocument(file)) {
+      return FailSave(file->path, "what was added to the document cannot be written.");
+    }
     return SaveTo(id, file, options);
   } catch (const std::exception&) {
     return FailSave(options.path.empty() ? file->path : options.path,
@@ -230,6 +233,16 @@ std::string DocumentsRole::Bytes(OpenFile* file, Format format) {
   const model::Document& tree = file->Tree();
   const bool edited = file->edited || tree.modified;
   if (format == tree.format && (file->book || !edited)) return tree.source;
+  if (format != tree.format && !tree.order.empty()) {
+    // Conversion goes by elements in the order of their ids.
+    std::string error;
+    const std::unique_ptr<model::Document> in_order = tree.format == Format::kXml
+                                                          ? model::BuildXml(model::SaveXml(tree), &error)
+                                                          : model::BuildMif(model::SaveMif(tree), &error);
+    if (in_order) {
+      return format == Format::kXml ? model::ConvertToXml(*in_order) : model::ConvertToMif(*in_order);
+    }
+  }
   if (format != tree.format) {
     return format == Format::kXml ? model::ConvertToXml(tree) : model::ConvertToMif(tree);
   }

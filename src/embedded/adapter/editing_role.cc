@@ -1,5 +1,6 @@
 #include "embedded/adapter/roles.h"
 #include "embedded/model/edit.h"
+#include "embedded/model/insert.h"
 
 namespace qelm::embedded::adapter {
 namespace {
@@ -21,38 +22,44 @@ bool IsTablePart(ElementKind kind) {
   }
 }
 
+// Whether an item keeps its place among its like when a document is brought up to date.
+bool IsSolid(const model::Item& item) {
+  const bool boundary = item.kind == ItemKind::kElementBegin || item.kind == ItemKind::kElementEnd;
+  return !item.Is(model::kDeleted) && (boundary || model::IsContent(item.kind));
+}
+
+// Brings in what marks items, and returns where the place before an item is afterwards. At the end of a
+// paragraph that is behind what is last in it, elsewhere before what comes next.
+std::uint32_t SettledPlace(OpenFile* file, std::uint32_t place) {
+  const model::Document& before = *file->document;
+  std::uint32_t solid = 0;
+  for (std::uint32_t i = 0; i < place; ++i) solid += IsSolid(before.items[i]) ? 1U : 0U;
+  const bool at_end = before.items[place].kind == ItemKind::kParagraphEnd && solid > 0;
+  SettleDocument(file);
+  const model::Document& after = *file->document;
+  const std::uint32_t wanted = at_end ? solid : solid + 1;
+  std::uint32_t seen = 0;
+  for (std::uint32_t i = 0; i < after.items.size(); ++i) {
+    if (IsSolid(after.items[i]) && ++seen == wanted) return at_end ? i + 1 : i;
+  }
+  return static_cast<std::uint32_t>(after.items.size());
+}
+
 class EditingRole : public host::Editing {
  public:
   explicit EditingRole(Workspace& workspace) : workspace_(workspace) {}
 
   bool SetAttributes(Id document, Id element, const std::vector<host::AttributeValue>& attributes) override;
-  Id InsertElement(Id document, Id, Id, Id) override {
-    NotSupported(document, "an element cannot be inserted");
-    return host::kNone;
-  }
-  bool SetText(Id document, Id, std::string_view) override {
-    return NotSupported(document, "the text of an element cannot be replaced");
-  }
-  Id DefineElement(Id document, std::string_view name, std::string_view, std::string_view) override {
-    NotSupported(document, "the element definition \"" + std::string(name) + "\" cannot be made or changed");
-    return host::kNone;
-  }
-  bool SetDefinition(Id document, Id, Id) override {
-    return NotSupported(document, "an element cannot be given another definition");
-  }
-  bool AppendParagraph(Id document, Id, const host::NewParagraph&) override {
-    return NotSupported(document, "a paragraph cannot be added");
-  }
-  bool InsertText(Id document, const host::TextLocation&, std::string_view) override {
-    return NotSupported(document, "text cannot be inserted");
-  }
-  bool InsertMarker(Id document, const host::TextRange&, std::string_view, std::string_view) override {
-    return NotSupported(document, "a marker cannot be inserted");
-  }
-  host::TextRange FindParagraph(Id document, Id, std::string_view) override {
-    NotSupported(document, "a paragraph cannot be looked for");
-    return {};
-  }
+  Id InsertElement(Id document, Id parent, Id before, Id definition) override;
+  bool SetText(Id document, Id element, std::string_view text) override;
+  Id DefineElement(Id document, std::string_view name, std::string_view content_rule,
+                   std::string_view paragraph_format) override;
+  bool SetDefinition(Id document, Id element, Id definition) override;
+  bool AppendParagraph(Id document, Id element, const host::NewParagraph& paragraph) override;
+  bool InsertText(Id document, const host::TextLocation& at, std::string_view text) override;
+  bool InsertMarker(Id document, const host::TextRange& range, std::string_view type,
+                    std::string_view text) override;
+  host::TextRange FindParagraph(Id document, Id flow, std::string_view format) override;
 
   bool DeleteElement(Id document, Id element) override;
   bool DeleteRows(Id document, Id table, Id first_row, std::int32_t count) override;
@@ -60,16 +67,20 @@ class EditingRole : public host::Editing {
   bool ClearText(Id document, const host::TextRange& range) override;
 
  private:
-  bool NotSupported(Id document, const std::string& what) {
-    const OpenFile* file = workspace_.DocumentFile(document);
-    if (file == nullptr) return workspace_.FailId(document);
-    return workspace_.Fail(Error::kNotSupported, file->path + ": " + what + " in this version.");
-  }
   bool Refuse(const OpenFile* file, const std::string& why) {
     return workspace_.Fail(Error::kRefused, file->path + ": " + why);
   }
-  // A document's element that may be changed; null with the error set otherwise.
+  // A document's element that may be changed; null with the error set otherwise. What was added stays as it
+  // is.
   const model::Element* Changeable(Id document, Id element);
+  // The same for a change that marks items: what was added is brought in before.
+  const model::Element* ToBeMarked(Id document, Id element) {
+    if (workspace_.IsDocument(document)) workspace_.Document(document);
+    return Changeable(document, element);
+  }
+  // The same for something that is to be added: what marks items is brought in before.
+  OpenFile* ToBeAddedTo(Id document, Id element);
+  bool Insert(Id document, const host::TextLocation& at, model::Insertion insertion);
   bool Done(OpenFile* file, bool done, const char* otherwise) {
     if (!done) return Refuse(file, otherwise);
     MarkEdited(file);
@@ -83,13 +94,14 @@ class EditingRole : public host::Editing {
 };
 
 const model::Element* EditingRole::Changeable(Id document, Id element) {
-  OpenFile* file = workspace_.DocumentFile(document);
   const model::Element* found = workspace_.Element(document, element);
-  if (file == nullptr || found == nullptr) {
+  if (!workspace_.IsDocument(document) || found == nullptr) {
     workspace_.FailId(document);
     return nullptr;
   }
-  if (InLockedInset(file, found->first_item)) {
+  OpenFile* file = workspace_.File(document);
+  const model::Document& tree = *file->document;
+  if (InLockedInset(file, tree.elements[model::AnchoredIn(tree, element)].first_item)) {
     Refuse(file, "the element belongs to a text inset that is locked.");
     return nullptr;
   }
@@ -100,7 +112,7 @@ bool EditingRole::SetAttributes(Id document, Id element,
                                 const std::vector<host::AttributeValue>& attributes) {
   const model::Element* found = Changeable(document, element);
   if (found == nullptr) return false;
-  OpenFile* file = workspace_.DocumentFile(document);
+  OpenFile* file = workspace_.File(document);
   if (found->kind == ElementKind::kText) return Refuse(file, "a text node has no attributes.");
   std::vector<model::NewAttribute> wanted;
   wanted.reserve(attributes.size());
@@ -110,8 +122,117 @@ bool EditingRole::SetAttributes(Id document, Id element,
               "the attributes of the element cannot be changed.");
 }
 
+OpenFile* EditingRole::ToBeAddedTo(Id document, Id element) {
+  if (workspace_.IsDocument(document)) {
+    OpenFile* file = workspace_.File(document);
+    if (file->document->marked && !SettleDocument(file)) {
+      Refuse(file, "what was changed in the document cannot be written.");
+      return nullptr;
+    }
+  }
+  return Changeable(document, element) == nullptr ? nullptr : workspace_.File(document);
+}
+
+Id EditingRole::InsertElement(Id document, Id parent, Id before, Id definition) {
+  OpenFile* file = ToBeAddedTo(document, parent);
+  if (file == nullptr) return host::kNone;
+  const bool ids_exist = definition != host::kNone && definition < file->document->definitions.size() &&
+                         (before == host::kNone || workspace_.Element(document, before) != nullptr);
+  if (!ids_exist) return workspace_.FailId(document), host::kNone;
+  std::string why;
+  const Id id = model::InsertElement(file->document.get(), parent, before, definition, &why);
+  Done(file, id != host::kNone, why.c_str());
+  return id;
+}
+
+bool EditingRole::SetText(Id document, Id element, std::string_view text) {
+  OpenFile* file = ToBeAddedTo(document, element);
+  if (file == nullptr) return false;
+  std::string why;
+  return Done(file, model::SetElementText(file->document.get(), element, text, &why), why.c_str());
+}
+
+Id EditingRole::DefineElement(Id document, std::string_view name, std::string_view content_rule,
+                              std::string_view paragraph_format) {
+  if (!workspace_.IsDocument(document)) return workspace_.FailId(document), host::kNone;
+  OpenFile* file = workspace_.File(document);
+  if (file->document->marked && !SettleDocument(file)) return host::kNone;
+  std::string why;
+  const Id id = model::DefineElement(file->document.get(), name, content_rule, paragraph_format, &why);
+  Done(file, id != host::kNone, why.c_str());
+  return id;
+}
+
+bool EditingRole::SetDefinition(Id document, Id element, Id definition) {
+  OpenFile* file = ToBeAddedTo(document, element);
+  if (file == nullptr) return false;
+  if (definition == host::kNone || definition >= file->document->definitions.size()) {
+    return workspace_.FailId(document);
+  }
+  std::string why;
+  return Done(file, model::SetDefinition(file->document.get(), element, definition, &why), why.c_str());
+}
+
+bool EditingRole::AppendParagraph(Id document, Id element, const host::NewParagraph& paragraph) {
+  OpenFile* file = ToBeAddedTo(document, element);
+  if (file == nullptr) return false;
+  model::NewContent content;
+  content.text = paragraph.text;
+  content.format = paragraph.format;
+  content.variable = paragraph.variable;
+  content.marker_type = paragraph.marker_type;
+  content.marker_text = paragraph.marker_text;
+  std::string why;
+  return Done(file, model::AppendParagraph(file->document.get(), element, std::move(content), &why),
+              why.c_str());
+}
+
+// Positions are those of the text as it reads now, so that what was added before is brought in first.
+bool EditingRole::Insert(Id document, const host::TextLocation& at, model::Insertion insertion) {
+  OpenFile* file = workspace_.DocumentFile(document);
+  if (file == nullptr) return workspace_.FailId(document);
+  const model::Document& tree = *file->document;
+  const bool is_place = at.object != host::kNone && at.object < tree.flows.size() &&
+                        tree.flows[at.object].first_item <= at.offset &&
+                        at.offset < tree.flows[at.object].end_item;
+  if (!is_place) {
+    return workspace_.Fail(Error::kInvalidArgument,
+                           file->path + ": the document has no such place in its text.");
+  }
+  if (InLockedInset(file, at.offset)) {
+    return Refuse(file, "the text belongs to a text inset that is locked.");
+  }
+  insertion.item = tree.marked ? SettledPlace(file, at.offset) : at.offset;
+  std::string why;
+  return Done(file, model::InsertAt(file->document.get(), std::move(insertion), &why), why.c_str());
+}
+
+bool EditingRole::InsertText(Id document, const host::TextLocation& at, std::string_view text) {
+  model::Insertion insertion;
+  insertion.text = text;
+  return Insert(document, at, std::move(insertion));
+}
+
+bool EditingRole::InsertMarker(Id document, const host::TextRange& range, std::string_view type,
+                               std::string_view text) {
+  if (type.empty()) return workspace_.Fail(Error::kInvalidArgument, "A marker needs a type.");
+  model::Insertion insertion;
+  insertion.marker_type = type;
+  insertion.text = text;
+  return Insert(document, range.begin, std::move(insertion));
+}
+
+host::TextRange EditingRole::FindParagraph(Id document, Id flow, std::string_view format) {
+  const model::Document* tree = workspace_.Document(document);
+  if (tree == nullptr || flow == host::kNone || flow >= tree->flows.size()) return {};
+  host::TextRange range;
+  if (!model::FindParagraph(*tree, flow, format, &range.begin.offset, &range.end.offset)) return {};
+  range.begin.object = range.end.object = flow;
+  return range;
+}
+
 bool EditingRole::DeleteElement(Id document, Id element) {
-  const model::Element* found = Changeable(document, element);
+  const model::Element* found = ToBeMarked(document, element);
   if (found == nullptr) return false;
   OpenFile* file = workspace_.DocumentFile(document);
   if (IsTablePart(found->kind)) return Refuse(file, "a part of a table cannot be deleted as an element.");
@@ -157,7 +278,7 @@ bool EditingRole::CoversBody(const model::Document& document, const std::vector<
 }
 
 bool EditingRole::DeleteRows(Id document, Id table, Id first_row, std::int32_t count) {
-  const model::Element* row = Changeable(document, first_row);
+  const model::Element* row = ToBeMarked(document, first_row);
   if (row == nullptr) return false;
   OpenFile* file = workspace_.DocumentFile(document);
   model::Document* model = file->document.get();
@@ -185,7 +306,7 @@ bool EditingRole::DeleteRows(Id document, Id table, Id first_row, std::int32_t c
 }
 
 bool EditingRole::RemoveTitle(Id document, Id table) {
-  const model::Element* found = Changeable(document, table);
+  const model::Element* found = ToBeMarked(document, table);
   if (found == nullptr) return false;
   OpenFile* file = workspace_.DocumentFile(document);
   const model::Item& item = file->document->items[found->first_item];

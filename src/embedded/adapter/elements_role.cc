@@ -2,6 +2,7 @@
 
 #include "embedded/adapter/roles.h"
 #include "embedded/mif/reader.h"
+#include "embedded/model/insert.h"
 #include "embedded/model/text_access.h"
 
 namespace qelm::embedded::adapter {
@@ -113,16 +114,20 @@ class ElementsRole : public host::Elements {
     return found == nullptr ? host::kNone : found->definition;
   }
   Id FlowOf(Id document, Id element) override {
-    const model::Element* found = workspace_.Element(document, element);
-    return found == nullptr ? host::kNone : model::FlowOf(*workspace_.Tree(document), found->first_item);
+    if (workspace_.Element(document, element) == nullptr) return host::kNone;
+    const model::Document& tree = *workspace_.Tree(document);
+    return model::FlowOf(tree, tree.elements[model::AnchoredIn(tree, element)].first_item);
   }
 
   std::int64_t UniqueId(Id document, Id element) override {
     const model::Element* found = workspace_.Element(document, element);
-    return found == nullptr ? 0 : RecordedUniqueId(*workspace_.Tree(document), *found);
+    if (found == nullptr) return 0;
+    const model::Document& tree = *workspace_.Tree(document);
+    return tree.additions.IsNew(element) ? tree.additions.Of(element).unique : RecordedUniqueId(tree, *found);
   }
   Id FindUniqueId(Id document, std::int64_t unique_id) override {
-    OpenFile* file = workspace_.File(document);
+    OpenFile* file =
+        workspace_.IsDocument(document) ? workspace_.DocumentFile(document) : workspace_.File(document);
     if (file == nullptr) return host::kNone;
     auto& index = file->derived.unique_ids;
     if (!index) index = IndexUniqueIds(file->Tree());

@@ -110,6 +110,7 @@ class TextRole : public host::Text {
 
   std::string_view ElementText(Id document, Id element, std::size_t max_characters,
                                std::string* buffer) override {
+    if (workspace_.IsDocument(document)) workspace_.Document(document);
     if (workspace_.Element(document, element) == nullptr) return {};
     return model::ElementText(*workspace_.Tree(document), element, max_characters, buffer);
   }
@@ -117,6 +118,7 @@ class TextRole : public host::Text {
   bool ReadElementProperty(Id document, Id element, host::ElementProperty property,
                            std::string* value) override {
     value->clear();
+    if (workspace_.IsDocument(document)) workspace_.Document(document);
     if (workspace_.Element(document, element) == nullptr) return false;
     return adapter::ReadElementProperty(workspace_.File(document), element, property, value);
   }

@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "embedded/model/edit.h"
+#include "embedded/model/settle.h"
 
 namespace qelm::embedded::adapter {
 namespace {
@@ -72,6 +73,14 @@ void Workspace::Notice(std::string text) { notices_.push_back(std::move(text)); 
 std::string Workspace::FileErrorSuffix() const {
   const std::string reason = options_.file_error ? options_.file_error() : std::string();
   return reason.empty() ? "." : ": " + reason + ".";
+}
+
+bool SettleDocument(OpenFile* file) {
+  if (!model::NeedsSettling(*file->document)) return true;
+  if (!model::Settle(file->document.get())) return false;
+  file->derived = DerivedData();
+  file->selection = {};
+  return true;
 }
 
 void MarkEdited(OpenFile* file) {

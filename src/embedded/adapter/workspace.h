@@ -79,6 +79,9 @@ struct OpenFile {
   model::Document& Tree() { return document ? *document : book->tree; }
 };
 
+// Brings what was done to the document into its bytes and its model (model/settle.h).
+bool SettleDocument(OpenFile* file);
+
 class Workspace {
  public:
   Workspace(const EmbeddedHost::Options& options, host::Platform& platform)
@@ -89,20 +92,27 @@ class Workspace {
 
   // Null for an id that is not open.
   OpenFile* File(Id id) { return id < files_.size() ? files_[id].get() : nullptr; }
-  // The file with a document in it.
+  bool IsDocument(Id id) {
+    const OpenFile* file = File(id);
+    return file != nullptr && file->document != nullptr;
+  }
+  // The file with a document in it, and the document, with what was added to it brought in: for all who look
+  // at its text.
   OpenFile* DocumentFile(Id id) {
-    OpenFile* file = File(id);
-    return file != nullptr && file->document ? file : nullptr;
+    if (!IsDocument(id)) return nullptr;
+    if (files_[id]->document->additions.Pending()) SettleDocument(files_[id].get());
+    return files_[id].get();
   }
   model::Document* Document(Id id) {
-    OpenFile* file = File(id);
+    OpenFile* file = DocumentFile(id);
     return file == nullptr ? nullptr : file->document.get();
   }
   model::Book* Book(Id id) {
     OpenFile* file = File(id);
     return file == nullptr ? nullptr : file->book.get();
   }
-  // What has elements: a document, or the tree that a book keeps of its components.
+  // What has elements: a document, or the tree that a book keeps of its components. Elements that were added
+  // are in the tree and have no items yet.
   model::Document* Tree(Id id) { return id < trees_.size() ? trees_[id] : nullptr; }
   // The element, null when the document or the element is not there (any longer).
   const model::Element* Element(Id document, Id element) {

@@ -5,14 +5,26 @@ namespace {
 
 // Finds or makes the entry of a name in a catalog with an index beside it.
 template <typename Entry>
-Id InternNamed(std::string_view name, std::vector<Entry>* entries,
+Id InternNamed(Document* document, std::string_view name, std::vector<Entry>* entries,
                std::unordered_map<std::string_view, Id>* index) {
-  const auto [found, is_new] = index->try_emplace(name, static_cast<Id>(entries->size()));
-  if (is_new) {
-    entries->emplace_back();
-    entries->back().name = name;
+  const auto found = index->find(name);
+  if (found != index->end()) return found->second;
+  const auto id = static_cast<Id>(entries->size());
+  entries->emplace_back();
+  entries->back().name = document->KeepName(name);
+  index->emplace(entries->back().name, id);
+  return id;
+}
+
+// The names alone: what is said of them is read anew.
+template <typename Entry>
+void CopyNames(const std::vector<Entry>& from, std::vector<Entry>* to,
+               std::unordered_map<std::string_view, Id>* index) {
+  for (std::size_t id = to->size(); id < from.size(); ++id) {
+    to->emplace_back();
+    to->back().name = from[id].name;
+    index->emplace(from[id].name, static_cast<Id>(id));
   }
-  return found->second;
 }
 
 }  // namespace
@@ -34,14 +46,21 @@ std::uint32_t Document::InternName(std::string_view name) {
 }
 
 Id Document::InternDefinition(std::string_view name) {
-  return InternNamed(name, &definitions, &definition_index);
+  return InternNamed(this, name, &definitions, &definition_index);
 }
 
 Id Document::InternCondition(std::string_view name) {
-  return InternNamed(name, &conditions, &condition_index);
+  return InternNamed(this, name, &conditions, &condition_index);
 }
 
-Id Document::InternColor(std::string_view name) { return InternNamed(name, &colors, &color_index); }
+Id Document::InternColor(std::string_view name) { return InternNamed(this, name, &colors, &color_index); }
+
+void Document::TakeNamesFrom(Document* other) {
+  lasting_.splice(lasting_.end(), other->lasting_);
+  CopyNames(other->definitions, &definitions, &definition_index);
+  CopyNames(other->conditions, &conditions, &condition_index);
+  CopyNames(other->colors, &colors, &color_index);
+}
 
 std::uint16_t Document::InternConditions(const std::vector<Id>& set) {
   if (set.empty()) return 0;

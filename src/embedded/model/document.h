@@ -9,12 +9,14 @@
 
 #include <cstdint>
 #include <deque>
+#include <list>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
 
 #include "embedded/mif/strings.h"
+#include "embedded/model/additions.h"
 #include "embedded/model/ids.h"
 #include "embedded/model/items.h"
 
@@ -260,6 +262,13 @@ class Document {
   std::vector<std::uint16_t> source_conditions;
   std::vector<std::uint32_t> source_fonts;
   bool modified = false;
+  bool marked = false;  // items or rows carry changes (edit.h)
+
+  Additions additions;
+  std::int64_t next_unique = 0;  // the next number of a new object; 0: not looked for yet
+  // The elements that have items in the order of their first items, when that is not the order of their ids;
+  // else empty.
+  std::vector<Id> order;
 
   std::vector<std::string_view> names;  // of attributes
   std::unordered_map<std::string_view, std::uint32_t> name_index;
@@ -270,6 +279,11 @@ class Document {
 
   // Text that is not in the source as it reads: decoded strings, names that edits brought. Never moves.
   std::string_view Keep(std::string text) { return arena_.emplace_back(std::move(text)); }
+  // The same for names that callers may hold for as long as the document is open, whatever is done to it.
+  std::string_view KeepName(std::string_view name) { return lasting_.emplace_back(name); }
+  // Gives this document, into which nothing was read yet, the definitions, conditions and colors of another
+  // one with their ids, and the names that are kept there.
+  void TakeNamesFrom(Document* other);
 
   std::uint32_t InternName(std::string_view name);
   Id InternDefinition(std::string_view name);
@@ -287,6 +301,7 @@ class Document {
 
  private:
   std::deque<std::string> arena_;
+  std::list<std::string> lasting_;
 };
 
 }  // namespace qelm::embedded::model

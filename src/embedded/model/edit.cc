@@ -38,19 +38,32 @@ void Unlink(Document* document, Id id) {
 // Marks the elements that lie wholly in the items as deleted; the outermost ones leave the tree.
 void DeleteElementsIn(Document* document, std::uint32_t begin, std::uint32_t end) {
   auto& elements = document->elements;
-  const auto first =
-      std::lower_bound(elements.begin() + 1, elements.end(), begin,
-                       [](const Element& element, std::uint32_t item) { return element.first_item < item; });
-  for (auto at = first; at != elements.end() && at->first_item < end; ++at) {
-    if (at->end_item > end || at->deleted || at->is_virtual) continue;
-    const auto id = static_cast<Id>(at - elements.begin());
-    if (at->parent == 0 || !elements[at->parent].deleted) {
-      const Id flow = FlowOf(*document, at->first_item);
+  const std::vector<Id>& order = document->order;
+  const std::size_t count = order.empty() ? elements.size() - 1 : order.size();
+  const auto id_at = [&](std::size_t place) {
+    return order.empty() ? static_cast<Id>(place) + 1 : order[place];
+  };
+  std::size_t first = 0;
+  for (std::size_t after = count; first < after;) {
+    const std::size_t middle = first + (after - first) / 2;
+    if (elements[id_at(middle)].first_item < begin) {
+      first = middle + 1;
+    } else {
+      after = middle;
+    }
+  }
+  for (std::size_t place = first; place < count; ++place) {
+    const Id id = id_at(place);
+    Element& element = elements[id];
+    if (element.first_item >= end) break;
+    if (element.end_item > end || element.deleted || element.is_virtual) continue;
+    if (element.parent == 0 || !elements[element.parent].deleted) {
+      const Id flow = FlowOf(*document, element.first_item);
       if (flow != 0 && document->flows[flow].root == id) document->flows[flow].root = 0;
       Unlink(document, id);
     }
-    at->deleted = true;
-    if (at->part != 0) document->parts[at->part].deleted = true;
+    element.deleted = true;
+    if (element.part != 0) document->parts[element.part].deleted = true;
   }
 }
 
@@ -80,7 +93,7 @@ void DeleteItems(Document* document, std::uint32_t begin, std::uint32_t end, std
       item.flags |= kDeleted;
     }
   }
-  document->modified = true;
+  document->modified = document->marked = true;
 }
 
 const char* UnderliningWord(Underlining kind) {
@@ -170,7 +183,7 @@ void SetConditions(Document* document, std::uint32_t begin, std::uint32_t end, s
     if (HasConditions(item.kind)) item.conditions = set;
     i = EndOfItem(*document, i);
   }
-  document->modified = true;
+  document->modified = document->marked = true;
 }
 
 void SetCharacterProperties(Document* document, std::uint32_t begin, std::uint32_t end,
@@ -184,14 +197,14 @@ void SetCharacterProperties(Document* document, std::uint32_t begin, std::uint32
     if (is_new) found->second = ChangedFont(document, item.font, properties);
     item.font = found->second;
   }
-  document->modified = true;
+  document->modified = document->marked = true;
 }
 
 void SetRowConditions(Document* document, std::uint32_t row_part, std::uint16_t set) {
   Part& row = document->parts[row_part];
   if (row.conditions == set) return;
   row.conditions = set;
-  document->modified = true;
+  document->modified = document->marked = true;
 }
 
 Id CreateCondition(Document* document, std::string_view name) {

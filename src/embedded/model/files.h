@@ -16,6 +16,10 @@ FileKind Recognize(std::string_view bytes);
 // damage.
 std::unique_ptr<Document> BuildMif(std::string bytes, std::string* error);
 std::unique_ptr<Document> BuildXml(std::string bytes, std::string* error);
+// The same into a document that has nothing but names (Document::TakeNamesFrom; one for XML has the colors
+// of AddReservedColors before them). False for damage.
+bool ReadMif(std::string bytes, Document* document, std::string* error);
+bool ReadXml(std::string bytes, Document* document, std::string* error);
 std::unique_ptr<Book> BuildBook(std::string bytes, std::string* error);
 
 // The bytes to write: the source with what the edits call for. Equal to the source when there was no edit.

@@ -3,16 +3,20 @@
 
 namespace qelm::embedded::model {
 
-std::unique_ptr<Document> BuildMif(std::string bytes, std::string* error) {
-  auto document = std::make_unique<Document>();
+bool ReadMif(std::string bytes, Document* document, std::string* error) {
   document->format = Format::kMif;
   document->source = std::move(bytes);
   const std::size_t line_end = document->source.find('\n');
   document->crlf = line_end != std::string::npos && line_end > 0 && document->source[line_end - 1] == '\r';
   Scan scan;
-  if (!ScanMif(document.get(), &scan, error)) return nullptr;
-  BuildTree(document.get(), &scan);
-  return document;
+  if (!ScanMif(document, &scan, error)) return false;
+  BuildTree(document, &scan);
+  return true;
+}
+
+std::unique_ptr<Document> BuildMif(std::string bytes, std::string* error) {
+  auto document = std::make_unique<Document>();
+  return ReadMif(std::move(bytes), document.get(), error) ? std::move(document) : nullptr;
 }
 
 }  // namespace qelm::embedded::model

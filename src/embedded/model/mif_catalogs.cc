@@ -114,6 +114,7 @@ void ReadElementDefinition(mif::Reader* reader, Document* document) {
   });
   if (definition.name.empty()) return;
   const Id id = document->InternDefinition(definition.name);
+  definition.name = document->definitions[id].name;
   document->definitions[id] = std::move(definition);
 }
 
@@ -162,7 +163,9 @@ void ScanColors(mif::Reader* reader, Document* document) {
           break;
       }
     });
-    document->colors[document->InternColor(color.name)] = color;
+    Color& known = document->colors[document->InternColor(color.name)];
+    color.name = known.name;
+    known = color;
   });
 }
 
@@ -183,7 +186,9 @@ void ScanConditions(mif::Reader* reader, Document* document) {
       }
     });
     condition.source_shown = condition.shown;
-    document->conditions[document->InternCondition(condition.name)] = condition;
+    Condition& known = document->conditions[document->InternCondition(condition.name)];
+    condition.name = known.name;
+    known = condition;
   });
 }
 

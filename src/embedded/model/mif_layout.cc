@@ -110,6 +110,31 @@ std::string MifLayout::Statement(std::uint32_t begin, std::uint32_t end) const {
   return result;
 }
 
+void AddToCatalog(const Document& document, const MifLayout& layout, Span catalog, std::string_view name,
+                  const std::vector<std::string>& entries, Splice* splice) {
+  if (entries.empty()) return;
+  const bool is_group = document.At(catalog).find('<', 1) != std::string_view::npos;
+  if (!catalog.Empty() && is_group) {
+    layout.InsertAtEnd(catalog.end - 1, entries, splice);
+    return;
+  }
+  std::string text = "<" + std::string(name) + " \n";
+  text += layout.Lines(entries, 1);
+  std::erase(text, '\r');
+  text += "> # end of " + std::string(name);
+  if (!catalog.Empty()) {
+    std::string in_place = layout.Lines({text}, 0);
+    in_place.resize(in_place.size() - layout.LineEnd().size());
+    splice->Replace(catalog.begin, catalog.end, in_place);
+    return;
+  }
+  // Behind the line of the first statement, where catalogs begin.
+  const std::size_t line = document.source.find('\n', document.first_statement_end);
+  const std::size_t at = line == std::string::npos ? document.source.size() : line + 1;
+  const std::string before = line == std::string::npos ? std::string(layout.LineEnd()) : std::string();
+  splice->Insert(static_cast<std::uint32_t>(at), before + layout.Lines({text}, 0));
+}
+
 std::string ConditionalStatement(const Document& document, std::uint16_t set) {
   if (set == 0) return "<Unconditional >";
   const MifLayout layout(document);

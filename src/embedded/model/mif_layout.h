@@ -61,6 +61,10 @@ class MifLayout {
   mif::Encoding encoding_;
 };
 
+// Puts entries at the end of a catalog `name`; one that is empty or missing is made.
+void AddToCatalog(const Document& document, const MifLayout& layout, Span catalog, std::string_view name,
+                  const std::vector<std::string>& entries, Splice* splice);
+
 // The statement that sets a condition set, and the one that sets a character state.
 std::string ConditionalStatement(const Document& document, std::uint16_t set);
 std::string FontStatement(const Document& document, std::uint32_t font);

@@ -1,9 +1,12 @@
 // Saving MIF: the source with the statements replaced that the edits call for.
 
 #include <algorithm>
+#include <unordered_set>
 
 #include "embedded/mif/reader.h"
 #include "embedded/model/files.h"
+#include "embedded/model/mif_additions.h"
+#include "embedded/model/mif_attributes.h"
 #include "embedded/model/mif_layout.h"
 #include "embedded/model/paragraph_format.h"
 #include "embedded/model/splice.h"
@@ -21,6 +24,7 @@ class MifSaver {
         formats_(document),
         removed_(document.paragraphs.size(), false),
         written_(document.paragraphs.size(), false),
+        followed_by_other_(document.paragraphs.size(), false),
         moves_(document.blocks.size(), false),
         removed_flows_(document.flows.size(), false) {}
 
@@ -28,7 +32,6 @@ class MifSaver {
 
  private:
   void SaveCatalogs();
-  void AddToCatalog(Span catalog, std::string_view name, const std::vector<std::string>& entries);
   void SaveShowAll();
   void SaveParts();
   void SaveRow(const Part& row);
@@ -50,9 +53,11 @@ class MifSaver {
   MifLayout layout_;
   Splice splice_;
   ParagraphFormats formats_;
-  std::vector<bool> removed_;  // by paragraph
-  std::vector<bool> written_;  // by paragraph: written anew, with its whole format
-  std::vector<bool> moves_;    // by hidden block: its text goes where it belongs, or it was deleted
+  std::vector<bool> removed_;            // by paragraph
+  std::vector<bool> written_;            // by paragraph: written anew, with its whole format
+  std::vector<bool> followed_by_other_;  // by paragraph: what was added behind it has another format
+  std::unordered_set<Id> moved_;         // elements whose statement is written in another place
+  std::vector<bool> moves_;              // by hidden block: its text goes where it belongs, or it was deleted
   std::vector<bool> removed_flows_;
 };
 
@@ -63,6 +68,10 @@ std::string MifSaver::Run() {
   SaveParts();
   SaveFrames();
   SaveStories();
+  // Where something is added there are no other changes to the text.
+  if (document_.additions.Pending()) {
+    WriteAdditions(document_, layout_, &formats_, {&removed_, &followed_by_other_}, &splice_);
+  }
   RepairParagraphStates();
   SaveAttributes();
   return splice_.Apply(document_.source);
@@ -71,31 +80,6 @@ std::string MifSaver::Run() {
 void MifSaver::Remove(Span span) {
   const Span gone = layout_.Removal(span.begin, span.end);
   splice_.Remove(gone.begin, gone.end);
-}
-
-// Puts entries at the end of a catalog; one that is empty or missing is made.
-void MifSaver::AddToCatalog(Span catalog, std::string_view name, const std::vector<std::string>& entries) {
-  if (entries.empty()) return;
-  const bool is_group = document_.At(catalog).find('<', 1) != std::string_view::npos;
-  if (!catalog.Empty() && is_group) {
-    layout_.InsertAtEnd(catalog.end - 1, entries, &splice_);
-    return;
-  }
-  std::string text = "<" + std::string(name) + " \n";
-  text += layout_.Lines(entries, 1);
-  std::erase(text, '\r');
-  text += "> # end of " + std::string(name);
-  if (!catalog.Empty()) {
-    std::string in_place = layout_.Lines({text}, 0);
-    in_place.resize(in_place.size() - layout_.LineEnd().size());
-    splice_.Replace(catalog.begin, catalog.end, in_place);
-    return;
-  }
-  // Behind the line of the first statement, where catalogs begin.
-  const std::size_t line = document_.source.find('\n', document_.first_statement_end);
-  const std::size_t at = line == std::string::npos ? document_.source.size() : line + 1;
-  const std::string before = line == std::string::npos ? std::string(layout_.LineEnd()) : std::string();
-  splice_.Insert(static_cast<std::uint32_t>(at), before + layout_.Lines({text}, 0));
 }
 
 void MifSaver::SaveCatalogs() {
@@ -110,7 +94,7 @@ void MifSaver::SaveCatalogs() {
       splice_.Replace(condition.state.begin, condition.state.end, missing ? " " + std::string(state) : state);
     }
   }
-  AddToCatalog(document_.condition_catalog, "ConditionCatalog", added);
+  AddToCatalog(document_, layout_, document_.condition_catalog, "ConditionCatalog", added, &splice_);
   added.clear();
   for (const Color& color : document_.colors) {
     if (!color.created) continue;
@@ -119,7 +103,7 @@ void MifSaver::SaveCatalogs() {
                     ">\n <ColorYellow " + std::to_string(color.yellow) + ">\n <ColorBlack " +
                     std::to_string(color.black) + ">\n> # end of Color");
   }
-  AddToCatalog(document_.color_catalog, "ColorCatalog", added);
+  AddToCatalog(document_, layout_, document_.color_catalog, "ColorCatalog", added, &splice_);
 }
 
 void MifSaver::SaveShowAll() {
@@ -132,7 +116,8 @@ void MifSaver::SaveShowAll() {
     layout_.InsertBefore(document_.content_begin,
                          {"<Document \n <DShowAllConditions " + value + ">\n> # end of Document"}, &splice_);
   } else {
-    AddToCatalog(document_.document_statement, "Document", {"<DShowAllConditions " + value + ">"});
+    AddToCatalog(document_, layout_, document_.document_statement, "Document",
+                 {"<DShowAllConditions " + value + ">"}, &splice_);
   }
 }
 
@@ -290,7 +275,7 @@ void MifSaver::SaveHiddenFlow(StorySaver* saver) {
 }
 
 void MifSaver::SaveStories() {
-  StorySaver saver(document_, layout_, &splice_, &formats_, &removed_, &written_);
+  StorySaver saver(document_, layout_, &splice_, &formats_, &removed_, &written_, &moved_);
   for (std::size_t i = 1; i < document_.flows.size(); ++i) {
     const Flow& flow = document_.flows[i];
     if (removed_flows_[i]) continue;
@@ -315,7 +300,7 @@ void MifSaver::RepairParagraphStates() {
     const std::uint32_t relies_on =
         paragraph.sets_state ? document_.paragraph_states[paragraph.state].before : paragraph.state;
     if (!written_[i] && !paragraph.absolute && out != relies_on) WriteFormat(paragraph);
-    out = paragraph.state;
+    out = followed_by_other_[i] ? kNoIndex : paragraph.state;
   }
 }
 
@@ -339,29 +324,10 @@ void MifSaver::WriteFormat(const Paragraph& paragraph) {
 }
 
 void MifSaver::SaveAttributes() {
-  for (const Element& element : document_.elements) {
-    if (!element.attributes_changed || element.deleted) continue;
-    std::string text = "<Attributes \n";
-    for (std::uint32_t i = 0; i < element.attribute_count; ++i) {
-      const Attribute& attribute = document_.attributes[element.first_attribute + i];
-      text += " <Attribute \n  <AttrName " + layout_.Quoted(document_.names[attribute.name]) + ">\n";
-      for (std::uint32_t v = 0; v < attribute.value_count; ++v) {
-        text += "  <AttrValue " + layout_.Quoted(document_.values[attribute.first_value + v]) + ">\n";
-      }
-      text += " > # end of Attribute\n";
-    }
-    text += "> # end of Attributes";
-    mif::Reader reader(std::string_view(document_.source).substr(element.source));
-    reader.Next();
-    const std::size_t inside = reader.depth();
-    while (inside > 0 && reader.Next() && reader.depth() >= inside) {
-      const std::uint32_t begin = element.source + reader.begin();
-      if (reader.kind() == mif::Piece::kGroup && !reader.Skip()) break;
-      if (reader.token() != mif::Token::kAttributes) continue;
-      const Span old = layout_.Removal(begin, element.source + reader.end());
-      splice_.Replace(old.begin, old.end, layout_.Lines({text}, layout_.Indentation(begin)));
-      break;
-    }
+  for (Id id = 1; id < document_.elements.size(); ++id) {
+    const Element& element = document_.elements[id];
+    if (!element.attributes_changed || element.deleted || moved_.contains(id)) continue;
+    SaveElementAttributes(document_, layout_, element, &splice_);
   }
 }
 

@@ -1,6 +1,7 @@
 #include "embedded/model/story_saver.h"
 
 #include "embedded/mif/reader.h"
+#include "embedded/model/mif_attributes.h"
 #include "embedded/model/paragraph_format.h"
 
 namespace qelm::embedded::model {
@@ -45,7 +46,7 @@ void StorySaver::End() {
   if (!any_kept_ && last_removed_ != 0) WriteEmptyParagraph();
   if (!any_kept_) return;
   std::vector<std::string> statements;
-  for (const StoryItem& item : carried_) statements.push_back(layout_.Statement(item.begin, item.end));
+  for (const StoryItem& item : carried_) statements.push_back(StatementOf(item));
   // Conditions never cross the end of a story.
   if (out_conditions_ != source_conditions_) {
     statements.push_back(ConditionalStatement(document_, source_conditions_));
@@ -63,6 +64,16 @@ bool StorySaver::IsChanged() const {
     }
   }
   return false;
+}
+
+// The statement of an item, to be written in another place, with what changed in it.
+std::string StorySaver::StatementOf(const StoryItem& item) {
+  std::string statement = layout_.Statement(item.begin, item.end);
+  const bool has_element = item.kind == ItemKind::kElementBegin || item.kind == ItemKind::kMarker ||
+                           item.kind == ItemKind::kVariable || item.kind == ItemKind::kReferenceBegin;
+  if (!has_element || item.ref == 0 || !document_.elements[item.ref].attributes_changed) return statement;
+  moved_.insert(item.ref);
+  return WithAttributes(document_, layout_, document_.elements[item.ref], std::move(statement));
 }
 
 void StorySaver::SaveParagraph(bool is_last) {
@@ -117,7 +128,7 @@ void StorySaver::RemoveParagraph() {
     if (item.kind == ItemKind::kTextFrame && !item.brought) frames_.push_back(item.ref);
     if (item.deleted || !IsBoundary(item.kind)) continue;
     if (item.kind == ItemKind::kElementEnd && any_kept_) {
-      ends.push_back(layout_.Statement(item.begin, item.end));
+      ends.push_back(StatementOf(item));
       if (last_.mark_deleted) last_.items.push_back(item);
     } else {
       carried_.push_back(item);
@@ -193,7 +204,7 @@ void StorySaver::WriteCarried() {
   frames_.clear();
   if (carried_.empty()) return;
   std::vector<std::string> statements;
-  for (const StoryItem& item : carried_) statements.push_back(layout_.Statement(item.begin, item.end));
+  for (const StoryItem& item : carried_) statements.push_back(StatementOf(item));
   carried_.clear();
   for (const StoryItem& item : items_) {
     if (IsFrame(item.kind)) continue;
@@ -413,7 +424,7 @@ void StorySaver::Rewrite(const std::vector<StoryItem>& items, std::uint32_t firs
     if (item.kind == ItemKind::kParagraphEnd) {
       finish(document_.paragraphs[item.ref], !item.brought);
     } else {
-      statements.push_back(layout_.Statement(item.begin, item.end));
+      statements.push_back(StatementOf(item));
     }
   }
   // The last mark was deleted, and what follows is not known yet.
@@ -442,7 +453,7 @@ void StorySaver::WriteEmptyParagraph() {
     head.push_back(std::move(statement));
   }
   std::vector<std::string> statements;
-  for (const StoryItem& item : carried_) statements.push_back(layout_.Statement(item.begin, item.end));
+  for (const StoryItem& item : carried_) statements.push_back(StatementOf(item));
   if (out_conditions_ != source_conditions_) {
     statements.push_back(ConditionalStatement(document_, source_conditions_));
   }

@@ -8,6 +8,7 @@
 // frame that the flow enters there. Two paragraphs become one only where the mark between them was deleted.
 #pragma once
 
+#include <unordered_set>
 #include <vector>
 
 #include "embedded/model/document.h"
@@ -34,13 +35,15 @@ struct StoryItem {
 class StorySaver {
  public:
   StorySaver(const Document& document, const MifLayout& layout, Splice* splice, ParagraphFormats* formats,
-             std::vector<bool>* removed_paragraphs, std::vector<bool>* written_paragraphs)
+             std::vector<bool>* removed_paragraphs, std::vector<bool>* written_paragraphs,
+             std::unordered_set<Id>* moved_elements)
       : document_(document),
         layout_(layout),
         splice_(*splice),
         formats_(*formats),
         removed_(*removed_paragraphs),
-        written_(*written_paragraphs) {}
+        written_(*written_paragraphs),
+        moved_(*moved_elements) {}
 
   // Begins a story; then Add each of its items in order, and End.
   void Begin();
@@ -76,6 +79,7 @@ class StorySaver {
   void BeginLine(const StoryItem& line);
   void EndLine();
   void RemoveStatement(const StoryItem& item);
+  std::string StatementOf(const StoryItem& item);
   void Rewrite(const std::vector<StoryItem>& items, std::uint32_t first, std::uint32_t last);
   void WriteEmptyParagraph();
 
@@ -85,6 +89,7 @@ class StorySaver {
   ParagraphFormats& formats_;
   std::vector<bool>& removed_;
   std::vector<bool>& written_;
+  std::unordered_set<Id>& moved_;
 
   std::vector<StoryItem> items_;  // of the paragraph being gathered
   bool complete_ = false;         // its end was added

@@ -129,6 +129,7 @@ FlowKind TreeBuilder::KindOf(const Flow& flow, std::int32_t* page) const {
 void TreeBuilder::BuildFlow(const RawFlow& raw) {
   document_.flows.push_back(raw.flow);
   flow_ = &document_.flows.back();
+  flow_->name = document_.KeepName(flow_->name);
   flow_->kind = KindOf(raw.flow, &flow_->page);
   const auto frame = document_.text_frame_index.find(raw.flow.text_frame);
   if (flow_->kind == FlowKind::kFrame && frame != document_.text_frame_index.end()) {

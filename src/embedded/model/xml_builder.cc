@@ -63,7 +63,10 @@ class Gatherer : public xml::Handler {
   Gatherer(Document* document, XmlDraft* draft)
       : document_(*document), draft_(*draft), encoding_(xml::DetectEncoding(document->source)) {
     draft_.roles.resize(1);
-    draft_.declared_kinds.resize(1);
+    for (std::size_t id = 1; id < document_.definitions.size(); ++id) {
+      draft_.roles.push_back(XmlRoleOfName(document_.definitions[id].name));
+    }
+    draft_.declared_kinds.resize(draft_.roles.size());
   }
 
   void OnEvent(const Event& event) override;
@@ -420,6 +423,11 @@ XmlRole XmlRoleOfName(std::string_view name) {
 
 std::unique_ptr<Document> BuildXml(std::string bytes, std::string* error) {
   auto document = std::make_unique<Document>();
+  AddReservedColors(document.get());
+  return ReadXml(std::move(bytes), document.get(), error) ? std::move(document) : nullptr;
+}
+
+bool ReadXml(std::string bytes, Document* document, std::string* error) {
   document->format = Format::kXml;
   document->source = std::move(bytes);
   const std::string_view source = document->source;
@@ -431,15 +439,14 @@ std::unique_ptr<Document> BuildXml(std::string bytes, std::string* error) {
     document->crlf = at >= unit && xml::AsciiAt(source, at - unit, encoding) == '\r';
     break;
   }
-  AddReservedColors(document.get());
   XmlDraft draft;
   constexpr std::size_t kBytesPerItem = 16;
   document->items.reserve(source.size() / kBytesPerItem);
-  Gatherer gatherer(document.get(), &draft);
+  Gatherer gatherer(document, &draft);
   xml::Error problem;
   if (!xml::Read(document->source, &gatherer, &problem)) {
     *error = problem.Describe();
-    return nullptr;
+    return false;
   }
   if (document->show_all_statement.Empty()) {
     // Where nothing is hidden everything is shown.
@@ -447,8 +454,8 @@ std::unique_ptr<Document> BuildXml(std::string bytes, std::string* error) {
     document->show_all = document->source_show_all = std::all_of(
         conditions.begin(), conditions.end(), [](const Condition& condition) { return condition.shown; });
   }
-  BuildXmlTree(document.get(), draft);
-  return document;
+  BuildXmlTree(document, draft);
+  return true;
 }
 
 }  // namespace qelm::embedded::model

@@ -319,6 +319,20 @@ std::string ColorMark(const Color& color) {
 
 std::string ObjectMark(std::string_view statement) { return Instruction("qelm object", statement); }
 
+std::string MarkerMark(std::string_view type, std::string_view text) {
+  const auto quoted = [](std::string_view data) {
+    return "`" + mif::Encode(data, mif::Encoding::kUtf8) + "'";
+  };
+  const bool is_link = type == "Hypertext";
+  return ObjectMark("<Marker <MType " + std::string(is_link ? "8" : "11") + "> <MTypeName " + quoted(type) +
+                    "> <MText " + quoted(text) + ">>");
+}
+
+std::string VariableMark(std::string_view name) {
+  return ObjectMark("<Variable <VariableName `" + mif::Encode(name, mif::Encoding::kUtf8) + "'>>") +
+         std::string(kObjectEndMark);
+}
+
 std::string GraphicMark(std::string_view file) { return Instruction("qelm graphic", file); }
 
 FontState ReadTextMark(Document* document, const FontState& under, std::string_view data) {

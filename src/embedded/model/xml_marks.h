@@ -70,6 +70,9 @@ std::string KindMark(std::string_view element, ElementKind kind);
 std::string ColorMark(const Color& color);
 std::string ObjectMark(std::string_view statement);
 std::string GraphicMark(std::string_view file);
+// A marker, and a variable, as the statements that they are in MIF.
+std::string MarkerMark(std::string_view type, std::string_view text);
+std::string VariableMark(std::string_view name);
 
 // The state `under` with what a text mark says on top of it. Colors that it names are made where they are
 // missing.

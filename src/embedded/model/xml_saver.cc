@@ -1,7 +1,9 @@
 #include <algorithm>
+#include <iterator>
 #include <unordered_set>
 
 #include "embedded/model/files.h"
+#include "embedded/model/xml_additions.h"
 #include "embedded/model/xml_marks.h"
 #include "embedded/model/xml_saver_plan.h"
 #include "embedded/model/xml_tags.h"
@@ -108,6 +110,7 @@ class Saver {
   std::vector<Story> stories_;
   std::vector<XmlEdit> edits_;  // of what stands before the root, in order
   std::size_t next_edit_ = 0;
+  std::size_t prolog_edits_ = 0;
   std::unordered_set<std::uint32_t> dirty_;  // parts: rows whose marks are written anew, tables whose marks
                                              // around rows go
   std::uint32_t expanded_begin_ = 0;         // items that are written from the model, because an entity that
@@ -137,13 +140,20 @@ bool Take(std::vector<Id>* set, Id id) {
 std::string Saver::Run() {
   out_.reserve(source_.size() + source_.size() / 16);
   edits_ = PrologEdits(document_, encoding_);
+  prolog_edits_ = edits_.size();
+  if (document_.additions.Pending()) {
+    // What is before the root comes before what was added inside.
+    std::vector<XmlEdit> added = AdditionEdits(document_, encoding_);
+    std::move(added.begin(), added.end(), std::back_inserter(edits_));
+  }
   dirty_ = DirtyRows(document_);
   stories_.emplace_back();
   while (at_ < items_.size()) {
     while (next_edit_ < edits_.size() && edits_[next_edit_].begin <= items_[at_].begin) {
       const XmlEdit& edit = edits_[next_edit_++];
       CopyTo(edit.begin);
-      Emit(edit.text);
+      // Marks cannot have references, and text and tags can.
+      Emit(edit.text, next_edit_ <= prolog_edits_ ? xml::Missing::kEscape : xml::Missing::kReference);
       SkipTo(edit.end);
     }
     Visit();
@@ -262,7 +272,7 @@ void Saver::Tag(std::uint32_t index, Id id) {
     return;
   }
   const Element& element = document_.elements[id];
-  if (!element.attributes_changed) return;
+  if (!element.attributes_changed || copied_ >= item.end) return;
   CopyTo(item.begin);
   const std::string tag = xml::ToUtf8(document_.At(item), encoding_);
   Emit(RewrittenTag(document_, element, tag), xml::Missing::kReference);

@@ -44,7 +44,7 @@ struct ReportLine {
   host::Id document = 0;
   host::Id element = 0;
   bool link = false;
-  std::string_view texts[3];
+  std::string_view texts[3] = {};
 };
 
 inline constexpr std::string_view kReportTemplate = "QELM_Plugin_Report_Template.fm";

@@ -12,13 +12,13 @@ namespace qelm::host {
 
 // A paragraph to be added. Views only need to hold during the call.
 struct NewParagraph {
-  std::string_view format;    // the tag of its paragraph format; empty: as the paragraph before it
-  std::string_view text;      // may be empty
-  std::string_view variable;  // the name of a variable that stands before the text; empty: none
+  std::string_view format = {};    // the tag of its paragraph format; empty: as the paragraph before it
+  std::string_view text = {};      // may be empty
+  std::string_view variable = {};  // the name of a variable that stands before the text; empty: none
   // A marker at the beginning of the paragraph; an empty type: none. A hypertext marker makes the whole
   // paragraph a link.
-  std::string_view marker_type;
-  std::string_view marker_text;
+  std::string_view marker_type = {};
+  std::string_view marker_text = {};
 };
 
 class Editing {
@@ -32,8 +32,8 @@ class Editing {
   // last one). Returns the new element.
   virtual Id InsertElement(Id document, Id parent, Id before, Id definition) = 0;
 
-  // Replaces what the element holds by `text`; allowed only where it has no element inside and is one that
-  // holds text: not a table or a part of one but a cell.
+  // Replaces what the element holds by `text`, without character properties of its own; allowed only where it
+  // has no element inside and is one that holds text: not a table or a part of one but a cell.
   virtual bool SetText(Id document, Id element, std::string_view text) = 0;
 
   // Creates a definition of a container with that name, content rule and paragraph format (empty: none), or
