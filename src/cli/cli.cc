@@ -16,8 +16,9 @@ namespace qelm::cli {
 namespace {
 
 constexpr std::array kCommands = {
-    &MakeColorCommand,   &MakeUncolorCommand, &MakeFilterCommand, &MakeRestoreCommand, &MakeXPathCommand,
-    &MakeSchemesCommand, &MakeInfoCommand,    &MakeDumpCommand,   &MakeConvertCommand, &MakeSettingsCommand,
+    &MakeColorCommand,    &MakeUncolorCommand,    &MakeFilterCommand,  &MakeRestoreCommand,
+    &MakeValidateCommand, &MakeCheckTableCommand, &MakeXPathCommand,   &MakeSchemesCommand,
+    &MakeInfoCommand,     &MakeDumpCommand,       &MakeConvertCommand, &MakeSettingsCommand,
 };
 
 constexpr std::string_view kDescription =

@@ -59,6 +59,8 @@ std::unique_ptr<Command> MakeColorCommand();
 std::unique_ptr<Command> MakeUncolorCommand();
 std::unique_ptr<Command> MakeFilterCommand();
 std::unique_ptr<Command> MakeRestoreCommand();
+std::unique_ptr<Command> MakeValidateCommand();
+std::unique_ptr<Command> MakeCheckTableCommand();
 std::unique_ptr<Command> MakeXPathCommand();
 std::unique_ptr<Command> MakeSchemesCommand();
 std::unique_ptr<Command> MakeInfoCommand();

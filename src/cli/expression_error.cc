@@ -12,9 +12,7 @@
 #include "xpath/errors.h"
 
 namespace qelm::cli {
-namespace {
 
-// The expression with a caret under the character at `position`, in lines as long as those of the report.
 std::string WithCaret(std::string_view expression, std::int32_t position) {
   std::string text;
   for (const xpath::MarkedLine& line : xpath::MarkPosition(expression, position)) {
@@ -22,6 +20,8 @@ std::string WithCaret(std::string_view expression, std::int32_t position) {
   }
   return text;
 }
+
+namespace {
 
 // The names of the dialect that may have been meant, by the error.
 std::vector<std::string> NamesFor(std::int32_t code) {

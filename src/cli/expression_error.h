@@ -11,6 +11,10 @@ namespace qelm::cli {
 
 class Session;
 
+// The expression with a caret under the character at `position`, in lines as long as those of the report,
+// each set in and ended.
+std::string WithCaret(std::string_view expression, std::int32_t position);
+
 // The failure for an expression for which bw_ParseXPath has just returned `code`. `owner` says where the
 // expression is from ("the filter scheme A/B"), empty for one of the command line.
 Failure ExpressionFailure(Session& session, std::string_view expression, std::int32_t code,

@@ -1,13 +1,14 @@
-// qelm schemes: lists the schemes of the main settings document, or prints one.
+// qelm schemes: lists the schemes of the main settings document, prints one, or checks them all.
 #include <CLI/CLI.hpp>
 
 #include "cli/command.h"
 #include "cli/scheme_choice.h"
+#include "cli/scheme_findings.h"
+#include "cli/scheme_json.h"
 #include "cli/session.h"
 #include "common/text.h"
 #include "schemes/scheme_listing.h"
 #include "schemes/scheme_loading.h"
-#include "schemes/styles.h"
 
 namespace qelm::cli {
 namespace {
@@ -26,16 +27,20 @@ class SchemesCommand : public Command {
   std::vector<SchemeKind> Kinds() const;
   Outcome List(Session& session);
   Outcome Show(Session& session);
+  Outcome Check(Session& session);
 
   CLI::App* list_ = nullptr;
   CLI::App* show_ = nullptr;
+  CLI::App* check_ = nullptr;
   std::string kind_;
   std::string name_;
+  std::string document_;
+  std::string format_ = "text";
 };
 
 CLI::App* SchemesCommand::Define(CLI::App& program) {
   CLI::App* command =
-      AddCommand(program, {"schemes", "List the schemes of the main settings document, or print one", "",
+      AddCommand(program, {"schemes", "List, print or check the schemes of the main settings document", "",
                            "qelm schemes list --main-settings house.xml"});
   command->require_subcommand(1);
   list_ =
@@ -48,6 +53,14 @@ CLI::App* SchemesCommand::Define(CLI::App& program) {
         ->check(CLI::IsMember({"filter", "coloring", "validation"}));
   }
   show_->add_option("NAME", name_, "The scheme, as CATEGORY/NAME")->required();
+  check_ = AddCommand(*command, {"check", "Check all schemes: names, colors, styles, expressions, values",
+                                 "Exit status 1 when something was found.",
+                                 "qelm schemes check --main-settings house.xml --document manual.mif"});
+  check_->add_option("--document", document_, "Check the colors of rules against those of this document")
+      ->type_name("FILE");
+  check_->add_option("--format", format_, "How findings are printed: text, sarif")
+      ->type_name("FORMAT")
+      ->check(CLI::IsMember({"text", "sarif"}));
   return command;
 }
 
@@ -59,7 +72,30 @@ std::vector<SchemeKind> SchemesCommand::Kinds() const {
   return kinds;
 }
 
-Outcome SchemesCommand::Run(Session& session) { return show_->parsed() ? Show(session) : List(session); }
+Outcome SchemesCommand::Run(Session& session) {
+  if (check_->parsed()) return Check(session);
+  return show_->parsed() ? Show(session) : List(session);
+}
+
+Outcome SchemesCommand::Check(Session& session) {
+  RequireMainSettings(session);
+  if (session.options().json && format_ != "text") {
+    throw Failure(ExitStatus::kUsage, "--json and --format " + format_ + " exclude each other");
+  }
+  const host::Id document = document_.empty() ? host::kNone : session.OpenDocument(document_);
+  const SchemeReport report = CheckAllSchemes(session, document);
+  Outcome outcome;
+  if (!report.findings.empty()) outcome.status = ExitStatus::kFound;
+  if (format_ == "sarif") {
+    WriteSarif(SarifOf(session, report), session.environment().out);
+    outcome.printed = true;
+    return outcome;
+  }
+  outcome.text = TextOf(session, report);
+  outcome.members = {{"main_settings", session.plugin().settings.paths.main_settings},
+                     {"findings", JsonOf(session, report)}};
+  return outcome;
+}
 
 Outcome SchemesCommand::List(Session& session) {
   Plugin& plugin = session.plugin();
@@ -80,53 +116,6 @@ Outcome SchemesCommand::List(Session& session) {
   }
   outcome.members = {{"main_settings", plugin.settings.paths.main_settings}, {"schemes", std::move(list)}};
   return outcome;
-}
-
-nlohmann::ordered_json ConditionsJson(const std::vector<schemes::Condition>& conditions) {
-  nlohmann::ordered_json list = nlohmann::ordered_json::array();
-  for (const schemes::Condition& condition : conditions) {
-    list.push_back({{"attribute", condition.attribute}, {"values", condition.values}});
-  }
-  return list;
-}
-
-nlohmann::ordered_json RulesJson(const Scheme& scheme) {
-  nlohmann::ordered_json list = nlohmann::ordered_json::array();
-  for (const schemes::Rule& rule : scheme.rules) {
-    nlohmann::ordered_json entry{{"color", rule.color},
-                                 {"style", schemes::StyleName(rule.style)},
-                                 {"background", rule.background},
-                                 {"match_all", rule.match_all},
-                                 {"override", rule.override_others}};
-    if (scheme.is_xpath && !rule.conditions.empty()) {
-      entry["expressions"] = rule.conditions.front().values;
-    } else {
-      entry["conditions"] = ConditionsJson(rule.conditions);
-    }
-    list.push_back(std::move(entry));
-  }
-  return list;
-}
-
-nlohmann::ordered_json SchemeJson(const Scheme& scheme) {
-  nlohmann::ordered_json object{{"category", scheme.category},
-                                {"name", scheme.name},
-                                {"kind", KindName(scheme.kind)},
-                                {"family", scheme.is_xpath ? "xpath" : "classic"},
-                                {"include_edd_defaults", scheme.include_edd_defaults},
-                                {"space_delimited", scheme.space_delimited},
-                                {"ignore_case", scheme.ignore_case},
-                                {"process_all_flows", scheme.process_all_flows}};
-  if (scheme.kind == SchemeKind::kFilter) object["use_negative_logic"] = scheme.use_negative_logic;
-  object["comment"] = scheme.comment;
-  if (scheme.kind == SchemeKind::kColoring) {
-    object["rules"] = RulesJson(scheme);
-  } else if (scheme.is_xpath) {
-    object["expressions"] = scheme.expressions;
-  } else {
-    object["attributes"] = ConditionsJson(scheme.attributes);
-  }
-  return object;
 }
 
 Outcome SchemesCommand::Show(Session& session) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "coloring/coloring_run.h"
+#include "coloring/validation_run.h"
 #include "config/local_settings.h"
 #include "filtering/filter_run.h"
 #include "host/interface/host.h"
@@ -38,6 +39,7 @@ class Plugin {
   schemes::ActiveSchemes schemes;
   coloring::ColoringRun coloring_run;
   filtering::FilterRun filter_run;
+  coloring::ValidationRun validation_run;
   host::Id main_settings = host::kNone;
 
  private:

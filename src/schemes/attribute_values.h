@@ -26,7 +26,8 @@ class AttributeReader {
         space_delimited_(scheme.space_delimited) {}
 
   // The attributes of `element`. An attribute without a value, or one that is absent, takes the definition's
-  // default where the scheme includes them. Views hold until the next call or an edit of the document.
+  // default where the scheme includes them. The buffer holds until the next call, the texts that it refers to
+  // until an edit of the document.
   const host::AttributeBuffer& Read(host::Id element);
 
  private:

@@ -159,7 +159,9 @@ Rule ReadRule(SettingsTree& tree, host::Id element, bool is_xpath) {
 
 void ReadSwitches(SettingsTree& tree, host::Id element, Scheme* scheme) {
   constexpr std::string_view kSettings = "SchemeSettings";
-  scheme->is_xpath = tree.IsInside(element, "SchemeCategories_XPath");
+  // Validation schemes hold attributes in whichever family their category is.
+  scheme->is_xpath =
+      scheme->kind != SchemeKind::kValidation && tree.IsInside(element, "SchemeCategories_XPath");
   scheme->include_edd_defaults = tree.SwitchAt(element, kSettings, "IncludeEDDDefaults");
   scheme->space_delimited = tree.SwitchAt(element, kSettings, "SpaceDelimitedVals");
   scheme->ignore_case = tree.SwitchAt(element, kSettings, "IgnoreCaseSensitivity");

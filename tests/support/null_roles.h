@@ -124,6 +124,9 @@ class NullTables : public host::Tables {
   host::Id NextTable(host::Id, host::Id) override { return 0; }
   host::Id FirstRow(host::Id, host::Id) override { return 0; }
   host::Id NextRow(host::Id, host::Id) override { return 0; }
+  host::ElementKind PartOfRow(host::Id, host::Id) override { return host::ElementKind::kTable; }
+  std::string TitleText(host::Id, host::Id) override { return {}; }
+  std::vector<std::string> CellTexts(host::Id, host::Id) override { return {}; }
   host::Id RowOfElement(host::Id, host::Id) override { return 0; }
   std::vector<host::Id> RowConditions(host::Id, host::Id) override { return {}; }
   bool SetRowConditions(host::Id, host::Id, const std::vector<host::Id>&) override { return false; }

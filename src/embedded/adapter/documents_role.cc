@@ -245,7 +245,8 @@ model::Pieces DocumentsRole::Bytes(OpenFile* file, Format format) {
   return pieces;
 }
 
-// Conversion goes by elements in the order of their ids, so a tree that insertions brought out of order is built anew.
+// Conversion goes by elements in the order of their ids, so a tree that insertions brought out of order is
+// built anew.
 std::string DocumentsRole::Converted(const model::Document& tree, Format format) {
   if (!tree.order.empty()) {
     const bool is_xml = tree.format == Format::kXml;

@@ -2,12 +2,32 @@
 
 #include "embedded/adapter/roles.h"
 #include "embedded/model/edit.h"
+#include "embedded/model/text_access.h"
 
 namespace qelm::embedded::adapter {
 namespace {
 
 using model::ElementKind;
 using model::ItemKind;
+
+// The text of a part of a table, with a line end between paragraphs: in MIF where one ends, in XML where an
+// element does. What was deleted, and what the element definitions generate, is left out.
+std::string LinesOf(const model::Document& document, const model::Part& part) {
+  const bool xml = document.format == model::Format::kXml;
+  std::string text;
+  bool line_ended = false;
+  for (std::uint32_t i = part.first_item + 1; i + 1 < part.end_item; ++i) {
+    const model::Item& item = document.items[i];
+    if (item.Is(model::kDeleted) || item.Is(model::kGenerated)) continue;
+    if (item.kind == (xml ? ItemKind::kElementEnd : ItemKind::kParagraphEnd)) line_ended = !text.empty();
+    const std::size_t before = text.size();
+    model::AppendItemText(document, item, &text);
+    if (text.size() == before) continue;
+    if (line_ended) text.insert(before, 1, '\n');
+    line_ended = false;
+  }
+  return text;
+}
 
 class TablesRole : public host::Tables {
  public:
@@ -33,6 +53,21 @@ class TablesRole : public host::Tables {
     if (found->first_item >= model->items.size()) return host::kNone;
     const model::Item& item = model->items[found->first_item];
     return item.kind == ItemKind::kPartBegin ? item.ref : host::kNone;
+  }
+
+  host::ElementKind PartOfRow(Id document, Id row) override {
+    const model::Part* part = Part(document, row, ElementKind::kTableRow);
+    const model::Document* model = workspace_.Document(document);
+    return static_cast<host::ElementKind>(
+        part == nullptr || part->parent == 0 ? ElementKind::kTable : model->parts[part->parent].kind);
+  }
+  std::string TitleText(Id document, Id table) override {
+    const std::vector<std::string> texts =
+        TextsIn(document, Part(document, table, ElementKind::kTable), ElementKind::kTableTitle);
+    return texts.empty() ? std::string() : texts.front();
+  }
+  std::vector<std::string> CellTexts(Id document, Id row) override {
+    return TextsIn(document, Part(document, row, ElementKind::kTableRow), ElementKind::kTableCell);
   }
 
   std::vector<Id> RowConditions(Id document, Id row) override {
@@ -90,6 +125,7 @@ class TablesRole : public host::Tables {
     return host::kNone;
   }
   Id RowFrom(Id document, std::uint32_t item);
+  std::vector<std::string> TextsIn(Id document, const model::Part* around, ElementKind kind);
 
   Workspace& workspace_;
 };
@@ -108,6 +144,20 @@ Id TablesRole::RowFrom(Id document, std::uint32_t item) {
     item = pass_over ? part.end_item : item + 1;
   }
   return host::kNone;
+}
+
+// The texts of those parts of one kind that are right in another part. Parts stand in the order of the items.
+std::vector<std::string> TablesRole::TextsIn(Id document, const model::Part* around, ElementKind kind) {
+  std::vector<std::string> texts;
+  if (around == nullptr) return texts;
+  const model::Document& model = *workspace_.Document(document);
+  const auto outer = static_cast<Id>(around - model.parts.data());
+  for (Id id = outer + 1; id < model.parts.size(); ++id) {
+    const model::Part& part = model.parts[id];
+    if (part.first_item >= around->end_item) break;
+    if (part.parent == outer && part.kind == kind && !part.deleted) texts.push_back(LinesOf(model, part));
+  }
+  return texts;
 }
 
 bool TablesRole::SetRowConditions(Id document, Id row, const std::vector<Id>& conditions) {

@@ -255,7 +255,8 @@ bool TextRole::WriteProperties(Id document, const TextRange& range, const host::
     if ((properties.mask & host::kBackgroundProperty) != 0 && properties.background != host::kNone) {
       NoteBackgrounds(file);
     }
-    model::SetCharacterProperties(model, begin, end, wanted, Paragraphs(file));
+    const bool written = model::SetCharacterProperties(model, begin, end, wanted, Paragraphs(file));
+    if (!written && (properties.mask & host::kConditionsProperty) == 0) return true;
   }
   if ((properties.mask & host::kConditionsProperty) != 0) {
     DeclareConditions(model, properties.conditions);

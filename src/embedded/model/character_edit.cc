@@ -202,16 +202,20 @@ std::uint32_t ChangedFont(Document* document, std::uint32_t font, std::uint32_t 
   return changed;
 }
 
-void ChangeItem(Document* document, std::uint32_t index, bool reset, const CharacterProperties& wanted,
+// Whether the item's state is another one now.
+bool ChangeItem(Document* document, std::uint32_t index, bool reset, const CharacterProperties& wanted,
                 const ItemParagraphs& paragraphs) {
   Item& item = document->items[index];
+  const std::uint32_t before = item.font;
   const std::uint32_t paragraph = index < paragraphs.size() ? paragraphs[index] : 0;
   item.font = ChangedFont(document, item.font, paragraph, reset, wanted);
-  if (index >= document->source_fonts.size()) return;
-  // Back to what the source says, in its own words.
-  const std::uint32_t source = document->source_fonts[index];
-  const std::vector<std::uint32_t>& same = document->font_edits.same;
-  if (same[source] == same[item.font]) item.font = source;
+  if (index < document->source_fonts.size()) {
+    // Back to what the source says, in its own words.
+    const std::uint32_t source = document->source_fonts[index];
+    const std::vector<std::uint32_t>& same = document->font_edits.same;
+    if (same[source] == same[item.font]) item.font = source;
+  }
+  return item.font != before;
 }
 
 CharacterProperties Possible(const Document& document, CharacterProperties properties) {
@@ -226,14 +230,17 @@ bool HasBackgrounds(const Document& document) {
   return document.format == Format::kXml || document.level >= kBackgroundLevel;
 }
 
-void SetCharacterProperties(Document* document, std::uint32_t begin, std::uint32_t end,
+bool SetCharacterProperties(Document* document, std::uint32_t begin, std::uint32_t end,
                             const CharacterProperties& properties, const ItemParagraphs& paragraphs) {
   KeepSourceFonts(document);
   const CharacterProperties wanted = Possible(*document, properties);
+  bool changed = false;
   for (std::uint32_t i = begin; i < end; i = EndOfItem(*document, i)) {
-    if (IsContent(document->items[i].kind)) ChangeItem(document, i, false, wanted, paragraphs);
+    if (!IsContent(document->items[i].kind)) continue;
+    if (ChangeItem(document, i, false, wanted, paragraphs)) changed = true;
   }
-  document->modified = document->marked = true;
+  if (changed) document->modified = document->marked = true;
+  return changed;
 }
 
 void ResetCharacterProperties(Document* document, std::uint32_t item, const CharacterProperties& rules,

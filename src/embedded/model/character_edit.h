@@ -23,8 +23,9 @@ inline constexpr std::uint8_t kDefinedBits =
 bool HasBackgrounds(const Document& document);
 
 // Sets the character properties that `properties.known` names for items [begin, end). A table or footnote
-// counts as its anchor. Background colors are left out where the document cannot hold them.
-void SetCharacterProperties(Document* document, std::uint32_t begin, std::uint32_t end,
+// counts as its anchor. Background colors are left out where the document cannot hold them. Whether there was
+// text that did not have them already.
+bool SetCharacterProperties(Document* document, std::uint32_t begin, std::uint32_t end,
                             const CharacterProperties& properties, const ItemParagraphs& paragraphs);
 
 // Gives one item the properties that its formats define, with those that `rules` knows on top: color,

@@ -39,6 +39,12 @@ class Tables {
   virtual Id NextTable(Id document, Id table) = 0;
   virtual Id FirstRow(Id document, Id table) = 0;
   virtual Id NextRow(Id document, Id row) = 0;
+  // The part in which the row is: kTableHeading, kTableBody or kTableFooting. kTable for an invalid id.
+  virtual ElementKind PartOfRow(Id document, Id row) = 0;
+  // The text of a table's title, and that of the cells of a row, from left to right. There is a line end
+  // between paragraphs. Empty where there is none, and for an invalid id.
+  virtual std::string TitleText(Id document, Id table) = 0;
+  virtual std::vector<std::string> CellTexts(Id document, Id row) = 0;
   // The row behind a row element; 0 for other elements.
   virtual Id RowOfElement(Id document, Id element) = 0;
 

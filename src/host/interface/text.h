@@ -35,8 +35,9 @@ class Text {
   virtual TextProperties ReadProperties(Id document, const TextRange& range, std::uint32_t mask) = 0;
 
   // Writes the properties that `properties.mask` names to all text of the range. A table in the range is
-  // treated as the one character that anchors it; the text inside it stays, and so it is with a footnote. A range that is a part of a table
-  // gives its conditions to its rows. False with the error code set when range or ids are invalid.
+  // treated as the one character that anchors it; the text inside it stays, and so it is with a footnote. A
+  // range that is a part of a table gives its conditions to its rows. False with the error code set when
+  // range or ids are invalid.
   virtual bool WriteProperties(Id document, const TextRange& range, const TextProperties& properties) = 0;
 
   // The first position of a flow's text; object 0 when it has none.

@@ -1,0 +1,107 @@
+// The four rules of validation for one element after the other, on a walk from an element down.
+//
+// Rules 2 and 3 compare an attribute with that of the nearest ancestor that has it. Nothing is searched for
+// that: the walk enters and leaves elements, and the attributes that the scheme names are kept on a stack, so
+// that the nearest value of each is always at hand. Every element's attributes are read once.
+//
+//   ElementRules rules(host, document, scheme, run);
+//   rules.EnterAncestors(start);
+//   rules.Enter(element, &violations);   // then its children, each entered and left
+//   rules.Leave();
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "coloring/validation_run.h"
+#include "host/interface/host.h"
+#include "schemes/attribute_values.h"
+#include "schemes/comparable_text.h"
+#include "schemes/scheme.h"
+
+namespace qelm::coloring {
+
+struct TextHash {
+  using is_transparent = void;
+  std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
+};
+using TextSet = std::unordered_set<std::string, TextHash, std::equal_to<>>;
+
+// The attributes that a scheme names, with what it lists for each. An attribute that is named twice has both
+// lists.
+class AllowedValues {
+ public:
+  explicit AllowedValues(const schemes::Scheme& scheme);
+
+  std::size_t Count() const { return attributes_.size(); }
+  // The attribute's index, -1 for one that the scheme does not name.
+  std::int32_t Find(std::string_view name);
+  bool Allows(std::int32_t attribute, std::string_view value) const;
+  bool AllowsNoValue(std::int32_t attribute) const { return At(attribute).no_value; }
+
+  // How texts of this scheme are compared.
+  const schemes::TextComparison& comparison() const { return comparison_; }
+
+ private:
+  struct Attribute {
+    TextSet values;  // comparable
+    bool no_value = false;
+    bool any_value = false;
+  };
+  const Attribute& At(std::int32_t index) const { return attributes_[static_cast<std::size_t>(index)]; }
+
+  schemes::TextComparison comparison_;
+  std::vector<Attribute> attributes_;
+  std::unordered_map<std::string, std::int32_t> by_comparable_name_;
+  // By the names as elements write them: there are few, and each is made comparable once.
+  std::unordered_map<std::string, std::int32_t, TextHash, std::equal_to<>> by_name_;
+};
+
+class ElementRules {
+ public:
+  // Texts of the document are held by reference between calls: it must not be edited meanwhile.
+  ElementRules(host::Host& host, host::Id document, const schemes::Scheme& scheme, const ValidationRun& run);
+
+  // Takes in the attributes of the elements above `start`, unchecked.
+  void EnterAncestors(host::Id start);
+
+  // Checks the element and appends its violations in order: attribute by attribute, and rule by rule for
+  // each. What is entered from then on lies inside it, until Leave.
+  void Enter(host::Id element, std::vector<Violation>* violations);
+  void Leave();
+
+ private:
+  // An attribute of an entered element. Its values are values_[first_value ...].
+  struct Carried {
+    std::int32_t attribute = 0;
+    std::int32_t covered = -1;  // the index of the one farther up, -1 for none
+    std::size_t first_value = 0;
+    std::size_t value_count = 0;
+    std::unique_ptr<TextSet> index;  // of long lists, made when first asked for
+  };
+  using Values = std::span<const std::string_view>;
+
+  void Take(host::Id element, std::vector<Violation>* violations);
+  void Check(std::int32_t attribute, Values values, Violation violation, std::vector<Violation>* violations);
+  bool Holds(Carried& carried, std::string_view value);
+  void Carry(std::int32_t attribute, Values values);
+  Carried* Nearest(std::int32_t attribute);
+
+  host::Host& host_;
+  host::Id document_;
+  const ValidationRun& run_;
+  AllowedValues allowed_;
+  schemes::AttributeReader reader_;
+  std::vector<std::int32_t> nearest_;  // by attribute: an index into carried_, -1 for none
+  std::vector<Carried> carried_;
+  std::vector<std::string_view> values_;
+  std::vector<std::size_t> levels_;  // of each entered element: how many were carried before it
+  std::string buffer_;
+};
+
+}  // namespace qelm::coloring
