@@ -68,7 +68,7 @@ std::string Hint(std::string_view expression, const xpath::ParseError& error) {
   if (names.empty()) return {};
   const std::string_view name = NameAt(expression, error.position);
   const std::string hint = DidYouMean(name, std::span<const std::string>(names));
-  return hint.empty() ? hint : "\n" + std::string(name) + ":" + hint;
+  return hint.empty() ? hint : "\n" + std::string(name) + hint;
 }
 
 }  // namespace

@@ -131,7 +131,7 @@ class XPathCommand : public Command {
   Outcome Run(Session& session) override;
 
  private:
-  void CheckArguments() const;
+  void CheckArguments(bool json) const;
   host::Id Context(Session& session, MatchWriter* writer, const std::string& text) const;
   Evaluation Evaluate(Session& session, const std::string& expression, host::Id context) const;
   std::string Dump(Session& session) const;
@@ -188,10 +188,13 @@ CLI::App* XPathCommand::Define(CLI::App& program) {
   return command;
 }
 
-void XPathCommand::CheckArguments() const {
+void XPathCommand::CheckArguments(bool json) const {
   if (!expression_.empty() && !expressions_.empty()) {
     throw Failure(ExitStatus::kUsage,
                   "EXPRESSION and --expressions FILE cannot be used together; see qelm xpath --help");
+  }
+  if (expression_.empty() && expressions_.empty() && (json || dump_)) {
+    throw Failure(ExitStatus::kUsage, "--json and --dump need an EXPRESSION; see qelm xpath --help");
   }
 }
 
@@ -231,7 +234,7 @@ std::string XPathCommand::Dump(Session& session) const {
 }
 
 Outcome XPathCommand::Run(Session& session) {
-  CheckArguments();
+  CheckArguments(session.options().json);
   document_ = session.Open(target_);
   if (report_.empty()) return RunMode(session);
   try {
