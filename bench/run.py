@@ -7,6 +7,9 @@ the peers with the XML file. First each result is read back and compared: all XM
 attributes, conditions and text, and the MIF result the same elements, attributes and amount of text. Then the
 programs run in turn, several rounds, and the medians of wall time and of peak memory are printed, as ratios to each
 peer, and how processor time, which other work on the machine disturbs less, grows with size.
+
+Then the MIF document is colored by classic schemes of 1 and of 20 rules, and the time of that is printed as a ratio
+to opening and saving the same document, with the host's operations that it calls for each element or text node.
 """
 
 import argparse
@@ -199,6 +202,32 @@ def print_size(result):
         print(f"{name:10} {seconds:9.3f} {cpu:9.3f} {rate:7.0f} {megabytes:8.0f}{ratios}")
 
 
+def run_coloring(build, source, runs):
+    """Colors a document by classic schemes of 1 and of 20 rules; the medians of the seconds."""
+    figures = []
+    for rules in (1, 20):
+        lines = [subprocess.run([build / "bench_color", source, str(rules)], capture_output=True, text=True, check=True)
+                 for _ in range(runs)]
+        measured = [json.loads(line.stdout) for line in lines]
+        figure = dict(measured[0])
+        for part in ("open", "color", "save"):
+            figure[part] = statistics.median(one[part] for one in measured)
+        figures.append(figure)
+    os.remove(str(source) + ".colored")
+    return figures
+
+
+def print_coloring(figures):
+    print("coloring, MIF    seconds: open  color   save   color/(open+save)   host calls a node: all, "
+          "reading attributes, writing properties")
+    for figure in figures:
+        ratio = figure["color"] / (figure["open"] + figure["save"])
+        calls = [figure[what] / figure["visited"] for what in ("calls", "reads", "writes")]
+        print(f"{figure['rules']:3} rules {figure['open']:19.3f} {figure['color']:6.3f} {figure['save']:6.3f} "
+              f"{ratio:19.2f} {calls[0]:22.3f} {calls[1]:.3f} {calls[2]:.3f}"
+              f"   ({figure['visited']:,} nodes, {figure['colored']:,} colored)")
+
+
 def print_scaling(results):
     for before, after in zip(results, results[1:]):
         growth = after["elements"] / before["elements"]
@@ -217,6 +246,8 @@ def main():
     for size in sizes:
         results.append(run_size(Programs(build), size, options.runs, data))
         print_size(results[-1])
+        results[-1]["coloring"] = run_coloring(build, data / f"{size}.mif", options.runs)
+        print_coloring(results[-1]["coloring"])
         sys.stdout.flush()
         if not options.keep_files:
             for path in data.glob(f"{size}[-.]*"):
