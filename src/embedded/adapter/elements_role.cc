@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <charconv>
 
 #include "embedded/adapter/roles.h"
@@ -130,6 +131,13 @@ class ElementsRole : public host::Elements {
     return found != index->end() && IsElement(document, found->second) ? found->second : host::kNone;
   }
 
+  std::uint64_t Revision(Id document) override {
+    const OpenFile* file = workspace_.DocumentFile(document);
+    return file == nullptr ? 0 : file->revision;
+  }
+  bool ReadTree(Id document, Id root, host::ElementColumns* columns) override;
+  bool ReadTexts(Id document, std::span<const Id> elements, host::TextColumn* column) override;
+
  private:
   const model::Flow* Flow(Id document, Id flow) {
     const model::Document* tree = workspace_.Tree(document);
@@ -138,6 +146,83 @@ class ElementsRole : public host::Elements {
 
   Workspace& workspace_;
 };
+
+// The elements of a document that was not edited are in document order, so that this goes through the array
+// once from begin to end; after edits it jumps, and the answer is the same.
+bool ElementsRole::ReadTree(Id document, Id root, host::ElementColumns* columns) {
+  if (workspace_.Element(document, root) == nullptr) return true;
+  const std::vector<model::Element>& elements = workspace_.Tree(document)->elements;
+  const std::size_t before = columns->elements.size();
+  const std::size_t limit = before + elements.size();
+  const bool is_all = root == 1 && before == 0;
+  for (auto* column : {&columns->elements, &columns->definitions, &columns->parents, &columns->ends}) {
+    if (is_all) column->reserve(elements.size() - 1);
+  }
+  std::uint32_t parent = host::ElementColumns::kNoPlace;
+  for (Id id = root; id != host::kNone;) {
+    const model::Element& element = elements[id];
+    const auto place = static_cast<std::uint32_t>(columns->elements.size());
+    if (place >= limit) {
+      for (auto* column : {&columns->elements, &columns->definitions, &columns->parents, &columns->ends}) {
+        column->resize(before);
+      }
+      return false;
+    }
+    columns->elements.push_back(id);
+    columns->definitions.push_back(element.definition);
+    columns->parents.push_back(parent);
+    columns->ends.push_back(place + 1);
+    if (element.first_child != host::kNone) {
+      parent = place;
+      id = element.first_child;
+      continue;
+    }
+    id = id == root ? host::kNone : element.next;
+    while (id == host::kNone && parent != host::ElementColumns::kNoPlace) {
+      columns->ends[parent] = static_cast<std::uint32_t>(columns->elements.size());
+      const Id above = columns->elements[parent];
+      if (above != root) id = elements[above].next;
+      parent = columns->parents[parent];
+    }
+  }
+  return true;
+}
+
+// Every element is a range of items, so the text of all items is written once, with the place in it where
+// each item begins.
+bool ElementsRole::ReadTexts(Id document, std::span<const Id> elements, host::TextColumn* column) {
+  column->text.clear();
+  column->begins.clear();
+  column->ends.clear();
+  const model::Document* tree = workspace_.Tree(document);
+  if (tree == nullptr) return false;
+  std::uint32_t first = static_cast<std::uint32_t>(tree->items.size());
+  std::uint32_t end = 0;
+  for (const Id id : elements) {
+    if (workspace_.Element(document, id) == nullptr) return false;
+    first = std::min(first, tree->elements[id].first_item);
+    end = std::max(end, tree->elements[id].end_item);
+  }
+  std::vector<std::uint32_t> offsets;
+  offsets.reserve(end > first ? end - first + 1 : 1);
+  for (std::uint32_t item = first; item < end; ++item) {
+    offsets.push_back(static_cast<std::uint32_t>(column->text.size()));
+    if (model::CountsAsText(tree->items[item])) {
+      model::AppendItemText(*tree, tree->items[item], &column->text);
+    }
+    if (column->text.size() > model::kNoIndex) return false;
+  }
+  offsets.push_back(static_cast<std::uint32_t>(column->text.size()));
+  column->begins.reserve(elements.size());
+  column->ends.reserve(elements.size());
+  for (const Id id : elements) {
+    const model::Element& element = tree->elements[id];
+    const bool is_empty = element.first_item >= element.end_item;
+    column->begins.push_back(is_empty ? 0 : offsets[element.first_item - first]);
+    column->ends.push_back(is_empty ? 0 : offsets[element.end_item - first]);
+  }
+  return true;
+}
 
 }  // namespace
 

@@ -74,8 +74,9 @@ std::string Workspace::FileErrorSuffix() const {
   return reason.empty() ? "." : ": " + reason + ".";
 }
 
-void MarkEdited(OpenFile* file) {
+void MarkEdited(OpenFile* file, EditOf what) {
   file->edited = true;
+  if (what == EditOf::kContent) ++file->revision;
   file->Tree().modified = true;
 }
 
