@@ -46,7 +46,7 @@ Search* SearchOf(Engine::State& state, Index sequence, SearchStart start) {
   std::unique_ptr<Search>& search = state.searches[sequence];
   if (search == nullptr) {
     start.with_defaults = state.attribute_values_mode != 0;
-    search = std::make_unique<Search>(state.host, start);
+    search = std::make_unique<Search>(state.host, state.indexes, start);
     search->Begin(state.table, sequence, state.parameters, start);
   }
   return search.get();
@@ -145,6 +145,33 @@ std::int32_t AttributeOfMatch(const Engine& engine, std::int32_t sequence) {
   return LastMatch(engine, sequence).attribute;
 }
 
+namespace {
+
+// Match after match, as long as there are any and they are wanted. Returns whether there are more than the
+// engine's maximum.
+bool CollectEach(Engine::State& state, Search& search, std::int32_t maximum, MatchList* matches) {
+  const auto limit = static_cast<std::size_t>(state.maximum_matches);
+  Match match;
+  while (NextMatch(state, search, &match)) {
+    if (matches->size() == limit) return true;
+    matches->push_back(match);
+    if (maximum >= 1 && matches->size() == static_cast<std::size_t>(maximum)) break;
+  }
+  return false;
+}
+
+// All at once where that is wanted and pays. Returns the same.
+bool Collect(Engine::State& state, Search& search, std::int32_t maximum, MatchList* matches) {
+  if (maximum >= 1 || !search.All(nullptr, matches)) return CollectEach(state, search, maximum, matches);
+  if (search.Why() != Failure::kNone) state.messenger.Alert(FailureText(search.Why()));
+  const auto limit = static_cast<std::size_t>(state.maximum_matches);
+  const bool too_many = matches->size() > limit;
+  if (too_many) matches->resize(limit);
+  return too_many;
+}
+
+}  // namespace
+
 bool xpath_MatchAll(Engine& engine, host::Id document, host::Id context, std::int32_t sequence,
                     std::int32_t maximum, MatchList* matches) {
   Engine::State& state = engine.state();
@@ -153,20 +180,10 @@ bool xpath_MatchAll(Engine& engine, host::Id document, host::Id context, std::in
   Search* search = SearchOf(state, sequence, {document, context});
   if (search == nullptr) return false;
   Display(state, DisplayMode::kContext, {context, document}, kContextNode);
-  const auto limit = static_cast<std::size_t>(state.maximum_matches);
-  bool complete = true;
-  Match match;
-  while (NextMatch(state, *search, &match)) {
-    if (matches->size() == limit) {
-      complete = false;
-      ShowTooBroad(state.messenger, state.maximum_matches, state.table[sequence].expression);
-      break;
-    }
-    matches->push_back(match);
-    Display(state, DisplayMode::kMatches, match, kMatchedNode);
-    if (maximum >= 1 && matches->size() == static_cast<std::size_t>(maximum)) break;
-  }
-  complete = complete && search->Why() == Failure::kNone;
+  const bool too_many = Collect(state, *search, maximum, matches);
+  const bool complete = !too_many && search->Why() == Failure::kNone;
+  for (const Match& match : *matches) Display(state, DisplayMode::kMatches, match, kMatchedNode);
+  if (too_many) ShowTooBroad(state.messenger, state.maximum_matches, state.table[sequence].expression);
   Reset(engine, sequence);
   return complete;
 }

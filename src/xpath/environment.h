@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "host/interface/host.h"
+#include "xpath/document_index.h"
 #include "xpath/tree.h"
 #include "xpath/values.h"
 
@@ -19,8 +20,12 @@ enum class Failure : std::uint8_t { kNone, kPredicate, kPosition, kLast, kEndles
 
 class Environment {
  public:
-  Environment(host::Host& host, host::Id document, bool with_defaults)
-      : host_(host), attributes_(host.elements, host.definitions, with_defaults) {
+  // `indexes` are those that the session keeps.
+  Environment(host::Host& host, DocumentIndexes& indexes, host::Id document, bool with_defaults)
+      : host_(host),
+        indexes_(indexes),
+        with_defaults_(with_defaults),
+        attributes_(host.elements, host.definitions, with_defaults) {
     TreeOfDocument(document);
   }
 
@@ -31,6 +36,13 @@ class Environment {
   Tree& TreeOf(const Node& node) { return *trees_[node.tree]; }
   // The number of the tree of a document, for Node::tree.
   std::uint32_t TreeOfDocument(host::Id document);
+
+  // The index of a tree's document, made when it is asked for first. Null when it cannot be made.
+  DocumentIndex* Index(std::uint32_t tree);
+  // Whether it costs nothing to ask for it.
+  bool HasIndex(std::uint32_t tree) const;
+  // Whether attributes have the defaults of their definitions.
+  bool WithDefaults() const { return with_defaults_; }
 
   // The attributes of the node's element.
   AttributeSource& AttributesOf(const Node& node) {
@@ -69,8 +81,11 @@ class Environment {
 
  private:
   host::Host& host_;
+  DocumentIndexes& indexes_;
+  bool with_defaults_;
   AttributeSource attributes_;
   std::vector<std::unique_ptr<Tree>> trees_;
+  std::vector<std::shared_ptr<DocumentIndex>> used_indexes_;  // by tree
   std::string buffer_;
   Failure failure_ = Failure::kNone;
 };

@@ -1,6 +1,9 @@
 #include "xpath/search.h"
 
+#include <algorithm>
+
 #include "xpath/elsewhere.h"
+#include "xpath/set_search.h"
 
 namespace qelm::xpath {
 
@@ -63,16 +66,56 @@ void Search::FindStarts(const SearchStart& start) {
   }
 }
 
+Match Search::MatchOf(const Node& node) {
+  return {node.element, environment_.TreeOf(node).Document(), node.IsAttribute() ? node.part : -1,
+          node.IsProperty() ? node.PropertyCode() : 0};
+}
+
+// Whether there is an index or it pays to make one. From several starts nothing may be found twice, which is
+// seen to only where each start has a flow of its own.
+bool Search::GoesSetBySet() const {
+  const std::vector<StepPlan>& steps = plan_.paths.front().steps;
+  if (starts_.empty() || environment_.Failed()) return false;
+  if (starts_.size() > 1 && !std::all_of(steps.begin() + 1, steps.end(), [](const StepPlan& step) {
+        return step.axis <= Axis::kFmProperty;
+      })) {
+    return false;
+  }
+  return environment_.HasIndex(starts_.front().tree) || SetSearch::Pays(plan_);
+}
+
+bool Search::All(Profile* profile, MatchList* matches) {
+  if (!GoesSetBySet() && profile == nullptr) return false;
+  if (environment_.Failed()) return true;
+  // A document whose links run in circles has no index, and is walked for as far as that goes.
+  for (const Node& start : starts_) {
+    if (start.element != host::kNone && environment_.Index(start.tree) == nullptr) return false;
+  }
+  SetSearch search(*evaluation_, plan_, profile);
+  for (const Node& start : starts_) {
+    const Selection selected = search.Select(start);
+    matches->reserve(matches->size() + selected.Size());
+    if (selected.IsByRank()) {
+      const SetScope& scope = search.Scope();
+      const host::Id document = environment_.TreeOf({host::kNone, Node::kElement, scope.tree}).Document();
+      for (const std::uint32_t rank : selected.Ranks()) {
+        matches->push_back({scope.index->ElementAt(rank), document});
+      }
+      continue;
+    }
+    for (const Node& node : selected.Nodes()) {
+      if (!node.IsAboveRoot()) matches->push_back(MatchOf(node));
+    }
+  }
+  return true;
+}
+
 bool Search::Next(Match* match) {
   Node node;
   while (!spent_ && !environment_.Failed()) {
     if (started_ && run_->Next(&node)) {
       if (node.IsAboveRoot()) continue;
-      match->element = node.element;
-      match->document = environment_.TreeOf(node).Document();
-      match->attribute = node.IsAttribute() ? node.part : -1;
-      match->property = node.IsProperty() ? node.PropertyCode() : 0;
-      last_ = *match;
+      last_ = *match = MatchOf(node);
       return true;
     }
     spent_ = next_start_ == starts_.size() || environment_.Failed();

@@ -12,6 +12,8 @@
 
 namespace qelm::xpath {
 
+class Profile;
+
 // Where a search begins.
 struct SearchStart {
   host::Id document = host::kNone;
@@ -22,8 +24,8 @@ struct SearchStart {
 
 class Search {
  public:
-  Search(host::Host& host, const SearchStart& start)
-      : environment_(host, start.document, start.with_defaults) {}
+  Search(host::Host& host, DocumentIndexes& indexes, const SearchStart& start)
+      : environment_(host, indexes, start.document, start.with_defaults) {}
 
   // Prepares the search for an expression of the table, which is not needed any longer then.
   void Begin(const ComponentTable& table, Index sequence, const ParameterMap& parameters,
@@ -31,6 +33,9 @@ class Search {
 
   // The next match; false when there is none left or the search has failed.
   bool Next(Match* match);
+  // All matches at once, in the same order, where that pays; instead of Next, never besides it. False when
+  // the matches are to be asked for by Next. Measures into `profile` (null: not), and then always gives all.
+  bool All(Profile* profile, MatchList* matches);
   Failure Why() const { return environment_.Why(); }
 
   // Whether Next has said that there is no match left; and the match that it gave last.
@@ -42,6 +47,8 @@ class Search {
 
  private:
   void FindStarts(const SearchStart& start);
+  bool GoesSetBySet() const;
+  Match MatchOf(const Node& node);
 
   Environment environment_;
   Plan plan_;

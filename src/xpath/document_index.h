@@ -1,0 +1,106 @@
+// What is kept of a document to answer questions about many of its elements at once: the elements in document
+// order as columns, lists of them by definition, and, from the first question on, columns of an attribute's
+// values and of texts. It is made from a few calls of the host, kept between searches, and thrown away with
+// the first edit of the document.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "host/interface/host.h"
+#include "xpath/attribute_index.h"
+#include "xpath/id_sets.h"
+#include "xpath/rank_set.h"
+
+namespace qelm::xpath {
+
+// The elements of all flows of one document. A rank is a place in their order.
+class DocumentIndex {
+ public:
+  static constexpr std::uint32_t kNoRank = host::ElementColumns::kNoPlace;
+
+  // Null when the document's links run in circles.
+  static std::shared_ptr<DocumentIndex> Make(host::Host& host, host::Id document);
+
+  std::uint32_t Size() const { return static_cast<std::uint32_t>(columns_.elements.size()); }
+  // kNoRank for an element that is in no flow.
+  std::uint32_t RankOf(host::Id element) const {
+    return element < ranks_.size() ? ranks_[element] - 1 : kNoRank;
+  }
+
+  std::span<const host::Id> Elements() const { return columns_.elements; }
+  host::Id ElementAt(std::uint32_t rank) const { return columns_.elements[rank]; }
+  host::Id DefinitionAt(std::uint32_t rank) const { return columns_.definitions[rank]; }
+  // The rank of the parent; kNoRank for a root element.
+  std::uint32_t ParentOf(std::uint32_t rank) const { return columns_.parents[rank]; }
+  // One more than the last rank inside the element.
+  std::uint32_t EndOf(std::uint32_t rank) const { return columns_.ends[rank]; }
+  // The rank of the root element above.
+  std::uint32_t RootOf(std::uint32_t rank) const;
+  // The rank of the sibling behind, kNoRank for the last one.
+  std::uint32_t NextOf(std::uint32_t rank) const {
+    const std::uint32_t parent = ParentOf(rank);
+    return parent != kNoRank && EndOf(rank) < EndOf(parent) ? EndOf(rank) : kNoRank;
+  }
+  // The rank of the sibling before, kNoRank for the first one; by rank, made at the first call.
+  const RankList& Previous();
+
+  // The ranks of the elements of one definition (kNone: of the text nodes), of all that have a definition,
+  // and of all, rising.
+  std::span<const std::uint32_t> OfDefinition(host::Id definition) const;
+  std::span<const std::uint32_t> Named() const;
+  std::span<const std::uint32_t> All() const { return all_; }
+
+  // The values of the attributes of one name; null when they do not fit into one column.
+  const AttributeIndex* Attributes(host::Host& host, std::string_view name, bool with_defaults);
+  // The texts by rank; null when the host does not give them.
+  const host::TextColumn* Texts(host::Host& host);
+  // Whether they were asked for before.
+  bool HasTexts() const { return texts_known_; }
+
+ private:
+  DocumentIndex() = default;
+  void ListDefinitions();
+
+  host::Id document_ = host::kNone;
+  host::ElementColumns columns_;
+  RankList roots_;
+  RankList ranks_;  // by id, plus 1, so that 0 is none
+  RankList previous_;
+  RankList all_;
+  RankList named_;  // empty where there are no text nodes
+  RankList by_definition_;
+  RankList definition_begins_;
+  std::map<std::pair<std::string, bool>, std::optional<AttributeIndex>, std::less<>> attributes_;
+  std::optional<host::TextColumn> texts_;
+  bool texts_known_ = false;
+};
+
+// The indexes of the documents that were searched last.
+class DocumentIndexes {
+ public:
+  // The index of a document, made when there is none that is still right. Null when it cannot be made. Where
+  // the host does not count edits it holds for this search only.
+  std::shared_ptr<DocumentIndex> Get(host::Host& host, host::Id document);
+  // Whether Get would find it made.
+  bool Has(host::Host& host, host::Id document) const;
+
+ private:
+  static constexpr std::size_t kMost = 4;
+  struct Kept {
+    host::Id document;
+    std::uint64_t revision;
+    std::shared_ptr<DocumentIndex> index;
+  };
+  std::vector<Kept> kept_;  // the one that was asked for last at the end
+};
+
+}  // namespace qelm::xpath
