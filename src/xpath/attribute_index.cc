@@ -27,7 +27,7 @@ std::vector<bool> WithDefault(host::Host& host, Id document, std::string_view na
 }
 
 // The ranks of the elements of these definitions, rising.
-RankList RanksOf(const DocumentIndex& index, const std::vector<bool>& definitions) {
+RankList RanksOf(DocumentIndex& index, const std::vector<bool>& definitions) {
   RankList ranks;
   for (Id definition = 1; definition < definitions.size(); ++definition) {
     if (!definitions[definition]) continue;
@@ -41,8 +41,8 @@ RankList RanksOf(const DocumentIndex& index, const std::vector<bool>& definition
 }  // namespace
 
 // What has defaults is read element by element, as only there it is known where a default stands.
-AttributeIndex::AttributeIndex(host::Host& host, Id document, const DocumentIndex& index,
-                               std::string_view name, bool with_defaults) {
+AttributeIndex::AttributeIndex(host::Host& host, Id document, DocumentIndex& index, std::string_view name,
+                               bool with_defaults) {
   std::vector<bool> with_default;
   if (with_defaults) with_default = WithDefault(host, document, name);
   const RankList single = RanksOf(index, with_default);

@@ -18,7 +18,7 @@ class DocumentIndex;
 
 class AttributeIndex {
  public:
-  AttributeIndex(host::Host& host, host::Id document, const DocumentIndex& index, std::string_view name,
+  AttributeIndex(host::Host& host, host::Id document, DocumentIndex& index, std::string_view name,
                  bool with_defaults);
 
   // False when an element carries the attribute twice. Nothing else may be asked then.

@@ -12,42 +12,48 @@ std::shared_ptr<DocumentIndex> DocumentIndex::Make(host::Host& host, Id document
   std::shared_ptr<DocumentIndex> index(new DocumentIndex());
   index->document_ = document;
   host::ElementColumns& columns = index->columns_;
-  index->ranks_.resize(host.elements.IdLimit(document));
-  std::size_t flows = 0;
+  const Id limit = host.elements.IdLimit(document);
   for (Id flow = host.elements.FirstFlow(document); flow != kNone;
        flow = host.elements.NextFlow(document, flow)) {
     const Id root = host.elements.Root(document, flow);
+    const bool is_known = std::any_of(index->roots_.begin(), index->roots_.end(),
+                                      [&](std::uint32_t rank) { return columns.elements[rank] == root; });
+    if (root == kNone || is_known) continue;
     const std::uint32_t first = index->Size();
-    if (root == kNone || index->RankOf(root) != kNoRank) continue;
-    // No document has more flows than elements and some.
-    if (!host.elements.ReadTree(document, root, &columns) || ++flows > index->ranks_.size()) return nullptr;
-    index->roots_.push_back(first);
-    for (std::uint32_t rank = first; rank < index->Size(); ++rank) {
-      const Id element = columns.elements[rank];
-      if (element >= index->ranks_.size() || index->ranks_[element] != 0) return nullptr;
-      index->ranks_[element] = rank + 1;
-    }
+    // No document has more flows than elements.
+    if (!host.elements.ReadTree(document, root, &columns) || index->roots_.size() > limit) return nullptr;
+    if (first < index->Size()) index->roots_.push_back(first);
   }
-  index->ListDefinitions();
+  if (!index->NumberElements(limit)) return nullptr;
   return index;
 }
 
-// Sorts the ranks by definition; those of one definition stay in their order.
-void DocumentIndex::ListDefinitions() {
+// False when an element is in several trees, or twice in one.
+bool DocumentIndex::NumberElements(Id limit) {
+  const std::vector<Id>& elements = columns_.elements;
+  first_id_ = elements.empty() ? 0 : elements.front();
+  std::uint32_t gaps = 0;
+  for (std::uint32_t rank = 0; rank < Size(); ++rank) gaps |= elements[rank] ^ (first_id_ + rank);
+  if (gaps == 0) return true;
+  ranks_.resize(limit);
+  for (std::uint32_t rank = 0; rank < Size(); ++rank) {
+    if (elements[rank] >= limit || ranks_[elements[rank]] != 0) return false;
+    ranks_[elements[rank]] = rank + 1;
+  }
+  return true;
+}
+
+template <typename Wanted>
+RankList DocumentIndex::List(Wanted&& wanted) const {
   const std::vector<Id>& definitions = columns_.definitions;
-  const Id most = definitions.empty() ? 0 : *std::max_element(definitions.begin(), definitions.end());
-  definition_begins_.assign(std::size_t{most} + 2, 0);
-  for (const Id definition : definitions) ++definition_begins_[definition + 1];
-  std::partial_sum(definition_begins_.begin(), definition_begins_.end(), definition_begins_.begin());
-  by_definition_.resize(Size());
-  RankList next(definition_begins_);
-  for (std::uint32_t rank = 0; rank < Size(); ++rank) by_definition_[next[definitions[rank]]++] = rank;
-  all_.resize(Size());
-  std::iota(all_.begin(), all_.end(), 0U);
-  if (OfDefinition(kNone).empty()) return;
-  named_.reserve(Size() - OfDefinition(kNone).size());
-  std::copy_if(all_.begin(), all_.end(), std::back_inserter(named_),
-               [&](std::uint32_t rank) { return definitions[rank] != kNone; });
+  RankList ranks(static_cast<std::size_t>(std::count_if(definitions.begin(), definitions.end(), wanted)) + 1);
+  std::size_t count = 0;
+  for (std::uint32_t rank = 0; rank < Size(); ++rank) {
+    ranks[count] = rank;
+    if (wanted(definitions[rank])) ++count;
+  }
+  ranks.pop_back();
+  return ranks;
 }
 
 std::uint32_t DocumentIndex::RootOf(std::uint32_t rank) const {
@@ -64,14 +70,23 @@ const RankList& DocumentIndex::Previous() {
   return previous_;
 }
 
-std::span<const std::uint32_t> DocumentIndex::OfDefinition(Id definition) const {
-  if (std::size_t{definition} + 1 >= definition_begins_.size()) return {};
-  const std::uint32_t begin = definition_begins_[definition];
-  return std::span(by_definition_).subspan(begin, definition_begins_[definition + 1] - begin);
+std::span<const std::uint32_t> DocumentIndex::OfDefinition(Id definition) {
+  const auto [found, is_new] = by_definition_.try_emplace(definition);
+  if (is_new) found->second = List([definition](Id other) { return other == definition; });
+  return found->second;
 }
 
-std::span<const std::uint32_t> DocumentIndex::Named() const {
-  return OfDefinition(kNone).empty() ? std::span<const std::uint32_t>(all_) : named_;
+std::span<const std::uint32_t> DocumentIndex::Named() {
+  if (!named_) named_ = List([](Id definition) { return definition != kNone; });
+  return *named_;
+}
+
+std::span<const std::uint32_t> DocumentIndex::All() {
+  if (!all_) {
+    all_.emplace(Size());
+    std::iota(all_->begin(), all_->end(), 0U);
+  }
+  return *all_;
 }
 
 const AttributeIndex* DocumentIndex::Attributes(host::Host& host, std::string_view name, bool with_defaults) {
@@ -83,8 +98,12 @@ const AttributeIndex* DocumentIndex::Attributes(host::Host& host, std::string_vi
   return found->second ? &*found->second : nullptr;
 }
 
-const host::TextColumn* DocumentIndex::Texts(host::Host& host) {
+const host::TextColumn* DocumentIndex::Texts(host::Host& host, std::size_t count) {
   if (!texts_known_) {
+    texts_read_ += count;
+    // Reading one costs as much as writing this many.
+    constexpr std::size_t kWorth = 16;
+    if (texts_read_ <= Size() / kWorth) return nullptr;
     texts_known_ = true;
     texts_.emplace();
     if (!host.elements.ReadTexts(document_, columns_.elements, &*texts_)) texts_.reset();
@@ -114,6 +133,24 @@ std::shared_ptr<DocumentIndex> DocumentIndexes::Get(host::Host& host, Id documen
   if (kept_.size() == kMost) kept_.erase(kept_.begin());
   kept_.push_back({document, revision, index});
   return index;
+}
+
+std::uint64_t DocumentIndexes::StepsLeft(host::Host& host, Id document) const {
+  // An index costs about as much as walking over this part of the document.
+  constexpr std::uint64_t kPart = 16;
+  constexpr std::uint64_t kFew = 1000;
+  const std::uint64_t steps = kFew + host.elements.IdLimit(document) / kPart;
+  const bool was_walked = document == walked_document_ && walked_revision_ != 0 &&
+                          host.elements.Revision(document) == walked_revision_;
+  return was_walked ? steps - std::min(steps, steps_) : steps;
+}
+
+void DocumentIndexes::AddSteps(host::Host& host, Id document, std::uint64_t steps) {
+  const std::uint64_t revision = host.elements.Revision(document);
+  if (document != walked_document_ || revision != walked_revision_) steps_ = 0;
+  walked_document_ = document;
+  walked_revision_ = revision;
+  steps_ += steps;
 }
 
 }  // namespace qelm::xpath

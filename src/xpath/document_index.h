@@ -12,6 +12,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -33,7 +34,8 @@ class DocumentIndex {
   std::uint32_t Size() const { return static_cast<std::uint32_t>(columns_.elements.size()); }
   // kNoRank for an element that is in no flow.
   std::uint32_t RankOf(host::Id element) const {
-    return element < ranks_.size() ? ranks_[element] - 1 : kNoRank;
+    if (!ranks_.empty()) return element < ranks_.size() ? ranks_[element] - 1 : kNoRank;
+    return element >= first_id_ && element - first_id_ < Size() ? element - first_id_ : kNoRank;
   }
 
   std::span<const host::Id> Elements() const { return columns_.elements; }
@@ -54,34 +56,37 @@ class DocumentIndex {
   const RankList& Previous();
 
   // The ranks of the elements of one definition (kNone: of the text nodes), of all that have a definition,
-  // and of all, rising.
-  std::span<const std::uint32_t> OfDefinition(host::Id definition) const;
-  std::span<const std::uint32_t> Named() const;
-  std::span<const std::uint32_t> All() const { return all_; }
+  // and of all, rising. Each list is made when it is asked for first.
+  std::span<const std::uint32_t> OfDefinition(host::Id definition);
+  std::span<const std::uint32_t> Named();
+  std::span<const std::uint32_t> All();
 
   // The values of the attributes of one name; null when they do not fit into one column.
   const AttributeIndex* Attributes(host::Host& host, std::string_view name, bool with_defaults);
-  // The texts by rank; null when the host does not give them.
-  const host::TextColumn* Texts(host::Host& host);
-  // Whether they were asked for before.
-  bool HasTexts() const { return texts_known_; }
+  // The texts by rank, for one who will read `count` of them; null when the host does not give them, or when
+  // not yet so many were read that reading all at once pays.
+  const host::TextColumn* Texts(host::Host& host, std::size_t count);
 
  private:
   DocumentIndex() = default;
-  void ListDefinitions();
+  bool NumberElements(host::Id limit);
+  template <typename Wanted>
+  RankList List(Wanted&& wanted) const;
 
   host::Id document_ = host::kNone;
   host::ElementColumns columns_;
   RankList roots_;
+  // Ids that follow each other without a gap need no table: the rank is the distance from the first.
+  host::Id first_id_ = host::kNone;
   RankList ranks_;  // by id, plus 1, so that 0 is none
   RankList previous_;
-  RankList all_;
-  RankList named_;  // empty where there are no text nodes
-  RankList by_definition_;
-  RankList definition_begins_;
+  std::optional<RankList> all_;
+  std::optional<RankList> named_;
+  std::unordered_map<host::Id, RankList> by_definition_;
   std::map<std::pair<std::string, bool>, std::optional<AttributeIndex>, std::less<>> attributes_;
   std::optional<host::TextColumn> texts_;
   bool texts_known_ = false;
+  std::size_t texts_read_ = 0;  // one by one
 };
 
 // The indexes of the documents that were searched last.
@@ -93,6 +98,11 @@ class DocumentIndexes {
   // Whether Get would find it made.
   bool Has(host::Host& host, host::Id document) const;
 
+  // How many more elements searches may move over one by one until an index pays: all searches since the last
+  // edit together. AddSteps says how many one has moved over.
+  std::uint64_t StepsLeft(host::Host& host, host::Id document) const;
+  void AddSteps(host::Host& host, host::Id document, std::uint64_t steps);
+
  private:
   static constexpr std::size_t kMost = 4;
   struct Kept {
@@ -101,6 +111,10 @@ class DocumentIndexes {
     std::shared_ptr<DocumentIndex> index;
   };
   std::vector<Kept> kept_;  // the one that was asked for last at the end
+  // The document that was walked over last, and how far.
+  host::Id walked_document_ = host::kNone;
+  std::uint64_t walked_revision_ = 0;
+  std::uint64_t steps_ = 0;
 };
 
 }  // namespace qelm::xpath

@@ -58,7 +58,9 @@ bool NextMatch(Engine::State& state, Search& search, Match* match) {
     return false;
   }
   if (search.Next(match)) return true;
-  if (search.Why() != Failure::kNone) state.messenger.Alert(FailureText(search.Why()));
+  if (search.Why() != Failure::kNone && search.Why() != Failure::kLong) {
+    state.messenger.Alert(FailureText(search.Why()));
+  }
   return false;
 }
 
@@ -160,9 +162,18 @@ bool CollectEach(Engine::State& state, Search& search, std::int32_t maximum, Mat
   return false;
 }
 
-// All at once where that is wanted and pays. Returns the same.
+// All at once where all are wanted and that pays, which may turn out on the way.
 bool Collect(Engine::State& state, Search& search, std::int32_t maximum, MatchList* matches) {
-  if (maximum >= 1 || !search.All(nullptr, matches)) return CollectEach(state, search, maximum, matches);
+  if (maximum >= 1) return CollectEach(state, search, maximum, matches);
+  if (!search.PaysSetBySet()) {
+    search.StopWhenLong();
+    const bool too_many = CollectEach(state, search, maximum, matches);
+    search.TellLength();
+    if (search.Why() != Failure::kLong) return too_many;
+    matches->clear();
+    search.Restart();
+  }
+  if (!search.All(nullptr, matches)) return CollectEach(state, search, maximum, matches);
   if (search.Why() != Failure::kNone) state.messenger.Alert(FailureText(search.Why()));
   const auto limit = static_cast<std::size_t>(state.maximum_matches);
   const bool too_many = matches->size() > limit;

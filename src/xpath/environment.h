@@ -16,7 +16,8 @@
 namespace qelm::xpath {
 
 // Why a search ended before its time.
-enum class Failure : std::uint8_t { kNone, kPredicate, kPosition, kLast, kEndless };
+// kLong: it took more steps than it was given, and is to be done in another way.
+enum class Failure : std::uint8_t { kNone, kPredicate, kPosition, kLast, kEndless, kLong };
 
 class Environment {
  public:
@@ -43,6 +44,22 @@ class Environment {
   bool HasIndex(std::uint32_t tree) const;
   // Whether attributes have the defaults of their definitions.
   bool WithDefaults() const { return with_defaults_; }
+
+  // Counts an element that a walk moves over; the search fails at the limit (0: none).
+  void CountStep() {
+    if (++steps_ == step_limit_) Fail(Failure::kLong);
+  }
+  void LimitSteps(std::uint64_t limit) { step_limit_ = limit; }
+  // How many more pay for a tree, by all searches together, and telling those of this search.
+  std::uint64_t StepsLeft(std::uint32_t tree) const {
+    return indexes_.StepsLeft(host_, trees_[tree]->Document());
+  }
+  void TellSteps(std::uint32_t tree) { indexes_.AddSteps(host_, trees_[tree]->Document(), steps_); }
+  // Forgets that the limit was reached.
+  void LiftLimit() {
+    step_limit_ = 0;
+    if (failure_ == Failure::kLong) failure_ = Failure::kNone;
+  }
 
   // The attributes of the node's element.
   AttributeSource& AttributesOf(const Node& node) {
@@ -87,6 +104,8 @@ class Environment {
   std::vector<std::unique_ptr<Tree>> trees_;
   std::vector<std::shared_ptr<DocumentIndex>> used_indexes_;  // by tree
   std::string buffer_;
+  std::uint64_t steps_ = 0;
+  std::uint64_t step_limit_ = 0;
   Failure failure_ = Failure::kNone;
 };
 

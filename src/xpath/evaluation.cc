@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include "xpath/profile.h"
+
 namespace qelm::xpath {
 
 Evaluation::Evaluation(Environment& environment, const Plan& plan)
@@ -12,12 +14,24 @@ Evaluation::Evaluation(Environment& environment, const Plan& plan)
 
 bool Evaluation::Holds(const StepPlan& step, const Node& node, std::int64_t position, std::int64_t last) {
   const Candidate candidate{node, position, last};
-  for (const PredicatePlan& predicate : step.predicates) {
-    const bool holds =
-        predicate.is_existence ? Exists(predicate.number, node) : CompareAt(predicate.number, candidate);
+  for (std::size_t place = 0; place < step.predicates.size(); ++place) {
+    const bool holds = HoldsOne(step, place, candidate);
     if (holds == step.any_holds) return holds && !environment_.Failed();
   }
   return (step.predicates.empty() || !step.any_holds) && !environment_.Failed();
+}
+
+bool Evaluation::HoldsOne(const StepPlan& step, std::size_t place, const Candidate& candidate) {
+  const PredicatePlan& predicate = step.predicates[place];
+  const auto ask = [&] {
+    return predicate.is_existence ? Exists(predicate.number, candidate.node)
+                                  : CompareAt(predicate.number, candidate);
+  };
+  if (profile_ == nullptr) return ask();
+  const Stopwatch watch;
+  const bool holds = ask();
+  profile_->AddPredicate(step.number, place, 1, holds ? 1 : 0, watch.Milliseconds());
+  return holds;
 }
 
 PathRun& Evaluation::RunOf(std::size_t path) {

@@ -13,6 +13,8 @@
 
 namespace qelm::xpath {
 
+class Profile;
+
 class Evaluation {
  public:
   Evaluation(Environment& environment, const Plan& plan);
@@ -25,6 +27,9 @@ class Evaluation {
   // whether the comparison holds.
   bool Exists(std::size_t path, const Node& node);
   bool Compare(std::size_t comparison, const Node& node) { return CompareAt(comparison, {node, 0, 0}); }
+
+  // Where to count what Holds is asked (null: nowhere).
+  void Measure(Profile* profile) { profile_ = profile; }
 
   Environment& GetEnvironment() { return environment_; }
 
@@ -61,6 +66,7 @@ class Evaluation {
     bool constant = false;  // the same for all candidates of one flow
   };
 
+  bool HoldsOne(const StepPlan& step, std::size_t place, const Candidate& candidate);
   bool IsTrue(const Operand& operand, const Candidate& candidate);
   bool CompareAt(std::size_t comparison, const Candidate& candidate);
   bool CompareSets(Test test, ValueSet& left, ValueSet& right);
@@ -82,6 +88,7 @@ class Evaluation {
   const Plan& plan_;
   std::vector<PathState> paths_;
   std::vector<ComparisonState> comparisons_;
+  Profile* profile_ = nullptr;
 };
 
 }  // namespace qelm::xpath

@@ -50,12 +50,16 @@ class Profile {
     return known ? predicates_[step][place] : ProfileEntry();
   }
 
+  void AddIndex(double elapsed_ms) { index_ms_ += elapsed_ms; }
+  double IndexMilliseconds() const { return index_ms_; }
+
  private:
   static ProfileEntry& EntryIn(std::vector<ProfileEntry>& entries, std::size_t number) {
     if (number >= entries.size()) entries.resize(number + 1);
     return entries[number];
   }
 
+  double index_ms_ = 0;
   std::vector<ProfileEntry> steps_;
   std::vector<std::vector<ProfileEntry>> predicates_;
 };

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "xpath/elsewhere.h"
+#include "xpath/profile.h"
 #include "xpath/set_search.h"
 
 namespace qelm::xpath {
@@ -39,8 +40,7 @@ void Search::Begin(const ComponentTable& table, Index sequence, const ParameterM
                    const SearchStart& start) {
   const PlanProblem problem = MakePlan(table, sequence, parameters, &plan_);
   if (problem != PlanProblem::kNone) return environment_.Fail(FailureOf(problem));
-  evaluation_ = std::make_unique<Evaluation>(environment_, plan_);
-  run_ = std::make_unique<PathRun>(*evaluation_, plan_.paths.front());
+  Restart();
   FindStarts(start);
 }
 
@@ -71,25 +71,41 @@ Match Search::MatchOf(const Node& node) {
           node.IsProperty() ? node.PropertyCode() : 0};
 }
 
-// Whether there is an index or it pays to make one. From several starts nothing may be found twice, which is
-// seen to only where each start has a flow of its own.
-bool Search::GoesSetBySet() const {
-  const std::vector<StepPlan>& steps = plan_.paths.front().steps;
+// From several starts nothing may be found twice, which is seen to only where each start has a flow of its
+// own.
+bool Search::CanGoSetBySet() const {
   if (starts_.empty() || environment_.Failed()) return false;
-  if (starts_.size() > 1 && !std::all_of(steps.begin() + 1, steps.end(), [](const StepPlan& step) {
-        return step.axis <= Axis::kFmProperty;
-      })) {
-    return false;
-  }
-  return environment_.HasIndex(starts_.front().tree) || SetSearch::Pays(plan_);
+  const std::vector<StepPlan>& steps = plan_.paths.front().steps;
+  return starts_.size() == 1 || std::all_of(steps.begin() + 1, steps.end(), [](const StepPlan& step) {
+           return step.axis <= Axis::kFmProperty;
+         });
+}
+
+bool Search::PaysSetBySet() {
+  if (!CanGoSetBySet()) return false;
+  const std::uint32_t tree = starts_.front().tree;
+  return environment_.HasIndex(tree) || SetSearch::Pays(plan_) || environment_.StepsLeft(tree) == 0;
+}
+
+void Search::StopWhenLong() {
+  if (CanGoSetBySet()) environment_.LimitSteps(environment_.StepsLeft(starts_.front().tree));
+}
+
+void Search::Restart() {
+  environment_.LiftLimit();
+  evaluation_ = std::make_unique<Evaluation>(environment_, plan_);
+  run_ = std::make_unique<PathRun>(*evaluation_, plan_.paths.front());
+  next_start_ = 0;
+  started_ = spent_ = false;
 }
 
 bool Search::All(Profile* profile, MatchList* matches) {
-  if (!GoesSetBySet() && profile == nullptr) return false;
-  if (environment_.Failed()) return true;
+  if (!CanGoSetBySet()) return false;
   // A document whose links run in circles has no index, and is walked for as far as that goes.
   for (const Node& start : starts_) {
+    const Stopwatch watch;
     if (start.element != host::kNone && environment_.Index(start.tree) == nullptr) return false;
+    if (profile != nullptr) profile->AddIndex(watch.Milliseconds());
   }
   SetSearch search(*evaluation_, plan_, profile);
   for (const Node& start : starts_) {

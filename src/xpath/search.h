@@ -33,9 +33,21 @@ class Search {
 
   // The next match; false when there is none left or the search has failed.
   bool Next(Match* match);
-  // All matches at once, in the same order, where that pays; instead of Next, never besides it. False when
-  // the matches are to be asked for by Next. Measures into `profile` (null: not), and then always gives all.
+  // Whether All is faster than Next for all matches: there is an index, or the expression goes through much
+  // of the document.
+  bool PaysSetBySet();
+  // Lets Next fail with Failure::kLong when it turns out to be slower after all.
+  void StopWhenLong();
+  // Remembers for later searches how long it was.
+  void TellLength() {
+    if (!starts_.empty()) environment_.TellSteps(starts_.front().tree);
+  }
+  // Back to the first match, without that limit.
+  void Restart();
+  // All matches at once, in the order of Next, instead of it. False, with nothing done, for a document that
+  // can only be walked. Measures into `profile` (null: not).
   bool All(Profile* profile, MatchList* matches);
+  const Plan& GetPlan() const { return plan_; }
   Failure Why() const { return environment_.Why(); }
 
   // Whether Next has said that there is no match left; and the match that it gave last.
@@ -47,7 +59,7 @@ class Search {
 
  private:
   void FindStarts(const SearchStart& start);
-  bool GoesSetBySet() const;
+  bool CanGoSetBySet() const;
   Match MatchOf(const Node& node);
 
   Environment environment_;

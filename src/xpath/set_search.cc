@@ -22,7 +22,9 @@ SetSearch::SetSearch(Evaluation& evaluation, const Plan& plan, Profile* profile)
       environment_(evaluation.GetEnvironment()),
       plan_(plan),
       profile_(profile),
-      predicates_(evaluation, plan, *this, profile) {}
+      predicates_(evaluation, plan, *this, profile) {
+  evaluation_.Measure(profile);
+}
 
 bool SetSearch::Pays(const Plan& plan) {
   return std::any_of(plan.paths.begin(), plan.paths.end(), [](const PathPlan& path) {

@@ -8,9 +8,6 @@
 namespace qelm::xpath {
 namespace {
 
-// Reading all texts of a document at once pays for more than one element in so many.
-constexpr std::size_t kFewOf = 32;
-
 // Whether a value matches, decided once for each distinct one.
 class DistinctMatches {
  public:
@@ -63,10 +60,7 @@ ValuedElements CompareAttributes(const SetScope& scope, const AttributeIndex& at
 }
 
 TextReader::TextReader(Environment& environment, const SetScope& scope, std::size_t count)
-    : environment_(environment), scope_(scope) {
-  DocumentIndex& index = *scope.index;
-  if (index.HasTexts() || count > index.Size() / kFewOf) texts_ = index.Texts(environment.Host());
-}
+    : environment_(environment), scope_(scope), texts_(scope.index->Texts(environment.Host(), count)) {}
 
 std::string_view TextReader::Read(std::uint32_t rank) {
   if (texts_ == nullptr) {

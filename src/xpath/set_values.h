@@ -43,7 +43,7 @@ ValuedElements CompareAttributes(const SetScope& scope, const AttributeIndex& at
 // The texts of elements, one after another.
 class TextReader {
  public:
-  // `count`: of how many elements the text will be read. Few are asked for one by one.
+  // `count`: of how many elements the text will be read.
   TextReader(Environment& environment, const SetScope& scope, std::size_t count);
   // As much of the text as counts in a comparison. Holds until the next call.
   std::string_view Read(std::uint32_t rank);
@@ -51,7 +51,7 @@ class TextReader {
  private:
   Environment& environment_;
   const SetScope& scope_;
-  const host::TextColumn* texts_ = nullptr;
+  const host::TextColumn* texts_;
 };
 
 // The elements of a rising list by their texts.

@@ -147,80 +147,86 @@ class ElementsRole : public host::Elements {
   Workspace& workspace_;
 };
 
-// The elements of a document that was not edited are in document order, so that this goes through the array
-// once from begin to end; after edits it jumps, and the answer is the same.
-bool ElementsRole::ReadTree(Id document, Id root, host::ElementColumns* columns) {
-  if (workspace_.Element(document, root) == nullptr) return true;
-  const std::vector<model::Element>& elements = workspace_.Tree(document)->elements;
+// A document's elements are numbered in document order when it is opened, so that the columns are a loop over
+// the array. False, with what was appended taken back, for a tree that edits have changed.
+bool AppendInOrder(const std::vector<model::Element>& elements, Id root, host::ElementColumns* columns) {
+  Id last = root;
+  while (elements[last].last_child > last) last = elements[last].last_child;
   const std::size_t before = columns->elements.size();
-  const std::size_t limit = before + elements.size();
-  const bool is_all = root == 1 && before == 0;
-  for (auto* column : {&columns->elements, &columns->definitions, &columns->parents, &columns->ends}) {
-    if (is_all) column->reserve(elements.size() - 1);
-  }
-  std::uint32_t parent = host::ElementColumns::kNoPlace;
-  for (Id id = root; id != host::kNone;) {
+  const std::size_t size = before + (last - root) + 1;
+  columns->Resize(size);
+  const auto first = static_cast<std::uint32_t>(before);
+  for (Id id = root; id <= last; ++id) {
     const model::Element& element = elements[id];
-    const auto place = static_cast<std::uint32_t>(columns->elements.size());
-    if (place >= limit) {
-      for (auto* column : {&columns->elements, &columns->definitions, &columns->parents, &columns->ends}) {
-        column->resize(before);
-      }
+    const std::uint32_t place = first + (id - root);
+    const bool is_root = id == root;
+    const bool in_order = (element.first_child == host::kNone || element.first_child == id + 1) &&
+                          (is_root || (element.parent >= root && element.parent < id)) &&
+                          (element.next == host::kNone || (element.next > id && element.next <= last));
+    if (!in_order || element.deleted) {
+      columns->Resize(before);
       return false;
     }
-    columns->elements.push_back(id);
-    columns->definitions.push_back(element.definition);
-    columns->parents.push_back(parent);
-    columns->ends.push_back(place + 1);
-    if (element.first_child != host::kNone) {
-      parent = place;
-      id = element.first_child;
-      continue;
-    }
-    id = id == root ? host::kNone : element.next;
-    while (id == host::kNone && parent != host::ElementColumns::kNoPlace) {
-      columns->ends[parent] = static_cast<std::uint32_t>(columns->elements.size());
-      const Id above = columns->elements[parent];
-      if (above != root) id = elements[above].next;
-      parent = columns->parents[parent];
-    }
+    const std::uint32_t parent = is_root ? host::ElementColumns::kNoPlace : first + (element.parent - root);
+    columns->elements[place] = id;
+    columns->definitions[place] = element.definition;
+    columns->parents[place] = parent;
+    columns->ends[place] = is_root                       ? static_cast<std::uint32_t>(size)
+                           : element.next != host::kNone ? first + (element.next - root)
+                                                         : columns->ends[parent];
   }
   return true;
 }
 
-// Every element is a range of items, so the text of all items is written once, with the place in it where
-// each item begins.
+bool ElementsRole::ReadTree(Id document, Id root, host::ElementColumns* columns) {
+  if (workspace_.Element(document, root) == nullptr) return true;
+  const OpenFile* file = workspace_.File(document);
+  const bool is_new = file != nullptr && !file->edited;
+  return (is_new && AppendInOrder(workspace_.Tree(document)->elements, root, columns)) ||
+         Elements::ReadTree(document, root, columns);
+}
+
+// Every element is a range of items, so that the text of all items is written once, and where it stands is
+// noted for the elements that begin and end there. The elements around an item are a stack, the innermost one
+// last.
 bool ElementsRole::ReadTexts(Id document, std::span<const Id> elements, host::TextColumn* column) {
-  column->text.clear();
-  column->begins.clear();
-  column->ends.clear();
+  *column = {};
   const model::Document* tree = workspace_.Tree(document);
-  if (tree == nullptr) return false;
-  std::uint32_t first = static_cast<std::uint32_t>(tree->items.size());
-  std::uint32_t end = 0;
-  for (const Id id : elements) {
-    if (workspace_.Element(document, id) == nullptr) return false;
-    first = std::min(first, tree->elements[id].first_item);
-    end = std::max(end, tree->elements[id].end_item);
-  }
-  std::vector<std::uint32_t> offsets;
-  offsets.reserve(end > first ? end - first + 1 : 1);
-  for (std::uint32_t item = first; item < end; ++item) {
-    offsets.push_back(static_cast<std::uint32_t>(column->text.size()));
-    if (model::CountsAsText(tree->items[item])) {
-      model::AppendItemText(*tree, tree->items[item], &column->text);
+  if (tree == nullptr || tree->source.size() > model::kNoIndex / 2) return false;
+  struct Open {
+    std::uint32_t end_item;
+    std::uint32_t place;
+  };
+  std::vector<Open> open;
+  column->text.reserve(tree->source.size());
+  column->begins.resize(elements.size());
+  column->ends.resize(elements.size());
+  const auto here = [&] { return static_cast<std::uint32_t>(column->text.size()); };
+  std::uint32_t item = 0;
+  // Writes the items before `end`, and closes the elements that end there.
+  const auto write_to = [&](std::uint32_t end) {
+    while (item < end || (!open.empty() && open.back().end_item <= item)) {
+      while (!open.empty() && open.back().end_item <= item) {
+        column->ends[open.back().place] = here();
+        open.pop_back();
+      }
+      if (item == end) continue;
+      const bool is_inside = !open.empty();
+      if (is_inside && model::CountsAsText(tree->items[item])) {
+        model::AppendItemText(*tree, tree->items[item], &column->text);
+      }
+      ++item;
     }
-    if (column->text.size() > model::kNoIndex) return false;
+  };
+  for (std::uint32_t place = 0; place < elements.size(); ++place) {
+    const model::Element* element = workspace_.Element(document, elements[place]);
+    if (element == nullptr || element->first_item < item) return false;
+    write_to(element->first_item);
+    column->begins[place] = here();
+    if (!open.empty() && element->end_item > open.back().end_item) return false;
+    open.push_back({std::max(element->end_item, element->first_item), place});
   }
-  offsets.push_back(static_cast<std::uint32_t>(column->text.size()));
-  column->begins.reserve(elements.size());
-  column->ends.reserve(elements.size());
-  for (const Id id : elements) {
-    const model::Element& element = tree->elements[id];
-    const bool is_empty = element.first_item >= element.end_item;
-    column->begins.push_back(is_empty ? 0 : offsets[element.first_item - first]);
-    column->ends.push_back(is_empty ? 0 : offsets[element.end_item - first]);
-  }
+  if (!open.empty()) write_to(open.front().end_item);
   return true;
 }
 

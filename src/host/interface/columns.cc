@@ -2,18 +2,6 @@
 #include "host/interface/elements.h"
 
 namespace qelm::host {
-namespace {
-
-// Drops what was appended since the columns had this size.
-void Truncate(std::size_t size, ElementColumns* columns) {
-  columns->elements.resize(size);
-  columns->definitions.resize(size);
-  columns->parents.resize(size);
-  columns->ends.resize(size);
-}
-
-}  // namespace
-
 std::uint64_t Elements::Revision(Id) { return 0; }
 
 bool Elements::ReadTree(Id document, Id root, ElementColumns* columns) {
@@ -23,7 +11,7 @@ bool Elements::ReadTree(Id document, Id root, ElementColumns* columns) {
   for (Id element = root; element != kNone;) {
     const auto place = static_cast<std::uint32_t>(columns->elements.size());
     if (place >= limit) {
-      Truncate(before, columns);
+      columns->Resize(before);
       return false;
     }
     columns->elements.push_back(element);

@@ -28,11 +28,11 @@ struct ElementColumns {
   std::vector<std::uint32_t> parents;  // places; kNoPlace for the element at the top
   std::vector<std::uint32_t> ends;     // one more than the last place inside the element
 
-  void Clear() {
-    elements.clear();
-    definitions.clear();
-    parents.clear();
-    ends.clear();
+  void Resize(std::size_t size) {
+    elements.resize(size);
+    definitions.resize(size);
+    parents.resize(size);
+    ends.resize(size);
   }
 };
 
