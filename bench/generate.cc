@@ -1,6 +1,6 @@
-// generate ELEMENTS [--mif FILE] [--xml FILE] [--without PART]...: writes the benchmark's manual of so many
-// elements. PART is one of tables, references, inlines, hidden. The same arguments give the same bytes
-// everywhere.
+// generate ELEMENTS [--mif FILE] [--xml FILE] [--without PART]... [--with PART]...: writes the benchmark's
+// manual of so many elements. PART is one of tables, references, inlines, hidden, and threads, which are left
+// out unless asked for and for XML only. The same arguments give the same bytes everywhere.
 #include <array>
 #include <charconv>
 #include <cstdio>
@@ -21,16 +21,17 @@ struct Options {
   qelm::bench::Parts parts;
 };
 
-constexpr std::array<std::pair<std::string_view, bool qelm::bench::Parts::*>, 4> kParts = {
+constexpr std::array<std::pair<std::string_view, bool qelm::bench::Parts::*>, 5> kParts = {
     {{"tables", &qelm::bench::Parts::tables},
      {"references", &qelm::bench::Parts::references},
      {"inlines", &qelm::bench::Parts::inlines},
-     {"hidden", &qelm::bench::Parts::hidden}}};
+     {"hidden", &qelm::bench::Parts::hidden},
+     {"threads", &qelm::bench::Parts::threads}}};
 
-bool Leave(std::string_view name, qelm::bench::Parts& parts) {
+bool Choose(std::string_view name, bool with, qelm::bench::Parts& parts) {
   for (const auto& [part, member] : kParts) {
     if (part == name) {
-      parts.*member = false;
+      parts.*member = with;
       return true;
     }
   }
@@ -49,11 +50,12 @@ bool Read(const std::vector<std::string_view>& arguments, Options& options) {
       options.mif = value;
     } else if (arguments[i] == "--xml") {
       options.xml = value;
-    } else if (arguments[i] != "--without" || !Leave(value, options.parts)) {
-      return false;
+    } else {
+      const bool with = arguments[i] == "--with";
+      if ((!with && arguments[i] != "--without") || !Choose(value, with, options.parts)) return false;
     }
   }
-  return true;
+  return options.mif.empty() || !options.parts.threads;
 }
 
 bool Save(const std::string& path, const std::string& content) {
@@ -71,7 +73,8 @@ int main(int argc, char** argv) {
   if (!Read({argv + 1, argv + argc}, options)) {
     std::fprintf(
         stderr,
-        "usage: generate ELEMENTS [--mif FILE] [--xml FILE] [--without tables|references|inlines|hidden]\n");
+        "usage: generate ELEMENTS [--mif FILE] [--xml FILE] [--without tables|references|inlines|hidden] "
+        "[--with threads]\n");
     return 2;
   }
   bool saved = true;

@@ -96,7 +96,19 @@ class TreeMaker {
     TextElement(Kind::kParagraph, "title", {}, 3);
     const std::uint64_t end = left_ - std::min<std::uint64_t>(left_, 400 + random_.Below(400));
     while (left_ > end + 8) Section(1);
+    if (parts_.threads && random_.Percent(15)) Thread();
     writer_.End(Kind::kContainer, "chapter");
+  }
+
+  // A chain of replies, each in the one before and with a remark of its own.
+  void Thread() {
+    const std::uint64_t most = 50 + random_.Below(100);
+    std::uint64_t depth = 0;
+    for (; depth < most && left_ > 2; ++depth) {
+      Begin(Kind::kContainer, "reply", {});
+      TextElement(Kind::kParagraph, "remark", ForWhom(10), 5);
+    }
+    for (; depth > 0; --depth) writer_.End(Kind::kContainer, "reply");
   }
 
   void Section(int level) {

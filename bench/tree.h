@@ -50,6 +50,7 @@ struct Parts {
   bool references = true;  // and index entries
   bool inlines = true;
   bool hidden = true;
+  bool threads = false;  // replies to replies, far deeper than sections go; for the writer of XML
 };
 
 // How many cells a row of every table has.

@@ -10,6 +10,7 @@ constexpr std::string_view kProlog = R"(<?xml version="1.0" encoding="UTF-8"?>
 <!ATTLIST note audience NMTOKENS #IMPLIED product NMTOKENS #IMPLIED level NMTOKEN #IMPLIED>
 <!ATTLIST list audience NMTOKENS #IMPLIED product NMTOKENS #IMPLIED level NMTOKEN #IMPLIED>
 <!ATTLIST item audience NMTOKENS #IMPLIED product NMTOKENS #IMPLIED level NMTOKEN #IMPLIED>
+<!ATTLIST remark audience NMTOKENS #IMPLIED product NMTOKENS #IMPLIED level NMTOKEN #IMPLIED>
 <!ATTLIST em audience NMTOKENS #IMPLIED product NMTOKENS #IMPLIED level NMTOKEN #IMPLIED>
 <!ATTLIST table audience NMTOKENS #IMPLIED product NMTOKENS #IMPLIED level NMTOKEN #IMPLIED>
 <!ATTLIST row audience NMTOKENS #IMPLIED product NMTOKENS #IMPLIED level NMTOKEN #IMPLIED>

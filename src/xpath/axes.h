@@ -63,6 +63,7 @@ class AxisWalk {
 
   host::Id From() const { return begun_ ? current_ : context_.element; }
   bool Step() {
+    environment_.CountStep();
     if (guard_->Step()) return true;
     environment_.Fail(Failure::kEndless);
     return false;

@@ -5,9 +5,6 @@
 
 namespace qelm::xpath {
 
-using host::Id;
-using host::kNone;
-
 bool Candidates::Serves(Axis axis) {
   switch (axis) {
     case Axis::kDescendant:
@@ -24,45 +21,42 @@ bool Candidates::Serves(Axis axis) {
   }
 }
 
-Candidates::Candidates(const TreeOrder& order, Tree& tree, const StepPlan& step)
-    : order_(order), axis_(step.axis), passes_(order.Size()) {
-  for (std::uint32_t rank = 0; rank < order.Size(); ++rank) {
-    if (!tree.PassesDefinition(step, order.DefinitionAt(rank))) continue;
-    passes_[rank] = true;
-    list_.push_back(rank);
-  }
+Candidates::Candidates(const DocumentIndex& index, std::span<const std::uint32_t> list, Axis axis)
+    : index_(index), axis_(axis), list_(list) {
   if (IsChain() || axis_ == Axis::kPreceding) LinkAncestors();
   if (axis_ == Axis::kPrecedingSibling || axis_ == Axis::kFollowingSibling) GroupByParent();
+  if (IsChain()) return;
   wanted_.resize(list_.size() + 2);
   std::iota(wanted_.begin(), wanted_.end(), 0U);
 }
 
 // Sorts the list by parents; the children of one parent keep their order.
 void Candidates::GroupByParent() {
-  std::vector<std::uint32_t> sorted;
-  group_.assign(order_.Size() + 1, 0);
+  group_.assign(index_.Size() + 1, 0);
   for (const std::uint32_t rank : list_) {
-    if (order_.ParentOf(rank) != TreeOrder::kNoRank) ++group_[order_.ParentOf(rank) + 1];
+    if (index_.ParentOf(rank) != DocumentIndex::kNoRank) ++group_[index_.ParentOf(rank) + 1];
   }
   std::partial_sum(group_.begin(), group_.end(), group_.begin());
-  sorted.resize(group_.back());
+  by_parent_.resize(group_.back());
   std::vector<std::uint32_t> next(group_);
   for (const std::uint32_t rank : list_) {
-    if (order_.ParentOf(rank) != TreeOrder::kNoRank) sorted[next[order_.ParentOf(rank)]++] = rank;
+    if (index_.ParentOf(rank) != DocumentIndex::kNoRank) by_parent_[next[index_.ParentOf(rank)]++] = rank;
   }
-  list_ = std::move(sorted);
+  list_ = by_parent_;
 }
 
 void Candidates::LinkAncestors() {
-  nearest_.assign(order_.Size(), TreeOrder::kNoRank);
-  farthest_.assign(order_.Size(), TreeOrder::kNoRank);
-  depth_.assign(order_.Size(), 0);
-  for (std::uint32_t rank = 0; rank < order_.Size(); ++rank) {
-    const std::uint32_t parent = order_.ParentOf(rank);
-    if (parent == TreeOrder::kNoRank) continue;
-    nearest_[rank] = passes_[parent] ? parent : nearest_[parent];
-    farthest_[rank] = passes_[parent] && depth_[parent] == 0 ? parent : farthest_[parent];
-    depth_[rank] = depth_[parent] + (passes_[parent] ? 1 : 0);
+  passes_ = RankSet(index_.Size());
+  for (const std::uint32_t rank : list_) passes_.Insert(rank);
+  nearest_.assign(index_.Size(), DocumentIndex::kNoRank);
+  farthest_.assign(index_.Size(), DocumentIndex::kNoRank);
+  depth_.assign(index_.Size(), 0);
+  for (std::uint32_t rank = 0; rank < index_.Size(); ++rank) {
+    const std::uint32_t parent = index_.ParentOf(rank);
+    if (parent == DocumentIndex::kNoRank) continue;
+    nearest_[rank] = passes_.Contains(parent) ? parent : nearest_[parent];
+    farthest_[rank] = passes_.Contains(parent) && depth_[parent] == 0 ? parent : farthest_[parent];
+    depth_[rank] = depth_[parent] + (passes_.Contains(parent) ? 1 : 0);
   }
 }
 
@@ -72,32 +66,30 @@ std::uint32_t Candidates::PlaceOf(std::uint32_t rank, std::uint32_t from, std::u
   return static_cast<std::uint32_t>(found - list_.begin());
 }
 
-bool Candidates::Select(Id context) {
-  context_ = order_.RankOf(context);
-  if (context_ == TreeOrder::kNoRank) return false;
+void Candidates::Select(std::uint32_t context) {
+  context_ = context;
   if (IsChain()) {
-    count_ = depth_[context_] + (axis_ == Axis::kAncestorOrSelf && passes_[context_] ? 1 : 0);
-    return true;
+    count_ = depth_[context_] + (axis_ == Axis::kAncestorOrSelf && passes_.Contains(context_) ? 1 : 0);
+    return;
   }
   SelectStretch();
   count_ = std::int64_t{end_} - begin_ - (axis_ == Axis::kPreceding ? depth_[context_] : 0);
-  return true;
 }
 
 void Candidates::SelectStretch() {
   const auto size = static_cast<std::uint32_t>(list_.size());
-  const std::uint32_t root = order_.RootOf(context_);
-  const std::uint32_t parent = order_.ParentOf(context_);
+  const std::uint32_t root = index_.RootOf(context_);
+  const std::uint32_t parent = index_.ParentOf(context_);
   begin_ = end_ = 0;
   switch (axis_) {
     case Axis::kDescendant:
     case Axis::kDescendantOrSelf:
       begin_ = PlaceOf(context_ + (axis_ == Axis::kDescendant ? 1 : 0), 0, size);
-      end_ = PlaceOf(order_.EndOf(context_), begin_, size);
+      end_ = PlaceOf(index_.EndOf(context_), begin_, size);
       return;
     case Axis::kFollowing:
-      begin_ = PlaceOf(order_.EndOf(context_), 0, size);
-      end_ = PlaceOf(order_.EndOf(root), begin_, size);
+      begin_ = PlaceOf(index_.EndOf(context_), 0, size);
+      end_ = PlaceOf(index_.EndOf(root), begin_, size);
       return;
     case Axis::kPreceding:
       begin_ = PlaceOf(root, 0, size);
@@ -106,7 +98,7 @@ void Candidates::SelectStretch() {
     default:
       break;
   }
-  if (parent == TreeOrder::kNoRank) return;
+  if (parent == DocumentIndex::kNoRank) return;
   const bool before = axis_ == Axis::kPrecedingSibling;
   begin_ = before ? group_[parent] : PlaceOf(context_ + 1, group_[parent], group_[parent + 1]);
   end_ = before ? PlaceOf(context_, group_[parent], group_[parent + 1]) : group_[parent + 1];
@@ -127,7 +119,7 @@ void Candidates::Seek(std::int64_t first, std::int64_t last) {
 }
 
 void Candidates::SeekUp(std::int64_t first) {
-  const bool has_self = axis_ == Axis::kAncestorOrSelf && passes_[context_];
+  const bool has_self = axis_ == Axis::kAncestorOrSelf && passes_.Contains(context_);
   slot_ = has_self ? context_ : nearest_[context_];
   // The last one is asked for often, and is known.
   if (first == count_ && depth_[context_] > 0) {
@@ -160,13 +152,13 @@ std::uint32_t Candidates::Wanted(std::uint32_t slot) {
   return slot;
 }
 
-Id Candidates::Next() {
-  if (left_ <= 0) return kNone;
+std::uint32_t Candidates::Next() {
+  if (left_ <= 0) return DocumentIndex::kNoRank;
   if (IsChain()) {
     given_ = slot_;
     slot_ = nearest_[slot_];
     --left_;
-    return order_.ElementAt(given_);
+    return given_;
   }
   if (axis_ == Axis::kPreceding) {
     if (to_end_) slot_ = Wanted(slot_);
@@ -178,11 +170,11 @@ Id Candidates::Next() {
   const bool ended = IsBackward() ? slot_ <= stop_ : slot_ >= stop_;
   if (ended) {
     left_ = 0;
-    return kNone;
+    return DocumentIndex::kNoRank;
   }
   given_ = slot_;
   slot_ = IsBackward() ? slot_ - 1 : slot_ + 1;
-  return order_.ElementAt(list_[given_ - 1]);
+  return list_[given_ - 1];
 }
 
 void Candidates::Drop() {

@@ -11,10 +11,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
+#include "xpath/document_index.h"
 #include "xpath/plan.h"
-#include "xpath/tree_order.h"
 
 namespace qelm::xpath {
 
@@ -24,22 +25,26 @@ class Candidates {
   // Whether the axis is one of these.
   static bool Serves(Axis axis);
 
-  Candidates(const TreeOrder& order, Tree& tree, const StepPlan& step);
+  // `list` is what passes the node test, rising; it is the index's own and lives as long.
+  Candidates(const DocumentIndex& index, std::span<const std::uint32_t> list, Axis axis);
 
-  // Makes `context` the node whose axis is asked about. False when it is in no flow.
-  bool Select(host::Id context);
+  // Makes the element of this rank the one whose axis is asked about.
+  void Select(std::uint32_t context);
   // How many nodes there are.
   std::int64_t Count() const { return count_; }
-  // Goes to the position `first` (from 1); Next gives the nodes from there up to the position `last`, then 0.
+  // Goes to the position `first` (from 1); Next gives the ranks from there up to the position `last`, then
+  // kNoRank.
   void Seek(std::int64_t first, std::int64_t last);
-  host::Id Next();
+  std::uint32_t Next();
   // The node that Next gave last is not wanted again, from whatever context. Next may pass over it.
   void Drop();
   // All nodes are wanted again.
   void Restore();
 
- private:
+  // Whether the axis leads up: then what is behind a node is behind it from every context.
   bool IsChain() const { return axis_ == Axis::kAncestor || axis_ == Axis::kAncestorOrSelf; }
+
+ private:
   bool IsBackward() const { return axis_ == Axis::kPreceding || axis_ == Axis::kPrecedingSibling; }
 
   void GroupByParent();
@@ -47,15 +52,16 @@ class Candidates {
   void SelectStretch();
   void SeekUp(std::int64_t first);
   void SeekBefore(std::int64_t first);
-  bool IsAncestor(std::uint32_t place) const { return order_.EndOf(list_[place]) > context_; }
+  bool IsAncestor(std::uint32_t place) const { return index_.EndOf(list_[place]) > context_; }
   std::uint32_t PlaceOf(std::uint32_t rank, std::uint32_t from, std::uint32_t to) const;
   std::uint32_t Wanted(std::uint32_t slot);
 
-  const TreeOrder& order_;
+  const DocumentIndex& index_;
   Axis axis_;
-  std::vector<bool> passes_;          // by rank
-  std::vector<std::uint32_t> list_;   // the ranks that pass
-  std::vector<std::uint32_t> group_;  // siblings: by the parent's rank, where its children begin in list_
+  RankSet passes_;                        // chain and preceding
+  std::span<const std::uint32_t> list_;   // the ranks that pass
+  std::vector<std::uint32_t> by_parent_;  // siblings: these are the list then
+  std::vector<std::uint32_t> group_;      // siblings: by the parent's rank, where its children begin in list_
 
   // By rank, of the ancestors that pass: the nearest, the one farthest up, and how many there are.
   std::vector<std::uint32_t> nearest_;

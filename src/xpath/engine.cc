@@ -46,7 +46,7 @@ Search* SearchOf(Engine::State& state, Index sequence, SearchStart start) {
   std::unique_ptr<Search>& search = state.searches[sequence];
   if (search == nullptr) {
     start.with_defaults = state.attribute_values_mode != 0;
-    search = std::make_unique<Search>(state.host, start);
+    search = std::make_unique<Search>(state.host, state.indexes, start);
     search->Begin(state.table, sequence, state.parameters, start);
   }
   return search.get();
@@ -58,7 +58,9 @@ bool NextMatch(Engine::State& state, Search& search, Match* match) {
     return false;
   }
   if (search.Next(match)) return true;
-  if (search.Why() != Failure::kNone) state.messenger.Alert(FailureText(search.Why()));
+  if (search.Why() != Failure::kNone && search.Why() != Failure::kLong) {
+    state.messenger.Alert(FailureText(search.Why()));
+  }
   return false;
 }
 
@@ -147,6 +149,42 @@ std::int32_t AttributeOfMatch(const Engine& engine, std::int32_t sequence) {
   return LastMatch(engine, sequence).attribute;
 }
 
+namespace {
+
+// Match after match, as long as there are any and they are wanted. Returns whether there are more than the
+// engine's maximum.
+bool CollectEach(Engine::State& state, Search& search, std::int32_t maximum, MatchList* matches) {
+  const auto limit = static_cast<std::size_t>(state.maximum_matches);
+  Match match;
+  while (NextMatch(state, search, &match)) {
+    if (matches->size() == limit) return true;
+    matches->push_back(match);
+    if (maximum >= 1 && matches->size() == static_cast<std::size_t>(maximum)) break;
+  }
+  return false;
+}
+
+// All at once where all are wanted and that pays, which may turn out on the way.
+bool Collect(Engine::State& state, Search& search, std::int32_t maximum, MatchList* matches) {
+  if (maximum >= 1) return CollectEach(state, search, maximum, matches);
+  if (!search.PaysSetBySet()) {
+    search.StopWhenLong();
+    const bool too_many = CollectEach(state, search, maximum, matches);
+    search.TellLength();
+    if (search.Why() != Failure::kLong) return too_many;
+    matches->clear();
+    search.Restart();
+  }
+  if (!search.All(nullptr, matches)) return CollectEach(state, search, maximum, matches);
+  if (search.Why() != Failure::kNone) state.messenger.Alert(FailureText(search.Why()));
+  const auto limit = static_cast<std::size_t>(state.maximum_matches);
+  const bool too_many = matches->size() > limit;
+  if (too_many) matches->resize(limit);
+  return too_many;
+}
+
+}  // namespace
+
 bool xpath_MatchAll(Engine& engine, host::Id document, host::Id context, std::int32_t sequence,
                     std::int32_t maximum, MatchList* matches) {
   Engine::State& state = engine.state();
@@ -155,20 +193,10 @@ bool xpath_MatchAll(Engine& engine, host::Id document, host::Id context, std::in
   Search* search = SearchOf(state, sequence, {document, context});
   if (search == nullptr) return false;
   Display(state, DisplayMode::kContext, {context, document}, kContextNode);
-  const auto limit = static_cast<std::size_t>(state.maximum_matches);
-  bool complete = true;
-  Match match;
-  while (NextMatch(state, *search, &match)) {
-    if (matches->size() == limit) {
-      complete = false;
-      ShowTooBroad(state.messenger, state.maximum_matches, state.table[sequence].expression);
-      break;
-    }
-    matches->push_back(match);
-    Display(state, DisplayMode::kMatches, match, kMatchedNode);
-    if (maximum >= 1 && matches->size() == static_cast<std::size_t>(maximum)) break;
-  }
-  complete = complete && search->Why() == Failure::kNone;
+  const bool too_many = Collect(state, *search, maximum, matches);
+  const bool complete = !too_many && search->Why() == Failure::kNone;
+  for (const Match& match : *matches) Display(state, DisplayMode::kMatches, match, kMatchedNode);
+  if (too_many) ShowTooBroad(state.messenger, state.maximum_matches, state.table[sequence].expression);
   Reset(engine, sequence);
   return complete;
 }

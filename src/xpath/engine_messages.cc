@@ -32,6 +32,7 @@ std::string_view FailureText(Failure failure) {
       return "A critical error has occurred during the node query,  resulting in an endless internal loop. "
              "This is likely a bug - check your XPath  setup and please contact Brenwick if no error can be "
              "found.";
+    case Failure::kLong:
     case Failure::kNone:
       break;
   }

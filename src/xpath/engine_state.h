@@ -6,6 +6,7 @@
 #include <unordered_map>
 
 #include "xpath/components.h"
+#include "xpath/document_index.h"
 #include "xpath/engine.h"
 #include "xpath/plan.h"
 #include "xpath/search.h"
@@ -33,6 +34,7 @@ struct Engine::State {
   ParameterMap parameters;
   std::int32_t attribute_values_mode = 1;
   DisplayMode display = DisplayMode::kNone;
+  DocumentIndexes indexes;
   // The searches under way, by the sequence number of their expression.
   std::unordered_map<Index, std::unique_ptr<Search>> searches;
 };

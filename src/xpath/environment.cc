@@ -15,6 +15,18 @@ std::uint32_t Environment::TreeOfDocument(host::Id document) {
   return number;
 }
 
+DocumentIndex* Environment::Index(std::uint32_t tree) {
+  if (tree >= used_indexes_.size()) used_indexes_.resize(tree + 1);
+  std::shared_ptr<DocumentIndex>& index = used_indexes_[tree];
+  if (index == nullptr) index = indexes_.Get(host_, trees_[tree]->Document());
+  return index.get();
+}
+
+bool Environment::HasIndex(std::uint32_t tree) const {
+  return (tree < used_indexes_.size() && used_indexes_[tree] != nullptr) ||
+         indexes_.Has(host_, trees_[tree]->Document());
+}
+
 bool Environment::FindAttribute(std::string_view name, Node* node) {
   const AttributeSource& attributes = AttributesOf(*node);
   for (std::size_t index = 0; index < attributes.Count(); ++index) {

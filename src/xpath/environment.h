@@ -9,18 +9,24 @@
 #include <vector>
 
 #include "host/interface/host.h"
+#include "xpath/document_index.h"
 #include "xpath/tree.h"
 #include "xpath/values.h"
 
 namespace qelm::xpath {
 
 // Why a search ended before its time.
-enum class Failure : std::uint8_t { kNone, kPredicate, kPosition, kLast, kEndless };
+// kLong: it took more steps than it was given, and is to be done in another way.
+enum class Failure : std::uint8_t { kNone, kPredicate, kPosition, kLast, kEndless, kLong };
 
 class Environment {
  public:
-  Environment(host::Host& host, host::Id document, bool with_defaults)
-      : host_(host), attributes_(host.elements, host.definitions, with_defaults) {
+  // `indexes` are those that the session keeps.
+  Environment(host::Host& host, DocumentIndexes& indexes, host::Id document, bool with_defaults)
+      : host_(host),
+        indexes_(indexes),
+        with_defaults_(with_defaults),
+        attributes_(host.elements, host.definitions, with_defaults) {
     TreeOfDocument(document);
   }
 
@@ -31,6 +37,29 @@ class Environment {
   Tree& TreeOf(const Node& node) { return *trees_[node.tree]; }
   // The number of the tree of a document, for Node::tree.
   std::uint32_t TreeOfDocument(host::Id document);
+
+  // The index of a tree's document, made when it is asked for first. Null when it cannot be made.
+  DocumentIndex* Index(std::uint32_t tree);
+  // Whether it costs nothing to ask for it.
+  bool HasIndex(std::uint32_t tree) const;
+  // Whether attributes have the defaults of their definitions.
+  bool WithDefaults() const { return with_defaults_; }
+
+  // Counts an element that a walk moves over; the search fails at the limit (0: none).
+  void CountStep() {
+    if (++steps_ == step_limit_) Fail(Failure::kLong);
+  }
+  void LimitSteps(std::uint64_t limit) { step_limit_ = limit; }
+  // How many more pay for a tree, by all searches together, and telling those of this search.
+  std::uint64_t StepsLeft(std::uint32_t tree) const {
+    return indexes_.StepsLeft(host_, trees_[tree]->Document());
+  }
+  void TellSteps(std::uint32_t tree) { indexes_.AddSteps(host_, trees_[tree]->Document(), steps_); }
+  // Forgets that the limit was reached.
+  void LiftLimit() {
+    step_limit_ = 0;
+    if (failure_ == Failure::kLong) failure_ = Failure::kNone;
+  }
 
   // The attributes of the node's element.
   AttributeSource& AttributesOf(const Node& node) {
@@ -69,9 +98,14 @@ class Environment {
 
  private:
   host::Host& host_;
+  DocumentIndexes& indexes_;
+  bool with_defaults_;
   AttributeSource attributes_;
   std::vector<std::unique_ptr<Tree>> trees_;
+  std::vector<std::shared_ptr<DocumentIndex>> used_indexes_;  // by tree
   std::string buffer_;
+  std::uint64_t steps_ = 0;
+  std::uint64_t step_limit_ = 0;
   Failure failure_ = Failure::kNone;
 };
 

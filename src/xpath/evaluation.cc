@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include "xpath/profile.h"
+
 namespace qelm::xpath {
 
 Evaluation::Evaluation(Environment& environment, const Plan& plan)
@@ -10,24 +12,26 @@ Evaluation::Evaluation(Environment& environment, const Plan& plan)
       paths_(plan.paths.size()),
       comparisons_(plan.comparisons.size()) {}
 
-const TreeOrder& Evaluation::OrderOf(std::uint32_t tree) {
-  if (tree >= orders_.size()) orders_.resize(tree + 1);
-  if (orders_[tree] == nullptr) {
-    Node node;
-    node.tree = tree;
-    orders_[tree] = std::make_unique<TreeOrder>(environment_, environment_.TreeOf(node));
-  }
-  return *orders_[tree];
-}
-
 bool Evaluation::Holds(const StepPlan& step, const Node& node, std::int64_t position, std::int64_t last) {
   const Candidate candidate{node, position, last};
-  for (const PredicatePlan& predicate : step.predicates) {
-    const bool holds =
-        predicate.is_existence ? Exists(predicate.number, node) : Compare(predicate.number, candidate);
+  for (std::size_t place = 0; place < step.predicates.size(); ++place) {
+    const bool holds = HoldsOne(step, place, candidate);
     if (holds == step.any_holds) return holds && !environment_.Failed();
   }
   return (step.predicates.empty() || !step.any_holds) && !environment_.Failed();
+}
+
+bool Evaluation::HoldsOne(const StepPlan& step, std::size_t place, const Candidate& candidate) {
+  const PredicatePlan& predicate = step.predicates[place];
+  const auto ask = [&] {
+    return predicate.is_existence ? Exists(predicate.number, candidate.node)
+                                  : CompareAt(predicate.number, candidate);
+  };
+  if (profile_ == nullptr) return ask();
+  const Stopwatch watch;
+  const bool holds = ask();
+  profile_->AddPredicate(step.number, place, 1, holds ? 1 : 0, watch.Milliseconds());
+  return holds;
 }
 
 PathRun& Evaluation::RunOf(std::size_t path) {
@@ -86,7 +90,7 @@ bool Evaluation::IsTrue(const Operand& operand, const Candidate& candidate) {
     case OperandKind::kPath:
       return Exists(operand.number, candidate.node);
     case OperandKind::kComparison:
-      return Compare(operand.number, candidate);
+      return CompareAt(operand.number, candidate);
     case OperandKind::kNot:
       return !IsTrue(plan_.negated[operand.number], candidate);
     case OperandKind::kConstant:
@@ -100,7 +104,7 @@ bool Evaluation::IsTrue(const Operand& operand, const Candidate& candidate) {
   return false;
 }
 
-bool Evaluation::Compare(std::size_t comparison, const Candidate& candidate) {
+bool Evaluation::CompareAt(std::size_t comparison, const Candidate& candidate) {
   const ComparisonPlan& plan = plan_.comparisons[comparison];
   if (plan.is_truth) return IsTrue(plan.left, candidate);
   ComparisonState& state = comparisons_[comparison];

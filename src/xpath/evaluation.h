@@ -10,9 +10,10 @@
 #include "xpath/first_match.h"
 #include "xpath/plan.h"
 #include "xpath/steps.h"
-#include "xpath/tree_order.h"
 
 namespace qelm::xpath {
+
+class Profile;
 
 class Evaluation {
  public:
@@ -22,9 +23,15 @@ class Evaluation {
   // count.
   bool Holds(const StepPlan& step, const Node& node, std::int64_t position, std::int64_t last);
 
+  // Parts of that, for a predicate that does not depend on the position: whether the path selects a node, and
+  // whether the comparison holds.
+  bool Exists(std::size_t path, const Node& node);
+  bool Compare(std::size_t comparison, const Node& node) { return CompareAt(comparison, {node, 0, 0}); }
+
+  // Where to count what Holds is asked (null: nowhere).
+  void Measure(Profile* profile) { profile_ = profile; }
+
   Environment& GetEnvironment() { return environment_; }
-  // The document order of a tree, made when it is asked for first.
-  const TreeOrder& OrderOf(std::uint32_t tree);
 
  private:
   // A candidate and where it stands.
@@ -59,9 +66,9 @@ class Evaluation {
     bool constant = false;  // the same for all candidates of one flow
   };
 
-  bool Exists(std::size_t path, const Node& node);
+  bool HoldsOne(const StepPlan& step, std::size_t place, const Candidate& candidate);
   bool IsTrue(const Operand& operand, const Candidate& candidate);
-  bool Compare(std::size_t comparison, const Candidate& candidate);
+  bool CompareAt(std::size_t comparison, const Candidate& candidate);
   bool CompareSets(Test test, ValueSet& left, ValueSet& right);
   bool ComparePath(std::size_t comparison, const Candidate& candidate, const Fixed& other,
                    bool other_is_left);
@@ -81,7 +88,7 @@ class Evaluation {
   const Plan& plan_;
   std::vector<PathState> paths_;
   std::vector<ComparisonState> comparisons_;
-  std::vector<std::unique_ptr<TreeOrder>> orders_;
+  Profile* profile_ = nullptr;
 };
 
 }  // namespace qelm::xpath

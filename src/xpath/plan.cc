@@ -176,6 +176,7 @@ StepPlan PlanMaker::MakeStep(Index handler) {
   const Component& component = table_[handler];
   StepPlan step;
   step.number = plan_.step_count++;
+  step.component = handler;
   step.axis = component.axis;
   step.name = TextOf(handler, component.node_test);
   const bool is_file = component.axis == Axis::kFmFile;
@@ -209,6 +210,7 @@ PredicatePlan PlanMaker::MakePredicate(Index index) {
   if (right != 0) MakeOperand(right, &comparison.right);
   predicate.positional = reads_position_ || reads_last_;
   predicate.uses_last = reads_last_;
+  predicate.component = index;
   if (right == 0 && comparison.left.kind == OperandKind::kPath) {
     predicate.is_existence = true;
     predicate.number = comparison.left.number;

@@ -47,6 +47,7 @@ struct PredicatePlan {
   std::size_t number = 0;   // of the path or comparison
   bool positional = false;  // whether it reads position() or last() of its own step
   bool uses_last = false;
+  Index component = 0;
 };
 
 // A comparison of position() or last() with an integer or with each other. A step whose predicates must all
@@ -63,6 +64,7 @@ enum class NodeTest : std::uint8_t { kAny, kNamed, kText, kName };
 
 struct StepPlan {
   std::size_t number = 0;  // among all steps of the plan
+  Index component = 0;
   Axis axis = Axis::kChild;
   NodeTest test = NodeTest::kAny;
   std::string name;

@@ -1,6 +1,10 @@
 #include "xpath/search.h"
 
+#include <algorithm>
+
 #include "xpath/elsewhere.h"
+#include "xpath/profile.h"
+#include "xpath/set_search.h"
 
 namespace qelm::xpath {
 
@@ -36,8 +40,7 @@ void Search::Begin(const ComponentTable& table, Index sequence, const ParameterM
                    const SearchStart& start) {
   const PlanProblem problem = MakePlan(table, sequence, parameters, &plan_);
   if (problem != PlanProblem::kNone) return environment_.Fail(FailureOf(problem));
-  evaluation_ = std::make_unique<Evaluation>(environment_, plan_);
-  run_ = std::make_unique<PathRun>(*evaluation_, plan_.paths.front());
+  Restart();
   FindStarts(start);
 }
 
@@ -63,16 +66,72 @@ void Search::FindStarts(const SearchStart& start) {
   }
 }
 
+Match Search::MatchOf(const Node& node) {
+  return {node.element, environment_.TreeOf(node).Document(), node.IsAttribute() ? node.part : -1,
+          node.IsProperty() ? node.PropertyCode() : 0};
+}
+
+// From several starts nothing may be found twice, which is seen to only where each start has a flow of its
+// own.
+bool Search::CanGoSetBySet() const {
+  if (starts_.empty() || environment_.Failed()) return false;
+  const std::vector<StepPlan>& steps = plan_.paths.front().steps;
+  return starts_.size() == 1 || std::all_of(steps.begin() + 1, steps.end(), [](const StepPlan& step) {
+           return step.axis <= Axis::kFmProperty;
+         });
+}
+
+bool Search::PaysSetBySet() {
+  if (!CanGoSetBySet()) return false;
+  const std::uint32_t tree = starts_.front().tree;
+  return environment_.HasIndex(tree) || SetSearch::Pays(plan_) || environment_.StepsLeft(tree) == 0;
+}
+
+void Search::StopWhenLong() {
+  if (CanGoSetBySet()) environment_.LimitSteps(environment_.StepsLeft(starts_.front().tree));
+}
+
+void Search::Restart() {
+  environment_.LiftLimit();
+  evaluation_ = std::make_unique<Evaluation>(environment_, plan_);
+  run_ = std::make_unique<PathRun>(*evaluation_, plan_.paths.front());
+  next_start_ = 0;
+  started_ = spent_ = false;
+}
+
+bool Search::All(Profile* profile, MatchList* matches) {
+  if (!CanGoSetBySet()) return false;
+  // A document whose links run in circles has no index, and is walked for as far as that goes.
+  for (const Node& start : starts_) {
+    const Stopwatch watch;
+    if (start.element != host::kNone && environment_.Index(start.tree) == nullptr) return false;
+    if (profile != nullptr) profile->AddIndex(watch.Milliseconds());
+  }
+  SetSearch search(*evaluation_, plan_, profile);
+  for (const Node& start : starts_) {
+    const Selection selected = search.Select(start);
+    matches->reserve(matches->size() + selected.Size());
+    if (selected.IsByRank()) {
+      const SetScope& scope = search.Scope();
+      const host::Id document = environment_.TreeOf({host::kNone, Node::kElement, scope.tree}).Document();
+      for (const std::uint32_t rank : selected.Ranks()) {
+        matches->push_back({scope.index->ElementAt(rank), document});
+      }
+      continue;
+    }
+    for (const Node& node : selected.Nodes()) {
+      if (!node.IsAboveRoot()) matches->push_back(MatchOf(node));
+    }
+  }
+  return true;
+}
+
 bool Search::Next(Match* match) {
   Node node;
   while (!spent_ && !environment_.Failed()) {
     if (started_ && run_->Next(&node)) {
       if (node.IsAboveRoot()) continue;
-      match->element = node.element;
-      match->document = environment_.TreeOf(node).Document();
-      match->attribute = node.IsAttribute() ? node.part : -1;
-      match->property = node.IsProperty() ? node.PropertyCode() : 0;
-      last_ = *match;
+      last_ = *match = MatchOf(node);
       return true;
     }
     spent_ = next_start_ == starts_.size() || environment_.Failed();

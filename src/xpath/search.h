@@ -12,6 +12,8 @@
 
 namespace qelm::xpath {
 
+class Profile;
+
 // Where a search begins.
 struct SearchStart {
   host::Id document = host::kNone;
@@ -22,8 +24,8 @@ struct SearchStart {
 
 class Search {
  public:
-  Search(host::Host& host, const SearchStart& start)
-      : environment_(host, start.document, start.with_defaults) {}
+  Search(host::Host& host, DocumentIndexes& indexes, const SearchStart& start)
+      : environment_(host, indexes, start.document, start.with_defaults) {}
 
   // Prepares the search for an expression of the table, which is not needed any longer then.
   void Begin(const ComponentTable& table, Index sequence, const ParameterMap& parameters,
@@ -31,6 +33,21 @@ class Search {
 
   // The next match; false when there is none left or the search has failed.
   bool Next(Match* match);
+  // Whether All is faster than Next for all matches: there is an index, or the expression goes through much
+  // of the document.
+  bool PaysSetBySet();
+  // Lets Next fail with Failure::kLong when it turns out to be slower after all.
+  void StopWhenLong();
+  // Remembers for later searches how long it was.
+  void TellLength() {
+    if (!starts_.empty()) environment_.TellSteps(starts_.front().tree);
+  }
+  // Back to the first match, without that limit.
+  void Restart();
+  // All matches at once, in the order of Next, instead of it. False, with nothing done, for a document that
+  // can only be walked. Measures into `profile` (null: not).
+  bool All(Profile* profile, MatchList* matches);
+  const Plan& GetPlan() const { return plan_; }
   Failure Why() const { return environment_.Why(); }
 
   // Whether Next has said that there is no match left; and the match that it gave last.
@@ -42,6 +59,8 @@ class Search {
 
  private:
   void FindStarts(const SearchStart& start);
+  bool CanGoSetBySet() const;
+  Match MatchOf(const Node& node);
 
   Environment environment_;
   Plan plan_;

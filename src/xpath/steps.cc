@@ -1,7 +1,6 @@
 #include "xpath/steps.h"
 
 #include <algorithm>
-#include <limits>
 
 #include "xpath/evaluation.h"
 
@@ -56,9 +55,9 @@ void StepRun::StartPositional(const Node& context) {
   if (SelectCandidates(context)) {
     source_ = Source::kCandidates;
     count_ = candidates_->Count();
-    FindRange(count_);
-    candidates_->Seek(first_, last_);
-    position_ = first_ - 1;
+    range_ = PositionsOf(step_, count_);
+    candidates_->Seek(range_.first, range_.last);
+    position_ = range_.first - 1;
     return;
   }
   walk_.Start(context, nullptr);
@@ -69,44 +68,34 @@ void StepRun::StartPositional(const Node& context) {
     environment_.Explain(Failure::kLast);
     count_ = static_cast<std::int64_t>(collected_.size());
   }
-  FindRange(count_);
+  range_ = PositionsOf(step_, count_);
 }
 
 // Lists pay once the walks together have gone over as many elements as there are.
 bool StepRun::SelectCandidates(const Node& context) {
   Tree& tree = environment_.TreeOf(context);
   if (!context.IsElement() || !Candidates::Serves(step_.axis) || moves_ <= tree.IdLimit()) return false;
+  DocumentIndex* index = environment_.Index(context.tree);
+  if (index == nullptr) {
+    environment_.Fail(Failure::kEndless);
+    return false;
+  }
   if (candidates_ == nullptr || candidates_tree_ != context.tree) {
-    candidates_ = std::make_unique<Candidates>(evaluation_.OrderOf(context.tree), tree, step_);
+    const SetScope scope{index, context.tree, 0, index->Size()};
+    const ElementTest passes(scope, step_.test, tree.DefinitionOf(step_));
+    candidates_ = std::make_unique<Candidates>(*index, passes.All(), step_.axis);
     candidates_tree_ = context.tree;
   }
-  return !environment_.Failed() && candidates_->Select(context.element);
-}
-
-// The positions that the bounds leave.
-void StepRun::FindRange(std::int64_t count) {
-  constexpr std::int64_t kAny = std::numeric_limits<std::int64_t>::max();
-  first_ = 1;
-  last_ = kAny;
-  for (const PositionBound& bound : step_.bounds) {
-    const std::int64_t number = bound.against_last ? count : bound.number;
-    if (bound.side == PositionBound::Side::kLast) {
-      if (!CompareIntegers(bound.test, count, number)) last_ = 0;
-      continue;
-    }
-    const bool is_equal = bound.test == Test::kEqual;
-    if (is_equal || bound.test == Test::kGreaterOrEqual) first_ = std::max(first_, number);
-    if (is_equal || bound.test == Test::kLessOrEqual) last_ = std::min(last_, number);
-    if (bound.test == Test::kGreater) first_ = std::max(first_, number == kAny ? kAny : number + 1);
-    if (bound.test == Test::kLess) last_ = std::min(last_, std::max<std::int64_t>(number, 1) - 1);
-  }
+  const std::uint32_t rank = index->RankOf(context.element);
+  if (rank != DocumentIndex::kNoRank) candidates_->Select(rank);
+  return rank != DocumentIndex::kNoRank;
 }
 
 bool StepRun::NextAtPosition(Node* node) {
   // What does not depend on the position needs to be asked once for each node.
   const bool once = merge_ && !step_.rest_positional;
   while (!environment_.Failed() && Fetch(node)) {
-    if (position_ < first_) continue;
+    if (position_ < range_.first) continue;
     if (once && source_ == Source::kCandidates) candidates_->Drop();
     if (once && IsRepeated(*node)) continue;
     if (!once && merge_ && node->IsElement() && SeenIn(node->tree).visited.Contains(node->element)) continue;
@@ -119,7 +108,7 @@ bool StepRun::NextAtPosition(Node* node) {
 
 // The candidate at the next position, up to the last one to look at.
 bool StepRun::Fetch(Node* node) {
-  if (position_ >= last_) return false;
+  if (position_ >= range_.last) return false;
   ++position_;
   switch (source_) {
     case Source::kWalk:
@@ -127,13 +116,16 @@ bool StepRun::Fetch(Node* node) {
       environment_.Explain(Failure::kPosition);
       return false;
     case Source::kCollected:
-      position_ = std::max(position_, first_);
-      if (position_ > last_ || position_ > count_) return false;
+      position_ = std::max(position_, range_.first);
+      if (position_ > range_.last || position_ > count_) return false;
       *node = collected_[static_cast<std::size_t>(position_ - 1)];
       return true;
-    case Source::kCandidates:
-      *node = {candidates_->Next(), Node::kElement, candidates_tree_};
-      return node->element != host::kNone;
+    case Source::kCandidates: {
+      const std::uint32_t rank = candidates_->Next();
+      if (rank == DocumentIndex::kNoRank) return false;
+      *node = {environment_.Index(candidates_tree_)->ElementAt(rank), Node::kElement, candidates_tree_};
+      return true;
+    }
   }
   return false;
 }

@@ -10,6 +10,7 @@
 #include "xpath/axes.h"
 #include "xpath/candidates.h"
 #include "xpath/plan.h"
+#include "xpath/positions.h"
 
 namespace qelm::xpath {
 
@@ -30,7 +31,6 @@ class StepRun {
 
   void StartPositional(const Node& context);
   bool SelectCandidates(const Node& context);
-  void FindRange(std::int64_t count);
   bool NextAtPosition(Node* node);
   bool Fetch(Node* node);
   bool IsRepeated(const Node& node);
@@ -50,9 +50,8 @@ class StepRun {
   std::uint32_t candidates_tree_ = 0;
   std::uint64_t moves_ = 0;    // of the walks so far
   std::int64_t position_ = 0;  // of the candidate fetched last
-  std::int64_t first_ = 1;     // the positions to look at
-  std::int64_t last_ = 0;
-  std::int64_t count_ = 0;  // what last() is, where a predicate asks for it
+  PositionRange range_;        // the positions to look at
+  std::int64_t count_ = 0;     // what last() is, where a predicate asks for it
 };
 
 // A path: gives the nodes that it selects from a context, in the order in which its steps find them.

@@ -64,17 +64,19 @@ class Tree {
     return step.test == NodeTest::kNamed || definition == DefinitionOf(step);
   }
 
+  // The definition with the name that the step tests for.
+  host::Id DefinitionOf(const StepPlan& step) {
+    if (step.number < resolved_.size() && resolved_[step.number].known)
+      return resolved_[step.number].definition;
+    return Resolve(step);
+  }
+
  private:
   struct Resolved {
     bool known = false;
     host::Id definition = host::kNone;
   };
 
-  host::Id DefinitionOf(const StepPlan& step) {
-    if (step.number < resolved_.size() && resolved_[step.number].known)
-      return resolved_[step.number].definition;
-    return Resolve(step);
-  }
   host::Id Resolve(const StepPlan& step);
 
   host::Elements& elements_;

@@ -10,11 +10,11 @@ namespace {
 
 constexpr std::array<std::string_view, 1> kNoValue = {std::string_view()};
 
+}  // namespace
+
 bool HasNoValue(std::span<const std::string_view> values) {
   return values.empty() || (values.size() == 1 && values.front().empty());
 }
-
-}  // namespace
 
 void AttributeSource::Forget() {
   element_ = host::kNone;

@@ -58,6 +58,9 @@ class AttributeSource {
   const Defaults* last_defaults_ = nullptr;
 };
 
+// Whether an attribute with these values counts as one without: then its definition's defaults hold.
+bool HasNoValue(std::span<const std::string_view> values);
+
 // The value of a FrameMaker property of an element; empty when it has none. The view is into `buffer`.
 std::string_view ReadProperty(host::Text& text, host::Id document, host::Id element, std::int32_t code,
                               std::string* buffer);

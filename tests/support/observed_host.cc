@@ -163,6 +163,9 @@ class ObservedElements : public Observed<Elements> {
   CALL2(Id, FlowOf, Id, Id)
   CALL2(std::int64_t, UniqueId, Id, Id)
   CALL2(Id, FindUniqueId, Id, std::int64_t)
+  CALL1(std::uint64_t, Revision, Id)
+  CALL3(bool, ReadTree, Id, Id, ElementColumns*)
+  CALL3(bool, ReadTexts, Id, std::span<const Id>, TextColumn*)
 };
 
 class ObservedDefinitions : public Observed<Definitions> {
@@ -174,6 +177,7 @@ class ObservedDefinitions : public Observed<Definitions> {
   CALL2(std::string_view, DefinitionName, Id, Id)
   CALL2(std::span<const AttributeDefinition>, AttributeDefinitions, Id, Id)
   CALL3(void, ReadAttributes, Id, Id, AttributeBuffer*)
+  CALL4(void, ReadAttributeColumn, Id, std::span<const Id>, std::string_view, AttributeColumn*)
 };
 
 class ObservedEditing : public Observed<Editing> {

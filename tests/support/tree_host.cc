@@ -92,6 +92,7 @@ host::Id TreeDocument::AddFlow(std::string name, host::FlowKind kind, std::strin
 
 host::Id TreeDocument::AddElement(host::Id parent, std::string_view name, std::string text) {
   const auto id = static_cast<host::Id>(elements.size());
+  Changed();
   Element element;
   element.parent = parent;
   element.definition = name.empty() ? 0 : DefinitionOf(name);
@@ -116,6 +117,7 @@ host::Id TreeDocument::DefinitionOf(std::string_view name) {
 
 void TreeDocument::Declare(std::string_view element, std::string_view attribute,
                            std::vector<std::string_view> defaults) {
+  Changed();
   host::AttributeDefinition definition;
   definition.name = attribute;
   definition.defaults = std::move(defaults);
@@ -173,6 +175,30 @@ std::string_view TreeHost::ElementText(host::Id document, host::Id element, std:
     id = id == element ? 0 : elements[id].next;
   }
   return std::string_view(*buffer).substr(0, max_characters);
+}
+
+// A text stands once, where its node is: an element that ends there and its parent share it.
+bool TreeHost::ReadTexts(host::Id document, std::span<const host::Id> ids, host::TextColumn* column) {
+  if (!reads_texts) return false;
+  *column = {};
+  const std::vector<TreeDocument::Element>& elements = Document(document).elements;
+  column->begins.resize(ids.size());
+  column->ends.resize(ids.size());
+  std::vector<std::uint32_t> places(elements.size());
+  for (std::uint32_t place = 0; place < ids.size(); ++place) {
+    ++calls;
+    places[ids[place]] = place;
+    column->begins[place] = static_cast<std::uint32_t>(column->text.size());
+    column->text += elements[ids[place]].text;
+    host::Id id = ids[place];
+    for (bool ends = elements[id].first_child == 0; ends; ends = elements[id].next == 0) {
+      column->ends[places[id]] = static_cast<std::uint32_t>(column->text.size());
+      if (elements[id].next != 0 || elements[id].parent == 0) break;
+      id = elements[id].parent;
+      column->ends[places[id]] = static_cast<std::uint32_t>(column->text.size());
+    }
+  }
+  return true;
 }
 
 bool TreeHost::ReadElementProperty(host::Id document, host::Id element, host::ElementProperty property,

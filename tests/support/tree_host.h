@@ -60,6 +60,10 @@ class TreeDocument {
   // Declares an attribute of an element definition with its default values.
   void Declare(std::string_view element, std::string_view attribute, std::vector<std::string_view> defaults);
 
+  // To be called when a test has changed what stands below after a search.
+  void Changed() { ++revision; }
+
+  std::uint64_t revision = 1;
   std::string path;
   std::vector<Flow> flows;        // a flow's id is its place from 1
   std::vector<Element> elements;  // by id; 0 is not used
@@ -86,6 +90,9 @@ class TreeHost : private NullDocuments,
   RecordingUser user;
   MemoryPlatform platform;
   std::vector<host::Id> selected;  // the elements that were selected, in order
+  // What a host may leave out: whether it counts edits, and whether it reads texts as a column.
+  bool counts_edits = true;
+  bool reads_texts = true;
 
   // The active book, itself one of the documents, and its components.
   struct Component {
@@ -153,6 +160,10 @@ class TreeHost : private NullDocuments,
   host::Id FlowOf(host::Id document, host::Id element) override { return At(document, element).flow; }
   std::int64_t UniqueId(host::Id, host::Id) override { return 0; }
   host::Id FindUniqueId(host::Id, std::int64_t) override { return 0; }
+  std::uint64_t Revision(host::Id document) override {
+    return counts_edits && document <= documents_.size() ? Document(document).revision : 0;
+  }
+  bool ReadTexts(host::Id document, std::span<const host::Id> elements, host::TextColumn* column) override;
 
   host::Id FindDefinition(host::Id document, std::string_view name) override;
   host::Id FirstDefinition(host::Id document) override { return Document(document).names.empty() ? 0 : 1; }

@@ -55,7 +55,7 @@ class CatalogsRole : public host::Catalogs {
     OpenFile* file = workspace_.DocumentFile(document);
     DeclareConditions(file->document.get(), {condition});
     model::SetConditionShown(file->document.get(), condition, shown);
-    MarkEdited(file);
+    MarkEdited(file, EditOf::kLooks);
     return true;
   }
 
@@ -101,7 +101,7 @@ Id CatalogsRole::CreateColor(Id document, std::string_view name, double cyan, do
   color.yellow = yellow;
   color.black = black;
   color.created = true;
-  MarkEdited(file);
+  MarkEdited(file, EditOf::kLooks);
   return id;
 }
 
@@ -115,7 +115,7 @@ Id CatalogsRole::CreateCondition(Id document, std::string_view name) {
   const Id existing = FindCondition(document, name);
   if (existing != host::kNone && file->document->conditions[existing].declared) return existing;
   const Id id = model::CreateCondition(file->document.get(), name);
-  MarkEdited(file);
+  MarkEdited(file, EditOf::kLooks);
   return id;
 }
 

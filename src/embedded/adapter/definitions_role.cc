@@ -67,6 +67,26 @@ class DefinitionsRole : public host::Definitions {
     }
   }
 
+  void ReadAttributeColumn(Id document, std::span<const Id> elements, std::string_view name,
+                           host::AttributeColumn* column) override {
+    column->Clear();
+    const model::Document* tree = workspace_.Tree(document);
+    if (tree == nullptr) return;
+    const auto known = tree->name_index.find(name);
+    if (known == tree->name_index.end()) return;
+    for (std::size_t place = 0; place < elements.size(); ++place) {
+      const model::Element& element = tree->elements[elements[place]];
+      for (std::uint32_t index = 0; index < element.attribute_count; ++index) {
+        const model::Attribute& attribute = tree->attributes[element.first_attribute + index];
+        if (attribute.name != known->second) continue;
+        column->entries.push_back({static_cast<std::uint32_t>(place), index,
+                                   static_cast<std::uint32_t>(column->values.size()), attribute.value_count});
+        const auto first = tree->values.begin() + attribute.first_value;
+        column->values.insert(column->values.end(), first, first + attribute.value_count);
+      }
+    }
+  }
+
  private:
   // The id itself when the document has such a definition, else 0.
   Id Existing(Id document, Id definition) {

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <charconv>
 
 #include "embedded/adapter/roles.h"
@@ -135,6 +136,13 @@ class ElementsRole : public host::Elements {
     return found != index->end() && IsElement(document, found->second) ? found->second : host::kNone;
   }
 
+  std::uint64_t Revision(Id document) override {
+    const OpenFile* file = workspace_.DocumentFile(document);
+    return file == nullptr ? 0 : file->revision;
+  }
+  bool ReadTree(Id document, Id root, host::ElementColumns* columns) override;
+  bool ReadTexts(Id document, std::span<const Id> elements, host::TextColumn* column) override;
+
  private:
   const model::Flow* Flow(Id document, Id flow) {
     const model::Document* tree = workspace_.Tree(document);
@@ -143,6 +151,89 @@ class ElementsRole : public host::Elements {
 
   Workspace& workspace_;
 };
+
+// A document's elements are numbered in document order when it is opened, so that the columns are a loop over
+// the array. False, with what was appended taken back, for a tree that edits have changed.
+bool AppendInOrder(const std::vector<model::Element>& elements, Id root, host::ElementColumns* columns) {
+  Id last = root;
+  while (elements[last].last_child > last) last = elements[last].last_child;
+  const std::size_t before = columns->elements.size();
+  const std::size_t size = before + (last - root) + 1;
+  columns->Resize(size);
+  const auto first = static_cast<std::uint32_t>(before);
+  for (Id id = root; id <= last; ++id) {
+    const model::Element& element = elements[id];
+    const std::uint32_t place = first + (id - root);
+    const bool is_root = id == root;
+    const bool in_order = (element.first_child == host::kNone || element.first_child == id + 1) &&
+                          (is_root || (element.parent >= root && element.parent < id)) &&
+                          (element.next == host::kNone || (element.next > id && element.next <= last));
+    if (!in_order || element.deleted) {
+      columns->Resize(before);
+      return false;
+    }
+    const std::uint32_t parent = is_root ? host::ElementColumns::kNoPlace : first + (element.parent - root);
+    columns->elements[place] = id;
+    columns->definitions[place] = element.definition;
+    columns->parents[place] = parent;
+    columns->ends[place] = is_root                       ? static_cast<std::uint32_t>(size)
+                           : element.next != host::kNone ? first + (element.next - root)
+                                                         : columns->ends[parent];
+  }
+  return true;
+}
+
+bool ElementsRole::ReadTree(Id document, Id root, host::ElementColumns* columns) {
+  if (workspace_.Element(document, root) == nullptr) return true;
+  const OpenFile* file = workspace_.File(document);
+  const bool is_new = file != nullptr && !file->edited;
+  return (is_new && AppendInOrder(workspace_.Tree(document)->elements, root, columns)) ||
+         Elements::ReadTree(document, root, columns);
+}
+
+// Every element is a range of items, so that the text of all items is written once, and where it stands is
+// noted for the elements that begin and end there. The elements around an item are a stack, the innermost one
+// last.
+bool ElementsRole::ReadTexts(Id document, std::span<const Id> elements, host::TextColumn* column) {
+  *column = {};
+  const model::Document* tree = workspace_.Tree(document);
+  if (tree == nullptr || tree->source.size() > model::kNoIndex / 2) return false;
+  struct Open {
+    std::uint32_t end_item;
+    std::uint32_t place;
+  };
+  std::vector<Open> open;
+  column->text.reserve(tree->source.size());
+  column->begins.resize(elements.size());
+  column->ends.resize(elements.size());
+  const auto here = [&] { return static_cast<std::uint32_t>(column->text.size()); };
+  std::uint32_t item = 0;
+  // Writes the items before `end`, and closes the elements that end there.
+  const auto write_to = [&](std::uint32_t end) {
+    while (item < end || (!open.empty() && open.back().end_item <= item)) {
+      while (!open.empty() && open.back().end_item <= item) {
+        column->ends[open.back().place] = here();
+        open.pop_back();
+      }
+      if (item == end) continue;
+      const bool is_inside = !open.empty();
+      if (is_inside && model::CountsAsText(tree->items[item])) {
+        model::AppendItemText(*tree, tree->items[item], &column->text);
+      }
+      ++item;
+    }
+  };
+  for (std::uint32_t place = 0; place < elements.size(); ++place) {
+    const model::Element* element = workspace_.Element(document, elements[place]);
+    if (element == nullptr || element->first_item < item) return false;
+    write_to(element->first_item);
+    column->begins[place] = here();
+    if (!open.empty() && element->end_item > open.back().end_item) return false;
+    open.push_back({std::max(element->end_item, element->first_item), place});
+  }
+  if (!open.empty()) write_to(open.front().end_item);
+  return true;
+}
 
 }  // namespace
 

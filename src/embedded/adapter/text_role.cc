@@ -262,7 +262,7 @@ bool TextRole::WriteProperties(Id document, const TextRange& range, const host::
     DeclareConditions(model, properties.conditions);
     model::SetConditions(model, begin, end, model->InternConditions(properties.conditions));
   }
-  MarkEdited(file);
+  MarkEdited(file, EditOf::kLooks);
   return true;
 }
 

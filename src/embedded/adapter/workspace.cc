@@ -80,11 +80,13 @@ bool SettleDocument(OpenFile* file) {
   if (!model::Settle(file->document.get())) return false;
   file->derived = DerivedData();
   file->selection = {};
+  ++file->revision;
   return true;
 }
 
-void MarkEdited(OpenFile* file) {
+void MarkEdited(OpenFile* file, EditOf what) {
   file->edited = true;
+  if (what == EditOf::kContent) ++file->revision;
   file->Tree().modified = true;
 }
 

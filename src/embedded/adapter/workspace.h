@@ -73,6 +73,7 @@ struct OpenFile {
   std::string path;      // empty while it has no name
   std::string identity;  // the same with links resolved: what tells two files apart
   bool edited = false;   // since it was opened; saving does not clear it
+  std::uint64_t revision = 1;  // of elements, attributes and text
   bool on_screen = true;
   bool iconified = false;
   bool element_boundaries = false;
@@ -166,8 +167,10 @@ class Workspace {
   std::string last_error_;
 };
 
-// Marks a document as changed.
-void MarkEdited(OpenFile* file);
+// Marks a document as changed. Looks are properties, conditions and catalogs: what such an edit leaves as it
+// was are the elements, their attributes and their text.
+enum class EditOf { kContent, kLooks };
+void MarkEdited(OpenFile* file, EditOf what = EditOf::kContent);
 
 // Puts conditions that text names but no catalog has into the catalog, as whoever applies or switches one
 // expects.

@@ -66,11 +66,13 @@ std::size_t CutView(std::string_view text, std::size_t max_characters) {
   return text.size();
 }
 
-bool IsTextItem(ItemKind kind) {
-  return kind == ItemKind::kString || kind == ItemKind::kCharacter || kind == ItemKind::kVariable;
-}
-
 }  // namespace
+
+bool CountsAsText(const Item& item) {
+  const bool is_text =
+      item.kind == ItemKind::kString || item.kind == ItemKind::kCharacter || item.kind == ItemKind::kVariable;
+  return is_text && !item.Is(kDeleted) && !item.Is(kGenerated);
+}
 
 std::string_view PlainText(const Document& document, const Item& item) {
   if (document.format == Format::kXml) {
@@ -112,7 +114,7 @@ std::string_view ElementText(const Document& document, Id id, std::size_t max_ch
   bool built = false;
   for (std::uint32_t i = element.first_item; i < element.end_item; ++i) {
     const Item& item = document.items[i];
-    if (!IsTextItem(item.kind) || item.Is(kDeleted) || item.Is(kGenerated)) continue;
+    if (!CountsAsText(item)) continue;
     const bool plain =
         item.kind == ItemKind::kString && (document.format == Format::kXml || !item.Is(kEscaped));
     if (only == nullptr && !built && plain) {

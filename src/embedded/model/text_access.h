@@ -5,6 +5,9 @@
 
 namespace qelm::embedded::model {
 
+// Whether an item is part of the text of the elements around it.
+bool CountsAsText(const Item& item);
+
 // Appends what one item contributes to the text: strings and characters decoded, variables expanded as far as
 // their definition is plain text (else "<$name>" parts are left out and the rest kept).
 void AppendItemText(const Document& document, const Item& item, std::string* text);

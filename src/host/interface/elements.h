@@ -4,13 +4,62 @@
 // definition, so that a name test is a comparison of two integers after one look-up a document. Element ids
 // are dense: all are below IdLimit, so a caller can keep one bit an element. An id that names no element of
 // the document gives 0, an empty view or an empty list; no error code is set by reading.
+//
+// Whoever asks about a whole document asks for columns instead: one call gives one answer for each element,
+// in arrays. A host whose documents lie in arrays copies them; others do not override these operations, and
+// the elements are then read one by one.
 #pragma once
 
 #include <span>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "host/interface/types.h"
 
 namespace qelm::host {
+
+// Elements in document order. A place is an index into these columns, which have the same length.
+struct ElementColumns {
+  static constexpr std::uint32_t kNoPlace = 0xFFFFFFFFU;
+
+  std::vector<Id> elements;
+  std::vector<Id> definitions;         // 0: a text node
+  std::vector<std::uint32_t> parents;  // places; kNoPlace for the element at the top
+  std::vector<std::uint32_t> ends;     // one more than the last place inside the element
+
+  void Resize(std::size_t size) {
+    elements.resize(size);
+    definitions.resize(size);
+    parents.resize(size);
+    ends.resize(size);
+  }
+};
+
+// The elements of a list that carry an attribute of one name, in the order of the list.
+struct AttributeColumn {
+  struct Entry {
+    std::uint32_t place = 0;  // in the list
+    std::uint32_t index = 0;  // among the attributes of the element
+    std::uint32_t first_value = 0;
+    std::uint32_t value_count = 0;
+  };
+  std::vector<Entry> entries;
+  std::vector<std::string_view> values;
+
+  void Clear() {
+    entries.clear();
+    values.clear();
+  }
+};
+
+// The text of a list of elements: of the one at a place, the bytes [begins[place], ends[place]) of `text`.
+// What lies inside another element is not written twice.
+struct TextColumn {
+  std::string text;
+  std::vector<std::uint32_t> begins;
+  std::vector<std::uint32_t> ends;
+};
 
 class Elements {
  public:
@@ -49,6 +98,18 @@ class Elements {
   virtual std::int64_t UniqueId(Id document, Id element) = 0;
   // The element with that unique id, 0 when there is none.
   virtual Id FindUniqueId(Id document, std::int64_t unique_id) = 0;
+
+  // A number that is another one after every edit of the document's elements, their attributes, attribute
+  // definitions or text, so that what was read once can be kept; 0 when the host does not know.
+  virtual std::uint64_t Revision(Id document);
+
+  // Appends `root` and everything inside it to the columns. False, with the columns as they were, when the
+  // links of the elements run in circles.
+  virtual bool ReadTree(Id document, Id root, ElementColumns* columns);
+
+  // Replaces what is in `column` by the texts of the elements, which come in document order: what
+  // Text::ElementText gives without a limit. False when the host has no faster way than that.
+  virtual bool ReadTexts(Id document, std::span<const Id> elements, TextColumn* column);
 };
 
 class Definitions {
@@ -67,6 +128,11 @@ class Definitions {
   // Replaces what is in `buffer` by the attributes that the element itself carries, in document order;
   // defaults of the definition are not among them. Views hold until the document is next edited.
   virtual void ReadAttributes(Id document, Id element, AttributeBuffer* buffer) = 0;
+
+  // Replaces what is in `column` by the attributes of this name that the elements carry themselves. Views
+  // hold until the document is next edited.
+  virtual void ReadAttributeColumn(Id document, std::span<const Id> elements, std::string_view name,
+                                   AttributeColumn* column);
 };
 
 }  // namespace qelm::host
