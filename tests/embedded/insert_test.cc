@@ -383,6 +383,7 @@ TEST_F(InsertTest, EditsAtRandomReadBackAsTheyWereMade) {
       "<Doc>text <E>of</E> its own<Footnote>n</Footnote></Doc>",
       "<Doc></Doc>",
       "<Doc><P>a{Hidden}b{}<E>c</E>{Hidden}d\ne\n{}f</P>\n<S><P>{Hidden}g{}</P>\n<P>h</P></S></Doc>",
+      "<Doc><P>x{Red}a<E>b</E>c{}</P>\n{New}<P>d</P>\n<P>e<E>f</E>g</P>{}\n<P>y{New}z<E>u</E>v{}</P></Doc>",
       "[Heading]<Doc><P>a</P>\n[+]<P>b</P>\n[+]<S><P>{Red}c{}</P>\n[+]<P>d</P></S></Doc>",
   };
   std::vector<std::string> sources;
