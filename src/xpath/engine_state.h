@@ -30,6 +30,10 @@ struct Engine::State {
   std::int32_t maximum_matches = kDefaultMatches;
   std::string report_template_path;
   std::string report_path;
+  // What the headings of the report say, and the report that it was read from. Reading makes the host bring
+  // its text up to date, so that it is done once a report.
+  std::string report_heading;
+  host::Id report_of_heading = host::kNone;
   ParseError last_error;
   ParameterMap parameters;
   std::int32_t attribute_values_mode = 1;

@@ -48,7 +48,9 @@ class Entry {
   Entry(host::Host& host, host::Id document) : host_(host), document_(document) {}
 
   bool FindPlace();
-  bool Write(const std::vector<MarkedLine>& lines, const std::string& message);
+  std::string HeadingText();
+  // `heading` is what a heading says that is to be added.
+  bool Write(const std::vector<MarkedLine>& lines, const std::string& message, std::string_view heading);
 
  private:
   host::Id FirstNamed(std::string_view name);
@@ -113,14 +115,16 @@ bool Entry::Add(std::string_view name, std::string_view text) {
   return element != host::kNone && (text.empty() || host_.editing.SetText(document_, element, text));
 }
 
-bool Entry::Write(const std::vector<MarkedLine>& lines, const std::string& message) {
+std::string Entry::HeadingText() {
+  std::string buffer;
+  return std::string(host_.text.ElementText(document_, heading_, kHeadingCharacters, &buffer));
+}
+
+bool Entry::Write(const std::vector<MarkedLine>& lines, const std::string& message,
+                  std::string_view heading) {
   bool first = message_ != host::kNone;
-  if (!first) {
-    // A heading like the first one separates this entry from those before it.
-    std::string buffer;
-    const std::string heading(host_.text.ElementText(document_, heading_, kHeadingCharacters, &buffer));
-    if (!Add(kHeading, heading)) return false;
-  }
+  // A heading like the first one separates this entry from those before it.
+  if (!first && !Add(kHeading, heading)) return false;
   for (const MarkedLine& line : lines) {
     const bool written =
         first ? host_.editing.SetText(document_, expression_, line.text) &&
@@ -173,7 +177,12 @@ void bw_ReportXPathError(Engine::State& state, std::string_view expression, cons
     return;
   }
   const std::string message = state.messenger.Get(error.id);
-  if (!entry.Write(MarkPosition(expression, error.position), message)) AlertById(state, kNoReport);
+  if (state.report_of_heading != document) {
+    state.report_heading = entry.HeadingText();
+    state.report_of_heading = document;
+  }
+  const std::vector<MarkedLine> lines = MarkPosition(expression, error.position);
+  if (!entry.Write(lines, message, state.report_heading)) AlertById(state, kNoReport);
   documents.Activate(document);
   state.host.session.Redisplay(document);
 }

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <map>
 #include <random>
 #include <set>
 #include <sstream>
@@ -121,6 +122,20 @@ class InsertTest : public ::testing::Test {
       if (at != kNone) at = host.elements.NextSibling(document, at);
     }
     return lines;
+  }
+
+  // Text and its properties at its beginning, by text node.
+  std::map<Id, std::string> Texts(Id document) {
+    std::map<Id, std::string> texts;
+    for (Id id = 1; id < host.elements.IdLimit(document); ++id) {
+      if (!host.elements.IsElement(document, id) || host.elements.Definition(document, id) != kNone) continue;
+      const host::TextProperties properties = host.text.ReadProperties(
+          document, host.text.ElementRange(document, id), host::kColorProperty | host::kConditionsProperty);
+      std::string text = std::to_string(properties.color);
+      for (const Id condition : properties.conditions) text += "," + std::to_string(condition);
+      texts[id] = text + ": " + TextOf(document, id);
+    }
+    return texts;
   }
 
   testing::TempFolder temporary;
@@ -368,6 +383,7 @@ TEST_F(InsertTest, EditsAtRandomReadBackAsTheyWereMade) {
       "<Doc>text <E>of</E> its own<Footnote>n</Footnote></Doc>",
       "<Doc></Doc>",
       "<Doc><P>a{Hidden}b{}<E>c</E>{Hidden}d\ne\n{}f</P>\n<S><P>{Hidden}g{}</P>\n<P>h</P></S></Doc>",
+      "<Doc><P>x{Red}a<E>b</E>c{}</P>\n{New}<P>d</P>\n<P>e<E>f</E>g</P>{}\n<P>y{New}z<E>u</E>v{}</P></Doc>",
       "[Heading]<Doc><P>a</P>\n[+]<P>b</P>\n[+]<S><P>{Red}c{}</P>\n[+]<P>d</P></S></Doc>",
   };
   std::vector<std::string> sources;
@@ -386,6 +402,7 @@ TEST_F(InsertTest, EditsAtRandomReadBackAsTheyWereMade) {
         xml ? OpenText("<Doc a='1'>\n <S>\n  <P>a<E>b</E></P>\n  <P/>\n </S>\n <T>t</T>\n</Doc>\n", ".xml")
             : OpenText(sources[random() % sources.size()]);
     SCOPED_TRACE("round " + std::to_string(round));
+    const std::map<Id, std::string> before_all = Texts(id);
     const char* const tags[] = {"P", "E", "S", "N"};
     for (int step = 0; step < 12; ++step) {
       Id element = kNone;
@@ -426,6 +443,13 @@ TEST_F(InsertTest, EditsAtRandomReadBackAsTheyWereMade) {
       }
     }
     const std::string expected = Tree(id);
+    for (const auto& [text, now] : Texts(id)) {
+      const auto then = before_all.find(text);
+      const bool same = then == before_all.end() || then->second.ends_with(now.substr(now.find(": ")));
+      if (then != before_all.end() && same) {
+        EXPECT_EQ(now, then->second) << "what was not touched looks as it did";
+      }
+    }
     const std::string saved = Saved(id, xml ? ".xml" : ".mif");
     const Id again = OpenText(saved, xml ? ".xml" : ".mif");
     ASSERT_EQ(Tree(again), expected) << saved;

@@ -452,7 +452,7 @@ void AdditionsWriter::SaveRun(Id parent, Id last_before, Id first, bool mixed) {
     run.Add(child, !in_line);
     last_is_block = run.IsBlock(child) && (!in_line || additions_.Of(child).is_paragraph);
   }
-  if (!run.wrote()) return;
+  // Also where nothing is written: with what went, statements may have gone that the rest relies on.
   const bool leaves_tail = last_is_block && !in_block && TailHolds(place.tail);
   const bool ends_with_other = run.other_format() && !leaves_tail;
   if (leaves_tail) run.BreakBefore();

@@ -71,7 +71,6 @@ class MifRun {
 
   const std::string& lines() const { return lines_; }
   bool broke() const { return broke_; }
-  bool wrote() const { return !lines_.empty(); }
   // Whether the last paragraph that was begun has a format of its own.
   bool other_format() const { return other_format_; }
   // The format that the first element would give to the paragraph in which the run begins; empty: none.
