@@ -118,11 +118,13 @@ void ColoringCommand::Save(Session& session, Outcome* outcome) {
 // Saving begins when all components are done, so that a run that fails leaves all files as they are.
 void ColoringCommand::SaveComponents(Session& session, Outcome* outcome) {
   nlohmann::ordered_json components = nlohmann::ordered_json::array();
+  if (outcome->result != common::kDone) outcome->status = ExitStatus::kOperation;
   for (const coloring::ColoredComponent& component : session.plugin().coloring_run.components) {
     const bool opened = component.document != host::kNone;
     const bool changed =
         opened && session.roles().documents.Switch(component.document, host::DocumentSwitch::kModified);
     if (changed) session.Save(component.document, "");
+    if (opened && component.result == 0) outcome->status = ExitStatus::kOperation;
     components.push_back(
         {{"path", component.path}, {"opened", opened}, {"result", component.result}, {"changed", changed}});
     outcome->text += "  " + component.path;

@@ -2,7 +2,7 @@
 // color and style of the rule that it matches; uncoloring takes such marks away again.
 //
 // A run, from the inside out: ClassicMatcher (classic_matcher.h) and NodePositions (node_positions.h) find an
-// element's rule, MarkElement (text_marks.h) carries it out, ElementWalk (element_walk.h) goes over one tree,
+// element's rule, MarkStack (mark_stack.h) carries it out, ElementWalk (element_walk.h) goes over one tree,
 // ColorDocument puts the checks and the uncoloring before it, and RunColoring is what commands and calls use.
 #pragma once
 

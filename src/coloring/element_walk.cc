@@ -16,15 +16,22 @@ ElementWalk::ElementWalk(ColoringContext& context, Id document, const RuleMarks&
       marks_(marks),
       mode_(mode),
       prompts_(context.messenger),
-      reader_(context.host.definitions, context.host.elements, document, context.scheme) {}
+      reader_(context.host.definitions, context.host.elements, document, context.scheme),
+      open_marks_(context.host, document, [this](std::int32_t rule, bool written) { Count(rule, written); }) {
+}
 
 std::int32_t ElementWalk::Run(Id start) {
   Prepare(start);
+  std::int32_t result = common::kDone;
   for (Id element = start; element != kNone; element = Next(element)) {
-    if (Cancelled()) return common::kCancelled;
+    if (Cancelled()) {
+      result = common::kCancelled;
+      break;
+    }
     Visit(element);
   }
-  return common::kDone;
+  open_marks_.End();
+  return result;
 }
 
 void ElementWalk::Prepare(Id start) {
@@ -65,24 +72,21 @@ void ElementWalk::Visit(Id element) {
     if (depth_ > *overridden_below_) return;
     overridden_below_.reset();
   }
-  const std::int32_t rule = FindRule(element);
+  const host::ElementKind kind = host_.elements.Kind(document_, element);
+  open_marks_.Visit(depth_, kind);
+  const std::int32_t rule = FindRule(element, kind);
   if (rule == kNoRule) return;
   Prompt(element, rule);
-  Apply(element, rule);
+  open_marks_.Begin(depth_, element, kind, marks_.rules[static_cast<std::size_t>(rule)], rule);
   if (context_.scheme.rules[static_cast<std::size_t>(rule)].override_others) overridden_below_ = depth_;
 }
 
-std::int32_t ElementWalk::FindRule(Id element) {
+std::int32_t ElementWalk::FindRule(Id element, host::ElementKind kind) {
   if (context_.scheme.is_xpath) return positions_.RuleOf(element);
   // A text node has no attributes; with those of its element it would only get the element's rule again.
   if (element != start_ && schemes::IsTextNode(host_, document_, element)) return kNoRule;
   matcher_->Enter(depth_, reader_.Read(element));
-  return matcher_->FindRule(depth_, Inherits(element));
-}
-
-bool ElementWalk::Inherits(Id element) {
-  if (mode_ == WalkMode::kSelection) return true;
-  return StandsInOthersText(host_.elements.Kind(document_, element));
+  return matcher_->FindRule(depth_, mode_ == WalkMode::kSelection || StandsInOthersText(kind));
 }
 
 void ElementWalk::Prompt(Id element, std::int32_t rule) {
@@ -94,9 +98,9 @@ void ElementWalk::Prompt(Id element, std::int32_t rule) {
                std::string(schemes::StyleName(applied.style)));
 }
 
-void ElementWalk::Apply(Id element, std::int32_t rule) {
+void ElementWalk::Count(std::int32_t rule, bool written) {
   ColoringRun& run = context_.run;
-  if (!MarkElement(host_, document_, element, marks_.rules[static_cast<std::size_t>(rule)])) {
+  if (!written) {
     ++run.refused;
     return;
   }

@@ -8,6 +8,7 @@
 
 #include "coloring/classic_matcher.h"
 #include "coloring/coloring.h"
+#include "coloring/mark_stack.h"
 #include "coloring/node_positions.h"
 #include "coloring/rule_colors.h"
 #include "messages/debug_prompts.h"
@@ -31,10 +32,9 @@ class ElementWalk {
   void Prepare(host::Id start);
   bool Cancelled();
   void Visit(host::Id element);
-  std::int32_t FindRule(host::Id element);
-  bool Inherits(host::Id element);
+  std::int32_t FindRule(host::Id element, host::ElementKind kind);
   void Prompt(host::Id element, std::int32_t rule);
-  void Apply(host::Id element, std::int32_t rule);
+  void Count(std::int32_t rule, bool written);
   // The next element in document order, 0 when the tree is done.
   host::Id Next(host::Id element);
 
@@ -48,6 +48,7 @@ class ElementWalk {
   schemes::AttributeReader reader_;
   std::optional<ClassicMatcher> matcher_;
   NodePositions positions_;
+  MarkStack open_marks_;
   host::Id start_ = host::kNone;
   std::size_t depth_ = 0;  // of the element that is visited; in a selection its ancestors count
   std::optional<std::size_t> overridden_below_;  // elements deeper than this are not tested

@@ -26,27 +26,6 @@ constexpr std::array<FootnoteReach, 3> kFootnoteReaches = {{
     {true, true, true},
 }};
 
-bool SetOnFootnote(host::Text& text, Id document, Id footnote, const TextProperties& properties) {
-  const TextRange whole = text.ElementRange(document, footnote);
-  const TextRange inside = text.AnchoredRange(document, footnote);
-  if (whole.Empty()) return false;
-  if (inside.Empty()) return text.WriteProperties(document, whole, properties);
-  bool done = true;
-  for (const FootnoteReach& reach : kFootnoteReaches) {
-    const TextRange mark{whole.begin, inside.begin};
-    const TextRange own{inside.begin, reach.ends ? whole.end : inside.end};
-    if (reach.mark) done = text.WriteProperties(document, mark, properties) && done;
-    if (reach.text) done = text.WriteProperties(document, own, properties) && done;
-  }
-  return done;
-}
-
-// The parts of a table whose text no range around the table reaches.
-bool BeginsTextOfItsOwn(ElementKind kind) {
-  return kind == ElementKind::kTableTitle || kind == ElementKind::kTableHeading ||
-         kind == ElementKind::kTableBody || kind == ElementKind::kTableFooting;
-}
-
 // Visits the elements of one flow and sets the properties where no range that was set before reaches.
 class FlowMarks {
  public:
@@ -109,17 +88,19 @@ bool FlowMarks::Set(Id root) {
 
 }  // namespace
 
-bool MarkElement(host::Host& host, Id document, Id element, const RuleMark& mark) {
-  if (mark.from_definition) {
-    const Id definition = host.elements.Definition(document, element);
-    if (definition != kNone && !host.editing.SetDefinition(document, element, definition)) return false;
+bool SetOnFootnote(host::Text& text, Id document, Id footnote, const TextProperties& properties) {
+  const TextRange whole = text.ElementRange(document, footnote);
+  const TextRange inside = text.AnchoredRange(document, footnote);
+  if (whole.Empty()) return false;
+  if (inside.Empty()) return text.WriteProperties(document, whole, properties);
+  bool done = true;
+  for (const FootnoteReach& reach : kFootnoteReaches) {
+    const TextRange mark{whole.begin, inside.begin};
+    const TextRange own{inside.begin, reach.ends ? whole.end : inside.end};
+    if (reach.mark) done = text.WriteProperties(document, mark, properties) && done;
+    if (reach.text) done = text.WriteProperties(document, own, properties) && done;
   }
-  if (mark.properties.mask == 0) return true;
-  if (host.elements.Kind(document, element) == ElementKind::kFootnote) {
-    return SetOnFootnote(host.text, document, element, mark.properties);
-  }
-  const TextRange range = host.text.ElementRange(document, element);
-  return range.Empty() || host.text.WriteProperties(document, range, mark.properties);
+  return done;
 }
 
 bool SetAllTextProperties(host::Host& host, Id document, TextScope scope, const TextProperties& properties) {

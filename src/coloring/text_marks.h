@@ -3,7 +3,6 @@
 
 #include <cstdint>
 
-#include "coloring/rule_colors.h"
 #include "host/interface/host.h"
 
 namespace qelm::coloring {
@@ -16,10 +15,17 @@ constexpr bool StandsInOthersText(host::ElementKind kind) {
          kind == host::ElementKind::kFootnote;
 }
 
-// Carries a rule out on the whole text of the element. The text of a footnote stands elsewhere than its
-// reference mark, so there the properties are set three times: on the mark, on the footnote's own text, and
-// on both with the ends of the paragraphs. False when the host refused; what it did not refuse is set.
-bool MarkElement(host::Host& host, host::Id document, host::Id element, const RuleMark& mark);
+// The parts of a table whose text no range around the table reaches.
+constexpr bool BeginsTextOfItsOwn(host::ElementKind kind) {
+  return kind == host::ElementKind::kTableTitle || kind == host::ElementKind::kTableHeading ||
+         kind == host::ElementKind::kTableBody || kind == host::ElementKind::kTableFooting;
+}
+
+// Sets the properties on a footnote, whose text stands elsewhere than its reference mark: three times, on the
+// mark, on the footnote's own text, and on both with the ends of the paragraphs. False when the host refused;
+// what it did not refuse is set.
+bool SetOnFootnote(host::Text& text, host::Id document, host::Id footnote,
+                   const host::TextProperties& properties);
 
 // Which text of a document a change is for.
 enum class TextScope : std::uint8_t {

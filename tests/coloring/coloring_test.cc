@@ -108,6 +108,28 @@ TEST(Coloring, FootnotesAreMarkedInTheTextAndInTheirOwnText) {
   EXPECT_EQ(session.Golden(document), "<Doc><P A=\"x\">one<Footnote>note</Footnote></P><P>two</P></Doc>");
 }
 
+TEST(Coloring, NestedMarksStopAtFootnotesAndTables) {
+  ColoringSession session;
+  const Id document = session.OpenMif(
+      R"(<Doc A="x"><P>a<Footnote B="n">b<Em A="z">c</Em>d</Footnote>e<Em A="y">f</Em>g</P><P>h<Em A="y">i</Em></P></Doc>)");
+  session.Color(
+      Classic({RuleOf("A", {"x"}, "Red", 3), RuleOf("A", {"y"}, "Blue"), RuleOf("A", {"z"}, "Green")}));
+  EXPECT_EQ(session.Golden(document),
+            "<Doc A=\"x\"><P>{Red,Underline}a{}<Footnote B=\"n\" {Red,Underline}>{Red,Underline}b{}<Em "
+            "A=\"z\">{Green,Underline}c{}</Em>{Red,Underline}d{}</Footnote>{Red,Underline}e{}<Em "
+            "A=\"y\">{Blue,Underline}f{}</Em>{Red,Underline}g{}</P><P>{Red,Underline}h{}<Em "
+            "A=\"y\">{Blue,Underline}i{}</Em></P></Doc>")
+      << "the footnote inherits the rule of the root";
+
+  session.Color(testing::XPath({Selecting({"/Doc"}, "Red", 3), Selecting({"//Em"}, "Blue")}));
+  EXPECT_EQ(session.Golden(document),
+            "<Doc A=\"x\"><P>{Red,Underline}a{}<Footnote B=\"n\" {Red,Underline}>b<Em "
+            "A=\"z\">{Blue}c{}</Em>d</Footnote>{Red,Underline}e{}<Em "
+            "A=\"y\">{Blue,Underline}f{}</Em>{Red,Underline}g{}</P><P>{Red,Underline}h{}<Em "
+            "A=\"y\">{Blue,Underline}i{}</Em></P></Doc>")
+      << "a mark around a footnote does not reach its text";
+}
+
 TEST(Coloring, TextInTablesIsColoredByTheRulesOfItsOwnElements) {
   ColoringSession session;
   const Id document = session.OpenMif(R"(<Doc A="x"><P>one</P><Table><TableTitle>t</TableTitle><TableBody>
