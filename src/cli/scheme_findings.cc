@@ -88,7 +88,7 @@ std::string Owner(const SchemeFinding& finding) {
 std::string Details(Session& session, const SchemeFinding& finding) {
   if (finding.fault != SchemeFault::kExpression || finding.error.code == 0) return {};
   return " (" + std::string(finding.error.id) + "):\n" + WithCaret(finding.text1, finding.error.position) +
-         "\n" + session.plugin().messenger.Get(finding.error.id);
+         session.plugin().messenger.Get(finding.error.id);
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include "cli/expression_error.h"
 #include "cli/json_text.h"
 #include "cli/session.h"
+#include "cli/xpath_prompt.h"
 #include "xpath/engine.h"
 
 namespace qelm::cli {
@@ -130,11 +131,14 @@ class XPathCommand : public Command {
   Outcome Run(Session& session) override;
 
  private:
-  void CheckArguments() const;
+  void CheckArguments(bool json) const;
   host::Id Context(Session& session, MatchWriter* writer, const std::string& text) const;
   Evaluation Evaluate(Session& session, const std::string& expression, host::Id context) const;
   std::string Dump(Session& session) const;
+  Outcome RunMode(Session& session);
   Outcome RunOne(Session& session);
+  Outcome RunLines(Session& session);
+  void SaveReport(Session& session);
   Outcome RunAll(Session& session);
   void RunLine(Session& session, std::string line, host::Id context, MatchWriter* writer, Outcome* outcome);
 
@@ -142,6 +146,7 @@ class XPathCommand : public Command {
   std::string expression_;
   std::string expressions_;
   std::string context_;
+  std::string report_;
   std::int32_t maximum_ = 0;
   bool first_ = false;
   bool values_ = false;
@@ -157,7 +162,8 @@ CLI::App* XPathCommand::Define(CLI::App& program) {
   command
       ->add_option("TARGET", target_, "The document (MIF or XML), or a book, whose own elements are searched")
       ->required();
-  command->add_option("EXPRESSION", expression_, "The expression");
+  command->add_option("EXPRESSION", expression_,
+                      "The expression; without one expressions are read from the terminal or standard input");
   command
       ->add_option(
           "--expressions", expressions_,
@@ -174,14 +180,21 @@ CLI::App* XPathCommand::Define(CLI::App& program) {
       ->type_name("N")
       ->check(CLI::PositiveNumber);
   command->add_flag("--values", values_, "Print the values only");
+  command
+      ->add_option("--report", report_,
+                   "Write refused expressions, with the place and the reason, into a document (MIF or XML)")
+      ->type_name("FILE");
   command->add_flag("--dump", dump_, "Print the components that the expression was parsed into");
   return command;
 }
 
-void XPathCommand::CheckArguments() const {
-  if (expression_.empty() == expressions_.empty()) {
+void XPathCommand::CheckArguments(bool json) const {
+  if (!expression_.empty() && !expressions_.empty()) {
     throw Failure(ExitStatus::kUsage,
-                  "either EXPRESSION or --expressions FILE is needed; see qelm xpath --help");
+                  "EXPRESSION and --expressions FILE cannot be used together; see qelm xpath --help");
+  }
+  if (expression_.empty() && expressions_.empty() && (json || dump_)) {
+    throw Failure(ExitStatus::kUsage, "--json and --dump need an EXPRESSION; see qelm xpath --help");
   }
 }
 
@@ -204,7 +217,7 @@ host::Id XPathCommand::Context(Session& session, MatchWriter* writer, const std:
 Evaluation XPathCommand::Evaluate(Session& session, const std::string& expression, host::Id context) const {
   Evaluation evaluation;
   const auto start = std::chrono::steady_clock::now();
-  const std::int32_t sequence = ParseOrFail(session, expression, "");
+  const std::int32_t sequence = ParseOrFail(session, expression, "", !report_.empty());
   evaluation.complete = xpath::xpath_MatchAll(session.plugin().engine, document_, context, sequence,
                                               first_ ? 1 : maximum_, &evaluation.matches);
   const std::chrono::duration<double, std::milli> elapsed = std::chrono::steady_clock::now() - start;
@@ -221,9 +234,42 @@ std::string XPathCommand::Dump(Session& session) const {
 }
 
 Outcome XPathCommand::Run(Session& session) {
-  CheckArguments();
+  CheckArguments(session.options().json);
   document_ = session.Open(target_);
-  return expressions_.empty() ? RunOne(session) : RunAll(session);
+  if (report_.empty()) return RunMode(session);
+  try {
+    Outcome outcome = RunMode(session);
+    SaveReport(session);
+    return outcome;
+  } catch (const Failure& failure) {
+    if (failure.Status() == ExitStatus::kRefused) SaveReport(session);
+    throw;
+  }
+}
+
+Outcome XPathCommand::RunMode(Session& session) {
+  if (!expressions_.empty()) return RunAll(session);
+  return expression_.empty() ? RunLines(session) : RunOne(session);
+}
+
+// Where nothing was refused there is nothing to report.
+void XPathCommand::SaveReport(Session& session) {
+  const host::Id report = xpath::ErrorReportDocument(session.plugin().engine);
+  if (report != host::kNone) session.Save(report, report_);
+}
+
+Outcome XPathCommand::RunLines(Session& session) {
+  MatchWriter writer(session, document_);
+  const host::Id context = Context(session, &writer, context_);
+  Outcome outcome;
+  outcome.printed = true;
+  const bool accepted = RunPrompt(session, document_, [&](const std::string& line) {
+    const Evaluation found = Evaluate(session, line, context);
+    writer.WriteLines(found.matches, values_, session.environment().out);
+    return found.matches.size();
+  });
+  if (!accepted) outcome.status = ExitStatus::kRefused;
+  return outcome;
 }
 
 Outcome XPathCommand::RunOne(Session& session) {

@@ -77,6 +77,8 @@ Engine::~Engine() = default;
 
 host::Host& HostOf(Engine& engine) { return engine.state().host; }
 
+host::Id ErrorReportDocument(const Engine& engine) { return OpenErrorReport(engine.state()); }
+
 void bw_XPathEngineInit(Engine& engine, std::int32_t cache_limit, std::int32_t maximum_expression_length,
                         std::int32_t maximum_matches) {
   Engine::State& state = engine.state();

@@ -76,6 +76,9 @@ std::int32_t bw_ParseXPath(Engine& engine, std::string_view text, std::int32_t r
 // Why the last call of bw_ParseXPath rejected its text.
 const ParseError& LastParseError(const Engine& engine);
 
+// The document into which rejections were reported, 0 when it is not open.
+host::Id ErrorReportDocument(const Engine& engine);
+
 // Prints the components of a parsed expression on the host's console.
 void bw_DumpParsedXPath(Engine& engine, std::int32_t sequence);
 

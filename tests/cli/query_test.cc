@@ -1,6 +1,8 @@
 // The commands that only look: xpath, schemes, info, dump, settings, and convert between the two formats.
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include <sstream>
 
 #include "cli/program.h"
@@ -69,7 +71,26 @@ TEST(XPath, RefusedExpressionShowsWhere) {
   EXPECT_EQ(error["code"], 50156);
   EXPECT_EQ(error["position"], 4);
   EXPECT_FALSE(error["message"].get<std::string>().empty());
-  EXPECT_NE(result.err.find("  //P/foo::bar\n      ^\n"), std::string::npos) << result.err;
+  EXPECT_NE(result.err.find("  //P/foo::bar\n  ....^\n"), std::string::npos) << result.err;
+  const auto hint = [&](const char* expression) {
+    return program.Run({"xpath", program.document(), expression}).err;
+  };
+  EXPECT_NE(hint("//P/chld::Q").find("chld (did you mean \"child\"?)"), std::string::npos);
+  EXPECT_NE(hint("//P[contans(Q,'a')]").find("contans (did you mean \"contains\"?)"), std::string::npos);
+  EXPECT_NE(hint("//P/fmprop::PgfTga").find("PgfTga (did you mean \"PgfTag\"?)"), std::string::npos);
+  EXPECT_EQ(hint("//P/zzzzzzzz::Q").find("did you mean"), std::string::npos);
+}
+
+TEST(XPath, RefusalsAreWrittenIntoAReport) {
+  Program program;
+  const std::string report = program.folder.File("refused.mif");
+  EXPECT_EQ(program.Run({"xpath", program.document(), "//P[]", "--report", report}).status, 4);
+  const std::string dump = program.Dump(report);
+  EXPECT_NE(dump.find("//P[]"), std::string::npos) << dump;
+  EXPECT_NE(dump.find("....^"), std::string::npos) << dump;
+  const std::string none = program.folder.File("none.mif");
+  EXPECT_EQ(program.Run({"xpath", program.document(), "//P", "--report", none}).status, 0);
+  EXPECT_FALSE(std::filesystem::exists(none)) << "nothing was refused";
 }
 
 TEST(XPath, ParametersTakeTheirValuesFromTheCommandLine) {

@@ -35,7 +35,7 @@ TEST(Usage, MistakesAreNamedWithWhatWasPerhapsMeant) {
       {{"info", doc, "--progress", "sometimes"}, "--progress"},
       {{"info", doc, "--yes", "--no"}, "--no"},
       {{"info", doc, "--answers", program.folder.File("answers")}, "line 1"},
-      {{"xpath", doc}, "EXPRESSION"},
+      {{"xpath", doc, "--dump"}, "EXPRESSION"},
       {{"xpath", doc, "//P", "--expressions", "-"}, "EXPRESSION"},
       {{"convert", doc, "out.pdf"}, "PDF"},
       {{"convert", doc, "out"}, ".xml"},

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <map>
 #include <random>
 #include <set>
 #include <sstream>
@@ -87,11 +88,17 @@ class InsertTest : public ::testing::Test {
     int depth = 0;
     Id at = host.elements.Root(document, host.elements.MainFlow(document));
     while (at != kNone) {
+      const std::size_t line = lines.size();
       lines += std::string(static_cast<std::size_t>(depth), ' ');
       if (with_ids) lines += std::to_string(at) + " ";
       const Id definition = host.elements.Definition(document, at);
       if (definition == kNone) {
-        lines += "\"" + TextOf(document, at) + "\"";
+        // Where an element between two texts went, they are one when the file is read again.
+        const Id previous = host.elements.PreviousSibling(document, at);
+        const bool goes_on =
+            !with_ids && previous != kNone && host.elements.Definition(document, previous) == kNone;
+        if (goes_on) lines.resize(line - 2);
+        lines += (goes_on ? "" : "\"") + TextOf(document, at) + "\"";
       } else {
         lines += host.definitions.DefinitionName(document, definition);
         host.definitions.ReadAttributes(document, at, &buffer);
@@ -115,6 +122,20 @@ class InsertTest : public ::testing::Test {
       if (at != kNone) at = host.elements.NextSibling(document, at);
     }
     return lines;
+  }
+
+  // Text and its properties at its beginning, by text node.
+  std::map<Id, std::string> Texts(Id document) {
+    std::map<Id, std::string> texts;
+    for (Id id = 1; id < host.elements.IdLimit(document); ++id) {
+      if (!host.elements.IsElement(document, id) || host.elements.Definition(document, id) != kNone) continue;
+      const host::TextProperties properties = host.text.ReadProperties(
+          document, host.text.ElementRange(document, id), host::kColorProperty | host::kConditionsProperty);
+      std::string text = std::to_string(properties.color);
+      for (const Id condition : properties.conditions) text += "," + std::to_string(condition);
+      texts[id] = text + ": " + TextOf(document, id);
+    }
+    return texts;
   }
 
   testing::TempFolder temporary;
@@ -356,19 +377,31 @@ TEST_F(InsertTest, ANewDocumentHasNoNameUntilItGetsOne) {
 // Whatever is added, changed and deleted, ids stay, and the saved file reads as the document did.
 TEST_F(InsertTest, EditsAtRandomReadBackAsTheyWereMade) {
   std::mt19937 random(20);
-  const char* const sources[] = {
-      "<Doc><S><P>a {Hidden}b{}</P>\n<P>c<E>d</E>e</P></S>\n<T>{Red}f{}</T>\n"
-      "<Table><TableBody><Row><Cell>1</Cell><Cell><P>x</P>\n<P>y</P></Cell></Row></TableBody></Table>\n<P>z</"
-      "P></Doc>",
+  const char* const texts[] = {
+      "<Doc><S><P>a {Hidden}b{}</P>\n<P>c<E>d</E>e</P></S>\n<T>{Red}f{}</T>\n<Table><TableBody><Row>"
+      "<Cell>1</Cell><Cell><P>x</P>\n<P>y</P></Cell></Row></TableBody></Table>\n<P>z</P></Doc>",
       "<Doc>text <E>of</E> its own<Footnote>n</Footnote></Doc>",
       "<Doc></Doc>",
+      "<Doc><P>a{Hidden}b{}<E>c</E>{Hidden}d\ne\n{}f</P>\n<S><P>{Hidden}g{}</P>\n<P>h</P></S></Doc>",
+      "[Heading]<Doc><P>a</P>\n[+]<P>b</P>\n[+]<S><P>{Red}c{}</P>\n[+]<P>d</P></S></Doc>",
   };
-  for (int round = 0; round < 120; ++round) {
+  std::vector<std::string> sources;
+  for (const char* text : texts) {
+    for (const bool apart : {false, true}) {
+      testing::MifFile file;
+      file.flows = {{.text = text}};
+      file.hidden = {"Hidden"};
+      file.hidden_flow = apart;
+      sources.push_back(Mif(file));
+    }
+  }
+  for (int round = 0; round < 200; ++round) {
     const bool xml = round % 4 == 3;
     const Id id =
         xml ? OpenText("<Doc a='1'>\n <S>\n  <P>a<E>b</E></P>\n  <P/>\n </S>\n <T>t</T>\n</Doc>\n", ".xml")
-            : OpenText(Mif(sources[round % 3]));
+            : OpenText(sources[random() % sources.size()]);
     SCOPED_TRACE("round " + std::to_string(round));
+    const std::map<Id, std::string> before_all = Texts(id);
     const char* const tags[] = {"P", "E", "S", "N"};
     for (int step = 0; step < 12; ++step) {
       Id element = kNone;
@@ -409,6 +442,13 @@ TEST_F(InsertTest, EditsAtRandomReadBackAsTheyWereMade) {
       }
     }
     const std::string expected = Tree(id);
+    for (const auto& [text, now] : Texts(id)) {
+      const auto then = before_all.find(text);
+      const bool same = then == before_all.end() || then->second.ends_with(now.substr(now.find(": ")));
+      if (then != before_all.end() && same) {
+        EXPECT_EQ(now, then->second) << "what was not touched looks as it did";
+      }
+    }
     const std::string saved = Saved(id, xml ? ".xml" : ".mif");
     const Id again = OpenText(saved, xml ? ".xml" : ".mif");
     ASSERT_EQ(Tree(again), expected) << saved;

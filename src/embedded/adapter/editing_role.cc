@@ -125,7 +125,9 @@ bool EditingRole::SetAttributes(Id document, Id element,
 OpenFile* EditingRole::ToBeAddedTo(Id document, Id element) {
   if (workspace_.IsDocument(document)) {
     OpenFile* file = workspace_.File(document);
-    if (file->document->marked && !SettleDocument(file)) {
+    // Text that was put at a place would not know whether it comes before or behind what is added there.
+    const bool waits = file->document->marked || !file->document->additions.insertions.empty();
+    if (waits && !SettleDocument(file)) {
       Refuse(file, "what was changed in the document cannot be written.");
       return nullptr;
     }

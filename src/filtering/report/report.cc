@@ -49,7 +49,7 @@ constexpr std::array<LineFormat, 28> kFormats = {{
     {"HyperlinkMessage", Wording::kJoined, {}, {}, {}},
     {"ShortDate", Wording::kNone, {}, {}, "Current Date (Short)"},
     {"LongDate", Wording::kNone, {}, {}, "Current Date (Long)"},
-    {"LongDateAndTime", Wording::kNone, {}, {}, "Current Date and Time (Long)"},
+    {"LongDateAndTime", Wording::kNone, {}, {}, "Modification Date (Long)"},
     {"NormalMessageIndent", Wording::kJoined, {}, {}, {}},
     {"BoldMessage", Wording::kJoined, {}, {}, {}},
     {"BoldMessageIndent", Wording::kJoined, {}, {}, {}},
