@@ -27,10 +27,14 @@ std::uint32_t ElementPlaces::Number(host::Id element) {
   return numbers_[element];
 }
 
-void ElementPlaces::AppendPath(host::Id element, std::string* path) {
+void ElementPlaces::AppendPath(host::Id element, std::string* path, std::size_t max_steps) {
   Ensure(element);
   std::vector<host::Id> line;
-  for (; element != host::kNone; element = host_.elements.Parent(document_, element)) line.push_back(element);
+  for (; element != host::kNone && line.size() < max_steps;
+       element = host_.elements.Parent(document_, element)) {
+    line.push_back(element);
+  }
+  if (element != host::kNone) *path += "...";
   for (auto node = line.rbegin(); node != line.rend(); ++node) {
     const host::Id definition = host_.elements.Definition(document_, *node);
     *path += '/';

@@ -5,7 +5,9 @@
 // when an element of it is first asked for, so that each answer is a look-up.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -21,8 +23,10 @@ class ElementPlaces {
   // The number of the element; of its parent for a text node.
   std::uint32_t Number(host::Id element);
 
-  // Appends the path of the element or text node.
-  void AppendPath(host::Id element, std::string* path);
+  // Appends the path of the element or text node; of one that has more steps than `max_steps` the last ones,
+  // with "..." before them.
+  void AppendPath(host::Id element, std::string* path,
+                  std::size_t max_steps = std::numeric_limits<std::size_t>::max());
 
   // The element with that number in the flow in which expressions start; 0 when there are fewer.
   host::Id ByNumber(std::uint32_t number);

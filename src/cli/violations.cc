@@ -5,6 +5,9 @@
 namespace qelm::cli {
 namespace {
 
+// Longer paths are cut: a document may be as deep as it is long, and each of its elements may be wrong.
+constexpr std::size_t kPathSteps = 100;
+
 // What is wrong, in the order of the rules' numbers.
 constexpr std::string_view kFaults[] = {
     "this value is not allowed",
@@ -54,7 +57,7 @@ void Violations::Add(const coloring::Violation& violation) {
   found.element = places_->elements.Number(violation.element);
   found.tag =
       host.definitions.DefinitionName(document, host.elements.Definition(document, violation.element));
-  places_->elements.AppendPath(violation.element, &found.path);
+  places_->elements.AppendPath(violation.element, &found.path, kPathSteps);
   found.attribute = violation.attribute;
   found.value = violation.value;
   found.has_value =

@@ -66,6 +66,7 @@ void ElementRules::Enter(host::Id element, std::vector<Violation>* violations) {
 void ElementRules::Take(host::Id element, std::vector<Violation>* violations) {
   const std::size_t level = carried_.size();
   const host::AttributeBuffer& buffer = reader_.Read(element);
+  named_.clear();
   for (const host::AttributeView& attribute : buffer.attributes) {
     const std::int32_t index = allowed_.Find(attribute.name);
     if (index < 0) continue;
@@ -73,36 +74,31 @@ void ElementRules::Take(host::Id element, std::vector<Violation>* violations) {
     if (!schemes::HasNoValue(buffer, attribute)) {
       values = Values(buffer.values).subspan(attribute.first_value, attribute.value_count);
     }
-    if (violations != nullptr) {
-      // What this element carries itself is no ancestor's, so it is put on the stack only afterwards.
-      Check(index, values,
-            {.document = document_, .element = element, .attribute = attribute.name, .value = {}},
-            violations);
-    }
+    named_.push_back({index, attribute.name, values});
   }
-  for (const host::AttributeView& attribute : buffer.attributes) {
-    const std::int32_t index = allowed_.Find(attribute.name);
-    // Of two attributes that the scheme does not tell apart the first one counts for what lies below.
-    if (index < 0 || nearest_[static_cast<std::size_t>(index)] >= static_cast<std::int32_t>(level)) continue;
-    const bool none = schemes::HasNoValue(buffer, attribute);
-    Carry(index,
-          none ? Values() : Values(buffer.values).subspan(attribute.first_value, attribute.value_count));
+  if (violations != nullptr) {
+    for (const Named& named : named_) Check(element, named, violations);
+  }
+  // What this element carries itself is no ancestor's, so it is put on the stack only now. Of two attributes
+  // that the scheme does not tell apart the first one counts for what lies below.
+  for (const Named& named : named_) {
+    const std::int32_t nearest = nearest_[static_cast<std::size_t>(named.attribute)];
+    if (nearest < static_cast<std::int32_t>(level)) Carry(named.attribute, named.values);
   }
   levels_.push_back(level);
 }
 
-void ElementRules::Check(std::int32_t attribute, Values values, Violation violation,
-                         std::vector<Violation>* violations) {
+void ElementRules::Check(host::Id element, const Named& named, std::vector<Violation>* violations) {
+  const Values values = named.values;
   const auto report = [&](ValidationRule rule, std::string_view value = {}) {
-    violation.rule = rule;
-    violation.value = value;
-    violations->push_back(violation);
+    violations->push_back({rule, document_, element, named.name, value});
   };
-  Carried* above = Nearest(attribute);
+  Carried* above = Nearest(named.attribute);
   const bool valued_above = above != nullptr && above->value_count != 0;
   if (run_.Enabled(kValueNotAllowed)) {
-    const auto bad = std::find_if(values.begin(), values.end(),
-                                  [&](std::string_view value) { return !allowed_.Allows(attribute, value); });
+    const auto bad = std::find_if(values.begin(), values.end(), [&](std::string_view value) {
+      return !allowed_.Allows(named.attribute, value);
+    });
     if (bad != values.end()) report(kValueNotAllowed, *bad);
   }
   if (run_.Enabled(kValueNotInherited) && valued_above) {
@@ -112,7 +108,8 @@ void ElementRules::Check(std::int32_t attribute, Values values, Violation violat
   }
   if (!values.empty()) return;
   if (run_.Enabled(kValueMissing) && valued_above) report(kValueMissing);
-  if (run_.Enabled(kNoValueNotAllowed) && !allowed_.AllowsNoValue(attribute)) report(kNoValueNotAllowed);
+  if (run_.Enabled(kNoValueNotAllowed) && !allowed_.AllowsNoValue(named.attribute))
+    report(kNoValueNotAllowed);
 }
 
 bool ElementRules::Holds(Carried& carried, std::string_view value) {

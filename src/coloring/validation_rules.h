@@ -12,6 +12,7 @@
 
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -76,6 +77,15 @@ class ElementRules {
   void Leave();
 
  private:
+  using Values = std::span<const std::string_view>;
+
+  // An attribute of the element at hand that the scheme names.
+  struct Named {
+    std::int32_t attribute = 0;
+    std::string_view name;
+    Values values;
+  };
+
   // An attribute of an entered element. Its values are values_[first_value ...].
   struct Carried {
     std::int32_t attribute = 0;
@@ -84,10 +94,8 @@ class ElementRules {
     std::size_t value_count = 0;
     std::unique_ptr<TextSet> index;  // of long lists, made when first asked for
   };
-  using Values = std::span<const std::string_view>;
-
   void Take(host::Id element, std::vector<Violation>* violations);
-  void Check(std::int32_t attribute, Values values, Violation violation, std::vector<Violation>* violations);
+  void Check(host::Id element, const Named& named, std::vector<Violation>* violations);
   bool Holds(Carried& carried, std::string_view value);
   void Carry(std::int32_t attribute, Values values);
   Carried* Nearest(std::int32_t attribute);
@@ -101,6 +109,7 @@ class ElementRules {
   std::vector<Carried> carried_;
   std::vector<std::string_view> values_;
   std::vector<std::size_t> levels_;  // of each entered element: how many were carried before it
+  std::vector<Named> named_;
   std::string buffer_;
 };
 

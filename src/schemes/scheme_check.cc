@@ -4,6 +4,7 @@
 #include <array>
 #include <map>
 #include <set>
+#include <span>
 #include <tuple>
 
 #include "common/text.h"

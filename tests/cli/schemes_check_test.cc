@@ -43,7 +43,7 @@ TEST(SchemesCheck, NamesFileLineSchemeAndPlaceInTheExpression) {
   EXPECT_TRUE(result.out.starts_with(
       file + ":5: Review/By audience (coloring): the document has no color \"Pink\"\n" + file +
       ":6: Review/By audience (coloring): \"Dotted\" is no style; styles are numbers from 0 to 8\n" + file +
-      ":11: X/Bad (filter): the expression is refused (XPATH_ERR_UNKNOWN_AXIS):\n  //P/foo::x\n      ^\n"))
+      ":11: X/Bad (filter): the expression is refused (XPATH_ERR_UNKNOWN_AXIS):\n  //P/foo::x\n  ....^\n"))
       << result.out;
   EXPECT_TRUE(result.out.ends_with(file + ": 3 findings\n")) << result.out;
 }

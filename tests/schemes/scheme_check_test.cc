@@ -9,28 +9,14 @@
 namespace qelm::schemes {
 namespace {
 
+using testing::Attribute;
 using testing::Category;
-using testing::E;
+using testing::Expressions;
 using testing::MainSettings;
+using testing::RuleOf;
 using testing::SchemeOf;
 using testing::SettingsSession;
 using testing::T;
-
-std::string Attribute(const std::string& name, const std::vector<std::string>& values) {
-  std::string content = T("Name", name);
-  for (const std::string& value : values) content += T("Value", value);
-  return E("Attribute", content);
-}
-
-std::string Expressions(const std::vector<std::string>& expressions) {
-  std::string content;
-  for (const std::string& expression : expressions) content += T("XPathExpression", expression);
-  return E("XPathExpressions", content);
-}
-
-std::string RuleOf(const std::string& settings, const std::string& content) {
-  return E("Rule", E("RuleSettings", settings) + content);
-}
 
 const std::string kRed = T("Name", "Red");
 const std::string kGood = Attribute("a", {"x"});

@@ -11,22 +11,6 @@ namespace {
 
 using namespace testing;  // the notation of settings_session.h
 
-std::string Attribute(std::string_view name, const std::vector<std::string>& values) {
-  std::string content = T("Name", name);
-  for (const std::string& value : values) content += T("Value", value);
-  return E("Attribute", content);
-}
-
-std::string Expressions(const std::vector<std::string>& expressions) {
-  std::string content;
-  for (const std::string& expression : expressions) content += T("XPathExpression", expression);
-  return E("XPathExpressions", content);
-}
-
-std::string RuleOf(std::string_view settings, std::string_view content = {}) {
-  return E("Rule", E("RuleSettings", settings).append(content));
-}
-
 TEST(LoadScheme, AFilterSchemeOfEitherFamily) {
   SettingsSession session;
   const host::Id document = session.Open(

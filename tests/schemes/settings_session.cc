@@ -54,6 +54,22 @@ std::string SchemeOf(std::string_view name, std::string_view settings, std::stri
   return E("Scheme", E("SchemeSettings", T("Name", name).append(settings)).append(content));
 }
 
+std::string Attribute(std::string_view name, const std::vector<std::string>& values) {
+  std::string content = T("Name", name);
+  for (const std::string& value : values) content += T("Value", value);
+  return E("Attribute", content);
+}
+
+std::string Expressions(const std::vector<std::string>& expressions) {
+  std::string content;
+  for (const std::string& expression : expressions) content += T("XPathExpression", expression);
+  return E("XPathExpressions", content);
+}
+
+std::string RuleOf(std::string_view settings, std::string_view content) {
+  return E("Rule", E("RuleSettings", settings).append(content));
+}
+
 std::string MainSettings(std::string_view classic, std::string_view xpath) {
   return E("QELM_MainSettings", E("SchemeCategories", classic) + E("SchemeCategories_XPath", xpath) +
                                     E("AttributeList", "") + E("ColorList", "") + E("XPathHistory", ""));

@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "embedded/adapter/clients.h"
 #include "embedded/adapter/dialogs.h"
@@ -49,6 +50,11 @@ std::string T(std::string_view tag, std::string_view text);
 std::string Category(std::string_view name, std::string_view filters, std::string_view colorings = {},
                      std::string_view validations = {});
 std::string SchemeOf(std::string_view name, std::string_view settings, std::string_view content = {});
+
+// What schemes and rules consist of.
+std::string Attribute(std::string_view name, const std::vector<std::string>& values);
+std::string Expressions(const std::vector<std::string>& expressions);
+std::string RuleOf(std::string_view settings, std::string_view content = {});
 
 // A main settings document of categories.
 std::string MainSettings(std::string_view classic, std::string_view xpath = {});
