@@ -13,6 +13,7 @@
 #include "cli/session.h"
 #include "cli/xpath_prompt.h"
 #include "xpath/engine.h"
+#include "xpath/explain.h"
 
 namespace qelm::cli {
 namespace {
@@ -137,8 +138,12 @@ class XPathCommand : public Command {
   std::string Dump(Session& session) const;
   Outcome RunMode(Session& session);
   Outcome RunOne(Session& session);
+<<<<<<< HEAD
   Outcome RunLines(Session& session);
   void SaveReport(Session& session);
+=======
+  Outcome RunExplain(Session& session);
+>>>>>>> w-xpath
   Outcome RunAll(Session& session);
   void RunLine(Session& session, std::string line, host::Id context, MatchWriter* writer, Outcome* outcome);
 
@@ -151,6 +156,7 @@ class XPathCommand : public Command {
   bool first_ = false;
   bool values_ = false;
   bool dump_ = false;
+  bool explain_ = false;
   host::Id document_ = host::kNone;
 };
 
@@ -185,6 +191,8 @@ CLI::App* XPathCommand::Define(CLI::App& program) {
                    "Write refused expressions, with the place and the reason, into a document (MIF or XML)")
       ->type_name("FILE");
   command->add_flag("--dump", dump_, "Print the components that the expression was parsed into");
+  command->add_flag("--explain", explain_,
+                    "Print, in place of the matches, how many nodes each step kept and how long it took");
   return command;
 }
 
@@ -195,6 +203,11 @@ void XPathCommand::CheckArguments(bool json) const {
   }
   if (expression_.empty() && expressions_.empty() && (json || dump_)) {
     throw Failure(ExitStatus::kUsage, "--json and --dump need an EXPRESSION; see qelm xpath --help");
+  }
+  if (explain_ && (first_ || maximum_ > 0 || !expressions_.empty())) {
+    throw Failure(
+        ExitStatus::kUsage,
+        "--explain evaluates the whole of one EXPRESSION; leave out --first, --max and --expressions");
   }
 }
 
@@ -236,6 +249,7 @@ std::string XPathCommand::Dump(Session& session) const {
 Outcome XPathCommand::Run(Session& session) {
   CheckArguments(session.options().json);
   document_ = session.Open(target_);
+<<<<<<< HEAD
   if (report_.empty()) return RunMode(session);
   try {
     Outcome outcome = RunMode(session);
@@ -270,6 +284,10 @@ Outcome XPathCommand::RunLines(Session& session) {
   });
   if (!accepted) outcome.status = ExitStatus::kRefused;
   return outcome;
+=======
+  if (explain_) return RunExplain(session);
+  return expressions_.empty() ? RunOne(session) : RunAll(session);
+>>>>>>> w-xpath
 }
 
 Outcome XPathCommand::RunOne(Session& session) {
@@ -291,6 +309,44 @@ Outcome XPathCommand::RunOne(Session& session) {
     out << dump;
     writer->WriteLines(found->matches, values, out);
   };
+  return outcome;
+}
+
+nlohmann::ordered_json ExplanationJson(const xpath::Explanation& explanation) {
+  nlohmann::ordered_json steps = nlohmann::ordered_json::array();
+  for (const xpath::ExplainedStep& step : explanation.steps) {
+    nlohmann::ordered_json predicates = nlohmann::ordered_json::array();
+    for (const xpath::ExplainedPredicate& predicate : step.predicates) {
+      predicates.push_back({{"predicate", predicate.text},
+                            {"asked", predicate.asked},
+                            {"kept", predicate.kept},
+                            {"elapsed_ms", predicate.elapsed_ms}});
+    }
+    steps.push_back({{"step", step.text},
+                     {"kept", step.kept},
+                     {"elapsed_ms", step.elapsed_ms},
+                     {"predicates", std::move(predicates)}});
+  }
+  return {{"index_ms", explanation.index_ms}, {"steps", std::move(steps)}};
+}
+
+Outcome XPathCommand::RunExplain(Session& session) {
+  MatchWriter writer(session, document_);
+  const host::Id context = Context(session, &writer, context_);
+  const auto start = std::chrono::steady_clock::now();
+  const std::int32_t sequence = ParseOrFail(session, expression_, "");
+  xpath::Explanation explanation;
+  const bool complete = xpath::Explain(session.plugin().engine, document_, context, sequence, &explanation);
+  const std::chrono::duration<double, std::milli> elapsed = std::chrono::steady_clock::now() - start;
+  Outcome outcome;
+  outcome.elapsed_ms = elapsed.count();
+  outcome.members["expression"] = expression_;
+  if (dump_) outcome.text = Dump(session);
+  if (dump_) outcome.members["dump"] = outcome.text;
+  outcome.members["count"] = explanation.matches.size();
+  outcome.members["complete"] = complete;
+  outcome.members["explain"] = ExplanationJson(explanation);
+  outcome.text += xpath::ExplanationText(explanation);
   return outcome;
 }
 
