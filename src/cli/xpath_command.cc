@@ -138,12 +138,11 @@ class XPathCommand : public Command {
   std::string Dump(Session& session) const;
   Outcome RunMode(Session& session);
   Outcome RunOne(Session& session);
-<<<<<<< HEAD
   Outcome RunLines(Session& session);
   void SaveReport(Session& session);
-=======
+  xpath::Explanation Explain(Session& session, const std::string& expression, host::Id context,
+                             bool* complete) const;
   Outcome RunExplain(Session& session);
->>>>>>> w-xpath
   Outcome RunAll(Session& session);
   void RunLine(Session& session, std::string line, host::Id context, MatchWriter* writer, Outcome* outcome);
 
@@ -204,7 +203,7 @@ void XPathCommand::CheckArguments(bool json) const {
   if (expression_.empty() && expressions_.empty() && (json || dump_)) {
     throw Failure(ExitStatus::kUsage, "--json and --dump need an EXPRESSION; see qelm xpath --help");
   }
-  if (explain_ && (first_ || maximum_ > 0 || !expressions_.empty())) {
+  if (explain_ && (first_ || maximum_ > 0 || expression_.empty())) {
     throw Failure(
         ExitStatus::kUsage,
         "--explain evaluates the whole of one EXPRESSION; leave out --first, --max and --expressions");
@@ -249,7 +248,6 @@ std::string XPathCommand::Dump(Session& session) const {
 Outcome XPathCommand::Run(Session& session) {
   CheckArguments(session.options().json);
   document_ = session.Open(target_);
-<<<<<<< HEAD
   if (report_.empty()) return RunMode(session);
   try {
     Outcome outcome = RunMode(session);
@@ -262,6 +260,7 @@ Outcome XPathCommand::Run(Session& session) {
 }
 
 Outcome XPathCommand::RunMode(Session& session) {
+  if (explain_) return RunExplain(session);
   if (!expressions_.empty()) return RunAll(session);
   return expression_.empty() ? RunLines(session) : RunOne(session);
 }
@@ -277,17 +276,22 @@ Outcome XPathCommand::RunLines(Session& session) {
   const host::Id context = Context(session, &writer, context_);
   Outcome outcome;
   outcome.printed = true;
-  const bool accepted = RunPrompt(session, document_, [&](const std::string& line) {
-    const Evaluation found = Evaluate(session, line, context);
-    writer.WriteLines(found.matches, values_, session.environment().out);
-    return found.matches.size();
-  });
+  const PromptActions actions = {
+      .evaluate =
+          [&](const std::string& line) {
+            const Evaluation found = Evaluate(session, line, context);
+            writer.WriteLines(found.matches, values_, session.environment().out);
+            return found.matches.size();
+          },
+      .explain =
+          [&](const std::string& line) {
+            bool complete = false;
+            session.environment().out << xpath::ExplanationText(Explain(session, line, context, &complete));
+          },
+  };
+  const bool accepted = RunPrompt(session, document_, actions);
   if (!accepted) outcome.status = ExitStatus::kRefused;
   return outcome;
-=======
-  if (explain_) return RunExplain(session);
-  return expressions_.empty() ? RunOne(session) : RunAll(session);
->>>>>>> w-xpath
 }
 
 Outcome XPathCommand::RunOne(Session& session) {
@@ -330,13 +334,20 @@ nlohmann::ordered_json ExplanationJson(const xpath::Explanation& explanation) {
   return {{"index_ms", explanation.index_ms}, {"steps", std::move(steps)}};
 }
 
+xpath::Explanation XPathCommand::Explain(Session& session, const std::string& expression, host::Id context,
+                                         bool* complete) const {
+  const std::int32_t sequence = ParseOrFail(session, expression, "", !report_.empty());
+  xpath::Explanation explanation;
+  *complete = xpath::Explain(session.plugin().engine, document_, context, sequence, &explanation);
+  return explanation;
+}
+
 Outcome XPathCommand::RunExplain(Session& session) {
   MatchWriter writer(session, document_);
   const host::Id context = Context(session, &writer, context_);
   const auto start = std::chrono::steady_clock::now();
-  const std::int32_t sequence = ParseOrFail(session, expression_, "");
-  xpath::Explanation explanation;
-  const bool complete = xpath::Explain(session.plugin().engine, document_, context, sequence, &explanation);
+  bool complete = false;
+  const xpath::Explanation explanation = Explain(session, expression_, context, &complete);
   const std::chrono::duration<double, std::milli> elapsed = std::chrono::steady_clock::now() - start;
   Outcome outcome;
   outcome.elapsed_ms = elapsed.count();

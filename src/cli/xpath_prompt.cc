@@ -73,8 +73,8 @@ std::string HistoryFile(host::Platform& platform) {
 
 class Prompt {
  public:
-  Prompt(Session& session, host::Id document, const Evaluate& evaluate)
-      : session_(session), document_(document), evaluate_(evaluate), out_(session.environment().out) {}
+  Prompt(Session& session, host::Id document, const PromptActions& actions)
+      : session_(session), document_(document), actions_(actions), out_(session.environment().out) {}
 
   bool Run();
 
@@ -82,11 +82,14 @@ class Prompt {
   // False for ":quit".
   bool Command(const std::string& line);
   void PrintNames();
+  void Explain(const std::string& expression);
   void Expression(const std::string& line, bool interactive);
+  // Does something with an expression that may be refused, and tells if it was.
+  void Try(const std::function<void()>& action);
 
   Session& session_;
   host::Id document_;
-  const Evaluate& evaluate_;
+  const PromptActions& actions_;
   std::ostream& out_;
   bool all_accepted_ = true;
 };
@@ -110,7 +113,7 @@ bool Prompt::Command(const std::string& line) {
   } else if (name == ":names") {
     PrintNames();
   } else if (name == ":explain") {
-    session_.environment().err << ":explain is not there yet in this version.\n";
+    Explain(line.substr(std::min(line.find_first_not_of(" \t", name.size()), line.size())));
   } else {
     std::vector<std::string_view> known;
     for (const PromptCommand& command : kCommands) known.push_back(command.name);
@@ -120,10 +123,24 @@ bool Prompt::Command(const std::string& line) {
   return true;
 }
 
+void Prompt::Explain(const std::string& expression) {
+  if (expression.empty()) {
+    session_.environment().err << ":explain needs an expression behind it\n";
+    return;
+  }
+  Try([&] { actions_.explain(expression); });
+}
+
 void Prompt::Expression(const std::string& line, bool interactive) {
-  try {
-    const std::size_t count = evaluate_(line);
+  Try([&] {
+    const std::size_t count = actions_.evaluate(line);
     if (interactive) out_ << count << (count == 1 ? " match\n" : " matches\n");
+  });
+}
+
+void Prompt::Try(const std::function<void()>& action) {
+  try {
+    action();
   } catch (const Failure& failure) {
     session_.environment().err << failure.what() << '\n';
     all_accepted_ = false;
@@ -152,8 +169,8 @@ bool Prompt::Run() {
 
 }  // namespace
 
-bool RunPrompt(Session& session, host::Id document, const Evaluate& evaluate) {
-  return Prompt(session, document, evaluate).Run();
+bool RunPrompt(Session& session, host::Id document, const PromptActions& actions) {
+  return Prompt(session, document, actions).Run();
 }
 
 }  // namespace qelm::cli

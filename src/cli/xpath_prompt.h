@@ -14,11 +14,15 @@
 
 namespace qelm::cli {
 
-// Evaluates one expression and prints what it selects; returns how many matches there were. Throws Failure.
-using Evaluate = std::function<std::size_t(const std::string& expression)>;
+// What the prompt does with an expression. Both print and throw Failure; evaluating returns how many matches
+// there were.
+struct PromptActions {
+  std::function<std::size_t(const std::string& expression)> evaluate;
+  std::function<void(const std::string& expression)> explain;
+};
 
 // Reads lines until they end or ":quit" comes. A refused expression is told and the prompt goes on. Returns
 // false when one was refused and nobody sits at the terminal.
-bool RunPrompt(Session& session, host::Id document, const Evaluate& evaluate);
+bool RunPrompt(Session& session, host::Id document, const PromptActions& actions);
 
 }  // namespace qelm::cli

@@ -84,7 +84,7 @@ void ElementWalk::Visit(Id element) {
 std::int32_t ElementWalk::FindRule(Id element, host::ElementKind kind) {
   if (context_.scheme.is_xpath) return positions_.RuleOf(element);
   // A text node has no attributes; with those of its element it would only get the element's rule again.
-  if (element != start_ && schemes::IsTextNode(host_, document_, element)) return kNoRule;
+  if (element != start_ && kind == host::ElementKind::kText) return kNoRule;
   matcher_->Enter(depth_, reader_.Read(element));
   return matcher_->FindRule(depth_, mode_ == WalkMode::kSelection || StandsInOthersText(kind));
 }
