@@ -1,7 +1,6 @@
 #include "cli/line_reader.h"
 
-#include <readline/history.h>
-#include <readline/readline.h>
+#include <editline/readline.h>
 #include <stdlib.h>
 
 #include <algorithm>
@@ -17,8 +16,8 @@ Completions& Known() {
   return known;
 }
 
-// What separates names in an expression.
-const char kWordBreaks[] = " /[](),=<>!@*:\"'|";
+// What separates names in an expression. The library declares it as something that it might change.
+char kWordBreaks[] = " /[](),=<>!@*:\"'|";
 constexpr int kMostLines = 1000;
 
 // The library's contract: called with `state` 0, 1, 2...; a match allocated by malloc, null at the end.
