@@ -167,7 +167,8 @@ void AdditionsWriter::ChangeDefinition(Span statement, const DefinitionChange& c
   }
   std::vector<std::string> missing;
   for (const Wanted& one : wanted) {
-    if (!one.found && !one.value.empty()) missing.push_back("<" + std::string(one.name) + " " + layout_.Quoted(one.value) + ">");
+    if (!one.found && !one.value.empty())
+      missing.push_back("<" + std::string(one.name) + " " + layout_.Quoted(one.value) + ">");
   }
   layout_.InsertAtEnd(statement.end - 1, missing, &splice_);
 }
