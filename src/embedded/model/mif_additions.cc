@@ -434,8 +434,7 @@ void AdditionsWriter::SaveRun(Id parent, Id last_before, Id first, bool mixed) {
     }
   }
   const bool in_block = before.Is(kInBlock);
-  const Id next_before = last_before;
-  start.holds_content = next_before != 0 || (!in_part && HeadHolds(document_.elements[parent].first_item));
+  start.holds_content = last_before != 0 || (!in_part && HeadHolds(document_.elements[parent].first_item));
   start.in_line = in_block || mixed;
   if (last_before != 0) {
     const Element& sibling = document_.elements[last_before];
