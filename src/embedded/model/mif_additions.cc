@@ -167,7 +167,8 @@ void AdditionsWriter::ChangeDefinition(Span statement, const DefinitionChange& c
   }
   std::vector<std::string> missing;
   for (const Wanted& one : wanted) {
-    if (!one.found && !one.value.empty()) missing.push_back("<" + std::string(one.name) + " " + layout_.Quoted(one.value) + ">");
+    if (!one.found && !one.value.empty())
+      missing.push_back("<" + std::string(one.name) + " " + layout_.Quoted(one.value) + ">");
   }
   layout_.InsertAtEnd(statement.end - 1, missing, &splice_);
 }
@@ -433,8 +434,7 @@ void AdditionsWriter::SaveRun(Id parent, Id last_before, Id first, bool mixed) {
     }
   }
   const bool in_block = before.Is(kInBlock);
-  const Id next_before = last_before;
-  start.holds_content = next_before != 0 || (!in_part && HeadHolds(document_.elements[parent].first_item));
+  start.holds_content = last_before != 0 || (!in_part && HeadHolds(document_.elements[parent].first_item));
   start.in_line = in_block || mixed;
   if (last_before != 0) {
     const Element& sibling = document_.elements[last_before];
