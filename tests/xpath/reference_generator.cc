@@ -215,7 +215,7 @@ void RandomTree(std::mt19937& random, testing::TreeDocument* document) {
   document->AddFlow("Main", host::FlowKind::kBody, "a");
   document->Declare("b", "y", {"1", "b"});
   document->Declare("c", "z", {"a"});
-  const int size = 1 + (Below(random, 12) == 0 ? Below(random, 300) : Below(random, 30));
+  const int size = 1 + (Below(random, 12) == 0 ? Below(random, 120) : Below(random, 30));
   const int shape = Below(random, 3);  // any, deep, wide
   for (int count = 0; count < size; ++count) {
     const auto last = static_cast<host::Id>(document->elements.size() - 1);
