@@ -17,7 +17,7 @@ namespace {
 
 // Evaluations go on until there are so many, or until they have taken so long together.
 constexpr std::size_t kMostRuns = 101;
-constexpr double kLongEnough = 0.4;
+constexpr double kLongEnough = 0.15;
 
 // The thread's clock: under a limit of processor time that of the process only moves with the scheduler.
 double Now() {

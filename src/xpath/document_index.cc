@@ -98,19 +98,6 @@ const AttributeIndex* DocumentIndex::Attributes(host::Host& host, std::string_vi
   return found->second ? &*found->second : nullptr;
 }
 
-const host::TextColumn* DocumentIndex::Texts(host::Host& host, std::size_t count) {
-  if (!texts_known_) {
-    texts_read_ += count;
-    // Reading one costs as much as writing this many.
-    constexpr std::size_t kWorth = 16;
-    if (texts_read_ <= Size() / kWorth) return nullptr;
-    texts_known_ = true;
-    texts_.emplace();
-    if (!host.elements.ReadTexts(document_, columns_.elements, &*texts_)) texts_.reset();
-  }
-  return texts_ ? &*texts_ : nullptr;
-}
-
 bool DocumentIndexes::Has(host::Host& host, Id document) const {
   const std::uint64_t revision = host.elements.Revision(document);
   return revision != 0 && std::any_of(kept_.begin(), kept_.end(), [&](const Kept& kept) {

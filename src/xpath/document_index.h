@@ -1,6 +1,6 @@
 // What is kept of a document to answer questions about many of its elements at once: the elements in document
-// order as columns, lists of them by definition, and, from the first question on, columns of an attribute's
-// values and of texts. It is made from a few calls of the host, kept between searches, and thrown away with
+// order as columns, lists of them by definition, and, from the first question on, the values of an
+// attribute as columns. It is made from a few calls of the host, kept between searches, and thrown away with
 // the first edit of the document.
 #pragma once
 
@@ -63,9 +63,6 @@ class DocumentIndex {
 
   // The values of the attributes of one name; null when they do not fit into one column.
   const AttributeIndex* Attributes(host::Host& host, std::string_view name, bool with_defaults);
-  // The texts by rank, for one who will read `count` of them; null when the host does not give them, or when
-  // not yet so many were read that reading all at once pays.
-  const host::TextColumn* Texts(host::Host& host, std::size_t count);
 
  private:
   DocumentIndex() = default;
@@ -84,9 +81,6 @@ class DocumentIndex {
   std::optional<RankList> named_;
   std::unordered_map<host::Id, RankList> by_definition_;
   std::map<std::pair<std::string, bool>, std::optional<AttributeIndex>, std::less<>> attributes_;
-  std::optional<host::TextColumn> texts_;
-  bool texts_known_ = false;
-  std::size_t texts_read_ = 0;  // one by one
 };
 
 // The indexes of the documents that were searched last.

@@ -39,11 +39,14 @@ bool Explain(Engine& engine, host::Id document, host::Id context, std::int32_t s
   Search search(state.host, state.indexes, start);
   search.Begin(state.table, sequence, state.parameters, start);
   Profile profile;
-  search.All(&profile, &explanation->matches);
+  const bool measured = search.All(&profile, &explanation->matches);
   explanation->index_ms = profile.IndexMilliseconds();
-  if (search.Why() == Failure::kNone) Fill(state.table, search.GetPlan(), profile, explanation);
-  if (search.Why() != Failure::kNone) state.messenger.Alert(FailureText(search.Why()));
-  return search.Why() == Failure::kNone;
+  if (search.Why() != Failure::kNone) {
+    state.messenger.Alert(FailureText(search.Why()));
+    return false;
+  }
+  Fill(state.table, search.GetPlan(), profile, explanation);
+  return measured;
 }
 
 std::string ExplanationText(const Explanation& explanation) {

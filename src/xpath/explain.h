@@ -33,7 +33,8 @@ struct Explanation {
 };
 
 // Evaluates a parsed expression from `context` (0: as xpath_MatchAll). Returns false when there is no such
-// expression or the search failed, which it has then said by an alert; what was measured until then is there.
+// expression or the search failed, which it has then said by an alert, and for documents that can only be
+// walked, node after node, where there are no steps to measure.
 bool Explain(Engine& engine, host::Id document, host::Id context, std::int32_t sequence,
              Explanation* explanation);
 

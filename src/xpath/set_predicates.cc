@@ -180,7 +180,7 @@ ValueSet& SetPredicates::FixedValues(const Operand& operand, ValueSet* own) {
   }
   const Selection selected = search_.SelectFromRoot(operand.number, steps.size());
   if (selected.IsByRank()) {
-    GatherTexts(environment_, search_.Scope(), selected.Ranks(), own);
+    GatherTexts(environment_, search_.Scope(), selected.Ranks(), selected.IsRising(), own);
     return *own;
   }
   for (const Node& node : selected.Nodes()) {

@@ -8,6 +8,10 @@
 namespace qelm::xpath {
 namespace {
 
+// Up to so many nodes inside each element, on the average, its whole text is little more than what counts of
+// it.
+constexpr std::size_t kMostInside = 16;
+
 // Whether a value matches, decided once for each distinct one.
 class DistinctMatches {
  public:
@@ -59,26 +63,44 @@ ValuedElements CompareAttributes(const SetScope& scope, const AttributeIndex& at
   return elements;
 }
 
-TextReader::TextReader(Environment& environment, const SetScope& scope, std::size_t count)
-    : environment_(environment), scope_(scope), texts_(scope.index->Texts(environment.Host(), count)) {}
+TextReader::TextReader(Environment& environment, const SetScope& scope, std::span<const std::uint32_t> ranks,
+                       bool rising)
+    : environment_(environment), scope_(scope), ranks_(ranks) {
+  const DocumentIndex& index = *scope.index;
+  if (!rising) return;
+  std::size_t inside = 0;
+  std::uint32_t covered = 0;
+  std::vector<host::Id> elements;
+  elements.reserve(ranks.size());
+  for (const std::uint32_t rank : ranks) {
+    elements.push_back(index.ElementAt(rank));
+    if (rank < covered) continue;
+    covered = index.EndOf(rank);
+    inside += covered - rank;
+  }
+  at_once_ = inside <= kMostInside * ranks.size() &&
+             environment.Host().elements.ReadTexts(
+                 environment.TreeOf({host::kNone, Node::kElement, scope.tree}).Document(), elements, &texts_);
+}
 
-std::string_view TextReader::Read(std::uint32_t rank) {
-  if (texts_ == nullptr) {
-    const Node node{scope_.index->ElementAt(rank), Node::kElement, scope_.tree};
+std::string_view TextReader::Read(std::size_t place) {
+  if (!at_once_) {
+    const Node node{scope_.index->ElementAt(ranks_[place]), Node::kElement, scope_.tree};
     return environment_.SingleValue(node, kComparedCharacters);
   }
-  const std::uint32_t begin = texts_->begins[rank];
-  const std::string_view text = std::string_view(texts_->text).substr(begin, texts_->ends[rank] - begin);
+  const std::uint32_t begin = texts_.begins[place];
+  const std::string_view text = std::string_view(texts_.text).substr(begin, texts_.ends[place] - begin);
   return text.size() <= kComparedCharacters ? text : common::FirstCharacters(text, kComparedCharacters);
 }
 
 ValuedElements CompareTexts(Environment& environment, const SetScope& scope, RankList ranks,
                             const OtherOperand& other) {
   ValuedElements elements;
-  TextReader reader(environment, scope, ranks.size());
+  TextReader reader(environment, scope, ranks, true);
   const bool compares = !other.values->IsEmpty();
-  for (const std::uint32_t rank : ranks) {
-    const std::string_view text = reader.Read(rank);
+  for (std::size_t place = 0; place < ranks.size(); ++place) {
+    const std::uint32_t rank = ranks[place];
+    const std::string_view text = reader.Read(place);
     if (text.empty()) {
       elements.empty.push_back(rank);
     } else if (compares && other.Matches(text)) {
@@ -105,9 +127,9 @@ void GatherAttributes(const AttributeIndex& attributes, std::span<const std::uin
 }
 
 void GatherTexts(Environment& environment, const SetScope& scope, std::span<const std::uint32_t> ranks,
-                 ValueSet* values) {
-  TextReader reader(environment, scope, ranks.size());
-  for (const std::uint32_t rank : ranks) values->Add(reader.Read(rank));
+                 bool rising, ValueSet* values) {
+  TextReader reader(environment, scope, ranks, rising);
+  for (std::size_t place = 0; place < ranks.size(); ++place) values->Add(reader.Read(place));
 }
 
 }  // namespace qelm::xpath

@@ -40,18 +40,23 @@ struct ValuedElements {
 ValuedElements CompareAttributes(const SetScope& scope, const AttributeIndex& attributes,
                                  const OtherOperand& other);
 
-// The texts of elements, one after another.
+// The texts of a list of elements. They are read all at once where that does not mean to read much more than
+// what counts of them, and else one by one.
 class TextReader {
  public:
-  // `count`: of how many elements the text will be read.
-  TextReader(Environment& environment, const SetScope& scope, std::size_t count);
-  // As much of the text as counts in a comparison. Holds until the next call.
-  std::string_view Read(std::uint32_t rank);
+  // The list must live as long.
+  TextReader(Environment& environment, const SetScope& scope, std::span<const std::uint32_t> ranks,
+             bool rising);
+  // As much of the text of the element at a place in the list as counts in a comparison. Holds until the next
+  // call.
+  std::string_view Read(std::size_t place);
 
  private:
   Environment& environment_;
   const SetScope& scope_;
-  const host::TextColumn* texts_;
+  std::span<const std::uint32_t> ranks_;
+  host::TextColumn texts_;
+  bool at_once_ = false;
 };
 
 // The elements of a rising list by their texts.
@@ -62,6 +67,6 @@ ValuedElements CompareTexts(Environment& environment, const SetScope& scope, Ran
 void GatherAttributes(const AttributeIndex& attributes, std::span<const std::uint32_t> ranks,
                       ValueSet* values);
 void GatherTexts(Environment& environment, const SetScope& scope, std::span<const std::uint32_t> ranks,
-                 ValueSet* values);
+                 bool rising, ValueSet* values);
 
 }  // namespace qelm::xpath

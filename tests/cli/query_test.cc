@@ -120,6 +120,20 @@ TEST(XPath, ExpressionsOfAFileGoOnAfterARefusedOne) {
   EXPECT_EQ(lines[4]["count"], 3);
 }
 
+TEST(XPath, ExplainTellsWhatEachStepKept) {
+  Program program;
+  const std::string path = program.folder.Write("doc.xml", "<a><b x='1'/><b/><c><b x='1'/></c></a>");
+  const ProgramResult text = program.Run({"xpath", path, "//b[@x=1]", "--explain"});
+  EXPECT_EQ(text.status, 0) << text.err;
+  EXPECT_NE(text.out.find("descendant-or-self::b[attribute::x=1]\n"), std::string::npos) << text.out;
+  const json found = program.Run({"xpath", path, "//b[@x=1]", "--explain", "--json"}).Json();
+  EXPECT_EQ(found["count"], 2);
+  const json step = found["explain"]["steps"][1];
+  EXPECT_EQ(step["kept"], 2);
+  EXPECT_EQ(step["predicates"][0]["asked"], 3);
+  EXPECT_EQ(program.Run({"xpath", path, "//b", "--explain", "--first"}).status, 2);
+}
+
 TEST(XPath, CutNodeSetsAreReportedAsIncomplete) {
   Program program;
   std::string wide = "<Doc>";

@@ -362,6 +362,64 @@ TEST_F(HostTest, TheTreeIsInDocumentOrderWithKinds) {
   EXPECT_EQ(host.elements.Kind(id, Find(id, "Graphic")), ElementKind::kGraphic);
 }
 
+// That columns say what the elements of a document say one by one.
+void ExpectColumns(host::Host& host, Id document) {
+  const Id root = host.elements.Root(document, host.elements.MainFlow(document));
+  host::ElementColumns columns;
+  host::ElementColumns walked;
+  ASSERT_TRUE(host.elements.ReadTree(document, root, &columns));
+  ASSERT_TRUE(host.elements.host::Elements::ReadTree(document, root, &walked));
+  EXPECT_EQ(columns.elements, walked.elements);
+  EXPECT_EQ(columns.definitions, walked.definitions);
+  EXPECT_EQ(columns.parents, walked.parents);
+  EXPECT_EQ(columns.ends, walked.ends);
+
+  const auto say = [](const host::AttributeColumn& column) {
+    std::string text;
+    for (const host::AttributeColumn::Entry& entry : column.entries) {
+      text += std::to_string(entry.place) + "@" + std::to_string(entry.index);
+      for (std::uint32_t i = 0; i < entry.value_count; ++i) {
+        text += " " + std::string(column.values[entry.first_value + i]);
+      }
+      text += "; ";
+    }
+    return text;
+  };
+  for (const char* name : {"Audience", "Empty", "Unset", "Absent"}) {
+    host::AttributeColumn column;
+    host::AttributeColumn read;
+    host.definitions.ReadAttributeColumn(document, columns.elements, name, &column);
+    host.definitions.host::Definitions::ReadAttributeColumn(document, columns.elements, name, &read);
+    EXPECT_EQ(say(column), say(read)) << name;
+  }
+
+  host::TextColumn texts;
+  ASSERT_TRUE(host.elements.ReadTexts(document, columns.elements, &texts));
+  for (std::size_t place = 0; place < columns.elements.size(); ++place) {
+    std::string buffer;
+    EXPECT_EQ(texts.text.substr(texts.begins[place], texts.ends[place] - texts.begins[place]),
+              host.text.ElementText(document, columns.elements[place], 100000, &buffer));
+  }
+}
+
+TEST_F(HostTest, ColumnsSayWhatElementsSay) {
+  const std::string xml =
+      "<Doc Audience='a b' Empty=''><P Audience='c'>one <Em/> two<Em>three</Em></P><P/>\n<P>four</P></Doc>";
+  for (const Id document :
+       {OpenText(Mif(kManual)), host.documents.Open(Write("doc.xml", xml), {}, &status)}) {
+    ExpectColumns(host, document);
+    const std::uint64_t revision = host.elements.Revision(document);
+    EXPECT_NE(revision, 0U);
+    host.text.WriteProperties(document, host.text.ElementRange(document, Find(document, "P")),
+                              Under(document, "Later"));
+    EXPECT_EQ(host.elements.Revision(document), revision);
+    ASSERT_TRUE(host.editing.SetAttributes(document, Find(document, "Doc"), {{"Audience", {"other"}}}));
+    ASSERT_TRUE(host.editing.DeleteElement(document, Find(document, "P", 1)));
+    EXPECT_NE(host.elements.Revision(document), revision);
+    ExpectColumns(host, document);
+  }
+}
+
 TEST_F(HostTest, AttributesAndTheirDefinitions) {
   MifFile file;
   file.flows = {{.text = R"(<Doc a="1|2" e="" n><P/></Doc>)"}};

@@ -177,26 +177,14 @@ std::string_view TreeHost::ElementText(host::Id document, host::Id element, std:
   return std::string_view(*buffer).substr(0, max_characters);
 }
 
-// A text stands once, where its node is: an element that ends there and its parent share it.
 bool TreeHost::ReadTexts(host::Id document, std::span<const host::Id> ids, host::TextColumn* column) {
   if (!reads_texts) return false;
   *column = {};
-  const std::vector<TreeDocument::Element>& elements = Document(document).elements;
-  column->begins.resize(ids.size());
-  column->ends.resize(ids.size());
-  std::vector<std::uint32_t> places(elements.size());
-  for (std::uint32_t place = 0; place < ids.size(); ++place) {
-    ++calls;
-    places[ids[place]] = place;
-    column->begins[place] = static_cast<std::uint32_t>(column->text.size());
-    column->text += elements[ids[place]].text;
-    host::Id id = ids[place];
-    for (bool ends = elements[id].first_child == 0; ends; ends = elements[id].next == 0) {
-      column->ends[places[id]] = static_cast<std::uint32_t>(column->text.size());
-      if (elements[id].next != 0 || elements[id].parent == 0) break;
-      id = elements[id].parent;
-      column->ends[places[id]] = static_cast<std::uint32_t>(column->text.size());
-    }
+  std::string buffer;
+  for (const host::Id id : ids) {
+    column->begins.push_back(static_cast<std::uint32_t>(column->text.size()));
+    column->text += ElementText(document, id, std::string::npos, &buffer);
+    column->ends.push_back(static_cast<std::uint32_t>(column->text.size()));
   }
   return true;
 }

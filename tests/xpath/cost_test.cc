@@ -100,5 +100,17 @@ TEST_F(CostTest, Comb) {
   ExpectLinear("comb");
 }
 
+// Steps to children do not ask for an index until they have gone over much of the document.
+TEST_F(CostTest, AWalkThatTurnsOutLongGoesOnFasterAndLaterOnesToo) {
+  LoadWide();
+  bw_XPathEngineInit(engine, 0, 0, 10 * kElements);
+  const MatchList all = Matches("/a/b");
+  EXPECT_EQ(all.size(), kElements / 3U);
+  tree_host.calls = 0;
+  EXPECT_EQ(Matches("/a/b"), all);
+  EXPECT_EQ(Matches("/a/absent").size(), 0U);
+  EXPECT_LT(tree_host.calls, 100U);
+}
+
 }  // namespace
 }  // namespace qelm::xpath

@@ -61,8 +61,55 @@ ReferenceOperand Operand(std::mt19937& random, int depth) {
   return operand;
 }
 
+ReferenceOperand PathOperand(std::vector<ReferenceStep> steps, bool absolute) {
+  ReferenceOperand operand;
+  operand.path = std::make_shared<ReferencePath>();
+  operand.path->absolute = absolute;
+  operand.path->steps = std::move(steps);
+  return operand;
+}
+
+ReferenceOperand Text(std::mt19937& random) {
+  ReferenceOperand operand;
+  operand.kind = Kind::kText;
+  operand.text = OneOf(kValues, random);
+  return operand;
+}
+
+// What people ask: of the values or the text of an element, of what is inside it, around it, before or behind
+// it; whether it is there, what it compares to, or what it has in common with others.
+ReferencePredicate CommonPredicate(std::mt19937& random) {
+  const ReferenceStep attribute{"attribute", OneOf({"x", "y", "z"}, random), {}, false};
+  std::vector<ReferenceStep> steps = {{OneOf(kAxes, random), OneOf(kNames, random), {}, false}};
+  if (Below(random, 3) == 0) steps = {{"self", "node()", {}, false}};
+  if (steps.front().axis == "attribute") steps.clear();
+  if (steps.empty() || Below(random, 3) == 0) steps.push_back(attribute);
+  ReferencePredicate predicate;
+  predicate.left = PathOperand(steps, false);
+  const int choice = Below(random, 5);
+  if (choice == 0) return predicate;
+  ReferenceOperand other = Text(random);
+  if (Below(random, 3) == 0) {
+    other = PathOperand({{"descendant-or-self", OneOf(kNames, random), {}, false}, attribute}, true);
+  }
+  if (choice < 3) {
+    predicate.comparison = OneOf(kComparisons, random);
+    predicate.right = other;
+    if (Below(random, 3) == 0) std::swap(predicate.left, predicate.right);
+    return predicate;
+  }
+  ReferenceOperand function;
+  function.kind = Kind::kFunction;
+  function.text = choice == 3 ? OneOf(kFunctions, random) : "not";
+  function.arguments.push_back(predicate.left);
+  if (choice == 3) function.arguments.push_back(other);
+  predicate.left = function;
+  return predicate;
+}
+
 ReferencePredicate Predicate(std::mt19937& random, int depth) {
   ReferencePredicate predicate;
+  if (Below(random, 3) == 0) return CommonPredicate(random);
   const int choice = Below(random, 10);
   if (choice < 2) {
     predicate.left.kind = choice == 0 ? Kind::kInteger : Kind::kLast;
@@ -168,7 +215,7 @@ void RandomTree(std::mt19937& random, testing::TreeDocument* document) {
   document->AddFlow("Main", host::FlowKind::kBody, "a");
   document->Declare("b", "y", {"1", "b"});
   document->Declare("c", "z", {"a"});
-  const int size = 1 + Below(random, 30);
+  const int size = 1 + (Below(random, 12) == 0 ? Below(random, 120) : Below(random, 30));
   const int shape = Below(random, 3);  // any, deep, wide
   for (int count = 0; count < size; ++count) {
     const auto last = static_cast<host::Id>(document->elements.size() - 1);

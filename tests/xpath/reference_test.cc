@@ -33,7 +33,7 @@ MatchList OneByOne(Engine& engine, host::Id from, std::int32_t sequence) {
 // How many trees are made: a sample, unless the environment asks for more.
 std::uint32_t Trees() {
   const char* wanted = std::getenv("QELM_REFERENCE_TREES");
-  return wanted == nullptr ? 1000 : static_cast<std::uint32_t>(std::stoul(wanted));
+  return wanted == nullptr ? 400 : static_cast<std::uint32_t>(std::stoul(wanted));
 }
 
 // Compares some expressions over one tree; each expression from the root and from another element.

@@ -47,6 +47,20 @@ TEST_F(SearchTest, AttributesEditedBetweenCallsAreReadAnew) {
   EXPECT_EQ(Next(sequence), 0U);
 }
 
+TEST_F(SearchTest, WhatIsKeptOfADocumentIsReadAnewAfterAnEdit) {
+  Load(R"(a { b(x="1") { "one" } b { "two" } })");
+  testing::TreeDocument& document = tree_host.Document(kDocument);
+  EXPECT_EQ(Paths("//b[@x]"), "/a/b");
+  EXPECT_EQ(Paths("//b[contains(.,'w')]"), "/a/b[2]");
+  document.elements[4].attributes.push_back({"x", {"2"}});
+  document.elements[3].text = "was";
+  document.Changed();
+  EXPECT_EQ(Paths("//b[@x]"), "/a/b /a/b[2]");
+  EXPECT_EQ(Paths("//b[contains(.,'w')]"), "/a/b /a/b[2]");
+  document.AddElement(1, "b", "w");
+  EXPECT_EQ(Paths("//b[contains(.,'w')]"), "/a/b /a/b[2] /a/b[3]");
+}
+
 TEST_F(SearchTest, UnknownSequenceIsToldBeforeAndAfterTheTableWasEmptied) {
   Load("d { a }");
   Next(7);

@@ -208,16 +208,16 @@ bool ElementsRole::ReadTexts(Id document, std::span<const Id> elements, host::Te
   column->ends.resize(elements.size());
   const auto here = [&] { return static_cast<std::uint32_t>(column->text.size()); };
   std::uint32_t item = 0;
-  // Writes the items before `end`, and closes the elements that end there.
+  // Writes the items before `end` that are inside an element, and closes the elements that end there.
   const auto write_to = [&](std::uint32_t end) {
     while (item < end || (!open.empty() && open.back().end_item <= item)) {
       while (!open.empty() && open.back().end_item <= item) {
         column->ends[open.back().place] = here();
         open.pop_back();
       }
-      if (item == end) continue;
-      const bool is_inside = !open.empty();
-      if (is_inside && model::CountsAsText(tree->items[item])) {
+      if (open.empty()) item = std::max(item, end);
+      if (item >= end) continue;
+      if (model::CountsAsText(tree->items[item])) {
         model::AppendItemText(*tree, tree->items[item], &column->text);
       }
       ++item;

@@ -99,8 +99,8 @@ class Elements {
   // The element with that unique id, 0 when there is none.
   virtual Id FindUniqueId(Id document, std::int64_t unique_id) = 0;
 
-  // A number that is another one after every edit of the document's elements, their attributes, attribute
-  // definitions or text, so that what was read once can be kept; 0 when the host does not know.
+  // A number that is another one after every edit of elements, attributes, their definitions or text, and for
+  // every document that gets the id later, so that what was read can be kept; 0: the host does not know.
   virtual std::uint64_t Revision(Id document);
 
   // Appends `root` and everything inside it to the columns. False, with the columns as they were, when the
