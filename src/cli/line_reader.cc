@@ -16,8 +16,8 @@ Completions& Known() {
   return known;
 }
 
-// What separates names in an expression. The library declares it as something that it might change.
-char kWordBreaks[] = " /[](),=<>!@*:\"'|";
+// What separates names in an expression.
+const char kWordBreaks[] = " /[](),=<>!@*:\"'|";
 constexpr int kMostLines = 1000;
 
 // The library's contract: called with `state` 0, 1, 2...; a match allocated by malloc, null at the end.
@@ -46,7 +46,7 @@ class TerminalReader : public LineReader {
       : prompt_(std::move(prompt)), history_file_(std::move(history_file)) {
     Known() = std::move(completions);
     rl_readline_name = "qelm";
-    rl_completer_word_break_characters = kWordBreaks;
+    rl_basic_word_break_characters = kWordBreaks;
     rl_attempted_completion_function = Complete;
     using_history();
     stifle_history(kMostLines);

@@ -57,7 +57,7 @@ class Terminal {
   }
   // Waits until the screen shows the text; what was shown up to there is forgotten.
   bool Shows(const std::string& text) {
-    constexpr int kPatience = 60000;
+    constexpr int kPatience = 20000;
     for (;;) {
       const std::size_t at = screen_.find(text);
       if (at != std::string::npos) {

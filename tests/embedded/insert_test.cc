@@ -379,8 +379,8 @@ TEST_F(InsertTest, EditsAtRandomReadBackAsTheyWereMade) {
   std::mt19937 random(20);
   const char* const texts[] = {
       "<Doc><S><P>a {Hidden}b{}</P>\n<P>c<E>d</E>e</P></S>\n<T>{Red}f{}</T>\n<P>z</P></Doc>",
-      "<Doc><Table><TableBody><Row><Cell>1</Cell><Cell><P>x</P>\n<P>y</P></Cell></Row></TableBody></Table></"
-      "Doc>",
+      ("<Doc><Table><TableBody><Row><Cell>1</Cell><Cell><P>x</P>\n<P>y</P></Cell></Row></TableBody></Table></"
+       "Doc>"),
       "<Doc>text <E>of</E> its own<Footnote>n</Footnote></Doc>",
       "<Doc></Doc>",
       "<Doc><P>a{Hidden}b{}<E>c</E>{Hidden}d\ne\n{}f</P>\n<S><P>{Hidden}g{}</P>\n<P>h</P></S></Doc>",
