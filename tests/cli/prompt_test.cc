@@ -15,8 +15,9 @@ namespace {
 
 TEST(Prompt, LinesOfAStreamAreAnsweredInTurn) {
   Program program;
-  const ProgramResult result = program.Run({"xpath", program.document()},
-                                           "/*\n\n  :names\n//Section[]\n:nams\n:explain\n:explain //P\n//Section\n");
+  const ProgramResult result =
+      program.Run({"xpath", program.document()},
+                  "/*\n\n  :names\n//Section[]\n:nams\n:explain\n:explain //P\n//Section\n");
   EXPECT_EQ(result.status, 4) << "one was refused";
   EXPECT_EQ(result.out.find("xpath>"), std::string::npos) << "nobody is asked";
   EXPECT_NE(result.out.find("attributes: @"), std::string::npos) << result.out;

@@ -70,9 +70,9 @@ struct DerivedData {
 struct OpenFile {
   std::unique_ptr<model::Document> document;  // exactly one of these two
   std::unique_ptr<model::Book> book;
-  std::string path;      // empty while it has no name
-  std::string identity;  // the same with links resolved: what tells two files apart
-  bool edited = false;   // since it was opened; saving does not clear it
+  std::string path;            // empty while it has no name
+  std::string identity;        // the same with links resolved: what tells two files apart
+  bool edited = false;         // since it was opened; saving does not clear it
   std::uint64_t revision = 1;  // of elements, attributes and text
   bool on_screen = true;
   bool iconified = false;
