@@ -50,7 +50,7 @@ void MarkStack::Begin(std::size_t depth, host::Id element, ElementKind kind, con
       done_(rule, false);
       return;
     }
-    Locate();
+    ++edits_;
     outer.mask &= host::kChangeBarProperty;  // the definition takes back everything else
   }
   Open open;
@@ -61,6 +61,7 @@ void MarkStack::Begin(std::size_t depth, host::Id element, ElementKind kind, con
   open.properties = Over(outer, mark.properties);
   open.whole = host_.text.ElementRange(document_, element);
   open.unwritten = open.whole.begin;
+  open.located = edits_;
   if (footnote) {
     open.last_inside = element;
     open.written = SetOnFootnote(host_.text, document_, element, mark.properties);
@@ -71,13 +72,13 @@ void MarkStack::Begin(std::size_t depth, host::Id element, ElementKind kind, con
   open_.push_back(std::move(open));
 }
 
-void MarkStack::Locate() {
-  for (Open& open : open_) {
-    open.whole = host_.text.ElementRange(document_, open.element);
-    open.unwritten = open.last_inside == host::kNone
-                         ? open.whole.begin
-                         : host_.text.ElementRange(document_, open.last_inside).end;
-  }
+void MarkStack::Locate(Open* open) {
+  if (open->located == edits_) return;
+  open->located = edits_;
+  open->whole = host_.text.ElementRange(document_, open->element);
+  open->unwritten = open->last_inside == host::kNone
+                        ? open->whole.begin
+                        : host_.text.ElementRange(document_, open->last_inside).end;
 }
 
 bool MarkStack::Write(const host::TextLocation& begin, const host::TextLocation& end,
@@ -89,6 +90,7 @@ bool MarkStack::Write(const host::TextLocation& begin, const host::TextLocation&
 void MarkStack::Close() {
   Open closed = std::move(open_.back());
   open_.pop_back();
+  Locate(&closed);
   if (!closed.whole.Empty()) {
     closed.written = Write(closed.unwritten, closed.whole.end, closed.properties) && closed.written;
   }
@@ -96,6 +98,7 @@ void MarkStack::Close() {
   const bool nested = !open_.empty() && open_.back().barriers == closed.barriers;
   if (!nested || !closed.written || closed.whole.Empty()) return;
   Open& outer = open_.back();
+  Locate(&outer);
   outer.written = Write(outer.unwritten, closed.whole.begin, outer.properties) && outer.written;
   outer.unwritten = closed.whole.end;
   outer.last_inside = closed.element;

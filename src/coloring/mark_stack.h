@@ -41,10 +41,11 @@ class MarkStack {
     host::TextProperties properties;  // with those of the marks around it
     host::TextRange whole;
     host::TextLocation unwritten;  // from here on nothing is written yet
+    std::size_t located = 0;       // after how many edits these places were found
   };
 
-  // Finds the places of the open marks again, after an edit.
-  void Locate();
+  // Finds the places of an open mark again, where an edit made them stale.
+  void Locate(Open* open);
   void CloseFrom(std::size_t depth);
   void Close();
   // The innermost open mark, when it is in the text behind so many barriers; else null.
@@ -56,6 +57,7 @@ class MarkStack {
   host::Id document_;
   std::function<void(std::int32_t, bool)> done_;
   std::vector<Open> open_;
+  std::size_t edits_ = 0;              // that made places stale
   std::vector<std::size_t> barriers_;  // depths of the elements around here whose text stands elsewhere
 };
 

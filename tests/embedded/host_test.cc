@@ -177,6 +177,33 @@ TEST_F(HostTest, SavedASecondTimeElsewhereTheEditsAreStillThere) {
   }
 }
 
+TEST_F(HostTest, WhatWasEditedBeforeASaveStaysWhenMoreIsAdded) {
+  for (const bool xml : {false, true}) {
+    const Id id = OpenText(xml ? "<Doc><P>a</P><P>b</P><P>c</P></Doc>"
+                               : Mif("<Doc><P>a</P>\n<P>b</P>\n<P>c</P></Doc>"));
+    ASSERT_TRUE(host.editing.DeleteElement(id, Find(id, "P")));
+    ASSERT_TRUE(SaveAs(id, folder + (xml ? "/first.xml" : "/first.mif"))) << host.documents.LastError();
+    const Id definition = host.definitions.FindDefinition(id, "P");
+    const Id added = host.editing.InsertElement(id, Find(id, "Doc"), kNone, definition);
+    ASSERT_NE(added, kNone) << host.documents.LastError();
+    ASSERT_TRUE(host.editing.SetText(id, added, "d"));
+    EXPECT_TRUE(host.text.HasOwnText(id, added)) << "also while it is only waiting to be brought in";
+    host::TextColumn texts;
+    const Id elements[] = {added};
+    if (host.elements.ReadTexts(id, elements, &texts)) {
+      EXPECT_EQ(texts.text.substr(texts.begins[0], texts.ends[0] - texts.begins[0]), "d");
+    }
+    const std::string path = folder + (xml ? "/second.xml" : "/second.mif");
+    ASSERT_TRUE(SaveAs(id, path)) << host.documents.LastError();
+    std::string buffer;
+    const Id again = Open(path);
+    EXPECT_EQ(again, id);
+    ASSERT_TRUE(host.documents.Close(id, true));
+    const Id reopened = Open(path);
+    EXPECT_EQ(host.text.ElementText(reopened, Find(reopened, "Doc"), 100, &buffer), "bcd");
+  }
+}
+
 TEST_F(HostTest, WhatCannotBeOpenedSaysWhy) {
   const std::string damaged = Mif("<Doc>text</Doc>").substr(0, 900);
   const struct {

@@ -174,13 +174,14 @@ Id EditingRole::DefineElement(Id document, std::string_view name, std::string_vi
 }
 
 bool EditingRole::SetDefinition(Id document, Id element, Id definition) {
+  const model::Element* found = workspace_.Element(document, element);
+  const bool same = found != nullptr && definition != host::kNone && found->definition == definition;
+  if (same && workspace_.IsDocument(document)) return Reformat(document, element);
   OpenFile* file = ToBeAddedTo(document, element);
   if (file == nullptr) return false;
   if (definition == host::kNone || definition >= file->document->definitions.size()) {
     return workspace_.FailId(document);
   }
-  const model::Element* found = workspace_.Element(document, element);
-  if (found != nullptr && found->definition == definition) return Reformat(document, element);
   std::string why;
   return Done(file, model::SetDefinition(file->document.get(), element, definition, &why), why.c_str());
 }

@@ -169,7 +169,7 @@ void ApplyDefinedFormats(OpenFile* file, Id element) {
   std::unique_ptr<model::FormatRules>& rules = file->derived.format_rules;
   if (!rules) rules = std::make_unique<model::FormatRules>(document);
   model::ApplyDefinedFormats(document, *rules, element, Paragraphs(file));
-  MarkEdited(file);
+  MarkEdited(file, EditOf::kLooks);
 }
 
 model::CharacterProperties PropertiesAt(OpenFile* file, std::uint32_t item) {

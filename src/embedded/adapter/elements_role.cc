@@ -196,6 +196,7 @@ bool ElementsRole::ReadTree(Id document, Id root, host::ElementColumns* columns)
 // last.
 bool ElementsRole::ReadTexts(Id document, std::span<const Id> elements, host::TextColumn* column) {
   *column = {};
+  if (workspace_.IsDocument(document)) workspace_.Document(document);  // brings in what was added
   const model::Document* tree = workspace_.Tree(document);
   if (tree == nullptr || tree->source.size() > model::kNoIndex / 2) return false;
   struct Open {

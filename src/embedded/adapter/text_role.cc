@@ -76,6 +76,7 @@ class TextRole : public host::Text {
 
   TextRange AnchoredRange(Id document, Id element) override;
   bool HasOwnText(Id document, Id element) override {
+    if (workspace_.IsDocument(document)) workspace_.Document(document);
     return workspace_.Element(document, element) != nullptr &&
            model::HasOwnText(*workspace_.Tree(document), element);
   }

@@ -86,7 +86,10 @@ bool SettleDocument(OpenFile* file) {
 
 void MarkEdited(OpenFile* file, EditOf what) {
   file->edited = true;
-  if (what == EditOf::kContent) ++file->revision;
+  if (what == EditOf::kContent) {
+    ++file->revision;
+    file->derived.paragraphs.clear();  // a mark may have gone, and its text joined the next paragraph
+  }
   file->Tree().modified = true;
 }
 

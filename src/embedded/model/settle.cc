@@ -172,7 +172,8 @@ bool NeedsSettling(const Document& document) { return document.marked || documen
 
 bool Settle(Document* document) {
   const bool is_xml = document->format == Format::kXml;
-  std::string bytes = is_xml ? SaveXml(*document) : SaveMif(*document);
+  // Whether it counts as modified does not matter: one that was saved has its edits still to be brought in.
+  std::string bytes = (is_xml ? XmlPieces(*document) : MifPieces(*document)).Joined();
   Document after;
   if (is_xml) AddReservedColors(&after);
   after.TakeNamesFrom(document);

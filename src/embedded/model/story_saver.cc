@@ -249,6 +249,8 @@ bool StorySaver::KeepsStatement(std::size_t index) const {
            (font ? item.font == item.source_font : item.conditions == item.source_conditions);
   };
   if (out == before && (needs.any == items_.size() || unchanged(items_[needs.any]))) return true;
+  // A font that no text of the source followed says nothing of any text, and ends with the paragraph.
+  if (font && needs.any == items_.size()) return true;
   if (needs.surviving == items_.size()) return false;
   const StoryItem& next = items_[needs.surviving];
   const std::uint32_t needed = font ? next.font : next.conditions;

@@ -184,26 +184,36 @@ std::uint32_t ParagraphOf(const Document& document, std::uint32_t index) {
   return deleted_mark;
 }
 
-// From behind, as the mark that ends a paragraph says which it is. The text of a cell or footnote stands
-// inside the paragraph that holds the anchor and has its own.
+// From behind, as the mark that ends a paragraph says which it is; deleted marks count by the rule of
+// ParagraphOf. The text of a cell or footnote stands inside the paragraph that holds the anchor and has its
+// own.
 std::vector<std::uint32_t> ParagraphsOfItems(const Document& document) {
+  struct Behind {
+    std::uint32_t paragraph = 0;  // of what stands directly before
+    std::uint32_t surviving = 0;  // of the next mark that is left
+    bool content = false;         // something is left before that mark
+  };
   std::vector<std::uint32_t> paragraphs(document.items.size());
-  std::vector<std::uint32_t> around;
-  std::uint32_t paragraph = 0;
+  std::vector<Behind> around;
+  Behind behind;
   for (std::size_t i = document.items.size(); i-- > 0;) {
     const Item& item = document.items[i];
     if (item.kind == ItemKind::kPartEnd) {
-      around.push_back(paragraph);
-      paragraph = 0;
+      around.push_back(behind);
+      behind = {};
+    } else if (item.kind == ItemKind::kParagraphEnd && !item.Is(kDeleted)) {
+      behind = {item.ref, item.ref, false};
     } else if (item.kind == ItemKind::kParagraphEnd) {
-      paragraph = item.ref;
+      behind.paragraph = behind.content && behind.surviving != 0 ? behind.surviving : item.ref;
+    } else if (IsContent(item.kind) && !item.Is(kDeleted)) {
+      behind.content = true;
     }
-    paragraphs[i] = paragraph;
+    paragraphs[i] = behind.paragraph;
     if (item.kind == ItemKind::kPartBegin && !around.empty()) {
       // Between a row's begin and its first cell there is no text; the cell's first paragraph is what comes
       // next.
-      if (paragraph == 0 && i + 1 < paragraphs.size()) paragraphs[i] = paragraphs[i + 1];
-      paragraph = around.back();
+      if (behind.paragraph == 0 && i + 1 < paragraphs.size()) paragraphs[i] = paragraphs[i + 1];
+      behind = around.back();
       around.pop_back();
     }
   }
