@@ -374,6 +374,14 @@ TEST_F(InsertTest, ANewDocumentHasNoNameUntilItGetsOne) {
   EXPECT_EQ(temporary.Read("report.fm"), source);
 }
 
+TEST_F(InsertTest, AttributesOfNewElementsStandInThem) {
+  const Id id = OpenText(Mif("<Doc><P>a</P></Doc>"));
+  EXPECT_TRUE(host.editing.SetAttributes(id, Insert(id, Find(id, "Doc"), kNone, "N", "new"), {{"K", {"v"}}}));
+  const std::string saved = Saved(id);
+  EXPECT_EQ(saved.substr(0, saved.find('\n')).find("Attributes"), std::string::npos) << saved.substr(0, 200);
+  EXPECT_EQ(Reread(id), "<Doc><P>a</P>\n<N K=\"v\">new</N></Doc>");
+}
+
 // Whatever is added, changed and deleted, ids stay, and the saved file reads as the document did.
 TEST_F(InsertTest, EditsAtRandomReadBackAsTheyWereMade) {
   std::mt19937 random(20);
