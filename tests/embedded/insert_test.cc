@@ -382,6 +382,26 @@ TEST_F(InsertTest, AttributesOfNewElementsStandInThem) {
   EXPECT_EQ(Reread(id), "<Doc><P>a</P>\n<N K=\"v\">new</N></Doc>");
 }
 
+TEST_F(InsertTest, AParagraphWithoutALineGetsOne) {
+  std::string source = Mif("<Doc><Table><TableBody><Row><Cell>1</Cell></Row></TableBody></Table></Doc>");
+  const std::size_t line = source.find("<ParaLine", source.find("<CellContent"));
+  const std::string_view end = "> # end of ParaLine";
+  source.erase(line, source.find(end, line) + end.size() - line);
+  const std::string around = "<Doc><Table><TableBody><Row><Cell>";
+  const std::string behind = "</Cell></Row></TableBody></Table></Doc>";
+  const Id text = OpenText(source);
+  EXPECT_TRUE(host.editing.SetText(text, Find(text, "Cell"), "new"));
+  EXPECT_EQ(Reread(text), around + "new" + behind);
+  const Id elements = OpenText(source);
+  Insert(elements, Find(elements, "Cell"), kNone, "N", "one");
+  Insert(elements, Find(elements, "Cell"), kNone, "N", "two");
+  EXPECT_EQ(Reread(elements), around + "<N>one</N>\n<N>two</N>" + behind);
+  const Id place = OpenText(source);
+  const host::TextRange cell = host.text.ElementRange(place, Find(place, "Cell"));
+  EXPECT_TRUE(host.editing.InsertText(place, {cell.begin.object, cell.begin.offset + 1}, "put"));
+  EXPECT_EQ(Reread(place), around + "put" + behind);
+}
+
 // Whatever is added, changed and deleted, ids stay, and the saved file reads as the document did.
 TEST_F(InsertTest, EditsAtRandomReadBackAsTheyWereMade) {
   std::mt19937 random(20);

@@ -51,6 +51,8 @@ class AdditionsWriter {
   bool ConditionsNeeded(std::uint32_t tail) const;
   std::uint32_t TextFontOf(Id parent, std::uint32_t otherwise) const;
   void Put(const Place& place, const std::string& lines);
+  void PutBefore(std::uint32_t at, const std::string& lines);
+  void PutAtEnd(const Paragraph& paragraph, std::size_t indentation, const std::string& lines);
   std::size_t IndentationAt(const Place& place) const;
   void GiveFormat(std::uint32_t paragraph, const std::string& format);
   void SaveInsertion(const Insertion& insertion);
@@ -267,11 +269,26 @@ void AdditionsWriter::Put(const Place& place, const std::string& lines) {
     return;
   }
   const Item& tail = document_.items[place.tail];
-  const std::uint32_t at = tail.kind == ItemKind::kParagraphEnd || tail.kind == ItemKind::kPartEnd
-                               ? document_.paragraphs[place.line_of].last_line_end
-                               : tail.begin;
+  if (tail.kind == ItemKind::kParagraphEnd) {
+    PutAtEnd(document_.paragraphs[tail.ref], IndentationAt(place), lines);
+  } else {
+    PutBefore(tail.begin, lines);
+  }
+}
+
+void AdditionsWriter::PutBefore(std::uint32_t at, const std::string& lines) {
   const std::uint32_t line = layout_.LineBegin(at);
   splice_.Insert(line, line == at ? std::string(layout_.LineEnd()) + lines : lines);
+}
+
+// Text stands in a line, and a paragraph that holds nothing need not have one.
+void AdditionsWriter::PutAtEnd(const Paragraph& paragraph, std::size_t indentation,
+                               const std::string& lines) {
+  const bool has_line = paragraph.last_line_end != paragraph.close;
+  const std::size_t outer = indentation > 0 ? indentation - 1 : 0;
+  PutBefore(paragraph.last_line_end, has_line ? lines
+                                              : layout_.Lines({"<ParaLine "}, outer) + lines +
+                                                    layout_.Lines({"> # end of ParaLine"}, outer));
 }
 
 // Whether the paragraph has content, or an element that is complete, before the item.
@@ -493,16 +510,20 @@ void AdditionsWriter::SaveInsertion(const Insertion& insertion) {
   const Item& item = document_.items[insertion.item];
   MifRun::Start start;
   const bool at_end = item.kind == ItemKind::kParagraphEnd;
-  const std::uint32_t at = at_end ? document_.paragraphs[item.ref].last_line_end : item.begin;
-  start.indentation = layout_.Indentation(at) + (at_end ? 1U : 0U);
+  start.indentation = at_end ? layout_.Indentation(document_.paragraphs[item.ref].begin) + 2
+                             : layout_.Indentation(item.begin);
+  const std::size_t indentation = start.indentation;
   MifRun run(document_, layout_, formattings_, &numbers_, std::move(start));
   if (insertion.marker_type.empty()) {
     run.Text(insertion.text);
   } else {
     run.Marker(insertion.marker_type, insertion.text);
   }
-  const std::uint32_t line = layout_.LineBegin(at);
-  splice_.Insert(line, line == at ? std::string(layout_.LineEnd()) + run.lines() : run.lines());
+  if (at_end) {
+    PutAtEnd(document_.paragraphs[item.ref], indentation, run.lines());
+  } else {
+    PutBefore(item.begin, run.lines());
+  }
 }
 
 // ---------------------------------------------------------------------------------------------------------------
