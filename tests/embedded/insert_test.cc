@@ -402,6 +402,17 @@ TEST_F(InsertTest, AParagraphWithoutALineGetsOne) {
   EXPECT_EQ(Reread(place), around + "put" + behind);
 }
 
+TEST_F(InsertTest, ACellWithoutAParagraphHoldsNothing) {
+  std::string source = Mif("<Doc><Table><TableBody><Row><Cell>1</Cell></Row></TableBody></Table></Doc>");
+  const std::size_t content = source.find("<CellContent");
+  const std::size_t end = source.find("# end of CellContent", content);
+  source.replace(content, end - content, "<CellContent > ");
+  const Id id = OpenText(source);
+  EXPECT_EQ(host.editing.InsertElement(id, Find(id, "Cell"), kNone, Define(id, "N")), kNone);
+  EXPECT_FALSE(host.editing.SetText(id, Find(id, "Cell"), "x"));
+  EXPECT_FALSE(Saved(id).empty());
+}
+
 // Whatever is added, changed and deleted, ids stay, and the saved file reads as the document did.
 TEST_F(InsertTest, EditsAtRandomReadBackAsTheyWereMade) {
   std::mt19937 random(20);

@@ -91,6 +91,14 @@ void Empty(Document* document, Id id) {
   elements[id].first_child = elements[id].last_child = 0;
 }
 
+bool HasParagraph(const Document& document, std::uint32_t id) {
+  const Part& part = document.parts[id];
+  for (std::uint32_t i = part.first_item + 1; i < part.end_item; ++i) {
+    if (document.items[i].kind == ItemKind::kParagraphBegin) return true;
+  }
+  return false;
+}
+
 // Whether the element's tags are written where they stand. Out of an entity they are not.
 bool CanHold(const Document& document, Id id, std::string* why) {
   const Element& element = document.elements[id];
@@ -102,6 +110,9 @@ bool CanHold(const Document& document, Id id, std::string* why) {
   if (document.format == Format::kXml &&
       xml::AsciiAt(document.source, item.begin, xml::DetectEncoding(document.source)) == '&') {
     return Refuse(why, "the element comes out of an entity, which is not changed.");
+  }
+  if (document.format != Format::kXml && element.part != 0 && !HasParagraph(document, element.part)) {
+    return Refuse(why, "the cell, title or footnote has no paragraph that could hold it.");
   }
   if (element.is_virtual && element.first_child == 0) {
     return Refuse(why, "the flow has no element of its own that could hold it.");
