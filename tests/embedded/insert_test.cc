@@ -413,6 +413,40 @@ TEST_F(InsertTest, ACellWithoutAParagraphHoldsNothing) {
   EXPECT_FALSE(Saved(id).empty());
 }
 
+// The end of a text inset or a cross-reference moved to before the text `before`.
+std::string EndingLater(std::string source, const std::string& end, const std::string& before) {
+  const std::size_t at = source.rfind('\n', source.find(end)) + 1;
+  const std::string statement = source.substr(at, source.find('\n', at) + 1 - at);
+  source.erase(at, statement.size());
+  return source.insert(source.rfind('\n', source.find("<String `" + before + "'>")) + 1, statement);
+}
+
+TEST_F(InsertTest, TextKeepsWhatEndsElsewhere) {
+  struct Case {
+    const char* text;
+    const char* end;
+    const char* tag;
+  };
+  const Case cases[] = {
+      {"<Doc><P>a<!Inset .file=\"b.fm\">in</!Inset></P>\n<Q>z</Q></Doc>", "<TextInsetEnd", "P"},
+      {"<Doc><P>a<!Inset .file=\"b.fm\">in</!Inset></P>\n<Q>z</Q></Doc>", "<TextInsetEnd", "Q"},
+      {"<Doc><P><E>a<!XRef .format=\"Page\" .source=\"1\" .file=\"b.fm\">3</!XRef></E>z</P></Doc>",
+       "<XRefEnd", "E"},
+  };
+  for (const Case& one : cases) {
+    const std::string whole = Mif(one.text);
+    for (const bool apart : {false, true}) {
+      const std::string source = apart ? EndingLater(whole, one.end, "z") : whole;
+      const Id id = OpenText(source);
+      for (Id inset = host.tables.FirstInset(id); inset != kNone; inset = host.tables.NextInset(id, inset)) {
+        host.tables.SetInsetLocked(id, inset, false);
+      }
+      EXPECT_EQ(host.editing.SetText(id, Find(id, one.tag), "new"), !apart) << one.text << one.tag;
+      EXPECT_EQ(Saved(id) == source, apart) << one.text;
+    }
+  }
+}
+
 // Whatever is added, changed and deleted, ids stay, and the saved file reads as the document did.
 TEST_F(InsertTest, EditsAtRandomReadBackAsTheyWereMade) {
   std::mt19937 random(20);

@@ -120,17 +120,31 @@ bool CanHold(const Document& document, Id id, std::string* why) {
   return true;
 }
 
-// Whether text of the element's own has something anchored in it.
+// Whether text of the element's own has something anchored in it, or a part of something that begins or ends
+// outside. Paragraphs of which only some have a line cannot become one.
 bool HasAnchors(const Document& document, const Element& element) {
+  int insets = 0;
+  int references = 0;
+  int paragraphs = 0;
+  bool lacks_line = false;
   for (std::uint32_t i = element.first_item + 1; i < element.end_item; ++i) {
     const Item& item = document.items[i];
     if (item.Is(kDeleted)) continue;
+    if (item.kind == ItemKind::kInsetBegin) ++insets;
+    if (item.kind == ItemKind::kReferenceBegin) ++references;
+    if (item.kind == ItemKind::kInsetEnd && --insets < 0) return true;
+    if (item.kind == ItemKind::kReferenceEnd && --references < 0) return true;
+    if (item.kind == ItemKind::kParagraphEnd) {
+      ++paragraphs;
+      const Paragraph& paragraph = document.paragraphs[item.ref];
+      lacks_line = lacks_line || paragraph.last_line_end == paragraph.close;
+    }
     if (item.kind == ItemKind::kTableAnchor || item.kind == ItemKind::kFrameAnchor ||
         item.kind == ItemKind::kNoteAnchor || item.kind == ItemKind::kHiddenPlace || item.Is(kInBlock)) {
       return true;
     }
   }
-  return false;
+  return insets != 0 || references != 0 || (paragraphs > 1 && lacks_line);
 }
 
 }  // namespace
@@ -173,7 +187,10 @@ bool SetElementText(Document* document, Id id, std::string_view text, std::strin
   }
   if (!additions.IsNew(id)) {
     if (HasAnchors(*document, element)) {
-      return Refuse(why, "the element's text holds hidden text, tables, footnotes or frames.");
+      return Refuse(
+          why,
+          "the element's text holds hidden text, tables, footnotes or frames, or a part of a text inset or "
+          "cross-reference.");
     }
     additions.emptied.push_back(id);
     additions.parents.push_back(id);
