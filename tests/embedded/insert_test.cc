@@ -447,6 +447,20 @@ TEST_F(InsertTest, TextKeepsWhatEndsElsewhere) {
   }
 }
 
+TEST_F(InsertTest, NamesThatTheEncodingLacksAreRefused) {
+  const std::string source = "<?xml version='1.0' encoding='ISO-8859-1'?><d><p>one</p></d>";
+  const Id id = OpenText(source, ".xml");
+  EXPECT_EQ(host.editing.DefineElement(id, "\xD0\x96", "", ""), kNone);
+  EXPECT_NE(host.documents.LastError().find("encoding"), std::string::npos) << host.documents.LastError();
+  EXPECT_FALSE(host.editing.SetAttributes(id, Find(id, "p"), {{"\xD0\x96", {"v"}}}));
+  EXPECT_FALSE(host.editing.SetAttributes(id, Find(id, "p"), {{"a b", {"v"}}}));
+  EXPECT_EQ(Saved(id, ".xml"), source);
+  Insert(id, Find(id, "d"), kNone, "\xC3\xA9");
+  EXPECT_TRUE(host.editing.SetAttributes(id, Find(id, "p"), {{"\xC3\xA9", {"\xD0\x96"}}}));
+  EXPECT_EQ(Saved(id, ".xml"),
+            "<?xml version='1.0' encoding='ISO-8859-1'?><d><p \xE9=\"&#1046;\">one</p><\xE9/></d>");
+}
+
 // Whatever is added, changed and deleted, ids stay, and the saved file reads as the document did.
 TEST_F(InsertTest, EditsAtRandomReadBackAsTheyWereMade) {
   std::mt19937 random(20);

@@ -17,6 +17,13 @@ bool Refuse(std::string* why, const char* text) {
   return false;
 }
 
+constexpr const char* kNotInEncoding = "the encoding of the file has no way to write the definition's name.";
+
+// Names cannot have references to characters.
+bool CanBeWritten(const Document& document, std::string_view name) {
+  return document.format != Format::kXml || xml::Holds(xml::DetectEncoding(document.source), name);
+}
+
 bool HoldsContent(ElementKind kind) {
   return kind == ElementKind::kContainer || kind == ElementKind::kTableCell ||
          kind == ElementKind::kTableTitle || kind == ElementKind::kFootnote;
@@ -165,6 +172,7 @@ Id InsertElement(Document* document, Id parent, Id before, Id definition, std::s
   if (before != 0 && document->elements[before].parent != parent) {
     return Refuse(why, "the element before which it should stand is no child of the parent."), 0;
   }
+  if (!CanBeWritten(*document, document->definitions[definition].name)) return Refuse(why, kNotInEncoding), 0;
   if (document->definitions[definition].kind != ElementKind::kContainer) {
     return Refuse(why, "only containers can be inserted, and the definition is of another kind."), 0;
   }
@@ -240,6 +248,7 @@ Id DefineElement(Document* document, std::string_view name, std::string_view con
   if (name.empty() || (document->format == Format::kXml && !xml::IsName(name))) {
     return Refuse(why, "an element definition needs a name."), 0;
   }
+  if (!CanBeWritten(*document, name)) return Refuse(why, kNotInEncoding), 0;
   const Id id = document->InternDefinition(name);
   Definition& definition = document->definitions[id];
   if (definition.declared && definition.kind != ElementKind::kContainer) {
@@ -260,6 +269,7 @@ bool SetDefinition(Document* document, Id id, Id definition, std::string* why) {
   if (document->definitions[definition].kind != document->definitions[element.definition].kind) {
     return Refuse(why, "the definition is of another kind than the element.");
   }
+  if (!CanBeWritten(*document, document->definitions[definition].name)) return Refuse(why, kNotInEncoding);
   if (!document->additions.IsNew(id) && !CanHold(*document, id, why) && HoldsContent(element.kind))
     return false;
   why->clear();
