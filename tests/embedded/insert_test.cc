@@ -461,6 +461,18 @@ TEST_F(InsertTest, NamesThatTheEncodingLacksAreRefused) {
             "<?xml version='1.0' encoding='ISO-8859-1'?><d><p \xE9=\"&#1046;\">one</p><\xE9/></d>");
 }
 
+TEST_F(InsertTest, MarkersKeepWhatTheEncodingLacks) {
+  const Id id = OpenText("<?xml version='1.0' encoding='ISO-8859-1'?><d><p>one</p></d>", ".xml");
+  const host::TextRange range = host.text.ElementRange(id, Find(id, "p"));
+  EXPECT_TRUE(host.editing.InsertMarker(id, range, "Index", "5 \xE2\x82\xAC"));
+  EXPECT_TRUE(host.editing.AppendParagraph(
+      id, Find(id, "p"), {.text = "\xE2\x82\xAC", .marker_type = "Index", .marker_text = "6 \xE2\x82\xAC"}));
+  const std::string saved = Saved(id, ".xml");
+  EXPECT_NE(saved.find("5 _x20AC_'"), std::string::npos) << saved;
+  EXPECT_NE(saved.find("6 _x20AC_'"), std::string::npos) << saved;
+  EXPECT_NE(saved.find("&#8364;</p>"), std::string::npos) << saved;
+}
+
 // Whatever is added, changed and deleted, ids stay, and the saved file reads as the document did.
 TEST_F(InsertTest, EditsAtRandomReadBackAsTheyWereMade) {
   std::mt19937 random(20);
