@@ -461,6 +461,34 @@ TEST_F(InsertTest, NamesThatTheEncodingLacksAreRefused) {
             "<?xml version='1.0' encoding='ISO-8859-1'?><d><p \xE9=\"&#1046;\">one</p><\xE9/></d>");
 }
 
+TEST_F(InsertTest, XmlTextGoesWhereItWasAskedFor) {
+  struct Case {
+    const char* before;
+    const char* tag;
+    bool at_end;        // before its end; else behind its beginning
+    const char* after;  // null: refused
+  };
+  const Case cases[] = {
+      {"<d><p a='1' /><q>x</q></d>", "p", true, "<d><p a='1'>new</p><q>x</q></d>"},
+      {"<d><p></p></d>", "p", true, "<d><p>new</p></d>"},
+      {"<d><p>&amp;b</p></d>", "p", false, "<d><p>new&amp;b</p></d>"},
+      {"<d><p>&amp;b</p></d>", "p", true, "<d><p>&amp;bnew</p></d>"},
+      {"<!DOCTYPE d [<!ENTITY f '<b>q</b><c>r</c>'>]><d>one&f;</d>", "c", false, nullptr},
+      {"<!DOCTYPE d [<!ENTITY f '<b>q</b><c>r</c>'>]><d>one&f;</d>", "b", true, nullptr},
+      {"<!DOCTYPE d [<!ENTITY f '<b/>'>]><d>one&f;</d>", "b", true, nullptr},
+      {"<!DOCTYPE d [<!ENTITY f '<b>q</b>'>]><d>one&f;</d>", "d", true,
+       "<!DOCTYPE d [<!ENTITY f '<b>q</b>'>]><d>one&f;new</d>"},
+  };
+  for (const Case& one : cases) {
+    const Id id = OpenText(one.before, ".xml");
+    const host::TextRange range = host.text.ElementRange(id, Find(id, one.tag));
+    const host::TextLocation at{range.begin.object,
+                                one.at_end ? range.end.offset - 1 : range.begin.offset + 1};
+    EXPECT_EQ(host.editing.InsertText(id, at, "new"), one.after != nullptr) << one.before;
+    EXPECT_EQ(Saved(id, ".xml"), one.after != nullptr ? one.after : one.before);
+  }
+}
+
 TEST_F(InsertTest, MarkersKeepWhatTheEncodingLacks) {
   const Id id = OpenText("<?xml version='1.0' encoding='ISO-8859-1'?><d><p>one</p></d>", ".xml");
   const host::TextRange range = host.text.ElementRange(id, Find(id, "p"));

@@ -127,6 +127,24 @@ bool CanHold(const Document& document, Id id, std::string* why) {
   return true;
 }
 
+// Whether the place before an item lies within what an entity stands for. Its items have the range of the
+// reference, and only before the first of them is a place in the file.
+bool InEntity(const Document& document, std::uint32_t index) {
+  const Item& item = document.items[index];
+  const xml::Encoding encoding = xml::DetectEncoding(document.source);
+  const auto comes_out = [&](const Item& one) {
+    return xml::AsciiAt(document.source, one.begin, encoding) == '&';
+  };
+  if (item.kind == ItemKind::kElementEnd &&
+      comes_out(document.items[document.elements[item.ref].first_item])) {
+    return true;
+  }
+  while (index > 0 && document.items[index - 1].begin == item.begin) {
+    if (document.items[--index].end > item.begin && comes_out(item)) return true;
+  }
+  return false;
+}
+
 // Whether text of the element's own has something anchored in it, or a part of something that begins or ends
 // outside. Paragraphs of which only some have a line cannot become one.
 bool HasAnchors(const Document& document, const Element& element) {
@@ -236,6 +254,9 @@ bool InsertAt(Document* document, Insertion insertion, std::string* why) {
   }
   if (document->format == Format::kXml && insertion.item == 0) {
     return Refuse(why, "there is no text before the root element.");
+  }
+  if (document->format == Format::kXml && InEntity(*document, insertion.item)) {
+    return Refuse(why, "the place is inside an entity, which is not changed.");
   }
   FindNumbers(document);
   document->additions.insertions.push_back(std::move(insertion));
