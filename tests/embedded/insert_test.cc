@@ -501,6 +501,21 @@ TEST_F(InsertTest, MarkersKeepWhatTheEncodingLacks) {
   EXPECT_NE(saved.find("&#8364;</p>"), std::string::npos) << saved;
 }
 
+TEST_F(InsertTest, WhatIsBehindKeepsItsConditions) {
+  const Id id = OpenText(Mif("<Doc><P>{Hidden}a</P>{}</Doc>"));
+  const auto end_conditions = [&] {
+    const model::Document& document = *embedded.Find(id);
+    const model::Element& element = document.elements[Find(id, "P")];
+    const std::uint16_t set = document.items[element.end_item - 1].conditions;
+    return document.condition_sets[set].size();
+  };
+  EXPECT_EQ(end_conditions(), 1U);
+  Insert(id, Find(id, "P"), kNone, "N");
+  Saved(id);
+  TextOf(id, Find(id, "P"));
+  EXPECT_EQ(end_conditions(), 1U);
+}
+
 // Whatever is added, changed and deleted, ids stay, and the saved file reads as the document did.
 TEST_F(InsertTest, EditsAtRandomReadBackAsTheyWereMade) {
   std::mt19937 random(20);

@@ -330,8 +330,7 @@ bool AdditionsWriter::ConditionsNeeded(std::uint32_t tail) const {
   for (; tail < document_.items.size(); ++tail) {
     const Item& after = document_.items[tail];
     if (after.kind == ItemKind::kConditional) return false;
-    if (after.kind == ItemKind::kPartEnd || IsContent(after.kind)) return true;
-    if (after.kind == ItemKind::kElementBegin) return true;
+    if (after.kind == ItemKind::kPartEnd || HasConditions(after.kind)) return true;
   }
   return true;
 }
