@@ -13,7 +13,10 @@ namespace {
 class XmlAdditions {
  public:
   XmlAdditions(const Document& document, xml::Encoding encoding)
-      : document_(document), additions_(document.additions), encoding_(encoding) {}
+      : document_(document),
+        additions_(document.additions),
+        encoding_(encoding),
+        declares_elements_(document.source.find("<!ELEMENT") != std::string::npos) {}
 
   std::vector<XmlEdit> Run();
 
@@ -44,6 +47,7 @@ class XmlAdditions {
   const Document& document_;
   const Additions& additions_;
   xml::Encoding encoding_;
+  bool declares_elements_;
   std::vector<XmlEdit> edits_;
   std::unordered_map<Id, TagChange> tags_;
   std::unordered_map<Id, bool> emptied_;
@@ -140,8 +144,7 @@ std::string XmlAdditions::Separator(Id beside) const {
 std::string XmlAdditions::LayoutInside(Id parent) const {
   const std::string around = Separator(parent);
   const Id above = document_.elements[parent].parent;
-  const bool declares = document_.source.find("<!ELEMENT") != std::string::npos;
-  if (declares || (around.empty() && above != 0)) return {};
+  if (declares_elements_ || (around.empty() && above != 0)) return {};
   constexpr std::string_view kStep = "  ";
   if (above == 0) return std::string(document_.crlf ? "\r\n" : "\n") + std::string(kStep);
   const std::string outer = above == 0 ? std::string() : Separator(above);
