@@ -516,6 +516,20 @@ TEST_F(InsertTest, WhatIsBehindKeepsItsConditions) {
   EXPECT_EQ(end_conditions(), 1U);
 }
 
+// Deleting one of two outermost elements makes the other the root, which keeps its id.
+TEST_F(InsertTest, TheLastOutermostElementKeepsItsId) {
+  const Id id = OpenText(Mif("<A><P>one</P></A>\n<B><Q>x</Q></B>"));
+  const Id outer = Find(id, "B");
+  const Id inner = Find(id, "Q");
+  EXPECT_TRUE(host.editing.DeleteElement(id, Find(id, "A")));
+  Insert(id, outer, kNone, "N", "new");
+  EXPECT_EQ(TextOf(id, outer), "xnew");
+  EXPECT_EQ(TextOf(id, inner), "x");
+  EXPECT_EQ(host.elements.Root(id, host.elements.MainFlow(id)), outer);
+  EXPECT_EQ(host.elements.Parent(id, inner), outer);
+  EXPECT_EQ(Reread(id), "<B><Q>x</Q>\n<N>new</N></B>");
+}
+
 // Whatever is added, changed and deleted, ids stay, and the saved file reads as the document did.
 TEST_F(InsertTest, EditsAtRandomReadBackAsTheyWereMade) {
   std::mt19937 random(20);
