@@ -374,6 +374,162 @@ TEST_F(InsertTest, ANewDocumentHasNoNameUntilItGetsOne) {
   EXPECT_EQ(temporary.Read("report.fm"), source);
 }
 
+TEST_F(InsertTest, AttributesOfNewElementsStandInThem) {
+  const Id id = OpenText(Mif("<Doc><P>a</P></Doc>"));
+  EXPECT_TRUE(host.editing.SetAttributes(id, Insert(id, Find(id, "Doc"), kNone, "N", "new"), {{"K", {"v"}}}));
+  const std::string saved = Saved(id);
+  EXPECT_EQ(saved.substr(0, saved.find('\n')).find("Attributes"), std::string::npos) << saved.substr(0, 200);
+  EXPECT_EQ(Reread(id), "<Doc><P>a</P>\n<N K=\"v\">new</N></Doc>");
+}
+
+TEST_F(InsertTest, AParagraphWithoutALineGetsOne) {
+  std::string source = Mif("<Doc><Table><TableBody><Row><Cell>1</Cell></Row></TableBody></Table></Doc>");
+  const std::size_t line = source.find("<ParaLine", source.find("<CellContent"));
+  const std::string_view end = "> # end of ParaLine";
+  source.erase(line, source.find(end, line) + end.size() - line);
+  const std::string around = "<Doc><Table><TableBody><Row><Cell>";
+  const std::string behind = "</Cell></Row></TableBody></Table></Doc>";
+  const Id text = OpenText(source);
+  EXPECT_TRUE(host.editing.SetText(text, Find(text, "Cell"), "new"));
+  EXPECT_EQ(Reread(text), around + "new" + behind);
+  const Id elements = OpenText(source);
+  Insert(elements, Find(elements, "Cell"), kNone, "N", "one");
+  Insert(elements, Find(elements, "Cell"), kNone, "N", "two");
+  EXPECT_EQ(Reread(elements), around + "<N>one</N>\n<N>two</N>" + behind);
+  const Id place = OpenText(source);
+  const host::TextRange cell = host.text.ElementRange(place, Find(place, "Cell"));
+  EXPECT_TRUE(host.editing.InsertText(place, {cell.begin.object, cell.begin.offset + 1}, "put"));
+  EXPECT_EQ(Reread(place), around + "put" + behind);
+}
+
+TEST_F(InsertTest, ACellWithoutAParagraphHoldsNothing) {
+  std::string source = Mif("<Doc><Table><TableBody><Row><Cell>1</Cell></Row></TableBody></Table></Doc>");
+  const std::size_t content = source.find("<CellContent");
+  const std::size_t end = source.find("# end of CellContent", content);
+  source.replace(content, end - content, "<CellContent > ");
+  const Id id = OpenText(source);
+  EXPECT_EQ(host.editing.InsertElement(id, Find(id, "Cell"), kNone, Define(id, "N")), kNone);
+  EXPECT_FALSE(host.editing.SetText(id, Find(id, "Cell"), "x"));
+  EXPECT_FALSE(Saved(id).empty());
+}
+
+// The end of a text inset or a cross-reference moved to before the text `before`.
+std::string EndingLater(std::string source, const std::string& end, const std::string& before) {
+  const std::size_t at = source.rfind('\n', source.find(end)) + 1;
+  const std::string statement = source.substr(at, source.find('\n', at) + 1 - at);
+  source.erase(at, statement.size());
+  return source.insert(source.rfind('\n', source.find("<String `" + before + "'>")) + 1, statement);
+}
+
+TEST_F(InsertTest, TextKeepsWhatEndsElsewhere) {
+  struct Case {
+    const char* text;
+    const char* end;
+    const char* tag;
+  };
+  const Case cases[] = {
+      {"<Doc><P>a<!Inset .file=\"b.fm\">in</!Inset></P>\n<Q>z</Q></Doc>", "<TextInsetEnd", "P"},
+      {"<Doc><P>a<!Inset .file=\"b.fm\">in</!Inset></P>\n<Q>z</Q></Doc>", "<TextInsetEnd", "Q"},
+      {"<Doc><P><E>a<!XRef .format=\"Page\" .source=\"1\" .file=\"b.fm\">3</!XRef></E>z</P></Doc>",
+       "<XRefEnd", "E"},
+  };
+  for (const Case& one : cases) {
+    const std::string whole = Mif(one.text);
+    for (const bool apart : {false, true}) {
+      const std::string source = apart ? EndingLater(whole, one.end, "z") : whole;
+      const Id id = OpenText(source);
+      for (Id inset = host.tables.FirstInset(id); inset != kNone; inset = host.tables.NextInset(id, inset)) {
+        host.tables.SetInsetLocked(id, inset, false);
+      }
+      EXPECT_EQ(host.editing.SetText(id, Find(id, one.tag), "new"), !apart) << one.text << one.tag;
+      EXPECT_EQ(Saved(id) == source, apart) << one.text;
+    }
+  }
+}
+
+TEST_F(InsertTest, NamesThatTheEncodingLacksAreRefused) {
+  const std::string source = "<?xml version='1.0' encoding='ISO-8859-1'?><d><p>one</p></d>";
+  const Id id = OpenText(source, ".xml");
+  EXPECT_EQ(host.editing.DefineElement(id, "\xD0\x96", "", ""), kNone);
+  EXPECT_NE(host.documents.LastError().find("encoding"), std::string::npos) << host.documents.LastError();
+  EXPECT_FALSE(host.editing.SetAttributes(id, Find(id, "p"), {{"\xD0\x96", {"v"}}}));
+  EXPECT_FALSE(host.editing.SetAttributes(id, Find(id, "p"), {{"a b", {"v"}}}));
+  EXPECT_EQ(Saved(id, ".xml"), source);
+  Insert(id, Find(id, "d"), kNone, "\xC3\xA9");
+  EXPECT_TRUE(host.editing.SetAttributes(id, Find(id, "p"), {{"\xC3\xA9", {"\xD0\x96"}}}));
+  EXPECT_EQ(Saved(id, ".xml"),
+            "<?xml version='1.0' encoding='ISO-8859-1'?><d><p \xE9=\"&#1046;\">one</p><\xE9/></d>");
+}
+
+TEST_F(InsertTest, XmlTextGoesWhereItWasAskedFor) {
+  struct Case {
+    const char* before;
+    const char* tag;
+    bool at_end;        // before its end; else behind its beginning
+    const char* after;  // null: refused
+  };
+  const Case cases[] = {
+      {"<d><p a='1' /><q>x</q></d>", "p", true, "<d><p a='1'>new</p><q>x</q></d>"},
+      {"<d><p></p></d>", "p", true, "<d><p>new</p></d>"},
+      {"<d><p>&amp;b</p></d>", "p", false, "<d><p>new&amp;b</p></d>"},
+      {"<d><p>&amp;b</p></d>", "p", true, "<d><p>&amp;bnew</p></d>"},
+      {"<!DOCTYPE d [<!ENTITY f '<b>q</b><c>r</c>'>]><d>one&f;</d>", "c", false, nullptr},
+      {"<!DOCTYPE d [<!ENTITY f '<b>q</b><c>r</c>'>]><d>one&f;</d>", "b", true, nullptr},
+      {"<!DOCTYPE d [<!ENTITY f '<b/>'>]><d>one&f;</d>", "b", true, nullptr},
+      {"<!DOCTYPE d [<!ENTITY f '<b>q</b>'>]><d>one&f;</d>", "d", true,
+       "<!DOCTYPE d [<!ENTITY f '<b>q</b>'>]><d>one&f;new</d>"},
+  };
+  for (const Case& one : cases) {
+    const Id id = OpenText(one.before, ".xml");
+    const host::TextRange range = host.text.ElementRange(id, Find(id, one.tag));
+    const host::TextLocation at{range.begin.object,
+                                one.at_end ? range.end.offset - 1 : range.begin.offset + 1};
+    EXPECT_EQ(host.editing.InsertText(id, at, "new"), one.after != nullptr) << one.before;
+    EXPECT_EQ(Saved(id, ".xml"), one.after != nullptr ? one.after : one.before);
+  }
+}
+
+TEST_F(InsertTest, MarkersKeepWhatTheEncodingLacks) {
+  const Id id = OpenText("<?xml version='1.0' encoding='ISO-8859-1'?><d><p>one</p></d>", ".xml");
+  const host::TextRange range = host.text.ElementRange(id, Find(id, "p"));
+  EXPECT_TRUE(host.editing.InsertMarker(id, range, "Index", "5 \xE2\x82\xAC"));
+  EXPECT_TRUE(host.editing.AppendParagraph(
+      id, Find(id, "p"), {.text = "\xE2\x82\xAC", .marker_type = "Index", .marker_text = "6 \xE2\x82\xAC"}));
+  const std::string saved = Saved(id, ".xml");
+  EXPECT_NE(saved.find("5 _x20AC_'"), std::string::npos) << saved;
+  EXPECT_NE(saved.find("6 _x20AC_'"), std::string::npos) << saved;
+  EXPECT_NE(saved.find("&#8364;</p>"), std::string::npos) << saved;
+}
+
+TEST_F(InsertTest, WhatIsBehindKeepsItsConditions) {
+  const Id id = OpenText(Mif("<Doc><P>{Hidden}a</P>{}</Doc>"));
+  const auto end_conditions = [&] {
+    const model::Document& document = *embedded.Find(id);
+    const model::Element& element = document.elements[Find(id, "P")];
+    const std::uint16_t set = document.items[element.end_item - 1].conditions;
+    return document.condition_sets[set].size();
+  };
+  EXPECT_EQ(end_conditions(), 1U);
+  Insert(id, Find(id, "P"), kNone, "N");
+  Saved(id);
+  TextOf(id, Find(id, "P"));
+  EXPECT_EQ(end_conditions(), 1U);
+}
+
+// Deleting one of two outermost elements makes the other the root, which keeps its id.
+TEST_F(InsertTest, TheLastOutermostElementKeepsItsId) {
+  const Id id = OpenText(Mif("<A><P>one</P></A>\n<B><Q>x</Q></B>"));
+  const Id outer = Find(id, "B");
+  const Id inner = Find(id, "Q");
+  EXPECT_TRUE(host.editing.DeleteElement(id, Find(id, "A")));
+  Insert(id, outer, kNone, "N", "new");
+  EXPECT_EQ(TextOf(id, outer), "xnew");
+  EXPECT_EQ(TextOf(id, inner), "x");
+  EXPECT_EQ(host.elements.Root(id, host.elements.MainFlow(id)), outer);
+  EXPECT_EQ(host.elements.Parent(id, inner), outer);
+  EXPECT_EQ(Reread(id), "<B><Q>x</Q>\n<N>new</N></B>");
+}
+
 // Whatever is added, changed and deleted, ids stay, and the saved file reads as the document did.
 TEST_F(InsertTest, EditsAtRandomReadBackAsTheyWereMade) {
   std::mt19937 random(20);

@@ -1,3 +1,5 @@
+#include <optional>
+
 #include "embedded/adapter/element_properties.h"
 #include "embedded/adapter/roles.h"
 #include "embedded/model/edit.h"
@@ -8,6 +10,8 @@ namespace {
 
 using model::ElementKind;
 using model::ItemKind;
+
+constexpr const char* kCannotBeWritten = "what was changed in the document cannot be written.";
 
 bool IsTablePart(ElementKind kind) {
   switch (kind) {
@@ -29,14 +33,15 @@ bool IsSolid(const model::Item& item) {
   return !item.Is(model::kDeleted) && (boundary || model::IsContent(item.kind));
 }
 
-// Brings in what marks items, and returns where the place before an item is afterwards. At the end of a
-// paragraph that is behind what is last in it, elsewhere before what comes next.
-std::uint32_t SettledPlace(OpenFile* file, std::uint32_t place) {
+// Brings in what marks items, and returns where the place before an item is afterwards; nothing when it
+// cannot be brought in. At the end of a paragraph that is behind what is last in it, elsewhere before what
+// comes next.
+std::optional<std::uint32_t> SettledPlace(OpenFile* file, std::uint32_t place) {
   const model::Document& before = *file->document;
   std::uint32_t solid = 0;
   for (std::uint32_t i = 0; i < place; ++i) solid += IsSolid(before.items[i]) ? 1U : 0U;
   const bool at_end = before.items[place].kind == ItemKind::kParagraphEnd && solid > 0;
-  SettleDocument(file);
+  if (!SettleDocument(file)) return std::nullopt;
   const model::Document& after = *file->document;
   const std::uint32_t wanted = at_end ? solid : solid + 1;
   std::uint32_t seen = 0;
@@ -71,6 +76,10 @@ class EditingRole : public host::Editing {
   bool Refuse(const OpenFile* file, const std::string& why) {
     return workspace_.Fail(Error::kRefused, file->path + ": " + why);
   }
+  // Whether what was added has its items; the error is set where it could not be written.
+  bool BroughtIn(const OpenFile* file) {
+    return !file->document->additions.Pending() || Refuse(file, kCannotBeWritten);
+  }
   // Gives an element the formatting that its definition and formats define.
   bool Reformat(Id document, Id element) {
     OpenFile* file = workspace_.DocumentFile(document);
@@ -83,7 +92,8 @@ class EditingRole : public host::Editing {
   const model::Element* Changeable(Id document, Id element);
   // The same for a change that marks items: what was added is brought in before.
   const model::Element* ToBeMarked(Id document, Id element) {
-    if (workspace_.IsDocument(document)) workspace_.Document(document);
+    OpenFile* file = workspace_.DocumentFile(document);
+    if (file != nullptr && !BroughtIn(file)) return nullptr;
     return Changeable(document, element);
   }
   // The same for something that is to be added: what marks items is brought in before.
@@ -136,7 +146,7 @@ OpenFile* EditingRole::ToBeAddedTo(Id document, Id element) {
     // Text that was put at a place would not know whether it comes before or behind what is added there.
     const bool waits = file->document->marked || !file->document->additions.insertions.empty();
     if (waits && !SettleDocument(file)) {
-      Refuse(file, "what was changed in the document cannot be written.");
+      Refuse(file, kCannotBeWritten);
       return nullptr;
     }
   }
@@ -166,7 +176,7 @@ Id EditingRole::DefineElement(Id document, std::string_view name, std::string_vi
                               std::string_view paragraph_format) {
   if (!workspace_.IsDocument(document)) return workspace_.FailId(document), host::kNone;
   OpenFile* file = workspace_.File(document);
-  if (file->document->marked && !SettleDocument(file)) return host::kNone;
+  if (file->document->marked && !SettleDocument(file)) return Refuse(file, kCannotBeWritten), host::kNone;
   std::string why;
   const Id id = model::DefineElement(file->document.get(), name, content_rule, paragraph_format, &why);
   Done(file, id != host::kNone, why.c_str());
@@ -205,6 +215,7 @@ bool EditingRole::Insert(Id document, const host::TextLocation& at, model::Inser
   OpenFile* file = workspace_.DocumentFile(document);
   if (file == nullptr) return workspace_.FailId(document);
   const model::Document& tree = *file->document;
+  if (!BroughtIn(file)) return false;
   const bool is_place = at.object != host::kNone && at.object < tree.flows.size() &&
                         tree.flows[at.object].first_item <= at.offset &&
                         at.offset < tree.flows[at.object].end_item;
@@ -215,7 +226,9 @@ bool EditingRole::Insert(Id document, const host::TextLocation& at, model::Inser
   if (InLockedInset(file, at.offset)) {
     return Refuse(file, "the text belongs to a text inset that is locked.");
   }
-  insertion.item = tree.marked ? SettledPlace(file, at.offset) : at.offset;
+  const std::optional<std::uint32_t> place = tree.marked ? SettledPlace(file, at.offset) : at.offset;
+  if (!place) return Refuse(file, kCannotBeWritten);
+  insertion.item = *place;
   std::string why;
   return Done(file, model::InsertAt(file->document.get(), std::move(insertion), &why), why.c_str());
 }
@@ -333,6 +346,7 @@ bool EditingRole::RemoveTitle(Id document, Id table) {
 bool EditingRole::ClearText(Id document, const host::TextRange& range) {
   OpenFile* file = workspace_.DocumentFile(document);
   if (file == nullptr) return workspace_.FailId(document);
+  if (!BroughtIn(file)) return false;
   const model::Document& model = *file->document;
   const Id flow = range.begin.object;
   const bool is_range = flow != host::kNone && flow < model.flows.size() && range.end.object == flow &&

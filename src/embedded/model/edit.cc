@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "embedded/model/text_access.h"
+#include "embedded/xml/encoding.h"
+#include "embedded/xml/names.h"
 
 namespace qelm::embedded::model {
 namespace {
@@ -87,6 +89,12 @@ void DeleteItems(Document* document, std::uint32_t begin, std::uint32_t end, std
     }
   }
   document->modified = document->marked = true;
+}
+
+// Whether an attribute may have the name: in XML any that the document has, and others that can be read back.
+bool IsWritable(const Document& document, const std::string& name) {
+  if (document.format != Format::kXml || document.name_index.contains(name)) return true;
+  return xml::IsName(name) && xml::Holds(xml::DetectEncoding(document.source), name);
 }
 
 }  // namespace
@@ -205,6 +213,9 @@ bool SetAttributes(Document* document, Id id, const std::vector<NewAttribute>& a
   Element& element = document->elements[id];
   if (element.definition == 0 || element.deleted || element.is_virtual || attributes.size() > 0xFFFF) {
     return false;
+  }
+  for (const NewAttribute& attribute : attributes) {
+    if (!IsWritable(*document, attribute.name)) return false;
   }
   element.first_attribute = static_cast<std::uint32_t>(document->attributes.size());
   element.attribute_count = static_cast<std::uint16_t>(attributes.size());

@@ -17,6 +17,13 @@ bool Refuse(std::string* why, const char* text) {
   return false;
 }
 
+constexpr const char* kNotInEncoding = "the encoding of the file has no way to write the definition's name.";
+
+// Names cannot have references to characters.
+bool CanBeWritten(const Document& document, std::string_view name) {
+  return document.format != Format::kXml || xml::Holds(xml::DetectEncoding(document.source), name);
+}
+
 bool HoldsContent(ElementKind kind) {
   return kind == ElementKind::kContainer || kind == ElementKind::kTableCell ||
          kind == ElementKind::kTableTitle || kind == ElementKind::kFootnote;
@@ -91,6 +98,14 @@ void Empty(Document* document, Id id) {
   elements[id].first_child = elements[id].last_child = 0;
 }
 
+bool HasParagraph(const Document& document, std::uint32_t id) {
+  const Part& part = document.parts[id];
+  for (std::uint32_t i = part.first_item + 1; i < part.end_item; ++i) {
+    if (document.items[i].kind == ItemKind::kParagraphBegin) return true;
+  }
+  return false;
+}
+
 // Whether the element's tags are written where they stand. Out of an entity they are not.
 bool CanHold(const Document& document, Id id, std::string* why) {
   const Element& element = document.elements[id];
@@ -103,23 +118,58 @@ bool CanHold(const Document& document, Id id, std::string* why) {
       xml::AsciiAt(document.source, item.begin, xml::DetectEncoding(document.source)) == '&') {
     return Refuse(why, "the element comes out of an entity, which is not changed.");
   }
+  if (document.format != Format::kXml && element.part != 0 && !HasParagraph(document, element.part)) {
+    return Refuse(why, "the cell, title or footnote has no paragraph that could hold it.");
+  }
   if (element.is_virtual && element.first_child == 0) {
     return Refuse(why, "the flow has no element of its own that could hold it.");
   }
   return true;
 }
 
-// Whether text of the element's own has something anchored in it.
+// Whether the place before an item lies within what an entity stands for. Its items have the range of the
+// reference, and only before the first of them is a place in the file.
+bool InEntity(const Document& document, std::uint32_t index) {
+  const Item& item = document.items[index];
+  const xml::Encoding encoding = xml::DetectEncoding(document.source);
+  const auto comes_out = [&](const Item& one) {
+    return xml::AsciiAt(document.source, one.begin, encoding) == '&';
+  };
+  if (item.kind == ItemKind::kElementEnd &&
+      comes_out(document.items[document.elements[item.ref].first_item])) {
+    return true;
+  }
+  while (index > 0 && document.items[index - 1].begin == item.begin) {
+    if (document.items[--index].end > item.begin && comes_out(item)) return true;
+  }
+  return false;
+}
+
+// Whether text of the element's own has something anchored in it, or a part of something that begins or ends
+// outside. Paragraphs of which only some have a line cannot become one.
 bool HasAnchors(const Document& document, const Element& element) {
+  int insets = 0;
+  int references = 0;
+  int paragraphs = 0;
+  bool lacks_line = false;
   for (std::uint32_t i = element.first_item + 1; i < element.end_item; ++i) {
     const Item& item = document.items[i];
     if (item.Is(kDeleted)) continue;
+    if (item.kind == ItemKind::kInsetBegin) ++insets;
+    if (item.kind == ItemKind::kReferenceBegin) ++references;
+    if (item.kind == ItemKind::kInsetEnd && --insets < 0) return true;
+    if (item.kind == ItemKind::kReferenceEnd && --references < 0) return true;
+    if (item.kind == ItemKind::kParagraphEnd) {
+      ++paragraphs;
+      const Paragraph& paragraph = document.paragraphs[item.ref];
+      lacks_line = lacks_line || paragraph.last_line_end == paragraph.close;
+    }
     if (item.kind == ItemKind::kTableAnchor || item.kind == ItemKind::kFrameAnchor ||
         item.kind == ItemKind::kNoteAnchor || item.kind == ItemKind::kHiddenPlace || item.Is(kInBlock)) {
       return true;
     }
   }
-  return false;
+  return insets != 0 || references != 0 || (paragraphs > 1 && lacks_line);
 }
 
 }  // namespace
@@ -140,6 +190,7 @@ Id InsertElement(Document* document, Id parent, Id before, Id definition, std::s
   if (before != 0 && document->elements[before].parent != parent) {
     return Refuse(why, "the element before which it should stand is no child of the parent."), 0;
   }
+  if (!CanBeWritten(*document, document->definitions[definition].name)) return Refuse(why, kNotInEncoding), 0;
   if (document->definitions[definition].kind != ElementKind::kContainer) {
     return Refuse(why, "only containers can be inserted, and the definition is of another kind."), 0;
   }
@@ -162,7 +213,10 @@ bool SetElementText(Document* document, Id id, std::string_view text, std::strin
   }
   if (!additions.IsNew(id)) {
     if (HasAnchors(*document, element)) {
-      return Refuse(why, "the element's text holds hidden text, tables, footnotes or frames.");
+      return Refuse(
+          why,
+          "the element's text holds hidden text, tables, footnotes or frames, or a part of a text inset or "
+          "cross-reference.");
     }
     additions.emptied.push_back(id);
     additions.parents.push_back(id);
@@ -201,6 +255,9 @@ bool InsertAt(Document* document, Insertion insertion, std::string* why) {
   if (document->format == Format::kXml && insertion.item == 0) {
     return Refuse(why, "there is no text before the root element.");
   }
+  if (document->format == Format::kXml && InEntity(*document, insertion.item)) {
+    return Refuse(why, "the place is inside an entity, which is not changed.");
+  }
   FindNumbers(document);
   document->additions.insertions.push_back(std::move(insertion));
   document->modified = true;
@@ -212,6 +269,7 @@ Id DefineElement(Document* document, std::string_view name, std::string_view con
   if (name.empty() || (document->format == Format::kXml && !xml::IsName(name))) {
     return Refuse(why, "an element definition needs a name."), 0;
   }
+  if (!CanBeWritten(*document, name)) return Refuse(why, kNotInEncoding), 0;
   const Id id = document->InternDefinition(name);
   Definition& definition = document->definitions[id];
   if (definition.declared && definition.kind != ElementKind::kContainer) {
@@ -232,6 +290,7 @@ bool SetDefinition(Document* document, Id id, Id definition, std::string* why) {
   if (document->definitions[definition].kind != document->definitions[element.definition].kind) {
     return Refuse(why, "the definition is of another kind than the element.");
   }
+  if (!CanBeWritten(*document, document->definitions[definition].name)) return Refuse(why, kNotInEncoding);
   if (!document->additions.IsNew(id) && !CanHold(*document, id, why) && HoldsContent(element.kind))
     return false;
   why->clear();

@@ -19,6 +19,12 @@ struct Place {
   std::uint32_t line_of = 0;        // paragraph
 };
 
+// The text that an element has of its own.
+struct OwnText {
+  bool mixed = false;      // there is some
+  std::uint32_t font = 0;  // of the first that the source has
+};
+
 class AdditionsWriter {
  public:
   AdditionsWriter(const Document& document, const MifLayout& layout, ParagraphFormats* formats,
@@ -40,7 +46,7 @@ class AdditionsWriter {
   void ChangeDefinition(Span statement, const DefinitionChange& change);
   std::string NewDefinition(const DefinitionChange& change) const;
   void SaveParent(Id parent);
-  void SaveRun(Id parent, Id last_before, Id first, bool mixed);
+  void SaveRun(Id parent, Id last_before, Id first, const OwnText& own_text);
   Place PlaceIn(Id parent, Id last_before) const;
   Place PlaceAtBegin(Id parent) const;
   Span ContentOf(Id element, std::uint32_t* tail) const;
@@ -49,8 +55,11 @@ class AdditionsWriter {
   bool TailHolds(std::uint32_t item) const;
   std::uint32_t FontNeeded(std::uint32_t tail, std::uint32_t source_font, std::uint32_t font) const;
   bool ConditionsNeeded(std::uint32_t tail) const;
-  std::uint32_t TextFontOf(Id parent, std::uint32_t otherwise) const;
+  OwnText OwnTextOf(Id parent) const;
+  std::uint32_t ParagraphAt(std::uint32_t item);
   void Put(const Place& place, const std::string& lines);
+  void PutBefore(std::uint32_t at, const std::string& lines);
+  void PutAtEnd(const Paragraph& paragraph, std::size_t indentation, const std::string& lines);
   std::size_t IndentationAt(const Place& place) const;
   void GiveFormat(std::uint32_t paragraph, const std::string& format);
   void SaveInsertion(const Insertion& insertion);
@@ -66,6 +75,7 @@ class AdditionsWriter {
   Numbers numbers_;
   Formattings formattings_;
   std::vector<bool> is_emptied_;
+  std::vector<std::uint32_t> paragraphs_;  // by item, when they were asked for
 };
 
 void AdditionsWriter::Run() {
@@ -267,11 +277,26 @@ void AdditionsWriter::Put(const Place& place, const std::string& lines) {
     return;
   }
   const Item& tail = document_.items[place.tail];
-  const std::uint32_t at = tail.kind == ItemKind::kParagraphEnd || tail.kind == ItemKind::kPartEnd
-                               ? document_.paragraphs[place.line_of].last_line_end
-                               : tail.begin;
+  if (tail.kind == ItemKind::kParagraphEnd) {
+    PutAtEnd(document_.paragraphs[tail.ref], IndentationAt(place), lines);
+  } else {
+    PutBefore(tail.begin, lines);
+  }
+}
+
+void AdditionsWriter::PutBefore(std::uint32_t at, const std::string& lines) {
   const std::uint32_t line = layout_.LineBegin(at);
   splice_.Insert(line, line == at ? std::string(layout_.LineEnd()) + lines : lines);
+}
+
+// Text stands in a line, and a paragraph that holds nothing need not have one.
+void AdditionsWriter::PutAtEnd(const Paragraph& paragraph, std::size_t indentation,
+                               const std::string& lines) {
+  const bool has_line = paragraph.last_line_end != paragraph.close;
+  const std::size_t outer = indentation > 0 ? indentation - 1 : 0;
+  PutBefore(paragraph.last_line_end, has_line ? lines
+                                              : layout_.Lines({"<ParaLine "}, outer) + lines +
+                                                    layout_.Lines({"> # end of ParaLine"}, outer));
 }
 
 // Whether the paragraph has content, or an element that is complete, before the item.
@@ -300,6 +325,7 @@ bool AdditionsWriter::TailHolds(std::uint32_t item) const {
 // that the next content relies on.
 std::uint32_t AdditionsWriter::FontNeeded(std::uint32_t tail, std::uint32_t source_font,
                                           std::uint32_t font) const {
+  if (font == source_font) return font;
   for (; tail < document_.items.size(); ++tail) {
     const Item& after = document_.items[tail];
     if (after.kind == ItemKind::kFont || after.kind == ItemKind::kParagraphEnd) return font;
@@ -313,21 +339,28 @@ bool AdditionsWriter::ConditionsNeeded(std::uint32_t tail) const {
   for (; tail < document_.items.size(); ++tail) {
     const Item& after = document_.items[tail];
     if (after.kind == ItemKind::kConditional) return false;
-    if (after.kind == ItemKind::kPartEnd || IsContent(after.kind)) return true;
-    if (after.kind == ItemKind::kElementBegin) return true;
+    if (after.kind == ItemKind::kPartEnd || HasConditions(after.kind)) return true;
   }
   return true;
 }
 
-// The font of the text that the element has of its own.
-std::uint32_t AdditionsWriter::TextFontOf(Id parent, std::uint32_t otherwise) const {
+OwnText AdditionsWriter::OwnTextOf(Id parent) const {
+  OwnText text;
+  bool has_font = false;
   for (Id child = document_.elements[parent].first_child; child != 0;
        child = document_.elements[child].next) {
     const Element& element = document_.elements[child];
-    if (element.kind != ElementKind::kText || additions_.IsNew(child)) continue;
-    return document_.items[element.first_item].font;
+    if (element.kind != ElementKind::kText) continue;
+    const bool is_new = additions_.IsNew(child);
+    text.mixed = text.mixed || !is_new || !additions_.Of(child).is_paragraph;
+    if (!is_new && !std::exchange(has_font, true)) text.font = document_.items[element.first_item].font;
   }
-  return otherwise;
+  return text;
+}
+
+std::uint32_t AdditionsWriter::ParagraphAt(std::uint32_t item) {
+  if (paragraphs_.empty()) paragraphs_ = ParagraphsOfItems(document_);
+  return item < paragraphs_.size() ? paragraphs_[item] : 0;
 }
 
 // ---------------------------------------------------------------------------------------------------------------
@@ -389,14 +422,9 @@ void AdditionsWriter::EmptyElement(Id id, Place* place) {
 // Runs.
 
 void AdditionsWriter::SaveParent(Id parent) {
-  bool mixed = false;
-  for (Id child = document_.elements[parent].first_child; child != 0;
-       child = document_.elements[child].next) {
-    if (document_.elements[child].kind != ElementKind::kText) continue;
-    mixed = mixed || !additions_.IsNew(child) || !additions_.Of(child).is_paragraph;
-  }
+  const OwnText own_text = OwnTextOf(parent);
   if (is_emptied_[parent]) {
-    SaveRun(parent, 0, document_.elements[parent].first_child, mixed);
+    SaveRun(parent, 0, document_.elements[parent].first_child, own_text);
     return;
   }
   Id last_before = 0;
@@ -406,13 +434,13 @@ void AdditionsWriter::SaveParent(Id parent) {
       child = document_.elements[child].next;
       continue;
     }
-    SaveRun(parent, last_before, child, mixed);
+    SaveRun(parent, last_before, child, own_text);
     while (child != 0 && additions_.IsNew(child)) child = document_.elements[child].next;
   }
 }
 
 // Writes the new children from `first` on that stand behind `last_before`.
-void AdditionsWriter::SaveRun(Id parent, Id last_before, Id first, bool mixed) {
+void AdditionsWriter::SaveRun(Id parent, Id last_before, Id first, const OwnText& own_text) {
   Place place = PlaceIn(parent, last_before);
   std::uint32_t source_state = place.before != kNoIndex ? place.before : place.tail;
   MifRun::Start start;
@@ -422,7 +450,7 @@ void AdditionsWriter::SaveRun(Id parent, Id last_before, Id first, bool mixed) {
   const Item& before = document_.items[source_state];
   start.font = before.font;
   start.conditions = place.before == kNoIndex ? std::uint16_t{0} : before.conditions;
-  start.wanted_font = TextFontOf(parent, 0);
+  start.wanted_font = own_text.font;
   start.wanted_conditions = in_part ? std::uint16_t{0} : own.conditions;
   std::uint32_t source_font = before.font;
   std::uint16_t source_conditions = start.conditions;
@@ -435,7 +463,7 @@ void AdditionsWriter::SaveRun(Id parent, Id last_before, Id first, bool mixed) {
   }
   const bool in_block = before.Is(kInBlock);
   start.holds_content = last_before != 0 || (!in_part && HeadHolds(document_.elements[parent].first_item));
-  start.in_line = in_block || mixed;
+  start.in_line = in_block || own_text.mixed;
   if (last_before != 0) {
     const Element& sibling = document_.elements[last_before];
     start.in_line = start.in_line || HeadHolds(sibling.first_item) || TailHolds(place.tail);
@@ -443,7 +471,7 @@ void AdditionsWriter::SaveRun(Id parent, Id last_before, Id first, bool mixed) {
     start.in_line = start.in_line || HeadHolds(document_.elements[parent].first_item);
   }
   start.may_break = !in_block;
-  const std::uint32_t paragraph = ParagraphOf(document_, place.tail);
+  const std::uint32_t paragraph = ParagraphAt(place.tail);
   if (paragraph != 0) start.format = formats_.Statements(document_.paragraphs[paragraph].state);
   const bool in_line = start.in_line;
   MifRun run(document_, layout_, formattings_, &numbers_, std::move(start));
@@ -493,16 +521,20 @@ void AdditionsWriter::SaveInsertion(const Insertion& insertion) {
   const Item& item = document_.items[insertion.item];
   MifRun::Start start;
   const bool at_end = item.kind == ItemKind::kParagraphEnd;
-  const std::uint32_t at = at_end ? document_.paragraphs[item.ref].last_line_end : item.begin;
-  start.indentation = layout_.Indentation(at) + (at_end ? 1U : 0U);
+  start.indentation = at_end ? layout_.Indentation(document_.paragraphs[item.ref].begin) + 2
+                             : layout_.Indentation(item.begin);
+  const std::size_t indentation = start.indentation;
   MifRun run(document_, layout_, formattings_, &numbers_, std::move(start));
   if (insertion.marker_type.empty()) {
     run.Text(insertion.text);
   } else {
     run.Marker(insertion.marker_type, insertion.text);
   }
-  const std::uint32_t line = layout_.LineBegin(at);
-  splice_.Insert(line, line == at ? std::string(layout_.LineEnd()) + run.lines() : run.lines());
+  if (at_end) {
+    PutAtEnd(document_.paragraphs[item.ref], indentation, run.lines());
+  } else {
+    PutBefore(item.begin, run.lines());
+  }
 }
 
 // ---------------------------------------------------------------------------------------------------------------

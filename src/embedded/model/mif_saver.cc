@@ -326,6 +326,8 @@ void MifSaver::WriteFormat(const Paragraph& paragraph) {
 void MifSaver::SaveAttributes() {
   for (Id id = 1; id < document_.elements.size(); ++id) {
     const Element& element = document_.elements[id];
+    // A new element is written with its attributes.
+    if (document_.additions.IsNew(id)) break;
     if (!element.attributes_changed || element.deleted || moved_.contains(id)) continue;
     SaveElementAttributes(document_, layout_, element, &splice_);
   }

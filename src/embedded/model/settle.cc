@@ -18,6 +18,7 @@ class IdKeeper {
 
  private:
   void MatchFlows();
+  void MatchRoots(Id before, Id after);
   void MatchChildren(Id before, Id after);
   void MoveElements();
   void KeepCatalogs();
@@ -57,6 +58,28 @@ bool IdKeeper::IsGone(Id flow) const {
   return false;
 }
 
+// The only child that is no text; 0 where there are none or several.
+Id OnlyChild(const Document& document, Id parent) {
+  Id only = 0;
+  for (Id child = document.elements[parent].first_child; child != 0; child = document.elements[child].next) {
+    if (document.elements[child].kind == ElementKind::kText) continue;
+    if (only != 0) return 0;
+    only = child;
+  }
+  return only;
+}
+
+// A flow with several elements outermost has a root that is no element of its text; with one left, that is
+// the root.
+void IdKeeper::MatchRoots(Id before, Id after) {
+  if (before == 0 || after == 0) return;
+  const bool was_virtual = before_.elements[before].is_virtual;
+  const bool is_virtual = after_.elements[after].is_virtual;
+  const Id inner_before = was_virtual && !is_virtual ? OnlyChild(before_, before) : 0;
+  const Id inner_after = is_virtual && !was_virtual ? OnlyChild(after_, after) : 0;
+  ids_[inner_after != 0 ? inner_after : after] = inner_before != 0 ? inner_before : before;
+}
+
 void IdKeeper::MatchFlows() {
   std::vector<Flow> flows(1);
   std::vector<Id> moved{0};
@@ -73,8 +96,7 @@ void IdKeeper::MatchFlows() {
       flows.push_back(empty);
       continue;
     }
-    const Id root = after_.flows[after].root;
-    if (root != 0) ids_[root] = before_.flows[before].root;
+    MatchRoots(before_.flows[before].root, after_.flows[after].root);
     flows.push_back(after_.flows[after]);
     moved.push_back(before);
     ++after;

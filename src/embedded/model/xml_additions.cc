@@ -13,7 +13,10 @@ namespace {
 class XmlAdditions {
  public:
   XmlAdditions(const Document& document, xml::Encoding encoding)
-      : document_(document), additions_(document.additions), encoding_(encoding) {}
+      : document_(document),
+        additions_(document.additions),
+        encoding_(encoding),
+        declares_elements_(document.source.find("<!ELEMENT") != std::string::npos) {}
 
   std::vector<XmlEdit> Run();
 
@@ -33,6 +36,7 @@ class XmlAdditions {
   std::string Separator(Id beside) const;
   std::string LayoutInside(Id parent) const;
   std::uint32_t TagOf(Id element) const;
+  std::string Writable(const std::string& mark) const;
   std::string_view Name(Id element) const {
     return document_.definitions[document_.elements[element].definition].name;
   }
@@ -43,6 +47,7 @@ class XmlAdditions {
   const Document& document_;
   const Additions& additions_;
   xml::Encoding encoding_;
+  bool declares_elements_;
   std::vector<XmlEdit> edits_;
   std::unordered_map<Id, TagChange> tags_;
   std::unordered_map<Id, bool> emptied_;
@@ -64,9 +69,16 @@ std::vector<XmlEdit> XmlAdditions::Run() {
     if (insertion.marker_type.empty()) {
       xml::AppendText(insertion.text, &text);
     } else {
-      text = MarkerMark(insertion.marker_type, insertion.text);
+      text = Writable(MarkerMark(insertion.marker_type, insertion.text));
     }
-    Add(document_.items[insertion.item].begin, document_.items[insertion.item].begin, text);
+    const Item& item = document_.items[insertion.item];
+    if (item.kind == ItemKind::kElementEnd && item.begin == item.end) {
+      TagChange& change = tags_[item.ref];
+      change.is_opened = true;
+      change.opened += text;
+    } else {
+      Add(item.begin, item.begin, text);
+    }
   }
   for (const auto& [id, change] : tags_) SaveTag(id, change);
   std::stable_sort(edits_.begin(), edits_.end(), [](const XmlEdit& a, const XmlEdit& b) {
@@ -81,6 +93,13 @@ std::uint32_t XmlAdditions::TagOf(Id id) const {
   const ItemKind kind = document_.items[element.first_item].kind;
   const bool anchored = kind == ItemKind::kTableAnchor || kind == ItemKind::kNoteAnchor;
   return element.first_item + (anchored ? 1 : 0);
+}
+
+// A mark as the encoding can hold it: references to characters, as text has them, mean nothing in marks.
+std::string XmlAdditions::Writable(const std::string& mark) const {
+  std::string bytes;
+  xml::AppendEncoded(mark, encoding_, xml::Missing::kEscape, &bytes);
+  return xml::ToUtf8(bytes, encoding_);
 }
 
 void XmlAdditions::SaveParent(Id parent) {
@@ -125,8 +144,7 @@ std::string XmlAdditions::Separator(Id beside) const {
 std::string XmlAdditions::LayoutInside(Id parent) const {
   const std::string around = Separator(parent);
   const Id above = document_.elements[parent].parent;
-  const bool declares = document_.source.find("<!ELEMENT") != std::string::npos;
-  if (declares || (around.empty() && above != 0)) return {};
+  if (declares_elements_ || (around.empty() && above != 0)) return {};
   constexpr std::string_view kStep = "  ";
   if (above == 0) return std::string(document_.crlf ? "\r\n" : "\n") + std::string(kStep);
   const std::string outer = above == 0 ? std::string() : Separator(above);
@@ -142,8 +160,9 @@ void XmlAdditions::AppendText(Id id, std::string* text) const {
   const NewContent& content = additions_.Of(id);
   if (content.is_paragraph) {
     text->append(kParagraphMark);
-    if (!content.marker_type.empty()) text->append(MarkerMark(content.marker_type, content.marker_text));
-    if (!content.variable.empty()) text->append(VariableMark(content.variable));
+    if (!content.marker_type.empty())
+      text->append(Writable(MarkerMark(content.marker_type, content.marker_text)));
+    if (!content.variable.empty()) text->append(Writable(VariableMark(content.variable)));
   }
   xml::AppendText(content.text, text);
 }

@@ -76,6 +76,9 @@ void AppendNumber(char32_t c, Missing missing, std::string* bytes) {
   bytes->push_back('_');
 }
 
+// The first character that an encoding of one byte lacks.
+constexpr char32_t FirstMissing(Encoding encoding) { return encoding == Encoding::kLatin1 ? 0x100 : 0x80; }
+
 }  // namespace
 
 Encoding DetectEncoding(std::string_view bytes, std::string* declared) {
@@ -131,7 +134,7 @@ void AppendEncoded(std::string_view text, Encoding encoding, Missing missing, st
     bytes->append(text);
     return;
   }
-  const char32_t limit = encoding == Encoding::kLatin1 ? 0x100 : 0x80;
+  const char32_t limit = FirstMissing(encoding);
   for (std::size_t at = 0; at < text.size();) {
     const char32_t c = NextCharacter(text, &at);
     if (UnitSize(encoding) == 2) {
@@ -142,6 +145,14 @@ void AppendEncoded(std::string_view text, Encoding encoding, Missing missing, st
       AppendNumber(c, missing, bytes);
     }
   }
+}
+
+bool Holds(Encoding encoding, std::string_view text) {
+  if (encoding == Encoding::kUtf8 || UnitSize(encoding) == 2) return true;
+  for (std::size_t at = 0; at < text.size();) {
+    if (NextCharacter(text, &at) >= FirstMissing(encoding)) return false;
+  }
+  return true;
 }
 
 void AppendUtf8(char32_t c, std::string* text) {

@@ -37,6 +37,9 @@ enum class Missing : std::uint8_t {
 // Appends UTF-8 text in the encoding.
 void AppendEncoded(std::string_view text, Encoding encoding, Missing missing, std::string* bytes);
 
+// Whether the encoding has every character of the text.
+bool Holds(Encoding encoding, std::string_view text);
+
 // Appends one character as UTF-8, and reads the one at `*at`, which goes behind it. A byte that is no part of
 // a character reads as U+FFFD.
 void AppendUtf8(char32_t c, std::string* text);
