@@ -4,12 +4,13 @@
 
 #include "cli/command.h"
 #include "cli/expression_error.h"
+#include "cli/file_names.h"
 #include "cli/scheme_choice.h"
+#include "cli/selection.h"
 #include "cli/session.h"
 #include "coloring/coloring.h"
 #include "common/result_codes.h"
 #include "schemes/styles.h"
-#include "xpath/engine.h"
 
 namespace qelm::cli {
 namespace {
@@ -39,6 +40,22 @@ constexpr std::array<EndingText, 10> kEndings = {{
     {Ending::kNotUncolored, ExitStatus::kOperation, "the document could not be uncolored"},
 }};
 
+const EndingText* TextFor(Ending ending) {
+  for (const EndingText& known : kEndings) {
+    if (known.ending == ending) return &known;
+  }
+  return nullptr;
+}
+
+// What became of a component, for the line that names it.
+std::string FateOf(const coloring::ColoredComponent& component, bool changed) {
+  if (component.document == host::kNone) return "cannot be opened, passed over";
+  if (component.result == common::kDone) return changed ? "written" : "as it was";
+  const EndingText* known = TextFor(component.ending);
+  return (known != nullptr ? known->text : "failed with result " + std::to_string(component.result)) +
+         std::string("; not written");
+}
+
 // What both commands share: the target, running, saving and telling what was saved.
 class ColoringCommand : public Command {
  protected:
@@ -65,7 +82,8 @@ void ColoringCommand::DefineTarget(CLI::App* command) {
           "-o,--output", output_,
           "Where the result goes; for documents only. Default: the file itself is replaced, and of a "
           "book the files that have changed")
-      ->type_name("FILE");
+      ->type_name("FILE")
+      ->check(NotEmpty);
 }
 
 bool ColoringCommand::OpenTarget(Session& session) {
@@ -97,11 +115,10 @@ void ColoringCommand::CheckEnding(const coloring::ColoringRun& run, std::int32_t
         target_ + ": the scheme selects more nodes than XPATH_MAX_MATCHES allows; nothing was written",
         fields);
   }
-  // The components of a book that ended otherwise are told with the others.
-  if (result == common::kDone || (is_book_ && run.ending == Ending::kMissingFlow)) return;
-  for (const EndingText& known : kEndings) {
-    if (known.ending != run.ending) continue;
-    throw Failure(known.status, target_ + ": " + known.text + "; nothing was written", fields);
+  // The components of a book that failed are told with the others.
+  if (result == common::kDone || (is_book_ && run.ending == Ending::kCompleted)) return;
+  if (const EndingText* known = TextFor(run.ending)) {
+    throw Failure(known->status, target_ + ": " + known->text + "; nothing was written", fields);
   }
   throw Failure(ExitStatus::kOperation,
                 target_ + ": the run ended with result " + std::to_string(result) + "; nothing was written",
@@ -115,23 +132,26 @@ void ColoringCommand::Save(Session& session, Outcome* outcome) {
   if (changed || !output_.empty()) outcome->output = session.Save(id_, output_);
 }
 
-// Saving begins when all components are done, so that a run that fails leaves all files as they are.
+// Saving begins when all components are done, so that a run that is given up leaves all files as they are. A
+// component that failed is left as it is; the others do not suffer from it.
 void ColoringCommand::SaveComponents(Session& session, Outcome* outcome) {
   nlohmann::ordered_json components = nlohmann::ordered_json::array();
-  if (outcome->result != common::kDone) outcome->status = ExitStatus::kOperation;
+  outcome->result = common::kDone;
   for (const coloring::ColoredComponent& component : session.plugin().coloring_run.components) {
     const bool opened = component.document != host::kNone;
+    const bool done = opened && component.result == common::kDone;
     const bool changed =
-        opened && session.roles().documents.Switch(component.document, host::DocumentSwitch::kModified);
+        done && session.roles().documents.Switch(component.document, host::DocumentSwitch::kModified);
     if (changed) session.Save(component.document, "");
-    if (opened && component.result == 0) outcome->status = ExitStatus::kOperation;
+    if (!opened && outcome->status == ExitStatus::kDone) outcome->status = ExitStatus::kFound;
+    if (opened && !done) {
+      if (outcome->status != ExitStatus::kOperation) outcome->result = component.result;
+      outcome->status = ExitStatus::kOperation;
+    }
+    const std::string path = ShownPath(component.path);
     components.push_back(
-        {{"path", component.path}, {"opened", opened}, {"result", component.result}, {"changed", changed}});
-    outcome->text += "  " + component.path;
-    outcome->text += !opened                                     ? ": cannot be opened, passed over\n"
-                     : component.result == common::kNoFlowOrRoot ? ": no structure, passed over\n"
-                     : changed                                   ? ": written\n"
-                                                                 : ": as it was\n";
+        {{"path", path}, {"opened", opened}, {"result", component.result}, {"changed", changed}});
+    outcome->text += "  " + path + ": " + FateOf(component, changed) + "\n";
   }
   outcome->members["components"] = std::move(components);
 }
@@ -143,7 +163,6 @@ class ColorCommand : public ColoringCommand {
 
  private:
   void ChooseScheme(Session& session);
-  void Select(Session& session) const;
   void Report(const Plugin& plugin, Outcome* outcome) const;
 
   std::string scheme_;
@@ -160,12 +179,14 @@ CLI::App* ColorCommand::Define(CLI::App& program) {
   DefineTarget(command);
   command
       ->add_option("--scheme", scheme_, "The coloring scheme. Default: as COLOR_DEFAULT_COLORING_SCHEME says")
-      ->type_name("CATEGORY/NAME");
+      ->type_name("CATEGORY/NAME")
+      ->check(NotEmpty);
   command
       ->add_option("--selection", selection_,
                    "Color only the first element that the expression selects, and what is in it; nothing is "
                    "uncolored first")
-      ->type_name("XPATH");
+      ->type_name("XPATH")
+      ->check(NotEmpty);
   return command;
 }
 
@@ -186,15 +207,6 @@ void ColorCommand::ChooseScheme(Session& session) {
   }
 }
 
-void ColorCommand::Select(Session& session) const {
-  ParseOrFail(session, selection_, "--selection");
-  const host::Id element = xpath::FindFirst(session.plugin().engine, id_, host::kNone, selection_).element;
-  if (element != host::kNone && session.roles().text.SelectElement(id_, element)) return;
-  throw Failure(ExitStatus::kOperation,
-                target_ + ": --selection " + selection_ + " selects no element; nothing was written",
-                {{"result", common::kNoElementSelected}});
-}
-
 Outcome ColorCommand::Run(Session& session) {
   coloring::PrepareRun(session.plugin().settings, &session.plugin().coloring_run);
   OpenTarget(session);
@@ -202,7 +214,7 @@ Outcome ColorCommand::Run(Session& session) {
     throw Failure(ExitStatus::kUsage, target_ + ": this is a book, and --selection is for documents only");
   }
   ChooseScheme(session);
-  if (!selection_.empty()) Select(session);
+  if (!selection_.empty()) SelectOrFail(session, id_, selection_);
   Outcome outcome;
   outcome.result = RunOn(session, is_book_              ? coloring::Command::kColorBook
                                   : !selection_.empty() ? coloring::Command::kColorSelection

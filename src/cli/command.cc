@@ -4,6 +4,8 @@
 
 namespace qelm::cli {
 
+std::string NotEmpty(const std::string& value) { return value.empty() ? "the value is empty" : ""; }
+
 CLI::App* AddCommand(CLI::App& parent, const CommandText& text) {
   CLI::App* command = parent.add_subcommand(text.name, text.summary);
   command->group("Commands");

@@ -52,6 +52,9 @@ struct CommandText {
   const char* example;
 };
 
+// A check for options: their value must not be empty. Returns what is wrong, empty for nothing.
+std::string NotEmpty(const std::string& value);
+
 // Adds a command to a parser.
 CLI::App* AddCommand(CLI::App& parent, const CommandText& text);
 

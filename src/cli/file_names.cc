@@ -6,13 +6,13 @@
 namespace qelm::cli {
 
 std::string ShownPath(const std::string& path) {
-  const std::filesystem::path file(path);
-  if (!file.is_absolute()) return path;
+  const std::filesystem::path file = std::filesystem::path(path).lexically_normal();
+  if (!file.is_absolute()) return file.string();
   std::error_code error;
   const std::filesystem::path here = std::filesystem::current_path(error);
-  if (error) return path;
+  if (error) return file.string();
   const std::string shown = file.lexically_relative(here).string();
-  return shown.empty() || shown == ".." || shown.starts_with("../") ? path : shown;
+  return shown.empty() || shown == ".." || shown.starts_with("../") ? file.string() : shown;
 }
 
 std::string FileUri(const std::string& path) {

@@ -6,7 +6,8 @@
 
 namespace qelm::cli {
 
-// The path relative to the current folder where it lies in it, else as it is.
+// The path relative to the current folder where it lies in it, else as it is; without steps into
+// folders that lead out again.
 std::string ShownPath(const std::string& path);
 
 // The path as a URI reference: a relative one for a relative path, "file:///..." for an absolute one.

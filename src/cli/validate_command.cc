@@ -1,17 +1,20 @@
 // qelm validate: checks the attributes of a document or book against a validation scheme.
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <filesystem>
 #include <ostream>
 
 #include "cli/command.h"
-#include "cli/expression_error.h"
 #include "cli/file_names.h"
 #include "cli/junit.h"
 #include "cli/scheme_choice.h"
+#include "cli/selection.h"
 #include "cli/session.h"
 #include "cli/violations.h"
 #include "coloring/validation.h"
 #include "coloring/validation_report.h"
 #include "common/result_codes.h"
+#include "common/strings.h"
 
 namespace qelm::cli {
 namespace {
@@ -54,11 +57,11 @@ class ValidateCommand : public Command {
   Outcome Run(Session& session) override;
 
  private:
-  void CheckOptions(Session& session, bool book) const;
+  void CheckOptions(Session& session, host::Id target) const;
+  void CheckReportPath(Session& session, host::Id target) const;
   void Activate(Session& session, std::string* scheme) const;
   void Prepare(Session& session) const;
   void ReadRules(ValidationRun* run) const;
-  void Select(Session& session, host::Id document) const;
   std::int32_t Validate(Session& session, host::Id target, coloring::ValidationContext& context);
   void FinishComponent(Session& session, host::Id document, bool opened) const;
   void CheckEnding(const ValidationRun& run, std::int32_t result) const;
@@ -89,17 +92,21 @@ CLI::App* ValidateCommand::Define(CLI::App& program) {
   command
       ->add_option("--scheme", scheme_,
                    "The validation scheme. Default: VAL_DEFAULT_VALIDATION_SCHEME of the local settings")
-      ->type_name("CATEGORY/NAME");
+      ->type_name("CATEGORY/NAME")
+      ->check(NotEmpty);
   command
       ->add_option("--selection", selection_,
                    "Check only the first element that the expression selects, with what is in it")
-      ->type_name("XPATH");
+      ->type_name("XPATH")
+      ->check(NotEmpty);
   command->add_option("--rules", rules_, "The rules to check, as 1,2,4. Default: as the local settings say")
-      ->type_name("NUMBERS");
-  command->add_option("--report", report_, "Write a report document")->type_name("FILE");
+      ->type_name("NUMBERS")
+      ->check(NotEmpty);
+  command->add_option("--report", report_, "Write a report document")->type_name("FILE")->check(NotEmpty);
   CLI::Option* output =
       command->add_option("-o,--output", output_, "Write the document with strikethrough marks to a file")
-          ->type_name("FILE");
+          ->type_name("FILE")
+          ->check(NotEmpty);
   command
       ->add_flag("--in-place", in_place_, "Replace the document, or the book's documents, by the marked one")
       ->excludes(output);
@@ -109,7 +116,8 @@ CLI::App* ValidateCommand::Define(CLI::App& program) {
   return command;
 }
 
-void ValidateCommand::CheckOptions(Session& session, bool book) const {
+void ValidateCommand::CheckOptions(Session& session, host::Id target) const {
+  const bool book = session.roles().books.IsBook(target);
   if (session.options().json && format_ != "text") {
     throw Failure(ExitStatus::kUsage, "--json and --format " + format_ + " exclude each other");
   }
@@ -120,14 +128,31 @@ void ValidateCommand::CheckOptions(Session& session, bool book) const {
   if (book && !selection_.empty()) {
     throw Failure(ExitStatus::kUsage, target_ + ": this is a book; --selection is for a document");
   }
-  if (!report_.empty() && Session::SameFile(report_, target_)) {
-    throw Failure(ExitStatus::kUsage, report_ + ": --report names the target itself");
+  if (!report_.empty()) CheckReportPath(session, target);
+}
+
+// A report takes the place of the file at its path, so that must be none of those that are worked on.
+void ValidateCommand::CheckReportPath(Session& session, host::Id target) const {
+  const auto refuse = [this](const std::string& why) {
+    throw Failure(ExitStatus::kUsage, report_ + ": " + why);
+  };
+  if (common::EqualsIgnoreCase(std::filesystem::path(report_).extension().string(), ".xml")) {
+    refuse("--report writes MIF; give the file a name that does not end in .xml");
+  }
+  if (Session::SameFile(report_, target_)) refuse("--report names the target itself");
+  if (!output_.empty() && Session::SameFile(report_, output_)) refuse("--report and -o name the same file");
+  host::Books& books = session.roles().books;
+  if (!books.IsBook(target)) return;
+  for (host::Id component = books.FirstComponent(target); component != host::kNone;
+       component = books.NextComponent(target, component)) {
+    const std::string path(books.ComponentPath(target, component));
+    if (Session::SameFile(report_, path)) refuse("--report names a file of the book");
   }
 }
 
 void ValidateCommand::Activate(Session& session, std::string* scheme) const {
   *scheme = scheme_.empty() ? session.plugin().settings.val_default_validation_scheme : scheme_;
-  if (*scheme == schemes::kNoName) {
+  if (scheme_.empty() && *scheme == schemes::kNoName) {
     throw Failure(ExitStatus::kOperation,
                   "no validation scheme is active; name one by --scheme (see qelm schemes list --kind "
                   "validation)",
@@ -154,19 +179,13 @@ void ValidateCommand::Prepare(Session& session) const {
   ValidationRun& run = session.plugin().validation_run;
   coloring::PrepareValidation(session.plugin().settings, &run);
   ReadRules(&run);
+  if (std::none_of(run.rules.begin(), run.rules.end(), [](bool rule) { return rule; })) {
+    throw Failure(ExitStatus::kUsage,
+                  "the local settings switch every rule off, so there is nothing to check; name rules by "
+                  "--rules");
+  }
   run.prompts = false;  // the command says it in its own words
   if (output_.empty() && !in_place_) run.strikethrough = StrikethroughUse::kLeave;
-}
-
-void ValidateCommand::Select(Session& session, host::Id document) const {
-  ParseOrFail(session, selection_, "--selection");
-  const host::Id element =
-      xpath::FindFirst(session.plugin().engine, document, host::kNone, selection_).element;
-  if (element == host::kNone) {
-    throw Failure(ExitStatus::kOperation, target_ + ": --selection selects no element: " + selection_,
-                  {{"result", common::kNoElementSelected}});
-  }
-  session.roles().text.SelectElement(document, element);
 }
 
 // Saves what was marked, and closes what was opened for it, so that a book of any size needs no more memory
@@ -194,11 +213,11 @@ std::int32_t ValidateCommand::Validate(Session& session, host::Id target,
 Outcome ValidateCommand::Run(Session& session) {
   const host::Id target = session.Open(target_);
   const bool book = session.roles().books.IsBook(target);
-  CheckOptions(session, book);
+  CheckOptions(session, target);
   std::string scheme;
   Activate(session, &scheme);
   Prepare(session);
-  if (!selection_.empty()) Select(session, target);
+  if (!selection_.empty()) SelectOrFail(session, target, selection_);
   Plugin& plugin = session.plugin();
   OpenedReport report(session, report_);
   coloring::ValidationReport report_sink(plugin.messenger, plugin.host, plugin.schemes.validation,
@@ -265,12 +284,14 @@ Json ValidateCommand::MembersOf(const Violations& violations, const ValidationRu
   for (std::size_t i = 0; i < run.rules.size(); ++i) {
     if (run.rules[i]) rules.push_back(i + 1);
   }
+  Json passed_over = Json::array();
+  for (const std::string& path : run.passed_over) passed_over.push_back(ShownPath(path));
   return {{"report", report_.empty() ? Json(nullptr) : Json(report_)},
           {"rules", std::move(rules)},
           {"elements", run.elements},
           {"last_rule", run.last_rule},
           {"files", violations.Files()},
-          {"passed_over", run.passed_over},
+          {"passed_over", std::move(passed_over)},
           {"violations", std::move(list)}};
 }
 
@@ -283,10 +304,10 @@ std::string PlaceOf(const Violations& violations, const FoundViolation& found) {
 std::string ValidateCommand::TextOf(const Violations& violations, const ValidationRun& run) const {
   std::string text;
   for (const FoundViolation& found : violations.All()) {
-    text += PlaceOf(violations, found) + found.path + ": " + Describe(found) + "\n";
+    text += OneLine(PlaceOf(violations, found) + found.path + ": " + Describe(found)) + "\n";
   }
   for (const std::string& path : run.passed_over) {
-    text += ShownPath(path) + ": could not be opened and was not checked\n";
+    text += OneLine(ShownPath(path)) + ": could not be opened and was not checked\n";
   }
   text += target_ + ": " + std::to_string(run.elements) + " elements";
   if (violations.Files().size() != 1) text += " in " + std::to_string(violations.Files().size()) + " files";

@@ -33,11 +33,29 @@ const std::vector<SarifRule>& ValidationSarifRules() {
   return rules;
 }
 
+std::string OneLine(std::string_view text) {
+  constexpr std::string_view kDigits = "0123456789ABCDEF";
+  std::string line;
+  for (const char c : text) {
+    const auto code = static_cast<unsigned char>(c);
+    if (code >= 0x20U && code != 0x7FU) {
+      line += c;
+    } else if (c == '\n') {
+      line += "\\n";
+    } else {
+      line += "\\x";
+      line += kDigits[code >> 4U];
+      line += kDigits[code & 15U];
+    }
+  }
+  return line;
+}
+
 std::string Describe(const FoundViolation& violation) {
   std::string text = violation.attribute;
   if (violation.has_value) text += "=\"" + violation.value + "\"";
   text.append(": ").append(kFaults[IndexOf(violation.rule)]);
-  return text + " (rule " + std::to_string(violation.rule) + ")";
+  return OneLine(text) + " (rule " + std::to_string(violation.rule) + ")";
 }
 
 void Violations::BeginDocument(host::Id document, bool) {

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "cli/element_places.h"
@@ -53,6 +54,9 @@ class Violations : public coloring::ViolationSink {
   std::vector<std::string> files_;
   std::unique_ptr<Places> places_;  // of the document under way
 };
+
+// The text with its control characters written as escapes, so that it stays on one line.
+std::string OneLine(std::string_view text);
 
 // `Audience="expret": this value is not allowed (rule 1)`.
 std::string Describe(const FoundViolation& violation);

@@ -254,7 +254,14 @@ Outcome XPathCommand::Run(Session& session) {
     SaveReport(session);
     return outcome;
   } catch (const Failure& failure) {
-    if (failure.Status() == ExitStatus::kRefused) SaveReport(session);
+    if (failure.Status() != ExitStatus::kRefused) throw;
+    try {
+      SaveReport(session);
+    } catch (const Failure& of_report) {
+      // Whoever asked for the report still learns why the expression was refused.
+      throw Failure(failure.Status(), std::string(failure.what()) + "\n" + of_report.what(),
+                    failure.Fields());
+    }
     throw;
   }
 }

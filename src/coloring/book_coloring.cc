@@ -56,8 +56,10 @@ bool BookRun::Check() {
 }
 
 std::int32_t BookRun::RunOne(ColoredComponent* component) {
+  run_.ending = Ending::kCompleted;
   component->result = command_ == Command::kColorBook ? ColorDocument(context_, component->document)
                                                       : UncolorDocument(context_, component->document);
+  component->ending = run_.ending;
   return component->result;
 }
 
@@ -89,6 +91,8 @@ std::int32_t BookRun::Run() {
       break;
     }
   }
+  // A component that failed is told by its own ending; where it stands in the book is without meaning.
+  if (result != common::kCancelled) run_.ending = Ending::kCompleted;
   host_.documents.Activate(book_);
   return result;
 }

@@ -30,7 +30,7 @@ void PrepareRun(const config::LocalSettings& settings, ColoringRun* run);
 // Runs a command on the active document or book, from its checks to its last message. `report` says whether
 // the user is told and asked. Returns kDone, kNoDocument, kNoElementSelected, kNoActiveScheme, kNoFlowOrRoot,
 // kCancelled, or 0 when it failed; the run's ending tells more. For a book it is the result of the last
-// component. What was marked before a run ended stays marked.
+// component, and the endings of all are in `components`. What was marked before a run ended stays marked.
 std::int32_t RunColoring(ColoringContext& context, Command command, bool report);
 
 // Colors one document, which is uncolored first. Returns as RunColoring does.

@@ -48,6 +48,7 @@ struct ColoredComponent {
   std::string path;
   host::Id document = host::kNone;  // 0: it could not be opened, and was passed over
   std::int32_t result = 0;
+  Ending ending = Ending::kNone;  // its own, whatever became of the others
 };
 
 struct ColoringRun {

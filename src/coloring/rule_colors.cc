@@ -3,16 +3,13 @@
 #include <algorithm>
 #include <array>
 
+#include "schemes/color_names.h"
 #include "schemes/styles.h"
 
 namespace qelm::coloring {
 namespace {
 
 using host::Underlining;
-
-constexpr std::string_view kNoColor = "None";
-constexpr std::string_view kSkip = "<skip>";
-constexpr std::string_view kFromDefinition = "<from EDD>";
 
 // What a style switches on.
 struct Decoration {
@@ -69,12 +66,12 @@ RuleMarks ResolveMarks(host::Catalogs& catalogs, host::Id document, const scheme
   ColorFinder colors(catalogs, document, &marks.missing);
   for (const schemes::Rule& rule : scheme.rules) {
     RuleMark& mark = marks.rules.emplace_back();
-    mark.from_definition = rule.color == kFromDefinition;
-    if (!mark.from_definition && rule.color != kNoColor && rule.color != kSkip) {
+    mark.from_definition = rule.color == schemes::kColorOfDefinition;
+    if (!schemes::IsNoColor(rule.color)) {
       mark.properties.color = colors.Find(rule.color);
       if (mark.properties.color != host::kNone) mark.properties.mask |= host::kColorProperty;
     }
-    if (!rule.background.empty() && rule.background != kNoColor) {
+    if (!schemes::IsNoBackground(rule.background)) {
       mark.properties.background = colors.Find(rule.background);
       if (mark.properties.background != host::kNone) mark.properties.mask |= host::kBackgroundProperty;
     }

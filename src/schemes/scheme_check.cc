@@ -178,7 +178,8 @@ void Checker::CheckColor(Id rule, std::string_view tag) {
     if (tag == "Name") Add(SchemeFault::kColorName, place);
     return;
   }
-  if (document_ == kNone || IsNoColor(color) || host_.catalogs.FindColor(document_, color) != kNone) return;
+  const bool none = tag == "Name" ? IsNoColor(color) : IsNoBackground(color);
+  if (document_ == kNone || none || host_.catalogs.FindColor(document_, color) != kNone) return;
   Add(SchemeFault::kNoSuchColor, place, color);
 }
 

@@ -370,7 +370,7 @@ void Checker::ReadExpressions(const Row& row) {
 }
 
 void Checker::CheckColor(const Row& row, std::string_view color) {
-  if (IsNoColor(color) || host_.catalogs.FindColor(document_, color) != kNone) return;
+  if (host_.catalogs.FindColor(document_, color) != kNone) return;
   Add(TabularFault::kNoSuchColor, &row,
       context_.messenger.Format("QELM_MSG_STGS_CHECK_15", row.number, std::string(color)));
 }
@@ -378,8 +378,8 @@ void Checker::CheckColor(const Row& row, std::string_view color) {
 void Checker::CheckRules() {
   for (std::size_t i = 0; i < rules_.size(); ++i) {
     const Rule& rule = check_.scheme.rules[i];
-    CheckColor(rules_[i], rule.color);
-    CheckColor(rules_[i], rule.background);
+    if (!IsNoColor(rule.color)) CheckColor(rules_[i], rule.color);
+    if (!IsNoBackground(rule.background)) CheckColor(rules_[i], rule.background);
     if (rule.conditions.empty()) {
       Add(TabularFault::kNoConditions, &rules_[i],
           context_.messenger.Format("QELM_MSG_STGS_CHECK_16", rules_[i].number));

@@ -119,6 +119,9 @@ TEST_F(Color, EndsWithTheStatusOfWhatWentWrong) {
        4,
        "XPATH_MAX_MATCHES"},
       {{"color", doc, "--scheme", "Path/Paragraphs", "--selection", "//Q"}, 5, "//Q"},
+      {{"color", doc, "--scheme", "Path/Paragraphs", "--selection", "//P/text()"}, 5, "no element"},
+      {{"color", doc, "--scheme", ""}, 2, "--scheme"},
+      {{"color", doc, "--scheme", "<none>"}, 4, "there is no coloring scheme"},
       {{"color", plain, "--scheme", "Path/Paragraphs"}, 5, "no structure"},
       {{"color", book, "--scheme", "Path/Paragraphs", "-o", doc}, 2, "book"},
       {{"color", book, "--scheme", "Path/Paragraphs", "--selection", "//P"}, 2, "book"},
@@ -142,6 +145,30 @@ TEST_F(Color, BookFilesAreReplacedWhereTheyAre) {
   EXPECT_EQ(result.Json()["components"][1]["changed"], true);
   EXPECT_NE(program.Dump(doc).find("{Red,Underline}one"), std::string::npos);
   EXPECT_NE(program.Dump(program.folder.File("d.mif")).find("{Blue}three"), std::string::npos);
+}
+
+TEST_F(Color, ComponentThatFailsDoesNotKeepTheOthersFromBeingWritten) {
+  const std::string plain = testing::Mif("text");
+  for (const bool last : {false, true}) {
+    program.folder.Write("c.mif", testing::Mif(R"(<Doc><P Audience="admin">one</P></Doc>)"));
+    program.folder.Write("plain.mif", plain);
+    const std::string book =
+        program.folder.Write("b.mif", last ? testing::MifBook({"<c>c.mif", "<c>plain.mif"})
+                                           : testing::MifBook({"<c>plain.mif", "<c>c.mif"}));
+    const ProgramResult result = Run({"color", book, "--scheme", "Review/By audience"});
+    EXPECT_EQ(result.status, 5) << last << result.err;
+    EXPECT_NE(result.out.find("plain.mif: the main flow has no structure"), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find("c.mif: written"), std::string::npos) << result.out;
+    EXPECT_NE(program.Dump(doc).find("{Red,Underline}one"), std::string::npos) << last;
+    EXPECT_EQ(program.folder.Read("plain.mif"), plain);
+  }
+}
+
+TEST_F(Color, ComponentThatCannotBeOpenedIsSomethingFound) {
+  const std::string book = program.folder.Write("b.mif", testing::MifBook({"<c>c.mif", "<c>gone.mif"}));
+  const ProgramResult result = Run({"color", book, "--scheme", "Review/By audience", "--yes"});
+  EXPECT_EQ(result.status, 1) << result.err;
+  EXPECT_NE(result.out.find("gone.mif: cannot be opened"), std::string::npos) << result.out;
 }
 
 TEST_F(Color, FilterTakesItAwayWhenAsked) {

@@ -258,6 +258,7 @@ TEST(Validate, RefusalsNameWhatIsWrong) {
   ValidateProgram program;
   const std::string book = program.folder.Write("b.mif", testing::MifBook({"<c>source.mif"}));
   const std::string flat = program.folder.Write("flat.mif", testing::Mif("no elements"));
+  const std::string before = program.folder.Read("source.mif");
   struct Case {
     std::vector<std::string> arguments;
     int status;
@@ -269,6 +270,13 @@ TEST(Validate, RefusalsNameWhatIsWrong) {
       {{program.source(), "--scheme", "Q/Strict", "--rules", "1,5"}, 2, "from 1 to 4"},
       {{program.source(), "--scheme", "Q/Strict", "--selection", "//P["}, 4, "--selection"},
       {{program.source(), "--scheme", "Q/Strict", "--selection", "//X"}, 5, "selects no element"},
+      {{program.source(), "--scheme", "Q/Strict", "--selection", "//P/text()"}, 5, "selects no element"},
+      {{program.source(), "--scheme", "Q/Strict", "--selection", "//P/@a"}, 5, "selects no element"},
+      {{program.source(), "--scheme", ""}, 2, "--scheme"},
+      {{program.source(), "--scheme", "<none>"}, 4, "there is no validation scheme"},
+      {{program.source(), "--scheme", "Q/Strict", "--rules", ""}, 2, "--rules"},
+      {{program.source(), "--scheme", "Q/Strict", "--report", program.folder.File("r.XML")}, 2, "writes MIF"},
+      {{book, "--scheme", "Q/Strict", "--report", program.source()}, 2, "a file of the book"},
       {{program.source(), "--scheme", "Q/Strict", "--format", "sarif", "--json"}, 2, "exclude"},
       {{book, "--scheme", "Q/Strict", "-o", program.folder.File("out.mif")}, 2, "--in-place"},
       {{flat, "--scheme", "Q/Strict"}, 5, "no elements"},
@@ -278,6 +286,22 @@ TEST(Validate, RefusalsNameWhatIsWrong) {
     EXPECT_EQ(result.status, test.status) << result.err;
     EXPECT_NE(result.err.find(test.message), std::string::npos) << result.err;
   }
+  EXPECT_EQ(program.folder.Read("source.mif"), before) << "no refusal writes over a document";
+}
+
+TEST(Validate, LineBreakInAValueStaysInItsLine) {
+  ValidateProgram program;
+  const std::string file = program.folder.Write("v.xml", "<Doc a=\"A\"><P a=\"x&#10;y\">t</P></Doc>");
+  const ProgramResult result = program.Validate({file, "--scheme", "Q/Strict", "--rules", "1"});
+  EXPECT_NE(result.out.find("\"x\\ny\""), std::string::npos) << result.out;
+}
+
+TEST(Validate, NamesOfComponentsAreWithoutDetours) {
+  ValidateProgram program;
+  const std::string book = program.folder.Write("b.mif", testing::MifBook({"<c>no<c>..<c>gone.mif"}));
+  const json object = program.Validate({book, "--scheme", "Q/Strict", "--json"}).Json();
+  ASSERT_EQ(object["passed_over"].size(), 1U);
+  EXPECT_EQ(object["passed_over"][0], program.folder.File("gone.mif"));
 }
 
 TEST(Validate, CancelledWritesNothing) {
