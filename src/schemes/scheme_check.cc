@@ -11,6 +11,7 @@
 #include "common/utf8.h"
 #include "schemes/color_names.h"
 #include "schemes/expressions.h"
+#include "schemes/scheme_loading.h"
 #include "schemes/settings_tree.h"
 
 namespace qelm::schemes {
@@ -34,7 +35,7 @@ constexpr std::array<std::string_view, 5> kSchemeSwitches = {"SpaceDelimitedVals
 constexpr std::array<std::string_view, 2> kRuleSwitches = {"MatchAll", "Override"};
 
 bool IsUsableName(const std::string& name) {
-  return !name.empty() && name != kNoName && common::CountCharacters(name) <= kNameLimit;
+  return IsSchemeName(name) && common::CountCharacters(name) <= kNameLimit;
 }
 
 class Checker {

@@ -32,8 +32,6 @@ constexpr std::array<KindTraits, 3> kKinds = {{
 
 const KindTraits& TraitsOf(SchemeKind kind) { return kKinds[static_cast<std::size_t>(kind)]; }
 
-bool IsName(std::string_view name) { return !name.empty() && name != kNoName && name != kErrorName; }
-
 // Calls visit(category name, kind, scheme element) for every scheme of the document, in document order, until
 // it returns false.
 template <typename Visit>
@@ -191,9 +189,11 @@ Scheme ReadScheme(SettingsTree& tree, host::Id element, SchemeKind kind) {
 
 }  // namespace
 
+bool IsSchemeName(std::string_view name) { return !name.empty() && name != kNoName && name != kErrorName; }
+
 std::int32_t LoadScheme(xpath::Engine& engine, messages::Messenger& messenger, host::Id main_settings,
                         std::string_view category, std::string_view name, bool report, Scheme* scheme) {
-  if (!IsName(category) || !IsName(name)) return kInvalidNames;
+  if (!IsSchemeName(category) || !IsSchemeName(name)) return kInvalidNames;
   const SchemeKind kind = scheme->kind;
   // The names may be the scheme's own.
   const std::string wanted_category(category);

@@ -14,6 +14,10 @@ inline constexpr std::int32_t kLoaded = common::kDone;
 inline constexpr std::int32_t kSchemeNotFound = common::kSchemeNotFound;
 inline constexpr std::int32_t kInvalidNames = common::kInvalidSchemeNames;
 
+// Whether a category or scheme can be loaded by that name: not empty, "<none>" or the text that stands for a
+// name that could not be read.
+bool IsSchemeName(std::string_view name);
+
 // Loads a scheme of `scheme->kind` into `scheme`. Returns kLoaded; kInvalidNames for names that are empty,
 // "<none>" or no names at all, nothing changed; kSchemeNotFound, with the scheme emptied and its name
 // "<none>", when the document holds none of that name, and then says so when `report` is set.

@@ -9,6 +9,7 @@
 #include "messages/debug_prompts.h"
 #include "schemes/color_names.h"
 #include "schemes/expressions.h"
+#include "schemes/scheme_loading.h"
 #include "schemes/styles.h"
 #include "xpath/error_report.h"
 
@@ -206,9 +207,9 @@ void Checker::ReadName(std::string_view name) {
                                                     : std::string(common::Trim(name.substr(0, slash)));
   scheme.name = slash == std::string_view::npos ? name : common::Trim(name.substr(slash + 1));
   const auto usable = [](const std::string& text) {
-    return !text.empty() && text != kNoName && common::CountCharacters(text) <= common::kNameLimit;
+    return IsSchemeName(text) && common::CountCharacters(text) <= common::kNameLimit;
   };
-  if (usable(scheme.name) && (usable(scheme.category) || slash == std::string_view::npos)) return;
+  if (usable(scheme.name) && usable(scheme.category)) return;
   scheme.name = kNoName;
   Add(TabularFault::kNoSchemeName, nullptr, context_.messenger.Format("QELM_MSG_STGS_CHECK_2", check_.title));
 }

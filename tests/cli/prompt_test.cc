@@ -100,11 +100,15 @@ TEST(Prompt, ATerminalHasCompletionEditingAndHistory) {
     terminal.Type("//Sec\t[@Aud\t='admin']\r");
     EXPECT_TRUE(terminal.Shows("//Section[@Audience='admin']")) << terminal.screen();
     EXPECT_TRUE(terminal.Shows("1 match")) << terminal.screen();
+    // Before the prompt is there the terminal edits the line itself, in its own way.
+    ASSERT_TRUE(terminal.Shows("xpath> ")) << terminal.screen();
     terminal.Type("//Sectiom[]\x1b[D\x1b[D\x7fn\r");  // two to the left, one away: //Section[]
     EXPECT_TRUE(terminal.Shows("XPATH_ERR_EMPTY_PREDICATE")) << terminal.screen();
     EXPECT_TRUE(terminal.Shows("  //Section[]\r\n  ..........^")) << terminal.screen();
+    ASSERT_TRUE(terminal.Shows("xpath> ")) << terminal.screen();
     terminal.Type("\x1b[A\x1b[A\r");
     EXPECT_TRUE(terminal.Shows("1 match")) << "the line before the last is back: " << terminal.screen();
+    ASSERT_TRUE(terminal.Shows("xpath> ")) << terminal.screen();
     terminal.Type(":quit\r");
     EXPECT_EQ(terminal.Status(), 0);
   }
@@ -112,6 +116,7 @@ TEST(Prompt, ATerminalHasCompletionEditingAndHistory) {
   ASSERT_TRUE(later.Shows("xpath> "));
   later.Type("\x1b[A\x1b[A\r");
   EXPECT_TRUE(later.Shows("1 match")) << "lines of earlier sessions are kept: " << later.screen();
+  ASSERT_TRUE(later.Shows("xpath> ")) << later.screen();
   later.Type("\x04");
   EXPECT_EQ(later.Status(), 0);
 }
