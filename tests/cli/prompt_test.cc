@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <pty.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -73,6 +74,18 @@ class Terminal {
       screen_.append(bytes, static_cast<std::size_t>(count));
     }
   }
+  // Waits for the prompt, and until the line is edited by the program: it shows the prompt first, and up to
+  // then the terminal edits the line in its own way.
+  bool Prompts() {
+    if (!Shows("xpath> ")) return false;
+    constexpr int kTries = 20000;
+    for (int i = 0; i < kTries; ++i) {
+      termios mode{};
+      if (::tcgetattr(terminal_, &mode) == 0 && (mode.c_lflag & ICANON) == 0) return true;
+      ::poll(nullptr, 0, 1);
+    }
+    return false;
+  }
   int Status() {
     int status = -1;
     ::waitpid(pid_, &status, 0);
@@ -96,27 +109,26 @@ TEST(Prompt, ATerminalHasCompletionEditingAndHistory) {
   const std::vector<std::string> arguments = {qelm, "--profile", state.path(), "xpath", program.document()};
   {
     Terminal terminal(arguments, state.path());
-    ASSERT_TRUE(terminal.Shows("xpath> ")) << terminal.screen();
+    ASSERT_TRUE(terminal.Prompts()) << terminal.screen();
     terminal.Type("//Sec\t[@Aud\t='admin']\r");
     EXPECT_TRUE(terminal.Shows("//Section[@Audience='admin']")) << terminal.screen();
     EXPECT_TRUE(terminal.Shows("1 match")) << terminal.screen();
-    // Before the prompt is there the terminal edits the line itself, in its own way.
-    ASSERT_TRUE(terminal.Shows("xpath> ")) << terminal.screen();
+    ASSERT_TRUE(terminal.Prompts()) << terminal.screen();
     terminal.Type("//Sectiom[]\x1b[D\x1b[D\x7fn\r");  // two to the left, one away: //Section[]
     EXPECT_TRUE(terminal.Shows("XPATH_ERR_EMPTY_PREDICATE")) << terminal.screen();
     EXPECT_TRUE(terminal.Shows("  //Section[]\r\n  ..........^")) << terminal.screen();
-    ASSERT_TRUE(terminal.Shows("xpath> ")) << terminal.screen();
+    ASSERT_TRUE(terminal.Prompts()) << terminal.screen();
     terminal.Type("\x1b[A\x1b[A\r");
     EXPECT_TRUE(terminal.Shows("1 match")) << "the line before the last is back: " << terminal.screen();
-    ASSERT_TRUE(terminal.Shows("xpath> ")) << terminal.screen();
+    ASSERT_TRUE(terminal.Prompts()) << terminal.screen();
     terminal.Type(":quit\r");
     EXPECT_EQ(terminal.Status(), 0);
   }
   Terminal later(arguments, state.path());
-  ASSERT_TRUE(later.Shows("xpath> "));
+  ASSERT_TRUE(later.Prompts());
   later.Type("\x1b[A\x1b[A\r");
   EXPECT_TRUE(later.Shows("1 match")) << "lines of earlier sessions are kept: " << later.screen();
-  ASSERT_TRUE(later.Shows("xpath> ")) << later.screen();
+  ASSERT_TRUE(later.Prompts()) << later.screen();
   later.Type("\x04");
   EXPECT_EQ(later.Status(), 0);
 }
