@@ -148,6 +148,7 @@ class NullDialogs : public host::Dialogs {
   std::int32_t ValueOf(host::Id, std::int32_t) override { return 0; }
   void SetList(host::Id, std::int32_t, const std::vector<std::string>&) override {}
   void ShowItem(host::Id, std::int32_t, bool) override {}
+  std::string ChooseFile(std::string_view, const std::string&) override { return {}; }
 };
 
 class NullClients : public host::Clients {

@@ -282,6 +282,7 @@ class ObservedDialogs : public Observed<Dialogs> {
   CALL2(std::int32_t, ValueOf, Id, std::int32_t)
   CALL3(void, SetList, Id, std::int32_t, const std::vector<std::string>&)
   CALL3(void, ShowItem, Id, std::int32_t, bool)
+  CALL2(std::string, ChooseFile, std::string_view, const std::string&)
 };
 
 class ObservedClients : public Observed<Clients> {

@@ -24,6 +24,10 @@ class NoDialogs : public host::Dialogs {
   std::int32_t ValueOf(host::Id, std::int32_t) override { return 0; }
   void SetList(host::Id, std::int32_t, const std::vector<std::string>&) override {}
   void ShowItem(host::Id, std::int32_t, bool) override {}
+  std::string ChooseFile(std::string_view title, const std::string&) override {
+    events_.Write("file", {{"title", title}, {"chosen", nullptr}});
+    return {};
+  }
 
  private:
   EventLog& events_;

@@ -64,6 +64,10 @@ class Dialogs {
   virtual std::int32_t ValueOf(Id dialog, std::int32_t item) = 0;
   virtual void SetList(Id dialog, std::int32_t item, const std::vector<std::string>& lines) = 0;
   virtual void ShowItem(Id dialog, std::int32_t item, bool shown) = 0;
+
+  // Lets the user choose a file that exists, beginning at `start` (a file or a folder; empty: the host's own
+  // choice). Returns its absolute path, empty when the user chose none.
+  virtual std::string ChooseFile(std::string_view title, const std::string& start) = 0;
 };
 
 // Other clients of the host.

@@ -1,0 +1,36 @@
+// What a document points to: cross-references, hypertext links, text insets and graphics by reference.
+#pragma once
+
+#include "host/interface/types.h"
+
+namespace qelm::host {
+
+enum class LinkKind : std::uint8_t { kCrossReference, kHypertext, kTextInset, kGraphic };
+
+struct Link {
+  LinkKind kind = LinkKind::kCrossReference;
+  Id object = kNone;    // the cross-reference, marker, inset or graphic
+  Id element = kNone;   // the element that it is or stands in; none outside the structure
+  std::string path;     // the file, absolute and in the platform's form; empty: the document itself
+  std::string target;   // the name in that file; empty: the file as a whole
+  std::string command;  // of a hypertext link: its command word ("gotolink")
+  bool hidden = false;  // it stands in text that is not shown
+};
+
+class Links {
+ public:
+  virtual ~Links() = default;
+
+  // All links of a document, in document order, those outside the structure after the others of their flow.
+  // False with the error code set for an invalid id. `links` is replaced.
+  virtual bool Read(Id document, std::vector<Link>* links) = 0;
+
+  // Points a link to another file (absolute, the platform's form). It is written relative to the place that
+  // the document's own path says. False with the error code set when that is not possible.
+  virtual bool SetPath(Id document, const Link& link, const std::string& path) = 0;
+
+  // Whether the document holds what a link of this kind may name as its target.
+  virtual bool HasTarget(Id document, LinkKind kind, std::string_view target) = 0;
+};
+
+}  // namespace qelm::host
