@@ -27,7 +27,7 @@ std::string AsSettingsPath(const std::string& path) {
 }  // namespace
 
 Plugin::Plugin(host::Host& host_roles)
-    : host(host_roles), messenger(host.user, host.platform), engine(host, messenger) {}
+    : host(host_roles), messenger(host.user, host.platform, &host.dialogs), engine(host, messenger) {}
 
 bool Plugin::Initialize(const StartOptions& options) {
   bool ready = false;
