@@ -215,6 +215,7 @@ void PrepareRun(const config::LocalSettings& settings, FilterRun* run) {
   fresh.show_before_no_restore = settings.filt_show_all_before_restore_filter;
   fresh.unsaved_file_prompt = settings.prompt_filter_unsaved_file_warning;
   fresh.completion_prompt = settings.prompt_post_document_filter_messaging;
+  fresh.delete_empties = settings.filt_delete_book_empties_default;
   fresh.notification_client = std::move(run->notification_client);
   fresh.notify = run->notify;
   *run = std::move(fresh);
