@@ -20,6 +20,9 @@ namespace qelm::messages {
 // The section of the messages.
 inline constexpr std::string_view kGeneralStrings = "General Strings";
 
+// The section of the lines of the status dialog.
+inline constexpr std::string_view kStatusTexts = "Status";
+
 // Why a language file was refused. Line 0: not at a line of its own.
 struct LanguageProblem {
   std::size_t line = 0;

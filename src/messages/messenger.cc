@@ -67,6 +67,16 @@ const std::string& Messenger::Get(std::string_view id) {
   return slot_;
 }
 
+std::string Messenger::Translated(std::string_view section, std::string_view text) const {
+  const std::string* translation = language_.Find(section, text);
+  return translation == nullptr ? std::string(text) : *translation;
+}
+
+void Messenger::ShowStatus(const host::Status& status) {
+  user_.ShowStatus({Translated(kStatusTexts, status.title), Translated(kStatusTexts, status.line1),
+                    Translated(kStatusTexts, status.line2), Translated(kStatusTexts, status.line3)});
+}
+
 std::string Messenger::Compose(std::string_view id, std::string_view body) {
   std::string text = Find(kHeaderId) != nullptr ? Get(kHeaderId) : std::string(kPlainHeader);
   text.append(body);

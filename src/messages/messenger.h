@@ -53,6 +53,13 @@ class Messenger {
     }
   }
 
+  // A text that is its own id (a label, a line of a dialog) in the current language: the text itself where
+  // that section has no translation of it.
+  std::string Translated(std::string_view section, std::string_view text) const;
+
+  // Shows or changes the status dialog, with each line translated through the section "Status".
+  void ShowStatus(const host::Status& status);
+
   // Shows an id's text or a literal text as an alert, or asks it: Ask returns true for yes.
   void Alert(std::string_view id_or_text);
   bool Ask(std::string_view id_or_text);

@@ -82,6 +82,17 @@ TEST_F(MessengerTest, WrongPlaceholdersShowAWrongText) {
   EXPECT_EQ(Messenger::FormatText("%2$s-%1$s", std::string("a"), std::string("b")), "b-a");
 }
 
+TEST_F(MessengerTest, LinesOfTheStatusAreTranslatedWhereTheyCanBe) {
+  const host::Status status{"QELM - Filtering", "Please wait...", "manual.fm", ""};
+  messenger.ShowStatus(status);
+  EXPECT_EQ(user.status, (std::vector<std::string>{"QELM - Filtering", "Please wait...", "manual.fm", ""}));
+  platform.files["lang/German.po"] =
+      "msgctxt \"Status\"\nmsgid \"Please wait...\"\nmsgstr \"Bitte warten\"\n";
+  ASSERT_TRUE(messenger.LoadLanguage("lang", "German"));
+  messenger.ShowStatus(status);
+  EXPECT_EQ(user.status, (std::vector<std::string>{"QELM - Filtering", "Bitte warten", "manual.fm", ""}));
+}
+
 TEST_F(MessengerTest, ADamagedLanguageLeavesTheOneBefore) {
   ASSERT_TRUE(messenger.LoadLanguage("lang", "English"));
   platform.files["lang/German.po"] = "msgid \"A\"\nmsgstr \"open\n";
