@@ -60,6 +60,7 @@ class RecordingUser : public host::UserInterface {
  public:
   std::vector<std::string> notes;
   std::vector<std::string> questions;
+  std::vector<std::string> status;  // the lines shown last, the title first
   std::string console;
   std::int32_t answer = 1;  // 0 yes, 1 no
 
@@ -68,7 +69,9 @@ class RecordingUser : public host::UserInterface {
     questions.emplace_back(text);
     return answer;
   }
-  void ShowStatus(const host::Status&) override {}
+  void ShowStatus(const host::Status& lines) override {
+    status = {lines.title, lines.line1, lines.line2, lines.line3};
+  }
   void HideStatus() override {}
   bool EscPressed() override { return false; }
   void Print(std::string_view text) override { console.append(text); }
