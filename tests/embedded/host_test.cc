@@ -720,16 +720,6 @@ TEST_F(HostTest, TextIsClearedAndTextNodesAreNotElements) {
   EXPECT_EQ(Reread(id), "<Doc><P><Em>b</Em>c</P></Doc>");
 }
 
-TEST_F(HostTest, WhatIsNotSupportedSaysSo) {
-  const Id id = OpenText(Mif("<Doc>a</Doc>"));
-  const auto refused = [&](bool done) {
-    return !done && host.documents.LastError().find("in this version") != std::string::npos;
-  };
-  const Id other = OpenText(Mif("<Doc>b</Doc>"));
-  EXPECT_TRUE(refused(host.documents.ImportFormats(id, other, host::kImportElementDefinitions)));
-  EXPECT_FALSE(host.documents.Switch(id, host::DocumentSwitch::kModified));
-}
-
 // Whatever is done to a document, the file that comes of it reads as the document did.
 TEST_F(HostTest, EditsReadBackAsTheyWereMade) {
   constexpr const char* kNested = R"(<Doc><P>a {Hidden}b{} c {Hidden}d
