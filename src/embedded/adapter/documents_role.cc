@@ -5,6 +5,7 @@
 #include "embedded/adapter/element_properties.h"
 #include "embedded/adapter/file_places.h"
 #include "embedded/adapter/roles.h"
+#include "embedded/model/book_edit.h"
 #include "embedded/model/files.h"
 #include "embedded/model/import_catalogs.h"
 #include "embedded/model/locate.h"
@@ -238,8 +239,10 @@ model::Pieces DocumentsRole::Bytes(OpenFile* file, Format format) {
   model::Pieces pieces;
   if (format != tree.format) {
     pieces.Copy(Converted(tree, format));
-  } else if (file->book || !(file->edited || tree.modified)) {
+  } else if (!(file->edited || tree.modified)) {
     pieces.Refer(tree.source);
+  } else if (file->book) {
+    pieces = model::BookPieces(*file->book);
   } else {
     // Saved before or not: the edits still stand on the source as it was read.
     pieces = format == Format::kXml ? model::XmlPieces(tree) : model::MifPieces(tree);
@@ -298,6 +301,7 @@ bool DocumentsRole::SetPath(Id id, const std::string& named) {
   if (there != host::kNone && there != id) return FailSave(path, "a document of that name is open.");
   file->path = file->Tree().path = path;
   file->identity = Workspace::Identity(path);
+  file->component_paths.clear();
   return true;
 }
 
