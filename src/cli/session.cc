@@ -46,7 +46,7 @@ ScriptedUserInterface::Options Session::UserOptions() {
   return user;
 }
 
-void Session::Start() {
+void Session::Start(bool install) {
   OpenEvents();
   ReadAnswers();
   if (!options_.profile.empty()) platform_.SetEnvironment("APPDATA", options_.profile);
@@ -60,7 +60,8 @@ void Session::Start() {
     return RouteDialogEvent(*plugin_, dialog, item, modifiers);
   });
   user_.SetHeader(kPlainHeader);
-  const StartOptions start = PluginOptions();
+  StartOptions start = PluginOptions();
+  start.install = install || options_.install;
   if (!plugin_->Initialize(start)) {
     const std::string path = options_.main_settings;
     throw Failure(ExitStatus::kFile, path.empty() ? std::string("the plug-in could not be started")

@@ -69,11 +69,6 @@ const std::string& Messenger::Get(std::string_view id) {
   return slot_;
 }
 
-std::string Messenger::Translated(std::string_view section, std::string_view text) const {
-  const std::string* translation = language_.Find(section, text);
-  return translation == nullptr ? std::string(text) : *translation;
-}
-
 void Messenger::ShowStatus(const host::Status& status) {
   user_.ShowStatus({Translated(kStatusTexts, status.title), Translated(kStatusTexts, status.line1),
                     Translated(kStatusTexts, status.line2), Translated(kStatusTexts, status.line3)});
@@ -84,6 +79,11 @@ std::string Messenger::Compose(std::string_view id, std::string_view body) {
   text.append(body);
   if (debug_prompts_) text.append(kIdNote).append(id);
   return text;
+}
+
+std::string Messenger::Translated(std::string_view section, std::string_view english) const {
+  const std::string* text = language_.Find(section, english);
+  return text != nullptr ? *text : std::string(english);
 }
 
 void Messenger::AlertFormatted(std::string_view id, std::string_view text) {

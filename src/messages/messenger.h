@@ -16,6 +16,7 @@
 #include "host/interface/user_interface.h"
 #include "messages/language.h"
 #include "messages/open_dialogs.h"
+#include "messages/placeholders.h"
 
 namespace qelm::messages {
 
@@ -41,6 +42,10 @@ class Messenger {
   // once.
   const std::string& Get(std::string_view id);
 
+  // A visible text of the program, such as the label of a button, in the current language: what the section
+  // has for the English text, and else the English text itself.
+  std::string Translated(std::string_view section, std::string_view english) const;
+
   // The text of the id with its printf placeholders filled. A text whose placeholders do not fit the
   // arguments is returned as it stands.
   template <typename... Arguments>
@@ -49,16 +54,13 @@ class Messenger {
   }
   template <typename... Arguments>
   static std::string FormatText(std::string text, const Arguments&... arguments) {
+    if (!PlaceholdersAreSmall(text)) return text;
     try {
       return fmt::sprintf(text, arguments...);
     } catch (const std::exception&) {
       return text;
     }
   }
-
-  // A text that is its own id (a label, a line of a dialog) in the current language: the text itself where
-  // that section has no translation of it.
-  std::string Translated(std::string_view section, std::string_view text) const;
 
   // Shows or changes the status dialog, with each line translated through the section "Status".
   void ShowStatus(const host::Status& status);
