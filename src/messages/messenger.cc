@@ -67,11 +67,21 @@ const std::string& Messenger::Get(std::string_view id) {
   return slot_;
 }
 
+void Messenger::ShowStatus(const host::Status& status) {
+  user_.ShowStatus({Label(kStatusTexts, status.title), Label(kStatusTexts, status.line1),
+                    Label(kStatusTexts, status.line2), Label(kStatusTexts, status.line3)});
+}
+
 std::string Messenger::Compose(std::string_view id, std::string_view body) {
   std::string text = Find(kHeaderId) != nullptr ? Get(kHeaderId) : std::string(kPlainHeader);
   text.append(body);
   if (debug_prompts_) text.append(kIdNote).append(id);
   return text;
+}
+
+std::string Messenger::Label(std::string_view section, std::string_view english) const {
+  const std::string* text = language_.Find(section, english);
+  return text != nullptr ? *text : std::string(english);
 }
 
 void Messenger::AlertFormatted(std::string_view id, std::string_view text) { user_.Note(Compose(id, text)); }
