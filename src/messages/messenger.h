@@ -76,6 +76,7 @@ class Messenger {
   bool DebugPrompts() const { return debug_prompts_; }
 
   host::UserInterface& User() { return user_; }
+  host::Platform& Platform() { return platform_; }
 
  private:
   // The text of an id; when the current language lacks it, its file is read once more. Null when there is

@@ -1,6 +1,7 @@
 // A platform of files in memory, and a user who is only recorded: for tests of what is read and said.
 #pragma once
 
+#include <algorithm>
 #include <map>
 #include <optional>
 #include <string>
@@ -16,6 +17,7 @@ class MemoryPlatform : public host::Platform {
   std::map<std::string, std::string> files;
   std::map<std::string, std::string, std::less<>> environment;
   int reads = 0;
+  bool read_only = false;
 
   bool FileExists(const std::string& path) override { return files.contains(path); }
   bool FolderExists(const std::string& path) override {
@@ -29,6 +31,7 @@ class MemoryPlatform : public host::Platform {
     return found->second;
   }
   bool ReplaceFileByPieces(const std::string& path, std::span<const std::string_view> pieces) override {
+    if (read_only) return false;
     std::string& content = files[path];
     content.clear();
     for (const std::string_view piece : pieces) content.append(piece);
@@ -44,7 +47,16 @@ class MemoryPlatform : public host::Platform {
   }
   bool RemoveFile(const std::string& path) override { return files.erase(path) > 0; }
   bool MakeFolder(const std::string&) override { return true; }
-  std::vector<std::string> FolderNames(const std::string&) override { return {}; }
+  std::vector<std::string> FolderNames(const std::string& path) override {
+    std::vector<std::string> names;
+    for (auto file = files.lower_bound(path + "/"); file != files.end(); ++file) {
+      if (!file->first.starts_with(path + "/")) break;
+      names.push_back(file->first.substr(path.size() + 1));
+      names.back().resize(std::min(names.back().find('/'), names.back().size()));
+    }
+    names.erase(std::unique(names.begin(), names.end()), names.end());
+    return names;
+  }
   std::string Environment(std::string_view name) override {
     const auto found = environment.find(name);
     return found == environment.end() ? std::string() : found->second;
