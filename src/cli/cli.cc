@@ -191,7 +191,7 @@ ExitStatus RunCommand(Command& command, const Options& options, const Environmen
   ExitStatus status = ExitStatus::kDone;
   try {
     session = std::make_unique<Session>(options, environment);
-    session->Start();
+    session->Start(command.NeedsUserSession());
     const Outcome outcome = command.Run(*session);
     session->ShowNotices();
     status = outcome.status;

@@ -45,7 +45,7 @@ ScriptedUserInterface::Options Session::UserOptions() {
   return user;
 }
 
-void Session::Start() {
+void Session::Start(bool install) {
   OpenEvents();
   ReadAnswers();
   if (!options_.profile.empty()) platform_.SetEnvironment("APPDATA", options_.profile);
@@ -55,7 +55,8 @@ void Session::Start() {
   host_ = std::make_unique<embedded::adapter::EmbeddedHost>(host, user_, dialogs_, clients_, platform_);
   plugin_ = std::make_unique<Plugin>(roles());
   user_.SetHeader(kPlainHeader);
-  const StartOptions start = PluginOptions();
+  StartOptions start = PluginOptions();
+  start.install = install || options_.install;
   if (!plugin_->Initialize(start)) {
     const std::string path = options_.main_settings;
     throw Failure(ExitStatus::kFile, path.empty() ? std::string("the plug-in could not be started")

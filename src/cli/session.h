@@ -25,9 +25,9 @@ class Session {
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
-  // Starts the plug-in. Throws Failure when an option names a file that cannot be used, or the plug-in
-  // refuses.
-  void Start();
+  // Starts the plug-in, as a user's session when `install` or the option of that name is set. Throws Failure
+  // when an option names a file that cannot be used, or the plug-in refuses.
+  void Start(bool install);
 
   // Opens the document or book at `path`, the target of the command. Throws Failure.
   host::Id Open(const std::string& path);

@@ -18,6 +18,7 @@ class MemoryPlatform : public host::Platform {
   std::map<std::string, std::string, std::less<>> environment;
   int reads = 0;
   bool read_only = false;
+  std::int64_t seconds = 0;  // the calendar time
 
   bool FileExists(const std::string& path) override { return files.contains(path); }
   bool FolderExists(const std::string& path) override {
@@ -46,6 +47,11 @@ class MemoryPlatform : public host::Platform {
     return true;
   }
   bool RemoveFile(const std::string& path) override { return files.erase(path) > 0; }
+  bool MoveFile(const std::string& from, const std::string& to) override {
+    if (!files.contains(from)) return false;
+    files[to] = files.at(from);
+    return RemoveFile(from);
+  }
   bool MakeFolder(const std::string&) override { return true; }
   std::vector<std::string> FolderNames(const std::string& path) override {
     std::vector<std::string> names;
@@ -57,11 +63,21 @@ class MemoryPlatform : public host::Platform {
     names.erase(std::unique(names.begin(), names.end()), names.end());
     return names;
   }
+  bool RemoveFolder(const std::string&) override { return true; }
+  std::optional<std::uint64_t> FileSize(const std::string& path) override {
+    const auto found = files.find(path);
+    if (found == files.end()) return std::nullopt;
+    return found->second.size();
+  }
+  std::optional<std::uint64_t> FreeSpace(const std::string&) override { return std::nullopt; }
+  std::string ResolvedPath(const std::string& path) override { return path; }
+  bool SameFile(const std::string& left, const std::string& right) override { return left == right; }
   std::string Environment(std::string_view name) override {
     const auto found = environment.find(name);
     return found == environment.end() ? std::string() : found->second;
   }
   host::LocalTime Now() override { return {}; }
+  std::int64_t CalendarSeconds() override { return seconds; }
   std::int64_t Milliseconds() override { return 0; }
   bool Start(const std::string&, const std::vector<std::string>&) override { return false; }
 };
