@@ -16,9 +16,10 @@ namespace qelm::cli {
 namespace {
 
 constexpr std::array kCommands = {
-    &MakeColorCommand,    &MakeUncolorCommand,    &MakeFilterCommand,  &MakeRestoreCommand,
-    &MakeValidateCommand, &MakeCheckTableCommand, &MakeXPathCommand,   &MakeSchemesCommand,
-    &MakeInfoCommand,     &MakeDumpCommand,       &MakeConvertCommand, &MakeSettingsCommand,
+    &MakeColorCommand,     &MakeUncolorCommand,    &MakeFilterCommand,  &MakeRestoreCommand,
+    &MakeValidateCommand,  &MakeCheckTableCommand, &MakeXPathCommand,   &MakeSchemesCommand,
+    &MakeInfoCommand,      &MakeDumpCommand,       &MakeConvertCommand, &MakeSettingsCommand,
+    &MakeLanguagesCommand,
 };
 
 constexpr std::string_view kDescription =

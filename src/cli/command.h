@@ -73,5 +73,6 @@ std::unique_ptr<Command> MakeInfoCommand();
 std::unique_ptr<Command> MakeDumpCommand();
 std::unique_ptr<Command> MakeConvertCommand();
 std::unique_ptr<Command> MakeSettingsCommand();
+std::unique_ptr<Command> MakeLanguagesCommand();
 
 }  // namespace qelm::cli
