@@ -16,8 +16,9 @@ struct Roles {
         text(MakeText(workspace)),
         catalogs(MakeCatalogs(workspace)),
         tables(MakeTables(workspace)),
+        links(MakeLinks(workspace, *elements)),
         all{*session,  *documents, *books, *elements, *definitions, *editing, *text,
-            *catalogs, *tables,    user,   dialogs,   clients,      platform} {}
+            *catalogs, *tables,    *links, user,      dialogs,      clients,  platform} {}
 
   std::unique_ptr<host::Session> session;
   std::unique_ptr<host::Documents> documents;
@@ -28,6 +29,7 @@ struct Roles {
   std::unique_ptr<host::Text> text;
   std::unique_ptr<host::Catalogs> catalogs;
   std::unique_ptr<host::Tables> tables;
+  std::unique_ptr<host::Links> links;
   host::Host all;
 };
 

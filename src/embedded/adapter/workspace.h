@@ -7,6 +7,7 @@
 #include <set>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "embedded/adapter/embedded_host.h"
@@ -62,6 +63,10 @@ struct DerivedData {
 
   // What the element definitions say of formats.
   std::unique_ptr<model::FormatRules> format_rules;
+
+  // What links may name in the document, as it was at a revision (0: not read), the kind before the name.
+  std::unordered_set<std::string> targets;
+  std::uint64_t targets_revision = 0;
 
   bool backgrounds_noted = false;  // that the document cannot hold them was said
 };
