@@ -16,6 +16,7 @@ class MemoryPlatform : public host::Platform {
   std::map<std::string, std::string> files;
   std::map<std::string, std::string, std::less<>> environment;
   int reads = 0;
+  std::int64_t seconds = 0;  // the calendar time
 
   bool FileExists(const std::string& path) override { return files.contains(path); }
   bool FolderExists(const std::string& path) override {
@@ -50,6 +51,7 @@ class MemoryPlatform : public host::Platform {
     return found == environment.end() ? std::string() : found->second;
   }
   host::LocalTime Now() override { return {}; }
+  std::int64_t CalendarSeconds() override { return seconds; }
   std::int64_t Milliseconds() override { return 0; }
   bool Start(const std::string&, const std::vector<std::string>&) override { return false; }
 };

@@ -98,6 +98,7 @@ class ObservedSession : public Observed<Session> {
   CALL0(std::string_view, PluginFolder)
   CALL0(std::int32_t, MajorVersion)
   CALL0(std::string_view, InterfaceLanguage)
+  CALL1(bool, SetTextEncoding, std::string_view)
   CALL1(void, SetScreenUpdates, bool)
   CALL0(bool, ScreenUpdates)
   CALL1(void, Redisplay, Id)
@@ -306,6 +307,7 @@ class ObservedPlatform : public Observed<Platform> {
   CALL1(std::vector<std::string>, FolderNames, const std::string&)
   CALL1(std::string, Environment, std::string_view)
   CALL0(LocalTime, Now)
+  CALL0(std::int64_t, CalendarSeconds)
   CALL0(std::int64_t, Milliseconds)
   CALL2(bool, Start, const std::string&, const std::vector<std::string>&)
 };

@@ -255,6 +255,8 @@ host::LocalTime PosixPlatform::Now() {
   return {parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday, parts.tm_hour, parts.tm_min, parts.tm_sec};
 }
 
+std::int64_t PosixPlatform::CalendarSeconds() { return std::time(nullptr); }
+
 std::int64_t PosixPlatform::Milliseconds() {
   const auto since_start = std::chrono::steady_clock::now().time_since_epoch();
   return std::chrono::duration_cast<std::chrono::milliseconds>(since_start).count();

@@ -36,6 +36,7 @@ class PosixPlatform : public host::Platform {
 
   std::string Environment(std::string_view name) override;
   host::LocalTime Now() override;
+  std::int64_t CalendarSeconds() override;
   std::int64_t Milliseconds() override;
   bool Start(const std::string& program, const std::vector<std::string>& arguments) override;
 

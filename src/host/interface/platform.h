@@ -46,6 +46,8 @@ class Platform {
   // The value of an environment variable, empty when it is not set.
   virtual std::string Environment(std::string_view name) = 0;
   virtual LocalTime Now() = 0;
+  // The calendar time in seconds since the beginning of 1970, in UTC.
+  virtual std::int64_t CalendarSeconds() = 0;
   // Milliseconds of a clock that never goes back.
   virtual std::int64_t Milliseconds() = 0;
   // Starts an external program and does not wait for it. False when it cannot be started.
