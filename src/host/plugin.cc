@@ -5,6 +5,8 @@
 #include "config/read_settings.h"
 #include "config/settings_paths.h"
 #include "config/startup_language.h"
+#include "host/menus.h"
+#include "host/notifications.h"
 #include "schemes/main_settings.h"
 
 namespace qelm {
@@ -59,11 +61,17 @@ bool Plugin::Start(const StartOptions& options) {
   config::LoadStartupLanguage(host.session, messenger, settings);
 
   ShowStage(host.user, "Retrieving main settings");
-  if (settings.paths.main_settings.empty()) return !named;
+  if (settings.paths.main_settings.empty() && named) return false;
   // Where the one that was named is not to be had, the local copy would stand in for it without a word.
   if (named && settings.paths.main_settings != settings.main_settings_path) return false;
-  main_settings = schemes::OpenMainSettings(host, engine, messenger, settings.paths.main_settings, true);
-  return !named || main_settings != host::kNone;
+  if (!settings.paths.main_settings.empty())
+    main_settings = schemes::OpenMainSettings(host, engine, messenger, settings.paths.main_settings, true);
+  if (named && main_settings == host::kNone) return false;
+
+  ShowStage(host.user, "Creating menu paths");
+  RegisterNotifications(*this);
+  DefineMenus(*this);
+  return true;
 }
 
 }  // namespace qelm

@@ -1,6 +1,8 @@
 // The plug-in: everything that lives for a session, one plain struct a room, and its start.
 #pragma once
 
+#include <bitset>
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
@@ -9,6 +11,8 @@
 #include "coloring/validation_run.h"
 #include "config/local_settings.h"
 #include "filtering/filter_run.h"
+#include "filtering/report/report.h"
+#include "host/commands.h"
 #include "host/interface/host.h"
 #include "messages/messenger.h"
 #include "schemes/scheme.h"
@@ -21,6 +25,12 @@ struct StartOptions {
   std::string local_settings_path;  // empty: QELM_Local_Settings.txt of the settings folder
   std::string main_settings_path;   // empty: as the local settings say
   std::vector<std::pair<std::string, std::string>> settings;  // local settings for this run, over the file's
+};
+
+// What the session knows of the main settings document that it holds (held_settings.h).
+struct HeldSettings {
+  std::string path;            // the one that was looked for last; empty: none yet
+  std::uint64_t revision = 0;  // of the document when the active schemes were loaded from it
 };
 
 class Plugin {
@@ -41,6 +51,9 @@ class Plugin {
   filtering::FilterRun filter_run;
   coloring::ValidationRun validation_run;
   host::Id main_settings = host::kNone;
+  HeldSettings held_settings;
+  filtering::Report report;  // of the last validation
+  std::bitset<kCommandLimit> defined_commands;
 
  private:
   bool Start(const StartOptions& options);

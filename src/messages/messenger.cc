@@ -74,6 +74,11 @@ std::string Messenger::Compose(std::string_view id, std::string_view body) {
   return text;
 }
 
+std::string Messenger::Label(std::string_view section, std::string_view english) const {
+  const std::string* text = language_.Find(section, english);
+  return text != nullptr ? *text : std::string(english);
+}
+
 void Messenger::AlertFormatted(std::string_view id, std::string_view text) { user_.Note(Compose(id, text)); }
 
 bool Messenger::AskFormatted(std::string_view id, std::string_view text) {

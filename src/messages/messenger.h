@@ -38,6 +38,10 @@ class Messenger {
   // once.
   const std::string& Get(std::string_view id);
 
+  // A visible text of the program, such as the label of a button, in the current language: what the section
+  // has for the English text, and else the English text itself.
+  std::string Label(std::string_view section, std::string_view english) const;
+
   // The text of the id with its printf placeholders filled. A text whose placeholders do not fit the
   // arguments is returned as it stands.
   template <typename... Arguments>
