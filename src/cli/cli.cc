@@ -191,7 +191,7 @@ ExitStatus RunCommand(Command& command, const Options& options, const Environmen
   ExitStatus status = ExitStatus::kDone;
   try {
     session = std::make_unique<Session>(options, environment);
-    if (!command.StartsSession()) session->Start();
+    if (!command.StartsSession()) session->Start(command.NeedsUserSession());
     const Outcome outcome = command.Run(*session);
     session->ShowNotices();
     status = outcome.status;

@@ -42,6 +42,9 @@ class Command {
   virtual CLI::App* Define(CLI::App& program) = 0;
   // Whether Run starts the session itself, when it has settled its options.
   virtual bool StartsSession() const { return false; }
+  // Whether it works in a user's session, which prepares the user's folder (StartOptions::install). All
+  // others are quick and write nothing there.
+  virtual bool NeedsUserSession() const { return false; }
   // Runs it. Throws Failure.
   virtual Outcome Run(Session& session) = 0;
 };

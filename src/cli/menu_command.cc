@@ -13,6 +13,7 @@ namespace {
 class MenuCommand : public Command {
  public:
   CLI::App* Define(CLI::App& program) override;
+  bool NeedsUserSession() const override { return true; }
   Outcome Run(Session& session) override;
 
  private:

@@ -92,6 +92,7 @@ class MenusCommand : public Command {
                                 "qelm menus --set QELM_LICENSE_TYPE=INTERNAL"});
   }
 
+  bool NeedsUserSession() const override { return true; }
   Outcome Run(Session& session) override {
     const MenuTree tree(session.user());
     Outcome outcome;

@@ -16,6 +16,7 @@ struct Options {
   std::string profile;
   std::string local_settings;
   std::string main_settings;
+  bool install = false;
   std::vector<std::string> settings;    // KEY=VALUE
   std::vector<std::string> parameters;  // NAME=VALUE
   std::int32_t host_version = 18;

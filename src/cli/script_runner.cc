@@ -115,7 +115,7 @@ void ScriptRunner::Start() {
   session_.user().SetQuiet(true);  // alerts are printed with their step
   session_.TellPlugin();
   session_.UseAnswers(answers_);
-  session_.Start();
+  session_.Start(/*install=*/true);
 }
 
 // Prepared answers are for one step, and come before those of the command line.

@@ -75,7 +75,7 @@ ScriptedUserInterface::Options Session::UserOptions() {
   return user;
 }
 
-void Session::Start() {
+void Session::Start(bool install) {
   OpenEvents();
   ReadAnswers();
   if (!options_.profile.empty()) platform_.SetEnvironment("APPDATA", options_.profile);
@@ -86,7 +86,9 @@ void Session::Start() {
   host_ = std::make_unique<embedded::adapter::EmbeddedHost>(host, user_, dialogs_, clients_, platform_);
   plugin_ = std::make_unique<Plugin>(roles());
   user_.SetHeader(kPlainHeader);
-  entries_ = std::make_unique<Entries>(*plugin_, PluginOptions());
+  StartOptions start = PluginOptions();
+  start.install = install || options_.install;
+  entries_ = std::make_unique<Entries>(*plugin_, std::move(start));
   recorded_entries_ = std::make_unique<RecordedEntries>(*entries_, roles(), events_);
   if (tell_plugin_) host_->Attach(recorded_entries_.get());
   entries_->Initialize(0);

@@ -26,9 +26,9 @@ class Session {
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
-  // Starts the plug-in. Throws Failure when an option names a file that cannot be used, or the plug-in
-  // refuses.
-  void Start();
+  // Starts the plug-in, as a user's session when `install` or the option of that name is set. Throws Failure
+  // when an option names a file that cannot be used, or the plug-in refuses.
+  void Start(bool install);
 
   // From now on the host tells the plug-in of what it asked for, as a host with a user before it does. Before
   // Start it is told from the start on.

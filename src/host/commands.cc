@@ -4,9 +4,9 @@
 #include <array>
 
 #include "host/document_commands.h"
-#include "host/held_settings.h"
 #include "host/help_commands.h"
 #include "host/plugin.h"
+#include "host/session_schemes.h"
 #include "host/settings_commands.h"
 
 namespace qelm {
@@ -54,7 +54,7 @@ constexpr std::array<CommandRow, 38> kCommands = {{
      Edit<MainSettingsPart::kAttributeLibrary>},
     {4, "QELM_Cmd_ColorListEdit", "Colors...", "", kEveryone, Edit<MainSettingsPart::kColorList>},
     {26, "QELM_Cmd_ReadLocalSettings", "Read Local Settings From Settings File...", "", kEveryone,
-     ReadLocalSettingsAgain},
+     ReadLocalSettingsOnCommand},
     {15, "QELM_Cmd_OpenLocalSettings", "Open Local Settings File...", "", kEveryone, OpenLocalSettings},
     {5, "QELM_Cmd_ColorSelection", "Color Selection... (Esc 1 1)", "\\!11", kEveryone,
      Color<Command::kColorSelection>},

@@ -1,10 +1,10 @@
 #include "host/document_commands.h"
 
 #include "coloring/coloring.h"
-#include "coloring/uncoloring.h"
 #include "coloring/validation.h"
 #include "coloring/validation_report.h"
 #include "filtering/restore.h"
+#include "host/contexts.h"
 #include "host/help_commands.h"
 #include "host/plugin.h"
 #include "schemes/scheme_listing.h"
@@ -102,18 +102,6 @@ std::int32_t ValidateOnCommand(Plugin& plugin, ValidationScope scope) {
   report.Save();
   if (target != host::kNone) documents.Activate(target);
   return result;
-}
-
-filtering::FilterContext FilterContextOf(Plugin& plugin) {
-  filtering::FilterContext context{plugin.host, plugin.messenger, plugin.engine, plugin.schemes.filter,
-                                   plugin.filter_run};
-  context.remove_coloring = [&plugin](host::Id document) {
-    coloring::PrepareRun(plugin.settings, &plugin.coloring_run);
-    coloring::ColoringContext uncoloring{plugin.host, plugin.messenger, plugin.engine,
-                                         plugin.schemes.coloring, plugin.coloring_run};
-    return coloring::Uncolor(uncoloring, document);
-  };
-  return context;
 }
 
 template <>

@@ -5,7 +5,7 @@
 #include <cstdint>
 
 #include "coloring/coloring_run.h"
-#include "filtering/document_filter.h"
+#include "filtering/filter_run.h"
 #include "schemes/scheme.h"
 
 namespace qelm {
@@ -22,9 +22,6 @@ std::int32_t ColorOnCommand(Plugin& plugin, coloring::Command command);
 // Validates by the active scheme into the plug-in report, which is then open and saved; what was active stays
 // so. The report of the run before is closed.
 std::int32_t ValidateOnCommand(Plugin& plugin, ValidationScope scope);
-
-// What a filter works with in this plug-in.
-filtering::FilterContext FilterContextOf(Plugin& plugin);
 
 template <filtering::TargetKind kind>
 std::int32_t FilterActive(Plugin& plugin);

@@ -26,7 +26,7 @@ std::string NameOf(const schemes::Scheme& scheme) {
 
 std::int32_t ShowAbout(Plugin& plugin) {
   const auto translated = [&plugin](std::string_view text) {
-    return plugin.messenger.Label(kAboutSection, text);
+    return plugin.messenger.Translated(kAboutSection, text);
   };
   std::string warnings;
   if (plugin.settings.debug_mode != 0) warnings += translated(kDebugMode);

@@ -128,7 +128,7 @@ class MenuBuilder {
   }
 
  private:
-  std::string Label(std::string_view english) { return plugin_.messenger.Label(kSection, english); }
+  std::string Label(std::string_view english) { return plugin_.messenger.Translated(kSection, english); }
   void Keep(std::string_view name, host::Id id) {
     if (id == host::kNone) return Failed(name);
     ids_.emplace(name, id);

@@ -5,7 +5,6 @@
 
 #include "coloring/validation.h"
 #include "host/document_commands.h"
-#include "host/held_settings.h"
 #include "host/plugin.h"
 
 namespace qelm {
@@ -38,6 +37,11 @@ void AutoValidate(Plugin& plugin, host::Id document, host::Id object) {
   coloring::AutoValidate(context, document, object);
 }
 
+void CloseMainSettings(Plugin& plugin) {
+  if (plugin.main_settings != host::kNone) plugin.host.documents.Close(plugin.main_settings, true);
+  plugin.main_settings = host::kNone;
+}
+
 // No call of another client is understood yet; 0 is none of the results that one could get.
 void AnswerCall(Plugin& plugin, std::string_view) { plugin.host.clients.Return(0); }
 
@@ -57,7 +61,7 @@ void HandleNotification(Plugin& plugin, std::int32_t notification, host::Id docu
     case kClientCall:
       return AnswerCall(plugin, text);
     case kCloseMainSettings:
-      return LetGoOfMainSettings(plugin);
+      return CloseMainSettings(plugin);
     case kElementChanged53:
     case kElementChanged57:
     case kElementChanged59:

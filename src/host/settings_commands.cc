@@ -1,12 +1,9 @@
 #include "host/settings_commands.h"
 
-#include "config/read_settings.h"
-#include "host/held_settings.h"
-#include "host/help_commands.h"
+#include "host/main_settings_location.h"
 #include "host/plugin.h"
+#include "host/start_up.h"
 #include "host/text_editor.h"
-#include "schemes/main_settings.h"
-#include "xpath/engine.h"
 
 namespace qelm {
 namespace {
@@ -41,16 +38,8 @@ bool AskToOpen(Plugin& plugin, const char* id, const std::string& path) {
 
 }  // namespace
 
-std::int32_t ReadLocalSettingsAgain(Plugin& plugin) {
-  constexpr std::int32_t kDefault = 0;
-  const auto check = schemes::CheckMainSettingsFile(plugin.host, plugin.engine, plugin.messenger, true);
-  const bool read = config::ReadLocalSettings(plugin.messenger, plugin.host.platform, /*report=*/true, check,
-                                              &plugin.settings);
-  xpath::bw_XPathEngineInit(plugin.engine, kDefault, plugin.settings.xpath_expression_max_length,
-                            plugin.settings.xpath_max_matches);
-  RefreshMainSettings(plugin);
-  if (!read) return 0;
-  plugin.messenger.Alert("QELM_MSG_GEN_25");
+std::int32_t ReadLocalSettingsOnCommand(Plugin& plugin) {
+  ReadLocalSettingsAgain(plugin);
   return common::kDone;
 }
 
@@ -98,6 +87,9 @@ std::int32_t EditMainSettings(Plugin& plugin, MainSettingsPart part) {
   return common::kDone;
 }
 
-std::int32_t ChooseMainSettings(Plugin& plugin) { return TellNotThere(plugin); }
+std::int32_t ChooseMainSettings(Plugin& plugin) {
+  SetMainSettingsLocation(plugin);
+  return common::kDone;
+}
 
 }  // namespace qelm

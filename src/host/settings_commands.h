@@ -10,7 +10,7 @@ class Plugin;
 
 // Reads the local settings file again, with messages, and says that it did. What was switched off for the
 // session stays off, and the active schemes stay the ones that they are.
-std::int32_t ReadLocalSettingsAgain(Plugin& plugin);
+std::int32_t ReadLocalSettingsOnCommand(Plugin& plugin);
 
 // Opens the local settings file in the user's text editor, after saying so.
 std::int32_t OpenLocalSettings(Plugin& plugin);

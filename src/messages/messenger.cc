@@ -67,6 +67,11 @@ const std::string& Messenger::Get(std::string_view id) {
   return slot_;
 }
 
+void Messenger::ShowStatus(const host::Status& status) {
+  user_.ShowStatus({Translated(kStatusTexts, status.title), Translated(kStatusTexts, status.line1),
+                    Translated(kStatusTexts, status.line2), Translated(kStatusTexts, status.line3)});
+}
+
 std::string Messenger::Compose(std::string_view id, std::string_view body) {
   std::string text = Find(kHeaderId) != nullptr ? Get(kHeaderId) : std::string(kPlainHeader);
   text.append(body);
@@ -74,7 +79,7 @@ std::string Messenger::Compose(std::string_view id, std::string_view body) {
   return text;
 }
 
-std::string Messenger::Label(std::string_view section, std::string_view english) const {
+std::string Messenger::Translated(std::string_view section, std::string_view english) const {
   const std::string* text = language_.Find(section, english);
   return text != nullptr ? *text : std::string(english);
 }

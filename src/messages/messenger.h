@@ -15,6 +15,7 @@
 #include "host/interface/platform.h"
 #include "host/interface/user_interface.h"
 #include "messages/language.h"
+#include "messages/placeholders.h"
 
 namespace qelm::messages {
 
@@ -40,7 +41,7 @@ class Messenger {
 
   // A visible text of the program, such as the label of a button, in the current language: what the section
   // has for the English text, and else the English text itself.
-  std::string Label(std::string_view section, std::string_view english) const;
+  std::string Translated(std::string_view section, std::string_view english) const;
 
   // The text of the id with its printf placeholders filled. A text whose placeholders do not fit the
   // arguments is returned as it stands.
@@ -50,12 +51,16 @@ class Messenger {
   }
   template <typename... Arguments>
   static std::string FormatText(std::string text, const Arguments&... arguments) {
+    if (!PlaceholdersAreSmall(text)) return text;
     try {
       return fmt::sprintf(text, arguments...);
     } catch (const std::exception&) {
       return text;
     }
   }
+
+  // Shows or changes the status dialog, with each line translated through the section "Status".
+  void ShowStatus(const host::Status& status);
 
   // Shows an id's text or a literal text as an alert, or asks it: Ask returns true for yes.
   void Alert(std::string_view id_or_text);

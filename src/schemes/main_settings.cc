@@ -34,6 +34,10 @@ bool IsMainSettings(host::Host& host, xpath::Engine& engine, host::Id document) 
   const host::Id root = tree.Root();
   if (root == host::kNone) return false;
   if (std::find(kRoots.begin(), kRoots.end(), tree.Tag(root)) != kRoots.end()) return true;
+  return HasXPathCategories(engine, document);
+}
+
+bool HasXPathCategories(xpath::Engine& engine, host::Id document) {
   return xpath::FindFirst(engine, document, host::kNone, kCheckExpression).element != host::kNone;
 }
 

@@ -55,6 +55,7 @@ HostSession::HostSession(std::vector<std::pair<std::string, std::string>> settin
   plugin_ = std::make_unique<Plugin>(failing_.roles());
   StartOptions options;
   options.settings = std::move(settings);
+  options.install = true;
   entries_ = std::make_unique<Entries>(*plugin_, options);
   {
     const CheckingHost::Entry entry(checking_);

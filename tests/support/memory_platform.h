@@ -44,7 +44,21 @@ class MemoryPlatform : public host::Platform {
     return true;
   }
   bool RemoveFile(const std::string& path) override { return files.erase(path) > 0; }
+  bool MoveFile(const std::string& from, const std::string& to) override {
+    if (!files.contains(from)) return false;
+    files[to] = files.at(from);
+    return RemoveFile(from);
+  }
   bool MakeFolder(const std::string&) override { return true; }
+  bool RemoveFolder(const std::string&) override { return true; }
+  std::optional<std::uint64_t> FileSize(const std::string& path) override {
+    const auto found = files.find(path);
+    if (found == files.end()) return std::nullopt;
+    return found->second.size();
+  }
+  std::optional<std::uint64_t> FreeSpace(const std::string&) override { return std::nullopt; }
+  std::string ResolvedPath(const std::string& path) override { return path; }
+  bool SameFile(const std::string& left, const std::string& right) override { return left == right; }
   std::vector<std::string> FolderNames(const std::string&) override { return {}; }
   std::string Environment(std::string_view name) override {
     const auto found = environment.find(name);
@@ -60,6 +74,7 @@ class RecordingUser : public host::UserInterface {
  public:
   std::vector<std::string> notes;
   std::vector<std::string> questions;
+  std::vector<std::string> status;  // the lines shown last, the title first
   std::string console;
   std::int32_t answer = 1;  // 0 yes, 1 no
 
@@ -68,7 +83,9 @@ class RecordingUser : public host::UserInterface {
     questions.emplace_back(text);
     return answer;
   }
-  void ShowStatus(const host::Status&) override {}
+  void ShowStatus(const host::Status& lines) override {
+    status = {lines.title, lines.line1, lines.line2, lines.line3};
+  }
   void HideStatus() override {}
   bool EscPressed() override { return false; }
   void Print(std::string_view text) override { console.append(text); }

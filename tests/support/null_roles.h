@@ -50,7 +50,9 @@ class NullBooks : public host::Books {
   bool IsGenerated(host::Id, host::Id) override { return false; }
   bool IsExcluded(host::Id, host::Id) override { return false; }
   host::Id ComponentDocument(host::Id, host::Id) override { return 0; }
+  std::string_view EntryText(host::Id, host::Id) override { return {}; }
   bool SetEntryText(host::Id, host::Id, std::string_view) override { return false; }
+  bool SetComponentPath(host::Id, host::Id, const std::string&) override { return false; }
   bool RemoveComponent(host::Id, host::Id) override { return false; }
   bool Update(host::Id, std::uint32_t) override { return false; }
   void ShowErrorLog(host::Id) override {}
