@@ -40,6 +40,9 @@ class Command {
   virtual ~Command() = default;
   // Adds the command with its options and its help. Called once; the command outlives the parser's use.
   virtual CLI::App* Define(CLI::App& program) = 0;
+  // Whether it works in a user's session, which prepares the user's folder (StartOptions::install). All
+  // others are quick and write nothing there.
+  virtual bool NeedsUserSession() const { return false; }
   // Runs it. Throws Failure.
   virtual Outcome Run(Session& session) = 0;
 };
@@ -70,5 +73,6 @@ std::unique_ptr<Command> MakeInfoCommand();
 std::unique_ptr<Command> MakeDumpCommand();
 std::unique_ptr<Command> MakeConvertCommand();
 std::unique_ptr<Command> MakeSettingsCommand();
+std::unique_ptr<Command> MakeLanguagesCommand();
 
 }  // namespace qelm::cli

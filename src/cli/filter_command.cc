@@ -5,9 +5,9 @@
 #include "cli/link_table.h"
 #include "cli/scheme_choice.h"
 #include "cli/session.h"
-#include "coloring/uncoloring.h"
 #include "common/result_codes.h"
 #include "filtering/document_filter.h"
+#include "host/contexts.h"
 
 namespace qelm::cli {
 namespace {
@@ -134,13 +134,7 @@ Outcome FilterCommand::Filter(Session& session, host::Id document, const std::st
   Plugin& plugin = session.plugin();
   filtering::FilterRun& run = plugin.filter_run;
   plugin.host.documents.Activate(document);
-  filtering::FilterContext context{plugin.host, plugin.messenger, plugin.engine, plugin.schemes.filter, run};
-  context.remove_coloring = [&plugin](host::Id filtered) {
-    coloring::PrepareRun(plugin.settings, &plugin.coloring_run);
-    coloring::ColoringContext uncoloring{plugin.host, plugin.messenger, plugin.engine,
-                                         plugin.schemes.coloring, plugin.coloring_run};
-    return coloring::Uncolor(uncoloring, filtered);
-  };
+  filtering::FilterContext context = FilterContextOf(plugin);
   Outcome outcome;
   outcome.result = filtering::FilterActiveDocument(context);
   CheckEnding(run, outcome.result);

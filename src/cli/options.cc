@@ -20,6 +20,8 @@ void DefineOptions(CLI::App& program, Options* options) {
   program
       .add_option("--main-settings", options->main_settings, "Use this main settings document (MIF or XML)")
       ->type_name("FILE");
+  program.add_flag("--install", options->install,
+                   "Start as in FrameMaker: prepare the user's folder, open FILES_TO_OPEN_ON_STARTUP");
   once_each(
       program.add_option("--set", options->settings, "One local setting for this run (may be repeated)"),
       "KEY=VALUE");

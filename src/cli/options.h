@@ -15,6 +15,7 @@ struct Options {
   std::string profile;
   std::string local_settings;
   std::string main_settings;
+  bool install = false;
   std::vector<std::string> settings;    // KEY=VALUE
   std::vector<std::string> parameters;  // NAME=VALUE
   bool yes = false;

@@ -5,6 +5,7 @@
 
 #include "cli/exit_status.h"
 #include "config/read_settings.h"
+#include "host/dialog_events.h"
 #include "xpath/engine.h"
 
 namespace qelm::cli {
@@ -45,7 +46,7 @@ ScriptedUserInterface::Options Session::UserOptions() {
   return user;
 }
 
-void Session::Start() {
+void Session::Start(bool install) {
   OpenEvents();
   ReadAnswers();
   if (!options_.profile.empty()) platform_.SetEnvironment("APPDATA", options_.profile);
@@ -54,8 +55,13 @@ void Session::Start() {
   host.file_error = [this] { return platform_.LastError(); };
   host_ = std::make_unique<embedded::adapter::EmbeddedHost>(host, user_, dialogs_, clients_, platform_);
   plugin_ = std::make_unique<Plugin>(roles());
+  dialogs_.SetFolder(host.plugin_folder);
+  dialogs_.SetEventEntry([this](std::int32_t dialog, std::int32_t item, std::int32_t modifiers) {
+    return RouteDialogEvent(*plugin_, dialog, item, modifiers);
+  });
   user_.SetHeader(kPlainHeader);
-  const StartOptions start = PluginOptions();
+  StartOptions start = PluginOptions();
+  start.install = install || options_.install;
   if (!plugin_->Initialize(start)) {
     const std::string path = options_.main_settings;
     throw Failure(ExitStatus::kFile, path.empty() ? std::string("the plug-in could not be started")

@@ -10,10 +10,10 @@
 #include "cli/environment.h"
 #include "cli/options.h"
 #include "embedded/adapter/clients.h"
-#include "embedded/adapter/dialogs.h"
 #include "embedded/adapter/embedded_host.h"
 #include "embedded/adapter/events.h"
 #include "embedded/adapter/platform.h"
+#include "embedded/adapter/resource_dialogs.h"
 #include "embedded/adapter/user_interface.h"
 #include "host/plugin.h"
 
@@ -25,9 +25,9 @@ class Session {
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
-  // Starts the plug-in. Throws Failure when an option names a file that cannot be used, or the plug-in
-  // refuses.
-  void Start();
+  // Starts the plug-in, as a user's session when `install` or the option of that name is set. Throws Failure
+  // when an option names a file that cannot be used, or the plug-in refuses.
+  void Start(bool install);
 
   // Opens the document or book at `path`, the target of the command. Throws Failure.
   host::Id Open(const std::string& path);
@@ -76,9 +76,9 @@ class Session {
   std::size_t notices_shown_ = 0;
   embedded::adapter::EventLog events_;
   embedded::adapter::PosixPlatform platform_;
-  embedded::adapter::NoDialogs dialogs_{events_};
   embedded::adapter::RecordedClients clients_{events_};
   embedded::adapter::ScriptedUserInterface user_;
+  embedded::adapter::ResourceDialogs dialogs_{user_, platform_, events_};
   std::unique_ptr<embedded::adapter::EmbeddedHost> host_;
   std::unique_ptr<Plugin> plugin_;
 };

@@ -117,7 +117,7 @@ void Driver::Run(const std::vector<FlowRoot>& flows) {
 
 void Driver::ShowProgress() {
   const std::string name = Name();
-  host_.user.ShowStatus(
+  context_.messenger.ShowStatus(
       {"Please wait. Currently processing:", std::string(common::FirstCharacters(name, kStatusNameLimit)),
        ". . .", "Press Esc to cancel"});
 }

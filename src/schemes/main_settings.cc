@@ -34,6 +34,10 @@ bool IsMainSettings(host::Host& host, xpath::Engine& engine, host::Id document) 
   const host::Id root = tree.Root();
   if (root == host::kNone) return false;
   if (std::find(kRoots.begin(), kRoots.end(), tree.Tag(root)) != kRoots.end()) return true;
+  return HasXPathCategories(engine, document);
+}
+
+bool HasXPathCategories(xpath::Engine& engine, host::Id document) {
   return xpath::FindFirst(engine, document, host::kNone, kCheckExpression).element != host::kNone;
 }
 
@@ -51,7 +55,7 @@ host::Id OpenMainSettings(host::Host& host, xpath::Engine& engine, messages::Mes
   }
   if (!host.books.IsBook(document) && IsMainSettings(host, engine, document)) return document;
   if (outcome != host::OpenStatus::kAlreadyOpen) host.documents.Close(document, true);
-  if (report) Report(messenger, path, kWrongContent);
+  if (report) Report(messenger, path, messenger.Translated(messages::kWords, kWrongContent));
   return host::kNone;
 }
 

@@ -335,8 +335,18 @@ TEST_F(HostTest, BooksFindTheirComponents) {
   EXPECT_EQ(host.books.ComponentDocument(book, first), chapter);
   EXPECT_EQ(host.elements.Definition(book, host.elements.Root(book, host.elements.MainFlow(book))),
             host.definitions.FindDefinition(book, "Book"));
+  ASSERT_TRUE(host.books.SetEntryText(book, first, "<none>"));
+  EXPECT_EQ(host.books.EntryText(book, first), "<none>");
+  ASSERT_TRUE(host.books.SetComponentPath(book, second, folder + "/parts/../deep/ch2.mif"));
+  EXPECT_EQ(host.books.ComponentPath(book, second), folder + "/deep/ch2.mif");
+  ASSERT_TRUE(host.books.RemoveComponent(book, first));
+  EXPECT_EQ(host.books.FirstComponent(book), second) << "it keeps its id";
   EXPECT_FALSE(host.books.RemoveComponent(book, first));
-  EXPECT_NE(host.documents.LastError().find("pump.book: a component cannot be taken out"), std::string::npos);
+  EXPECT_TRUE(host.documents.Switch(book, host::DocumentSwitch::kModified));
+  ASSERT_TRUE(host.documents.Save(book, {}));
+  const std::string saved = Content(folder + "/pump.book");
+  EXPECT_EQ(saved.find("ch1.fm"), std::string::npos);
+  EXPECT_NE(saved.find("<c\\>deep<c\\>ch2.mif"), std::string::npos);
 }
 
 TEST_F(HostTest, TheTreeIsInDocumentOrderWithKinds) {
@@ -718,16 +728,6 @@ TEST_F(HostTest, TextIsClearedAndTextNodesAreNotElements) {
   EXPECT_FALSE(host.elements.IsElement(id, text));
   EXPECT_FALSE(host.editing.ClearText(id, {{1, 5}, {1, 2}}));
   EXPECT_EQ(Reread(id), "<Doc><P><Em>b</Em>c</P></Doc>");
-}
-
-TEST_F(HostTest, WhatIsNotSupportedSaysSo) {
-  const Id id = OpenText(Mif("<Doc>a</Doc>"));
-  const auto refused = [&](bool done) {
-    return !done && host.documents.LastError().find("in this version") != std::string::npos;
-  };
-  const Id other = OpenText(Mif("<Doc>b</Doc>"));
-  EXPECT_TRUE(refused(host.documents.ImportFormats(id, other, host::kImportElementDefinitions)));
-  EXPECT_FALSE(host.documents.Switch(id, host::DocumentSwitch::kModified));
 }
 
 // Whatever is done to a document, the file that comes of it reads as the document did.

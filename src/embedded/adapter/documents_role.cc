@@ -5,7 +5,9 @@
 #include "embedded/adapter/element_properties.h"
 #include "embedded/adapter/file_places.h"
 #include "embedded/adapter/roles.h"
+#include "embedded/model/book_edit.h"
 #include "embedded/model/files.h"
+#include "embedded/model/import_catalogs.h"
 #include "embedded/model/locate.h"
 
 namespace qelm::embedded::adapter {
@@ -110,6 +112,7 @@ class DocumentsRole : public host::Documents {
   bool SaveTo(Id id, OpenFile* file, const host::SaveOptions& options);
   model::Pieces Bytes(OpenFile* file, Format format);
   static std::string Converted(const model::Document& tree, Format format);
+  bool ImportFromOther(OpenFile* file, const OpenFile& from, std::uint32_t flags);
 
   Workspace& workspace_;
 };
@@ -236,8 +239,10 @@ model::Pieces DocumentsRole::Bytes(OpenFile* file, Format format) {
   model::Pieces pieces;
   if (format != tree.format) {
     pieces.Copy(Converted(tree, format));
-  } else if (file->book || !(file->edited || tree.modified)) {
+  } else if (!(file->edited || tree.modified)) {
     pieces.Refer(tree.source);
+  } else if (file->book) {
+    pieces = model::BookPieces(*file->book);
   } else {
     // Saved before or not: the edits still stand on the source as it was read.
     pieces = format == Format::kXml ? model::XmlPieces(tree) : model::MifPieces(tree);
@@ -296,6 +301,7 @@ bool DocumentsRole::SetPath(Id id, const std::string& named) {
   if (there != host::kNone && there != id) return FailSave(path, "a document of that name is open.");
   file->path = file->Tree().path = path;
   file->identity = Workspace::Identity(path);
+  file->component_paths.clear();
   return true;
 }
 
@@ -325,16 +331,49 @@ bool DocumentsRole::SetSwitch(Id document, host::DocumentSwitch which, bool on) 
   return true;
 }
 
+// What an import is called in the interface and in the model, and to users.
+struct CatalogName {
+  host::FormatImport flag;
+  model::CatalogBit bit;
+  std::string_view name;
+};
+constexpr CatalogName kCatalogNames[] = {
+    {host::kImportParagraphFormats, model::kParagraphFormatCatalog, "paragraph formats"},
+    {host::kImportCharacterFormats, model::kCharacterFormatCatalog, "character formats"},
+    {host::kImportVariableFormats, model::kVariableCatalog, "variables"},
+    {host::kImportElementDefinitions, model::kDefinitionCatalog, "element definitions"},
+    {host::kImportColors, model::kColorCatalog, "colors"},
+    {host::kImportConditions, model::kConditionCatalog, "conditions"},
+};
+
 bool DocumentsRole::ImportFormats(Id target, Id source, std::uint32_t flags) {
-  OpenFile* file = workspace_.DocumentFile(target);
-  if (file == nullptr) return workspace_.FailId(target);
-  if (workspace_.DocumentFile(source) == nullptr) return workspace_.FailId(source);
-  if (target != source) {
-    return workspace_.Fail(Error::kNotSupported,
-                           file->path + ": formats of another document cannot be imported in this version.");
-  }
+  if (!workspace_.IsDocument(target)) return workspace_.FailId(target);
+  OpenFile* from = workspace_.DocumentFile(source);
+  if (from == nullptr) return workspace_.FailId(source);
+  if (target != source) return ImportFromOther(workspace_.File(target), *from, flags);
   // A document has its own catalogs already; with its element definitions its text is formatted anew.
-  if ((flags & host::kImportElementDefinitions) != 0) ApplyDefinedFormats(file, host::kNone);
+  if ((flags & host::kImportElementDefinitions) != 0) ApplyDefinedFormats(from, host::kNone);
+  return true;
+}
+
+bool DocumentsRole::ImportFromOther(OpenFile* file, const OpenFile& from, std::uint32_t flags) {
+  std::uint32_t catalogs = 0;
+  for (const CatalogName& catalog : kCatalogNames) {
+    if ((flags & catalog.flag) != 0) catalogs |= catalog.bit;
+  }
+  std::uint32_t left_out = 0;
+  std::string why;
+  if (!model::ImportCatalogs(file->document.get(), *from.document, catalogs, &left_out, &why)) {
+    return workspace_.Fail(Error::kRefused, file->path + ": " + why);
+  }
+  file->derived = DerivedData();
+  file->selection = {};
+  MarkEdited(file);
+  for (const CatalogName& catalog : kCatalogNames) {
+    if ((left_out & catalog.bit) == 0) continue;
+    workspace_.Notice(file->path + ": XML has no place for " + std::string(catalog.name) +
+                      "; those of the other document were not imported.");
+  }
   return true;
 }
 

@@ -64,14 +64,7 @@ void SaveElementAttributes(const Document& document, const MifLayout& layout, co
   const std::string text = AttributesStatement(document, layout, element);
   const std::uint32_t begin = element.source + place.begin;
   if (place.found) {
-    const Span old = layout.Removal(begin, element.source + place.end);
-    const bool own_line = old.begin != begin || document.source[old.end - 1] == '\n';
-    if (own_line) {
-      splice->Replace(old.begin, old.end, layout.Lines({text}, layout.Indentation(begin)));
-    } else {
-      splice->Remove(old.begin, old.end);
-      layout.InsertBefore(begin, {text}, splice);
-    }
+    layout.Replace(begin, element.source + place.end, text, splice);
   } else if (place.at_end) {
     layout.InsertAtEnd(begin, {text}, splice);
   } else {

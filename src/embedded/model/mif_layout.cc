@@ -79,6 +79,18 @@ void MifLayout::InsertAtEnd(std::uint32_t close, const std::vector<std::string>&
   Insert(close, 1, statements, splice);
 }
 
+void MifLayout::Replace(std::uint32_t begin, std::uint32_t end, const std::string& statement,
+                        Splice* splice) const {
+  const Span old = Removal(begin, end);
+  const bool own_line = old.begin != begin || source_[old.end - 1] == '\n';
+  if (own_line) {
+    splice->Replace(old.begin, old.end, Lines({statement}, Indentation(begin)));
+  } else {
+    splice->Remove(old.begin, old.end);
+    InsertBefore(begin, {statement}, splice);
+  }
+}
+
 std::uint32_t MifLayout::LineBegin(std::uint32_t at) const {
   const LinePlace place = PlaceOf(at);
   return place.own_line ? place.line_begin : at;

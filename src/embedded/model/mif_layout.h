@@ -31,6 +31,9 @@ class MifLayout {
   // Puts them at the end of a group, before the `>` at `close`.
   void InsertAtEnd(std::uint32_t close, const std::vector<std::string>& statements, Splice* splice) const;
 
+  // Puts one statement in place of the statement [begin, end) and the comment behind it.
+  void Replace(std::uint32_t begin, std::uint32_t end, const std::string& statement, Splice* splice) const;
+
   // The statements as lines with that many blanks before each.
   std::string Lines(const std::vector<std::string>& statements, std::size_t indentation) const;
 

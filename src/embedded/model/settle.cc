@@ -197,7 +197,11 @@ bool NeedsSettling(const Document& document) {
 bool Settle(Document* document) {
   const bool is_xml = document->format == Format::kXml;
   // Whether it counts as modified does not matter: one that was saved has its edits still to be brought in.
-  std::string bytes = (is_xml ? XmlPieces(*document) : MifPieces(*document)).Joined();
+  return ReadAnew(document, (is_xml ? XmlPieces(*document) : MifPieces(*document)).Joined());
+}
+
+bool ReadAnew(Document* document, std::string bytes) {
+  const bool is_xml = document->format == Format::kXml;
   Document after;
   if (is_xml) AddReservedColors(&after);
   after.TakeNamesFrom(document);

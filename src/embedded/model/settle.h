@@ -5,6 +5,8 @@
 // have the number that they had. Text positions become stale. Costs as much as saving and opening.
 #pragma once
 
+#include <string>
+
 #include "embedded/model/document.h"
 
 namespace qelm::embedded::model {
@@ -15,5 +17,9 @@ bool NeedsSettling(const Document& document);
 // After it there are neither additions nor marks. The document counts as modified as before. False when what
 // was written cannot be read again; the document is then as it was.
 bool Settle(Document* document);
+
+// Gives the document other bytes, in which the same elements stand in the same order: what its saved form
+// became by a change of its catalogs, for one. Ids are kept as by Settle; false as there.
+bool ReadAnew(Document* document, std::string bytes);
 
 }  // namespace qelm::embedded::model

@@ -100,7 +100,8 @@ class Documents {
   virtual ViewMode View(Id document) = 0;
   virtual bool SetView(Id document, ViewMode mode) = 0;
 
-  // Takes catalogs over from `source` into `target`, as FormatImport flags say. The two may be the same
+  // Takes catalogs over from `source` into `target`, as FormatImport flags say: entries of the same name are
+  // replaced, others added. Makes views and text positions of the target stale. The two may be the same
   // document: its text then goes back to its defined formats. False with the error code set on failure.
   virtual bool ImportFormats(Id target, Id source, std::uint32_t flags) = 0;
 
