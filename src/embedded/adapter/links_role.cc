@@ -105,8 +105,7 @@ bool LinksRole::SetPath(Id document, const host::Link& link, const std::string& 
   const fs::path own = fs::path(file->path).lexically_normal();
   const fs::path wanted = fs::path(AbsolutePath(path)).lexically_normal();
   const bool inside = wanted == own && link.kind == LinkKind::kCrossReference;
-  const std::string relative =
-      inside ? std::string() : wanted.lexically_relative(own.parent_path()).string();
+  const std::string relative = inside ? std::string() : wanted.lexically_relative(own.parent_path()).string();
   if (!model::SetLinkFile(file->document.get(), static_cast<model::LinkKind>(link.kind), link.object - 1,
                           relative)) {
     return workspace_.FailId(document);

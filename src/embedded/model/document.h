@@ -235,8 +235,9 @@ struct Page {
   bool imports = false;      // graphics are imported on it
 };
 
-// A link that points to another file than the source says (links.h): which statement is replaced by what.
-struct LinkEdit {
+// A statement that is replaced by another one where it stands: the file of a link (links.h), the number of a
+// paragraph (numbering.h). It goes with the statement that it lies in.
+struct Replacement {
   Span place;
   std::string text;
 };
@@ -297,8 +298,8 @@ class Document {
   std::vector<std::uint32_t> source_fonts;
   FontEdits font_edits;
   bool modified = false;
-  bool marked = false;                           // items or rows carry changes (edit.h)
-  std::map<std::uint32_t, LinkEdit> link_edits;  // by where the link's statement begins
+  bool marked = false;                                // items or rows carry changes (edit.h)
+  std::map<std::uint32_t, Replacement> replacements;  // by where the statement around it begins
 
   Additions additions;
   std::int64_t next_unique = 0;  // the next number of a new object; 0: not looked for yet

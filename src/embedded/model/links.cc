@@ -157,8 +157,8 @@ void Walk::Prepare() {
 // A statement as it will be saved.
 std::string_view Walk::Statement(std::uint32_t begin, std::uint32_t end) {
   const std::string_view statement = document_.At(Span{begin, end});
-  const auto edit = document_.link_edits.find(begin);
-  if (edit == document_.link_edits.end()) return statement;
+  const auto edit = document_.replacements.find(begin);
+  if (edit == document_.replacements.end()) return statement;
   edited_ = statement;
   const Span place = edit->second.place;
   edited_.replace(place.begin - begin, place.end - place.begin, edit->second.text);
@@ -188,7 +188,8 @@ void Walk::WalkFlow(Id id) {
   const Flow& flow = document_.flows[id];
   floor_ = around_.size();
   if (targets_ != nullptr && !flow.name.empty()) {
-    targets_->push_back({LinkKind::kTextInset, std::string(flow.name), 0, TargetState::kShown});
+    targets_->push_back(
+        {LinkKind::kTextInset, std::string(flow.name), 0, TargetState::kShown, flow.first_item});
   }
   const std::size_t first = links_ == nullptr ? 0 : links_->size();
   for (std::uint32_t i = flow.first_item; i < flow.end_item; ++i) Visit(document_.items[i]);
@@ -414,7 +415,8 @@ void Walk::AddTarget(LinkKind kind, std::string name, const Item& item, Id eleme
   const TargetState state = gone             ? TargetState::kDeleted
                             : IsHidden(item) ? TargetState::kHidden
                                              : TargetState::kShown;
-  targets_->push_back({kind, std::move(name), element, state});
+  const auto place = static_cast<std::uint32_t>(&item - document_.items.data());
+  targets_->push_back({kind, std::move(name), element, state, place});
 }
 
 }  // namespace
@@ -431,6 +433,19 @@ std::vector<LinkTarget> ReadTargets(const Document& document) {
   return targets;
 }
 
+ReferenceStatement ReadReference(const Document& document, std::uint32_t statement) {
+  const std::string_view bytes = std::string_view(document.source).substr(statement);
+  std::array<Leaf, 1> name{Leaf{"XRefName"}};
+  ReadLeaves(bytes, &name);
+  const auto [text, is_element, file] = ReferenceLeaves(bytes);
+  ReferenceStatement result;
+  result.format = mif::DecodeString(name[0].data, document.encoding);
+  result.source_text = mif::DecodeString(text.data, document.encoding);
+  result.file = PlatformPath(mif::DecodeString(file.data, document.encoding));
+  result.target = TargetOfSourceText(result.source_text, is_element.data == "Yes");
+  return result;
+}
+
 std::string_view TargetOfSourceText(std::string_view source_text, bool is_element) {
   return is_element ? source_text.substr(0, source_text.find(':')) : source_text;
 }
@@ -443,8 +458,8 @@ Span PlaceOf(const Document& document, std::string_view bytes) {
 }
 
 // A leaf with another string, the rest of it as it stands.
-LinkEdit WithString(const Document& document, const Leaf& leaf, std::string_view text) {
-  LinkEdit edit;
+Replacement WithString(const Document& document, const Leaf& leaf, std::string_view text) {
+  Replacement edit;
   edit.place = PlaceOf(document, leaf.statement);
   edit.text = leaf.statement;
   const auto at = static_cast<std::size_t>(leaf.data.data() - leaf.statement.data());
@@ -453,8 +468,8 @@ LinkEdit WithString(const Document& document, const Leaf& leaf, std::string_view
 }
 
 // A cross-reference without a statement for the file gets one behind its text.
-LinkEdit WithNewFile(const Document& document, const Leaf& text, std::string_view path) {
-  LinkEdit edit;
+Replacement WithNewFile(const Document& document, const Leaf& text, std::string_view path) {
+  Replacement edit;
   edit.place = PlaceOf(document, text.statement);
   edit.text = text.statement;
   edit.text.append(" <XRefSrcFile `").append(mif::Encode(path, document.encoding)).append("'>");
@@ -462,7 +477,7 @@ LinkEdit WithNewFile(const Document& document, const Leaf& text, std::string_vie
 }
 
 bool EditOf(const Document& document, LinkKind kind, std::uint32_t statement, std::string_view path,
-            LinkEdit* edit) {
+            Replacement* edit) {
   const std::string_view bytes = std::string_view(document.source).substr(statement);
   const std::string independent = DeviceIndependentPath(path);
   switch (kind) {
@@ -507,12 +522,12 @@ bool SetLinkFile(Document* document, LinkKind kind, std::uint32_t statement, std
   mif::Reader reader(std::string_view(document->source).substr(statement));
   const bool is_link = reader.Next() && reader.begin() == 0 && reader.kind() == mif::Piece::kGroup &&
                        reader.name() == kStatements[static_cast<std::size_t>(kind)];
-  LinkEdit edit;
+  Replacement edit;
   if (!is_link || !EditOf(*document, kind, statement, path, &edit)) return false;
   if (edit.text == document->At(edit.place)) {
-    document->link_edits.erase(statement);
+    document->replacements.erase(statement);
   } else {
-    document->link_edits.insert_or_assign(statement, std::move(edit));
+    document->replacements.insert_or_assign(statement, std::move(edit));
   }
   return true;
 }

@@ -36,6 +36,7 @@ struct LinkTarget {
   std::string name;
   Id element = 0;  // that it is or stands in
   TargetState state = TargetState::kShown;
+  std::uint32_t item = 0;  // where it stands
 };
 
 // What links may name, in the order of the document: unique ids of elements and markers of cross-references,
@@ -44,6 +45,15 @@ std::vector<LinkTarget> ReadTargets(const Document& document);
 
 // The part of a cross-reference's source text that names its target: of an element its id, else all of it.
 std::string_view TargetOfSourceText(std::string_view source_text, bool is_element);
+
+// What a cross-reference's statement says.
+struct ReferenceStatement {
+  std::string format;  // the name of the format that makes its text
+  std::string source_text;
+  std::string file;    // a path with "/"
+  std::string target;  // the part of the source text that names it
+};
+ReferenceStatement ReadReference(const Document& document, std::uint32_t statement);
 
 // Points the link whose statement begins there to another file: a path with "/", relative to the document's
 // folder or absolute, empty for the document itself. False when there is no such link in the source.

@@ -73,7 +73,7 @@ Pieces MifSaver::Run() {
   }
   RepairParagraphStates();
   SaveAttributes();
-  for (const auto& [statement, edit] : document_.link_edits) {
+  for (const auto& [statement, edit] : document_.replacements) {
     splice_.ReplaceWhatStays(edit.place.begin, edit.place.end, edit.text);
   }
   return splice_.Apply(document_.source);

@@ -191,7 +191,7 @@ void IdKeeper::KeepCatalogs() {
 }  // namespace
 
 bool NeedsSettling(const Document& document) {
-  return document.marked || document.additions.Pending() || !document.link_edits.empty();
+  return document.marked || document.additions.Pending() || !document.replacements.empty();
 }
 
 bool Settle(Document* document) {
