@@ -231,6 +231,11 @@ std::int32_t FilterActiveDocument(FilterContext& context) {
   context.run.result_document = filter.document();
   filter.Conclude();
   const bool done = context.run.ending == Ending::kCompleted;
+  if (done) {
+    DanglingReferences references(context.host, true);
+    references.Add(filter.document(), context.run.would_go);
+    context.run.dangling = references.Find();
+  }
   if (notify) {
     Notify(context.host.clients, context.run, done ? "QELM_Filter_Complete" : "QELM_Filter_Cancelled");
   }

@@ -4,8 +4,10 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "common/result_codes.h"
+#include "filtering/dangling.h"
 #include "host/interface/types.h"
 
 namespace qelm::filtering {
@@ -91,6 +93,9 @@ struct FilterRun {
   std::uint64_t hidden = 0;
   std::uint64_t deleted = 0;
   std::uint64_t left = 0;  // failed the scheme, but could not be hidden
+
+  std::vector<host::Id> would_go;           // of a dry run: the elements that failed the scheme
+  std::vector<DanglingReference> dangling;  // references in what is left to what went
 };
 
 }  // namespace qelm::filtering

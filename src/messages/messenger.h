@@ -82,6 +82,7 @@ class Messenger {
   // The host's dialogs, null where it has none, and those of the plug-in that are open.
   host::Dialogs* HostDialogs() { return dialogs_; }
   OpenDialogs& Open() { return open_; }
+  host::Platform& Platform() { return platform_; }
 
  private:
   // The text of an id; when the current language lacks it, its file is read once more. Null when there is

@@ -138,6 +138,20 @@ class NullTables : public host::Tables {
   bool SetInsetLocked(host::Id, host::Id, bool) override { return false; }
 };
 
+class NullLinks : public host::Links {
+ public:
+  bool Read(host::Id, std::vector<host::Link>* links) override {
+    links->clear();
+    return false;
+  }
+  bool ReadTargets(host::Id, std::vector<host::LinkTarget>* targets) override {
+    targets->clear();
+    return false;
+  }
+  bool SetPath(host::Id, const host::Link&, const std::string&) override { return false; }
+  bool HasTarget(host::Id, host::LinkKind, std::string_view) override { return false; }
+};
+
 class NullDialogs : public host::Dialogs {
  public:
   host::Id OpenDialog(std::string_view) override { return 0; }

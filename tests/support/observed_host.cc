@@ -256,6 +256,15 @@ class ObservedTables : public Observed<Tables> {
   CALL3(bool, SetInsetLocked, Id, Id, bool)
 };
 
+class ObservedLinks : public Observed<Links> {
+ public:
+  using Observed::Observed;
+  CALL2(bool, Read, Id, std::vector<Link>*)
+  CALL2(bool, ReadTargets, Id, std::vector<LinkTarget>*)
+  CALL3(bool, SetPath, Id, const Link&, const std::string&)
+  CALL3(bool, HasTarget, Id, LinkKind, std::string_view)
+};
+
 class ObservedUser : public Observed<UserInterface> {
  public:
   using Observed::Observed;
@@ -335,6 +344,7 @@ struct ObservedHost::Roles {
         text(inner.text, observer, "Text"),
         catalogs(inner.catalogs, observer, "Catalogs"),
         tables(inner.tables, observer, "Tables"),
+        links(inner.links, observer, "Links"),
         user(inner.user, observer, "UserInterface"),
         dialogs(inner.dialogs, observer, "Dialogs"),
         clients(inner.clients, observer, "Clients"),
@@ -349,12 +359,13 @@ struct ObservedHost::Roles {
   ObservedText text;
   ObservedCatalogs catalogs;
   ObservedTables tables;
+  ObservedLinks links;
   ObservedUser user;
   ObservedDialogs dialogs;
   ObservedClients clients;
   ObservedPlatform platform;
   Host host{session,  documents, books, elements, definitions, editing, text,
-            catalogs, tables,    user,  dialogs,  clients,     platform};
+            catalogs, tables,    links, user,     dialogs,     clients, platform};
 };
 
 ObservedHost::ObservedHost(Host& inner, CallObserver& observer)

@@ -77,6 +77,8 @@ class ScriptedUserInterface : public host::UserInterface {
   std::ostream& Messages();
   // A text at the start of every alert and question that is not repeated when they are shown or collected.
   void SetHeader(std::string header) { header_ = std::move(header); }
+  // Alerts are collected, and from now on not shown, or shown again.
+  void SetQuiet(bool quiet) { options_.quiet = quiet; }
   // Where console text goes; without a stream it is shown among the messages.
   void SetConsole(std::ostream* console) { console_ = console; }
 
