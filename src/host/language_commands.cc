@@ -45,7 +45,9 @@ bool UseLanguage(Plugin& plugin, std::string_view name) {
   const LanguagePlace place = config::FindLanguage(plugin.host.platform, plugin.settings.paths, name);
   const std::string before = messenger.LanguageName();
   if (place.folder.empty()) {
-    ReportFailure(messenger, name, {.result = LanguageResult::kNotThere});
+    LanguageOutcome outcome;
+    outcome.result = LanguageResult::kNotThere;
+    ReportFailure(messenger, name, outcome);
     return false;
   }
   if (!messenger.LoadLanguage(place.folder, name)) {
