@@ -98,15 +98,15 @@ TEST(UseLanguage, HoldsForTheSessionOrLeavesTheOneBefore) {
 
 TEST(CreateLanguageFile, ANewLanguageWorksAtOnce) {
   Session session;
-  CreateLanguageFile(*session.plugin, "French");
+  CreateLanguageNamed(*session.plugin, "French");
   EXPECT_TRUE(session.Said("made " + session.folder.File("languages/French.po") + " 12"));
   ASSERT_TRUE(UseLanguage(*session.plugin, "French"));
   EXPECT_EQ(session.plugin->messenger.Get("QELM_MSG_GEN_10"), "No document.");
 
   const std::string before = session.folder.Read("languages/French.po");
-  CreateLanguageFile(*session.plugin, "FRENCH");
+  CreateLanguageNamed(*session.plugin, "FRENCH");
   EXPECT_TRUE(session.Said("exists " + session.folder.File("languages/French.po")));
-  CreateLanguageFile(*session.plugin, "../French");
+  CreateLanguageNamed(*session.plugin, "../French");
   EXPECT_TRUE(session.Said("name ../French"));
   EXPECT_EQ(session.folder.Read("languages/French.po"), before);
 }
