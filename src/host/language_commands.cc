@@ -7,6 +7,7 @@
 #include "common/text.h"
 #include "config/language_files.h"
 #include "host/dialog_events.h"
+#include "host/text_editor.h"
 #include "messages/dialog.h"
 #include "messages/drop_down.h"
 
@@ -132,9 +133,7 @@ std::int32_t OpenLanguageFiles(Plugin& plugin) {
     paths.push_back(messenger.LanguageFile());
   }
   for (const std::string& path : paths) {
-    if (plugin.host.platform.Start(plugin.settings.notepad_exe_path, {path})) continue;
-    messenger.Alert("QELM_MSG_GEN_24");
-    return 0;
+    if (!OpenInTextEditor(plugin, path, "QELM_MSG_GEN_24")) return 0;
   }
   return common::kDone;
 }
