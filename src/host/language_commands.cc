@@ -51,6 +51,12 @@ std::int32_t ReportFailure(messages::Messenger& messenger, std::string_view name
   return 0;
 }
 
+std::int32_t ReportMissing(messages::Messenger& messenger, std::string_view name) {
+  LanguageOutcome outcome;
+  outcome.result = LanguageResult::kNotThere;
+  return ReportFailure(messenger, name, outcome);
+}
+
 // Lets the user write the name of a new language.
 std::optional<std::string> AskName(messages::Messenger& messenger) {
   enum Item : std::int32_t { kText, kAccept, kClose, kItemCount };
@@ -76,6 +82,7 @@ std::int32_t SetLanguage(Plugin& plugin) {
     if (place.name == messenger.LanguageName()) current = static_cast<std::int32_t>(names.size());
     names.push_back(place.name);
   }
+  if (names.empty()) return ReportMissing(messenger, config::kEnglish);
   const std::string title = messenger.Translated(messages::kDialogStrings, "Set Language");
   const std::int32_t chosen = messages::ChooseEntry(messenger, title, names, current);
   return chosen < 0 ? 0 : UseLanguage(plugin, names[static_cast<std::size_t>(chosen)]);
@@ -91,9 +98,7 @@ std::int32_t UseLanguage(Plugin& plugin, std::string_view name) {
   const LanguagePlace place = config::FindLanguage(plugin.host.platform, plugin.settings.paths, name);
   const std::string before = messenger.LanguageName();
   if (place.folder.empty()) {
-    LanguageOutcome outcome;
-    outcome.result = LanguageResult::kNotThere;
-    return ReportFailure(messenger, name, outcome);
+    return ReportMissing(messenger, name);
   }
   if (!messenger.LoadLanguage(place.folder, name)) {
     Alert(messenger, kCannotBeUsed, place.name, messenger.LanguageProblemText(), before);
@@ -128,10 +133,12 @@ std::int32_t UpdateLanguageFile(Plugin& plugin) {
 std::int32_t OpenLanguageFiles(Plugin& plugin) {
   messages::Messenger& messenger = plugin.messenger;
   const LanguagePlace english{std::string(config::kEnglish), config::ShippedLanguages(plugin.settings.paths)};
-  std::vector<std::string> paths = {english.Path()};
-  if (messenger.LanguageActive() && messenger.LanguageFile() != paths.front()) {
+  std::vector<std::string> paths;
+  if (plugin.host.platform.FileExists(english.Path())) paths.push_back(english.Path());
+  if (messenger.LanguageActive() && messenger.LanguageFile() != english.Path()) {
     paths.push_back(messenger.LanguageFile());
   }
+  if (paths.empty()) return ReportMissing(messenger, config::kEnglish);
   for (const std::string& path : paths) {
     if (!OpenInTextEditor(plugin, path, "QELM_MSG_GEN_24")) return 0;
   }
