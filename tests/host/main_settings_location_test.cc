@@ -41,7 +41,7 @@ class MainSettingsLocation : public ::testing::Test {
   }
 
   UserSession session;
-  std::string local_copy = session.UserFile(kLocalCopy);
+  std::string local_copy = session.WriteUserFile(kLocalCopy, testing::MainSettingsXml());
   std::string team = session.folder.Write("team.xml", testing::MainSettingsXml());
 };
 
