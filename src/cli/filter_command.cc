@@ -2,6 +2,7 @@
 #include <CLI/CLI.hpp>
 
 #include "cli/command.h"
+#include "cli/link_table.h"
 #include "cli/scheme_choice.h"
 #include "cli/session.h"
 #include "common/result_codes.h"
@@ -138,11 +139,17 @@ Outcome FilterCommand::Filter(Session& session, host::Id document, const std::st
   outcome.result = filtering::FilterActiveDocument(context);
   CheckEnding(run, outcome.result);
   if (!dry_run_) outcome.output = session.Save(document, output);
-  outcome.members = {
-      {"scheme", scheme_},        {"mode", ModeName(run.mode)}, {"dry_run", dry_run_},
-      {"elements", run.elements}, {"kept", run.kept},           {"hidden", run.hidden},
-      {"deleted", run.deleted},   {"left", run.left},           {"root_filtered", run.root_filtered}};
-  outcome.text = Summary(run, outcome.output);
+  outcome.members = {{"scheme", scheme_},
+                     {"mode", ModeName(run.mode)},
+                     {"dry_run", dry_run_},
+                     {"elements", run.elements},
+                     {"kept", run.kept},
+                     {"hidden", run.hidden},
+                     {"deleted", run.deleted},
+                     {"left", run.left},
+                     {"root_filtered", run.root_filtered},
+                     {"dangling", DanglingJson(run.dangling)}};
+  outcome.text = Summary(run, outcome.output) + DanglingText(run.dangling);
   return outcome;
 }
 

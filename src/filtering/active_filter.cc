@@ -215,6 +215,7 @@ void PrepareRun(const config::LocalSettings& settings, FilterRun* run) {
   fresh.show_before_no_restore = settings.filt_show_all_before_restore_filter;
   fresh.unsaved_file_prompt = settings.prompt_filter_unsaved_file_warning;
   fresh.completion_prompt = settings.prompt_post_document_filter_messaging;
+  fresh.delete_empties = settings.filt_delete_book_empties_default;
   fresh.notification_client = std::move(run->notification_client);
   fresh.notify = run->notify;
   *run = std::move(fresh);
@@ -230,6 +231,11 @@ std::int32_t FilterActiveDocument(FilterContext& context) {
   context.run.result_document = filter.document();
   filter.Conclude();
   const bool done = context.run.ending == Ending::kCompleted;
+  if (done) {
+    DanglingReferences references(context.host, true);
+    references.Add(filter.document(), context.run.would_go);
+    context.run.dangling = references.Find();
+  }
   if (notify) {
     Notify(context.host.clients, context.run, done ? "QELM_Filter_Complete" : "QELM_Filter_Cancelled");
   }

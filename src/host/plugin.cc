@@ -7,7 +7,10 @@
 namespace qelm {
 
 Plugin::Plugin(host::Host& host_roles)
-    : host(host_roles), messenger(host.user, host.platform), debug_log(host), engine(host, messenger) {}
+    : host(host_roles),
+      messenger(host.user, host.platform, &host.dialogs),
+      debug_log(host),
+      engine(host, messenger) {}
 
 bool Plugin::Initialize(const StartOptions& options) {
   bool ready = false;

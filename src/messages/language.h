@@ -24,6 +24,9 @@ inline constexpr std::string_view kGeneralStrings = "General Strings";
 // The section of the lines of the status dialog.
 inline constexpr std::string_view kStatusTexts = "Status";
 
+// The section of the words and sentences of the plug-in that are put into messages.
+inline constexpr std::string_view kWords = "Words";
+
 class Language {
  public:
   // Replaces all texts by those of a PO file with this content. False, with `problem` filled and the texts as

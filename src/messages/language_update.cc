@@ -98,6 +98,39 @@ LanguageEntry Revived(const LanguageEntry& english, const LanguageEntry& obsolet
   return entry;
 }
 
+// A text as a string of the file.
+std::string Quoted(std::string_view text) {
+  std::string escaped = common::ReplaceAll(text, "\\", "\\\\");
+  escaped = common::ReplaceAll(escaped, "\"", "\\\"");
+  return "\"" + common::ReplaceAll(escaped, "\n", "\\n") + "\"";
+}
+
+// The header of a new file: the English one, but for what is a language's own.
+LanguageEntry Header(const LanguageEntry& english, const NewLanguage& language) {
+  const std::pair<std::string_view, std::string_view> fields[] = {{"Language: ", language.code},
+                                                                  {"Language-Team: ", language.name},
+                                                                  {"Last-Translator: ", ""},
+                                                                  {"PO-Revision-Date: ", language.date}};
+  Lines lines("\n");
+  lines.Add("# The " + language.name + " texts of QELM.");
+  bool first = true;
+  for (const std::string_view line : SourceLines(english)) {
+    if (line.starts_with('#') && !std::exchange(first, false)) lines.Add(line);
+  }
+  lines.Add("msgid \"\"");
+  lines.Add("msgstr \"\"");
+  for (const std::string_view line : common::SplitLines(english.text)) {
+    std::string text(line);
+    for (const auto& [field, value] : fields) {
+      if (line.starts_with(field)) text = std::string(field).append(value);
+    }
+    lines.Add(Quoted(text + "\n"));
+  }
+  LanguageEntry header = english;
+  header.source = lines.Take();
+  return header;
+}
+
 // What is to be put into a file: behind which of its entries.
 struct Additions {
   std::vector<std::vector<LanguageEntry>> behind;  // [0] before the first entry, [i + 1] behind entry i
@@ -141,34 +174,11 @@ UpdateCounts AddMissingEntries(const LanguageFile& english, LanguageFile* file) 
 }
 
 LanguageFile MakeLanguageFile(const LanguageFile& english, const NewLanguage& language) {
-  // The fields of the header that are another language's own.
-  const std::pair<std::string_view, std::string> fields[] = {
-      {"\"Language: ", language.code},
-      {"\"Language-Team: ", language.name},
-      {"\"Last-Translator: ", ""},
-      {"\"PO-Revision-Date: ", language.date},
-  };
   LanguageFile file;
   std::vector<LanguageEntry> entries;
   for (const LanguageEntry& entry : english.Entries()) {
     if (entry.obsolete || entry.fuzzy) continue;
-    if (!entry.id.empty()) {
-      entries.push_back(Untranslated(entry, true, file.LineEnd()));
-      continue;
-    }
-    Lines lines(file.LineEnd());
-    LanguageEntry header = entry;
-    const std::vector<std::string_view> source = SourceLines(entry);
-    for (std::size_t i = 0; i < source.size(); ++i) {
-      std::string line(source[i]);
-      if (i == 0 && line.starts_with("# ")) line = "# The " + language.name + " texts of QELM.";
-      for (const auto& [field, value] : fields) {
-        if (line.starts_with(field)) line = std::string(field).append(value).append("\\n\"");
-      }
-      lines.Add(line);
-    }
-    header.source = lines.Take();
-    entries.push_back(std::move(header));
+    entries.push_back(entry.id.empty() ? Header(entry, language) : Untranslated(entry, true, file.LineEnd()));
   }
   file.SetEntries(std::move(entries));
   return file;

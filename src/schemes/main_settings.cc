@@ -55,7 +55,7 @@ host::Id OpenMainSettings(host::Host& host, xpath::Engine& engine, messages::Mes
   }
   if (!host.books.IsBook(document) && IsMainSettings(host, engine, document)) return document;
   if (outcome != host::OpenStatus::kAlreadyOpen) host.documents.Close(document, true);
-  if (report) Report(messenger, path, kWrongContent);
+  if (report) Report(messenger, path, messenger.Translated(messages::kWords, kWrongContent));
   return host::kNone;
 }
 

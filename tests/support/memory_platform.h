@@ -1,6 +1,7 @@
 // A platform of files in memory, and a user who is only recorded: for tests of what is read and said.
 #pragma once
 
+#include <algorithm>
 #include <map>
 #include <optional>
 #include <string>
@@ -16,6 +17,7 @@ class MemoryPlatform : public host::Platform {
   std::map<std::string, std::string> files;
   std::map<std::string, std::string, std::less<>> environment;
   int reads = 0;
+  bool read_only = false;
   std::int64_t seconds = 0;  // the calendar time
 
   bool FileExists(const std::string& path) override { return files.contains(path); }
@@ -30,6 +32,7 @@ class MemoryPlatform : public host::Platform {
     return found->second;
   }
   bool ReplaceFileByPieces(const std::string& path, std::span<const std::string_view> pieces) override {
+    if (read_only) return false;
     std::string& content = files[path];
     content.clear();
     for (const std::string_view piece : pieces) content.append(piece);
@@ -50,6 +53,16 @@ class MemoryPlatform : public host::Platform {
     return RemoveFile(from);
   }
   bool MakeFolder(const std::string&) override { return true; }
+  std::vector<std::string> FolderNames(const std::string& path) override {
+    std::vector<std::string> names;
+    for (auto file = files.lower_bound(path + "/"); file != files.end(); ++file) {
+      if (!file->first.starts_with(path + "/")) break;
+      names.push_back(file->first.substr(path.size() + 1));
+      names.back().resize(std::min(names.back().find('/'), names.back().size()));
+    }
+    names.erase(std::unique(names.begin(), names.end()), names.end());
+    return names;
+  }
   bool RemoveFolder(const std::string&) override { return true; }
   std::optional<std::uint64_t> FileSize(const std::string& path) override {
     const auto found = files.find(path);
@@ -59,7 +72,6 @@ class MemoryPlatform : public host::Platform {
   std::optional<std::uint64_t> FreeSpace(const std::string&) override { return std::nullopt; }
   std::string ResolvedPath(const std::string& path) override { return path; }
   bool SameFile(const std::string& left, const std::string& right) override { return left == right; }
-  std::vector<std::string> FolderNames(const std::string&) override { return {}; }
   std::string Environment(std::string_view name) override {
     const auto found = environment.find(name);
     return found == environment.end() ? std::string() : found->second;

@@ -256,6 +256,15 @@ class ObservedTables : public Observed<Tables> {
   CALL3(bool, SetInsetLocked, Id, Id, bool)
 };
 
+class ObservedLinks : public Observed<Links> {
+ public:
+  using Observed::Observed;
+  CALL2(bool, Read, Id, std::vector<Link>*)
+  CALL2(bool, ReadTargets, Id, std::vector<LinkTarget>*)
+  CALL3(bool, SetPath, Id, const Link&, const std::string&)
+  CALL3(bool, HasTarget, Id, LinkKind, std::string_view)
+};
+
 class ObservedUser : public Observed<UserInterface> {
  public:
   using Observed::Observed;
@@ -278,7 +287,9 @@ class ObservedDialogs : public Observed<Dialogs> {
   CALL1(Id, OpenDialog, std::string_view)
   CALL1(void, CloseDialog, Id)
   CALL2(std::int32_t, RunDialog, Id, std::int32_t)
+  CALL1(std::int32_t, ItemCount, Id)
   CALL3(void, SetLabel, Id, std::int32_t, std::string_view)
+  CALL2(std::string, LabelOf, Id, std::int32_t)
   CALL3(void, SetText, Id, std::int32_t, std::string_view)
   CALL2(std::string, TextOf, Id, std::int32_t)
   CALL3(void, SetValue, Id, std::int32_t, std::int32_t)
@@ -333,6 +344,7 @@ struct ObservedHost::Roles {
         text(inner.text, observer, "Text"),
         catalogs(inner.catalogs, observer, "Catalogs"),
         tables(inner.tables, observer, "Tables"),
+        links(inner.links, observer, "Links"),
         user(inner.user, observer, "UserInterface"),
         dialogs(inner.dialogs, observer, "Dialogs"),
         clients(inner.clients, observer, "Clients"),
@@ -347,12 +359,13 @@ struct ObservedHost::Roles {
   ObservedText text;
   ObservedCatalogs catalogs;
   ObservedTables tables;
+  ObservedLinks links;
   ObservedUser user;
   ObservedDialogs dialogs;
   ObservedClients clients;
   ObservedPlatform platform;
   Host host{session,  documents, books, elements, definitions, editing, text,
-            catalogs, tables,    user,  dialogs,  clients,     platform};
+            catalogs, tables,    links, user,     dialogs,     clients, platform};
 };
 
 ObservedHost::ObservedHost(Host& inner, CallObserver& observer)
