@@ -193,6 +193,13 @@ std::string NamedMainSettings(const LocalSettings& settings) {
   return PathOfSetting(settings, kMainSettingsKey, value);
 }
 
+void OpenDebugLog(const LocalSettings& settings, messages::DebugLog& debug_log) {
+  std::string folder = settings.qelm_debug_log_folder;
+  if (!folder.empty()) folder = PathOfSetting(settings, kDebugFolderKey, folder);
+  debug_log.Open({std::string(kProduct), settings.debug_mode, std::move(folder),
+                  settings.qelm_debug_log_filename, kDebugLogLimit});
+}
+
 }  // namespace
 
 std::string PathOfSetting(const LocalSettings& settings, std::string_view key, const std::string& value) {
@@ -217,17 +224,6 @@ void ReadSettingsText(std::string_view text, LocalSettings* settings) {
   NoteUnknownLines(lines, settings);
   Derive(settings);
 }
-
-namespace {
-
-void OpenDebugLog(const LocalSettings& settings, messages::DebugLog& debug_log) {
-  std::string folder = settings.qelm_debug_log_folder;
-  if (!folder.empty()) folder = PathOfSetting(settings, kDebugFolderKey, folder);
-  debug_log.Open({std::string(kProduct), settings.debug_mode, std::move(folder),
-                  settings.qelm_debug_log_filename, kDebugLogLimit});
-}
-
-}  // namespace
 
 bool ReadLocalSettings(messages::Messenger& messenger, host::Platform& platform,
                        messages::DebugLog& debug_log, bool report, const MainSettingsCheck& is_main_settings,
