@@ -16,9 +16,10 @@ namespace qelm::cli {
 namespace {
 
 constexpr std::array kCommands = {
-    &MakeColorCommand,    &MakeUncolorCommand,    &MakeFilterCommand,  &MakeRestoreCommand,
-    &MakeValidateCommand, &MakeCheckTableCommand, &MakeXPathCommand,   &MakeSchemesCommand,
-    &MakeInfoCommand,     &MakeDumpCommand,       &MakeConvertCommand, &MakeSettingsCommand,
+    &MakeColorCommand,    &MakeUncolorCommand,    &MakeFilterCommand,   &MakeRestoreCommand,
+    &MakeValidateCommand, &MakeCheckTableCommand, &MakeXPathCommand,    &MakeSchemesCommand,
+    &MakeInfoCommand,     &MakeDumpCommand,       &MakeConvertCommand,  &MakeMenuCommand,
+    &MakeMenusCommand,    &MakeRunCommand,        &MakeSettingsCommand, &MakeLanguagesCommand,
 };
 
 constexpr std::string_view kDescription =
@@ -190,7 +191,7 @@ ExitStatus RunCommand(Command& command, const Options& options, const Environmen
   ExitStatus status = ExitStatus::kDone;
   try {
     session = std::make_unique<Session>(options, environment);
-    session->Start();
+    if (!command.StartsSession()) session->Start(command.NeedsUserSession());
     const Outcome outcome = command.Run(*session);
     session->ShowNotices();
     status = outcome.status;

@@ -2,11 +2,12 @@
 #include <CLI/CLI.hpp>
 
 #include "cli/command.h"
+#include "cli/link_table.h"
 #include "cli/scheme_choice.h"
 #include "cli/session.h"
-#include "coloring/uncoloring.h"
 #include "common/result_codes.h"
 #include "filtering/document_filter.h"
+#include "host/contexts.h"
 
 namespace qelm::cli {
 namespace {
@@ -133,22 +134,22 @@ Outcome FilterCommand::Filter(Session& session, host::Id document, const std::st
   Plugin& plugin = session.plugin();
   filtering::FilterRun& run = plugin.filter_run;
   plugin.host.documents.Activate(document);
-  filtering::FilterContext context{plugin.host, plugin.messenger, plugin.engine, plugin.schemes.filter, run};
-  context.remove_coloring = [&plugin](host::Id filtered) {
-    coloring::PrepareRun(plugin.settings, &plugin.coloring_run);
-    coloring::ColoringContext uncoloring{plugin.host, plugin.messenger, plugin.engine,
-                                         plugin.schemes.coloring, plugin.coloring_run};
-    return coloring::Uncolor(uncoloring, filtered);
-  };
+  filtering::FilterContext context = FilterContextOf(plugin);
   Outcome outcome;
   outcome.result = filtering::FilterActiveDocument(context);
   CheckEnding(run, outcome.result);
   if (!dry_run_) outcome.output = session.Save(document, output);
-  outcome.members = {
-      {"scheme", scheme_},        {"mode", ModeName(run.mode)}, {"dry_run", dry_run_},
-      {"elements", run.elements}, {"kept", run.kept},           {"hidden", run.hidden},
-      {"deleted", run.deleted},   {"left", run.left},           {"root_filtered", run.root_filtered}};
-  outcome.text = Summary(run, outcome.output);
+  outcome.members = {{"scheme", scheme_},
+                     {"mode", ModeName(run.mode)},
+                     {"dry_run", dry_run_},
+                     {"elements", run.elements},
+                     {"kept", run.kept},
+                     {"hidden", run.hidden},
+                     {"deleted", run.deleted},
+                     {"left", run.left},
+                     {"root_filtered", run.root_filtered},
+                     {"dangling", DanglingJson(run.dangling)}};
+  outcome.text = Summary(run, outcome.output) + DanglingText(run.dangling);
   return outcome;
 }
 

@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 
 #include "cli/command.h"
+#include "cli/link_table.h"
 #include "cli/session.h"
 
 namespace qelm::cli {
@@ -19,6 +20,7 @@ class InfoCommand : public Command {
 
  private:
   std::string target_;
+  bool links_ = false;
 };
 
 CLI::App* InfoCommand::Define(CLI::App& program) {
@@ -28,6 +30,9 @@ CLI::App* InfoCommand::Define(CLI::App& program) {
                 "the components of a book.",
                 "qelm info manual.book.mif --json"});
   command->add_option("TARGET", target_, "The document (MIF or XML) or book (MIF)")->required();
+  command->add_flag("--links", links_,
+                    "List every cross-reference, hypertext link, text inset and graphic instead, with its "
+                    "target and whether it resolves");
   return command;
 }
 
@@ -245,6 +250,11 @@ Outcome InfoCommand::Run(Session& session) {
   const host::Id id = session.Open(target_);
   const bool book = session.roles().books.IsBook(id);
   Outcome outcome;
+  if (links_) {
+    outcome.members = LinksJson(session.roles(), id);
+    outcome.text = LinksText(outcome.members);
+    return outcome;
+  }
   outcome.members = book ? BookJson(session, id) : DocumentJson(*session.host().Find(id));
   const Json& info = outcome.members;
   outcome.text =

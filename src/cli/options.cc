@@ -20,12 +20,19 @@ void DefineOptions(CLI::App& program, Options* options) {
   program
       .add_option("--main-settings", options->main_settings, "Use this main settings document (MIF or XML)")
       ->type_name("FILE");
+  program.add_flag("--install", options->install,
+                   "Start as in FrameMaker: prepare the user's folder, open FILES_TO_OPEN_ON_STARTUP");
   once_each(
       program.add_option("--set", options->settings, "One local setting for this run (may be repeated)"),
       "KEY=VALUE");
   once_each(program.add_option("--param", options->parameters,
                                "The value of the parameter $NAME in expressions (may be repeated)"),
             "NAME=VALUE");
+  program
+      .add_option("--host-version", options->host_version,
+                  "The major version that the host says it has. Default: 18")
+      ->type_name("N")
+      ->check(CLI::Range(1, 99));
   CLI::Option* yes = program.add_flag("--yes", options->yes, "Answer every question with yes");
   program.add_flag("--no", options->no, "Answer every question with no")->excludes(yes);
   program

@@ -5,6 +5,8 @@
 
 #include "cli/exit_status.h"
 #include "config/read_settings.h"
+#include "host/dialog_events.h"
+#include "messages/document_name.h"
 #include "xpath/engine.h"
 
 namespace qelm::cli {
@@ -30,6 +32,35 @@ ScriptedUserInterface::Progress ProgressOf(const Options& options, const Environ
   return options.progress == "always" ? Progress::kLines : Progress::kNever;
 }
 
+// The entry points of the plug-in, with an event for each call of the host.
+class RecordedEntries : public host::EntryPoints {
+ public:
+  RecordedEntries(host::EntryPoints& entries, host::Host& host, embedded::adapter::EventLog& events)
+      : entries_(entries), host_(host), events_(events) {}
+
+  void Initialize(std::int32_t kind) override { entries_.Initialize(kind); }
+  void Command(std::int32_t number) override {
+    events_.Write("command", {{"number", number}});
+    entries_.Command(number);
+  }
+  void Notify(std::int32_t notification, host::Id document, std::string_view text,
+              std::int32_t value) override {
+    events_.Write("notified", {{"number", notification},
+                               {"document", messages::DocumentName(host_.documents, document)},
+                               {"text", text},
+                               {"value", value}});
+    entries_.Notify(notification, document, text, value);
+  }
+  std::int32_t DialogEvent(std::int32_t dialog, std::int32_t item, std::int32_t modifiers) override {
+    return entries_.DialogEvent(dialog, item, modifiers);
+  }
+
+ private:
+  host::EntryPoints& entries_;
+  host::Host& host_;
+  embedded::adapter::EventLog& events_;
+};
+
 }  // namespace
 
 Session::Session(const Options& options, const Environment& environment)
@@ -45,18 +76,28 @@ ScriptedUserInterface::Options Session::UserOptions() {
   return user;
 }
 
-void Session::Start() {
+void Session::Start(bool install) {
   OpenEvents();
   ReadAnswers();
   if (!options_.profile.empty()) platform_.SetEnvironment("APPDATA", options_.profile);
   embedded::adapter::EmbeddedHost::Options host;
   host.plugin_folder = PluginFolder();
+  host.major_version = options_.host_version;
   host.file_error = [this] { return platform_.LastError(); };
   host_ = std::make_unique<embedded::adapter::EmbeddedHost>(host, user_, dialogs_, clients_, platform_);
   plugin_ = std::make_unique<Plugin>(roles());
+  dialogs_.SetFolder(host.plugin_folder);
+  dialogs_.SetEventEntry([this](std::int32_t dialog, std::int32_t item, std::int32_t modifiers) {
+    return RouteDialogEvent(*plugin_, dialog, item, modifiers);
+  });
   user_.SetHeader(kPlainHeader);
-  const StartOptions start = PluginOptions();
-  if (!plugin_->Initialize(start)) {
+  StartOptions start = PluginOptions();
+  start.install = install || options_.install;
+  entries_ = std::make_unique<Entries>(*plugin_, std::move(start));
+  recorded_entries_ = std::make_unique<RecordedEntries>(*entries_, roles(), events_);
+  if (tell_plugin_) host_->Attach(recorded_entries_.get());
+  entries_->Initialize(0);
+  if (!entries_->started()) {
     const std::string path = options_.main_settings;
     throw Failure(ExitStatus::kFile, path.empty() ? std::string("the plug-in could not be started")
                                                   : path + ": cannot be used as the main settings document");
@@ -66,6 +107,11 @@ void Session::Start() {
   ShowNotices();
   Say("local settings: " + plugin_->settings.paths.local_settings);
   Say("main settings: " + plugin_->settings.paths.main_settings);
+}
+
+void Session::TellPlugin() {
+  tell_plugin_ = true;
+  if (host_) host_->Attach(recorded_entries_.get());
 }
 
 void Session::Say(const std::string& text) {
@@ -81,13 +127,22 @@ void Session::OpenEvents() {
 }
 
 void Session::ReadAnswers() {
-  if (options_.answers.empty()) return;
-  const std::optional<std::string> text = platform_.ReadFile(options_.answers);
-  if (!text) throw Failure(ExitStatus::kFile, options_.answers + ": " + platform_.LastError());
+  if (!options_.answers.empty()) {
+    const std::optional<std::string> text = platform_.ReadFile(options_.answers);
+    if (!text) throw Failure(ExitStatus::kFile, options_.answers + ": " + platform_.LastError());
+    std::string error;
+    if (!Answers::Parse(*text, &error)) throw Failure(ExitStatus::kUsage, options_.answers + ": " + error);
+    answers_ = *text;
+  }
+  UseAnswers(first_answers_);
+}
+
+void Session::UseAnswers(const std::string& lines) {
   std::string error;
-  std::optional<Answers> answers = Answers::Parse(*text, &error);
-  if (!answers) throw Failure(ExitStatus::kUsage, options_.answers + ": " + error);
+  std::optional<Answers> answers = Answers::Parse(lines + "\n" + answers_, &error);
+  if (!answers) throw Failure(ExitStatus::kUsage, error);
   user_.SetAnswers(std::move(*answers));
+  first_answers_ = lines;
 }
 
 std::string Session::PluginFolder() {

@@ -10,11 +10,12 @@
 #include "cli/environment.h"
 #include "cli/options.h"
 #include "embedded/adapter/clients.h"
-#include "embedded/adapter/dialogs.h"
 #include "embedded/adapter/embedded_host.h"
 #include "embedded/adapter/events.h"
 #include "embedded/adapter/platform.h"
+#include "embedded/adapter/resource_dialogs.h"
 #include "embedded/adapter/user_interface.h"
+#include "host/entries.h"
 #include "host/plugin.h"
 
 namespace qelm::cli {
@@ -25,9 +26,17 @@ class Session {
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
-  // Starts the plug-in. Throws Failure when an option names a file that cannot be used, or the plug-in
-  // refuses.
-  void Start();
+  // Starts the plug-in, as a user's session when `install` or the option of that name is set. Throws Failure
+  // when an option names a file that cannot be used, or the plug-in refuses.
+  void Start(bool install);
+
+  // From now on the host tells the plug-in of what it asked for, as a host with a user before it does. Before
+  // Start it is told from the start on.
+  void TellPlugin();
+
+  // Puts lines of an answers file before those of --answers, in place of those of the last call. Throws
+  // Failure when one is wrong.
+  void UseAnswers(const std::string& lines);
 
   // Opens the document or book at `path`, the target of the command. Throws Failure.
   host::Id Open(const std::string& path);
@@ -54,7 +63,15 @@ class Session {
   host::Host& roles() { return host_->roles(); }
   embedded::adapter::EmbeddedHost& host() { return *host_; }
   embedded::adapter::ScriptedUserInterface& user() { return user_; }
+  // The entry points, recorded as events.
+  host::EntryPoints& entries() { return *recorded_entries_; }
+  // What the last command came to.
+  std::int32_t last_result() const { return entries_->last_result(); }
+  embedded::adapter::EventLog& events() { return events_; }
+  embedded::adapter::PosixPlatform& platform() { return platform_; }
   const Options& options() const { return options_; }
+  // For what has to be settled before the start.
+  Options& options() { return options_; }
   const Environment& environment() const { return environment_; }
   const std::string& target() const { return target_; }
 
@@ -70,17 +87,22 @@ class Session {
   StartOptions PluginOptions();
   void SetParameters();
 
-  const Options& options_;
+  Options options_;
   const Environment& environment_;
   std::string target_;
   std::size_t notices_shown_ = 0;
+  std::string answers_;        // of --answers
+  std::string first_answers_;  // that come before them
   embedded::adapter::EventLog events_;
   embedded::adapter::PosixPlatform platform_;
-  embedded::adapter::NoDialogs dialogs_{events_};
   embedded::adapter::RecordedClients clients_{events_};
   embedded::adapter::ScriptedUserInterface user_;
+  embedded::adapter::ResourceDialogs dialogs_{user_, platform_, events_};
   std::unique_ptr<embedded::adapter::EmbeddedHost> host_;
   std::unique_ptr<Plugin> plugin_;
+  std::unique_ptr<Entries> entries_;
+  std::unique_ptr<host::EntryPoints> recorded_entries_;
+  bool tell_plugin_ = false;
 };
 
 }  // namespace qelm::cli

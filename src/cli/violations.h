@@ -7,11 +7,11 @@
 #include <string_view>
 #include <vector>
 
-#include "cli/element_places.h"
 #include "cli/sarif.h"
 #include "cli/session.h"
 #include "coloring/validation_sink.h"
 #include "embedded/model/source_lines.h"
+#include "messages/element_places.h"
 
 namespace qelm::cli {
 
@@ -45,7 +45,7 @@ class Violations : public coloring::ViolationSink {
   struct Places {
     Places(host::Host& host, host::Id document, const embedded::model::Document& model)
         : elements(host, document), lines(model) {}
-    ElementPlaces elements;
+    messages::ElementPlaces elements;
     embedded::model::SourceLines lines;
   };
 

@@ -7,11 +7,11 @@
 #include <sstream>
 
 #include "cli/command.h"
-#include "cli/element_places.h"
 #include "cli/expression_error.h"
 #include "cli/json_text.h"
 #include "cli/session.h"
 #include "cli/xpath_prompt.h"
+#include "messages/element_places.h"
 #include "xpath/engine.h"
 #include "xpath/explain.h"
 
@@ -43,7 +43,7 @@ class MatchWriter {
 
   void WriteJson(const xpath::MatchList& matches, std::ostream& out);
   void WriteLines(const xpath::MatchList& matches, bool values_only, std::ostream& out);
-  ElementPlaces& places() { return places_; }
+  messages::ElementPlaces& places() { return places_; }
 
  private:
   std::string_view Tag(host::Id element);
@@ -52,7 +52,7 @@ class MatchWriter {
 
   Session& session_;
   host::Id document_;
-  ElementPlaces places_;
+  messages::ElementPlaces places_;
   host::AttributeBuffer attributes_;
 };
 

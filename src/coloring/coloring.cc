@@ -28,10 +28,10 @@ constexpr std::array<Progress, 5> kProgress = {{
     {Command::kUncolorBook, "Uncoloring Book...", kPressEsc},
 }};
 
-void ShowProgress(host::UserInterface& user, Command command) {
+void ShowProgress(messages::Messenger& messenger, Command command) {
   for (const Progress& progress : kProgress) {
     if (progress.command != command) continue;
-    user.ShowStatus({kTitle, progress.text, "Please wait...", progress.how_to_cancel});
+    messenger.ShowStatus({kTitle, progress.text, "Please wait...", progress.how_to_cancel});
   }
 }
 
@@ -105,7 +105,7 @@ std::int32_t RunColoring(ColoringContext& context, Command command, bool report)
   std::int32_t result = 0;
   {
     const messages::StatusShown status(context.host.user);
-    ShowProgress(context.host.user, command);
+    ShowProgress(context.messenger, command);
     result = RunCommand(context, command, target);
   }
   if (!report) return result;

@@ -135,7 +135,8 @@ std::int32_t DocumentRun::Walk(Id root, WalkMode mode) {
 std::int32_t DocumentRun::ColorAll() {
   std::int32_t result = 0;
   if (!SchemeIsUsable(&result)) return result;
-  host_.user.ShowStatus({kTitle, "Please wait. Currently processing:", Name(), "Press Esc to cancel"});
+  context_.messenger.ShowStatus(
+      {kTitle, "Please wait. Currently processing:", Name(), "Press Esc to cancel"});
   ResolveColors();
   if (!GoOnWithoutColors()) {
     run_.cancelled = true;

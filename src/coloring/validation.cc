@@ -21,7 +21,7 @@ constexpr char kEsc[] = "Press Esc to cancel";
 constexpr std::size_t kStatusNameLimit = 50;
 
 void ShowCommand(ValidationContext& context, const char* text) {
-  context.host.user.ShowStatus({kTitle, text, kWait, kEsc});
+  context.messenger.ShowStatus({kTitle, text, kWait, kEsc});
 }
 
 bool Cancelled(ValidationContext& context) {
@@ -198,7 +198,7 @@ bool ValidateDocument(ValidationContext& context, Id document, bool by_command) 
   const std::uint64_t before = run.violations;
   for (ViolationSink* sink : context.sinks) sink->BeginDocument(document, by_command);
   const std::string name = messages::DocumentName(context.host.documents, document);
-  context.host.user.ShowStatus({kTitle, "Please wait. Currently processing:",
+  context.messenger.ShowStatus({kTitle, "Please wait. Currently processing:",
                                 std::string(common::FirstCharacters(name, kStatusNameLimit)), kEsc});
   const std::vector<schemes::FlowRoot> flows = schemes::FlowsOf(context.host, context.scheme, document);
   const bool no_root = !context.scheme.process_all_flows && (flows.empty() || flows.front().root == kNone);

@@ -51,6 +51,38 @@ std::string Convert(std::string_view bytes, const char* encoding) {
   return result;
 }
 
+// The other way round; nothing when the encoding has no form for a character.
+std::optional<std::string> ConvertBack(std::string_view text, const char* encoding) {
+  if (text.size() > kConvertLimit) return std::nullopt;
+  UErrorCode error = U_ZERO_ERROR;
+  std::string result(text.size() * 2 + 16, '\0');
+  UConverter* converter = ucnv_open(encoding, &error);
+  if (U_FAILURE(error)) return std::nullopt;
+  ucnv_setFromUCallBack(converter, UCNV_FROM_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &error);
+  const std::int32_t length =
+      ucnv_fromAlgorithmic(converter, UCNV_UTF8, result.data(), static_cast<std::int32_t>(result.size()),
+                           text.data(), static_cast<std::int32_t>(text.size()), &error);
+  ucnv_close(converter);
+  if (U_FAILURE(error)) return std::nullopt;
+  result.resize(static_cast<std::size_t>(std::max(length, 0)));
+  return result;
+}
+
+// How the text of a file is encoded: the mark with which it begins, and ICU's name, null for UTF-8.
+struct FileEncoding {
+  std::string_view mark;
+  const char* name;
+};
+
+FileEncoding EncodingOf(std::string_view bytes) {
+  constexpr FileEncoding kMarked[] = {
+      {"\xEF\xBB\xBF", nullptr}, {"\xFF\xFE", "UTF-16LE"}, {"\xFE\xFF", "UTF-16BE"}};
+  for (const FileEncoding& encoding : kMarked) {
+    if (bytes.starts_with(encoding.mark)) return encoding;
+  }
+  return {"", IsWellFormed(bytes) ? nullptr : "windows-1252"};
+}
+
 }  // namespace
 
 bool IsAscii(std::string_view text) {
@@ -161,11 +193,18 @@ std::u32string CodePoints(std::string_view text) {
 }
 
 std::string DecodeTextFile(std::string_view bytes) {
-  if (bytes.starts_with("\xEF\xBB\xBF")) return std::string(bytes.substr(3));
-  if (bytes.starts_with("\xFF\xFE")) return Convert(bytes.substr(2), "UTF-16LE");
-  if (bytes.starts_with("\xFE\xFF")) return Convert(bytes.substr(2), "UTF-16BE");
-  if (IsWellFormed(bytes)) return std::string(bytes);
-  return Convert(bytes, "windows-1252");
+  const FileEncoding encoding = EncodingOf(bytes);
+  const std::string_view content = bytes.substr(encoding.mark.size());
+  return encoding.name == nullptr ? std::string(content) : Convert(content, encoding.name);
+}
+
+std::optional<std::string> EncodeTextFile(std::string_view text, std::string_view like) {
+  const FileEncoding encoding = EncodingOf(like);
+  std::string result(encoding.mark);
+  if (encoding.name == nullptr) return result.append(text);
+  const std::optional<std::string> content = ConvertBack(text, encoding.name);
+  if (!content) return std::nullopt;
+  return result.append(*content);
 }
 
 }  // namespace qelm::common

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -55,5 +56,9 @@ std::u32string CodePoints(std::string_view text);
 // UTF-8 and UTF-16 and is taken away; without one, text that is not well-formed UTF-8 is read as
 // Windows-1252.
 std::string DecodeTextFile(std::string_view bytes);
+
+// A text for a file that has the encoding, and the byte order mark, of the file with the bytes `like`.
+// Nothing when that encoding lacks a character of the text.
+std::optional<std::string> EncodeTextFile(std::string_view text, std::string_view like);
 
 }  // namespace qelm::common

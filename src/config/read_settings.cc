@@ -15,6 +15,7 @@ namespace qelm::config {
 namespace {
 
 constexpr std::string_view kSeparatorLine = "----------";
+constexpr std::int32_t kDebugLogLimit = 10;
 constexpr double kInch = 4718592.0;
 constexpr double kCentimetre = 1857713.0;
 
@@ -162,10 +163,10 @@ void Derive(LocalSettings* settings) {
   TakeCategory(settings->default_scheme_category, &settings->validation_category);
   TakeCategory(settings->default_scheme_category, &settings->classic_editor_category);
   settings->filter_type = settings->filt_default_filter_type.starts_with('D') ? 3 : 1;
-  settings->debug_mode = settings->qelm_debug_mode == "DoPrompts"        ? 1
-                         : settings->qelm_debug_mode == "WriteFilterLog" ? 3
-                                                                         : 0;
-  if (settings->debug_mode == 0) {
+  settings->debug_mode = settings->qelm_debug_mode == "DoPrompts"        ? messages::kDebugPrompts
+                         : settings->qelm_debug_mode == "WriteFilterLog" ? messages::kDebugWriteLog
+                                                                         : messages::kDebugOff;
+  if (settings->debug_mode == messages::kDebugOff) {
     Reset("QELM_DEBUG_LOG_FOLDER", AllSettings(), settings);
     Reset("QELM_DEBUG_LOG_FILENAME", AllSettings(), settings);
   }
@@ -187,13 +188,18 @@ std::string NamedMainSettings(const LocalSettings& settings) {
   if (value.starts_with("DEFA") || value == kNoName || value == kLocalCopyFile) {
     return settings.paths.local_copy;
   }
-  // Written in the file, a relative path is seen from there; on the command line, from where the user is.
-  const bool in_file = !settings.origins.empty() && settings.origins.front().source == SettingSource::kFile;
-  if (!in_file || common::IsAbsolutePath(value) || value.find("://") != value.npos) return value;
-  return common::JoinPath(common::FolderOf(settings.paths.local_settings), value);
+  return PathOfSetting(settings, kMainSettingsKey, value);
 }
 
 }  // namespace
+
+std::string PathOfSetting(const LocalSettings& settings, std::string_view key, const std::string& value) {
+  const auto index = static_cast<std::size_t>(FindSetting(key) - AllSettings().data());
+  const bool in_file =
+      index < settings.origins.size() && settings.origins[index].source == SettingSource::kFile;
+  if (!in_file || common::IsAbsolutePath(value) || value.find("://") != value.npos) return value;
+  return common::JoinPath(common::FolderOf(settings.paths.local_settings), value);
+}
 
 void ReadSettingsText(std::string_view text, LocalSettings* settings) {
   std::vector<Line> lines = SettingLines(text);
@@ -210,8 +216,9 @@ void ReadSettingsText(std::string_view text, LocalSettings* settings) {
   Derive(settings);
 }
 
-bool ReadLocalSettings(messages::Messenger& messenger, host::Platform& platform, bool report,
-                       const MainSettingsCheck& is_main_settings, LocalSettings* settings) {
+bool ReadLocalSettings(messages::Messenger& messenger, host::Platform& platform,
+                       messages::DebugLog& debug_log, bool report, const MainSettingsCheck& is_main_settings,
+                       LocalSettings* settings) {
   const std::optional<std::string> content = platform.ReadFile(settings->paths.local_settings);
   const std::string text = common::DecodeTextFile(content.value_or(""));
   const bool valid = common::SplitLines(text).size() >= 2;
@@ -220,7 +227,9 @@ bool ReadLocalSettings(messages::Messenger& messenger, host::Platform& platform,
            settings->paths.local_settings);
   }
   ReadSettingsText(valid ? text : std::string_view(), settings);
-  messenger.SetDebugPrompts(settings->debug_mode == 1);
+  messenger.SetDebugPrompts(settings->debug_mode == messages::kDebugPrompts);
+  debug_log.Open({std::string(kProduct), settings->debug_mode, settings->qelm_debug_log_folder,
+                  settings->qelm_debug_log_filename, kDebugLogLimit});
   messenger.SetAlternateAlerts(settings->use_alternate_alerts);
   ResolveMainSettings(messenger, platform, report, is_main_settings, settings);
   return valid;

@@ -13,7 +13,6 @@ namespace {
 constexpr std::string_view kLocationKey = "SETTINGS_LOCATION";
 constexpr std::string_view kInstallFolder = "IN";
 constexpr std::string_view kMaker = "Brenwick";
-constexpr std::string_view kProduct = "QELM";
 
 // A folder that an environment variable names; a relative one is not meant for us.
 std::string FolderFrom(host::Platform& platform, std::string_view variable) {
@@ -45,9 +44,8 @@ std::string ApplicationDataFolder(host::Platform& platform) {
   return home.empty() ? home : common::JoinPath(home, ".config");
 }
 
-std::string PerUserFolder(host::Session& session, host::Platform& platform) {
-  std::string folder = ApplicationDataFolder(platform);
-  if (folder.empty()) return folder;
+std::string PerUserSubfolder(host::Session& session) {
+  std::string folder;
   const std::string version = std::to_string(session.MajorVersion());
   for (const std::string_view part :
        std::initializer_list<std::string_view>{"Adobe", "FrameMaker", version, kMaker, kProduct}) {
@@ -56,26 +54,38 @@ std::string PerUserFolder(host::Session& session, host::Platform& platform) {
   return folder;
 }
 
-SettingsPaths FindSettingsPaths(host::Session& session, host::Platform& platform) {
+std::string PerUserFolder(host::Session& session, host::Platform& platform) {
+  const std::string folder = ApplicationDataFolder(platform);
+  return folder.empty() ? folder : common::JoinPath(folder, PerUserSubfolder(session));
+}
+
+void UseFolder(const std::string& folder, SettingsPaths* paths) {
+  paths->settings_folder = folder;
+  paths->local_settings = common::JoinPath(folder, kLocalSettingsFile);
+  paths->local_copy = common::JoinPath(folder, kLocalCopyFile);
+  paths->report_template = common::JoinPath(folder, kReportTemplateFile);
+  paths->report = common::JoinPath(folder, kReportFile);
+}
+
+SettingsPaths PluginPaths(host::Session& session, host::Platform& platform) {
   SettingsPaths paths;
   paths.plugin_folder = session.PluginFolder();
-  paths.settings_folder = paths.plugin_folder;
   paths.per_user = !InstallFolderMode(platform, paths.plugin_folder);
-  if (paths.per_user) {
-    // Without a home there is nowhere else to go.
-    const std::string folder = PerUserFolder(session, platform);
-    if (!folder.empty()) paths.settings_folder = folder;
+  UseFolder(paths.plugin_folder, &paths);
+  return paths;
+}
+
+SettingsPaths FindSettingsPaths(host::Session& session, host::Platform& platform) {
+  SettingsPaths paths = PluginPaths(session, platform);
+  // Without a home there is nowhere else to go.
+  const std::string folder = paths.per_user ? PerUserFolder(session, platform) : std::string();
+  if (folder.empty()) return paths;
+  const SettingsPaths shipped = paths;
+  UseFolder(folder, &paths);
+  for (const auto path :
+       {&SettingsPaths::local_settings, &SettingsPaths::local_copy, &SettingsPaths::report_template}) {
+    if (!platform.FileExists(paths.*path) && platform.FileExists(shipped.*path)) paths.*path = shipped.*path;
   }
-  const auto find = [&](const char* name) {
-    std::string path = common::JoinPath(paths.settings_folder, name);
-    if (platform.FileExists(path)) return path;
-    std::string shipped = common::JoinPath(paths.plugin_folder, name);
-    return platform.FileExists(shipped) ? shipped : path;
-  };
-  paths.local_settings = find(kLocalSettingsFile);
-  paths.local_copy = find(kLocalCopyFile);
-  paths.report_template = find(kReportTemplateFile);
-  paths.report = common::JoinPath(paths.settings_folder, kReportFile);
   return paths;
 }
 

@@ -9,15 +9,22 @@
 
 namespace qelm::config {
 
+inline constexpr std::string_view kProduct = "QELM";
 inline constexpr char kLocationFile[] = "QELM.ini";
 inline constexpr char kLocalSettingsFile[] = "QELM_Local_Settings.txt";
 inline constexpr char kLocalCopyFile[] = "QELM_MainSettings_LocalCopy.fm";
 inline constexpr char kReportTemplateFile[] = "QELM_Plugin_Report_Template.fm";
 inline constexpr char kReportFile[] = "QELM_Plugin_Report.fm";
 
-// The paths of this session: QELM.ini decides between the plug-in's folder and the user's. In the user's, a
-// file that is not there (yet) is taken from the plug-in's folder; the report is always written in the
-// user's.
+// The paths with every file in the plug-in's folder, and what QELM.ini there decides: whether users have
+// their own.
+SettingsPaths PluginPaths(host::Session& session, host::Platform& platform);
+
+// Points the paths of the settings files at a folder.
+void UseFolder(const std::string& folder, SettingsPaths* paths);
+
+// The paths of a session that prepares nothing for its user: the user's files as far as they are there, and
+// those of the plug-in's folder in place of the others; the report is always written in the user's.
 SettingsPaths FindSettingsPaths(host::Session& session, host::Platform& platform);
 
 // Whether QELM.ini in the plug-in's folder asks for the settings to be kept there.
@@ -26,6 +33,9 @@ bool InstallFolderMode(host::Platform& platform, const std::string& plugin_folde
 // The folder of the user's application data: APPDATA, else XDG_CONFIG_HOME, else ".config" in the home
 // folder; empty when none of them is known.
 std::string ApplicationDataFolder(host::Platform& platform);
+
+// Where the user's folder for this product and host lies below the application data folder.
+std::string PerUserSubfolder(host::Session& session);
 
 // The user's folder for this product and host; empty when the application data folder is not known.
 std::string PerUserFolder(host::Session& session, host::Platform& platform);

@@ -14,6 +14,8 @@
 
 namespace qelm::config {
 
+inline constexpr std::string_view kMainSettingsKey = "MAIN_SETTINGS_PATH";
+
 enum class SettingKind : std::uint8_t {
   kBoolean,
   kFlag,  // a boolean with a number behind it: 0, 1, and up to its maximum

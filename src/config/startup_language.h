@@ -1,20 +1,15 @@
 // The language that a session starts with.
 #pragma once
 
-#include <string>
-
 #include "config/local_settings.h"
 #include "host/interface/session.h"
 #include "messages/messenger.h"
 
 namespace qelm::config {
 
-// The folder of the language files below the plug-in's own.
-std::string LanguageFolder(const LocalSettings& settings);
-
 // Makes the language that STARTUP_LANGUAGE names the current one; "DEFAULT" is the host's own. One that is
-// not installed or is damaged falls back to English, with a notice. False when English cannot be read either:
-// messages are then shown by their fallbacks.
+// not installed or is damaged falls back to the English that is shipped, with a notice. False when that
+// cannot be read either: messages are then shown by their fallbacks.
 bool LoadStartupLanguage(host::Session& session, messages::Messenger& messenger,
                          const LocalSettings& settings);
 

@@ -82,7 +82,7 @@ void ActiveFilter::Run() {
   const messages::StatusShown status(host_.user);
   if (run_.save_first && !SaveFirst()) return;
   if (copies && !Duplicate()) return;
-  host_.user.ShowStatus({"QELM - Filtering", "Filtering Document", "Please wait...", "Press Esc to cancel"});
+  messenger_.ShowStatus({"QELM - Filtering", "Filtering Document", "Please wait...", "Press Esc to cancel"});
   if (copies) {
     // The copy is a document with ids of its own.
     flows = FlowsOf(host_, context_.scheme, document_);
@@ -150,7 +150,7 @@ bool ActiveFilter::IsOpen(const std::string& path) {
 
 bool ActiveFilter::CopyTo(const std::string& source, const std::string& target) {
   if (IsOpen(target)) return false;
-  host_.user.ShowStatus({"QELM - Filtering", "Copying Document", "Please wait...", ""});
+  messenger_.ShowStatus({"QELM - Filtering", "Copying Document", "Please wait...", ""});
   if (!host_.platform.CopyFile(source, target)) return false;
   host::OpenStatus status = host::OpenStatus::kUnreadable;
   const Id copy = host_.documents.Open(target, {}, &status);
@@ -215,6 +215,7 @@ void PrepareRun(const config::LocalSettings& settings, FilterRun* run) {
   fresh.show_before_no_restore = settings.filt_show_all_before_restore_filter;
   fresh.unsaved_file_prompt = settings.prompt_filter_unsaved_file_warning;
   fresh.completion_prompt = settings.prompt_post_document_filter_messaging;
+  fresh.delete_empties = settings.filt_delete_book_empties_default;
   fresh.notification_client = std::move(run->notification_client);
   fresh.notify = run->notify;
   *run = std::move(fresh);
@@ -230,6 +231,11 @@ std::int32_t FilterActiveDocument(FilterContext& context) {
   context.run.result_document = filter.document();
   filter.Conclude();
   const bool done = context.run.ending == Ending::kCompleted;
+  if (done) {
+    DanglingReferences references(context.host, true);
+    references.Add(filter.document(), context.run.would_go);
+    context.run.dangling = references.Find();
+  }
   if (notify) {
     Notify(context.host.clients, context.run, done ? "QELM_Filter_Complete" : "QELM_Filter_Cancelled");
   }

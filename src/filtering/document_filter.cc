@@ -117,7 +117,7 @@ void Driver::Run(const std::vector<FlowRoot>& flows) {
 
 void Driver::ShowProgress() {
   const std::string name = Name();
-  host_.user.ShowStatus(
+  context_.messenger.ShowStatus(
       {"Please wait. Currently processing:", std::string(common::FirstCharacters(name, kStatusNameLimit)),
        ". . .", "Press Esc to cancel"});
 }
@@ -221,6 +221,8 @@ void ClearOutcome(FilterRun* run) {
   run->ending = Ending::kNone;
   run->result_document = kNone;
   run->elements = run->kept = run->hidden = run->deleted = run->left = 0;
+  run->would_go.clear();
+  run->dangling.clear();
 }
 
 void DriveFilter(FilterContext& context, Id document, const std::vector<FlowRoot>& flows,

@@ -4,8 +4,10 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "common/result_codes.h"
+#include "filtering/dangling.h"
 #include "host/interface/types.h"
 
 namespace qelm::filtering {
@@ -69,6 +71,9 @@ struct FilterRun {
       duplicate_path;    // where mode 3 puts the copy; empty: beside the document, by QELM_MSG_FILTER_17
   bool is_copy = false;  // the document is a copy, or the caller saves it as one: mode 3 makes none
   bool dry_run = false;  // only count verdicts; nothing is hidden, deleted, created, copied or saved
+  // For books.
+  std::string output_folder;  // where mode 3 puts the new book
+  bool delete_empties = true;
 
   // What came of it. The cancel flag is 0 while all is well, 1 when the run was cancelled or failed, and else
   // the id of an element that the user is to be shown after the run is undone.
@@ -88,6 +93,9 @@ struct FilterRun {
   std::uint64_t hidden = 0;
   std::uint64_t deleted = 0;
   std::uint64_t left = 0;  // failed the scheme, but could not be hidden
+
+  std::vector<host::Id> would_go;           // of a dry run: the elements that failed the scheme
+  std::vector<DanglingReference> dangling;  // references in what is left to what went
 };
 
 }  // namespace qelm::filtering

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "host/interface/types.h"
+#include "messages/debug_log.h"
 
 namespace qelm::filtering {
 
@@ -17,5 +18,14 @@ struct RunLog {
     if (sink) sink(document, object, event);
   }
 };
+
+// The log of a run that goes into the debug log, which outlives it; while that one is not written to, without
+// a sink.
+inline RunLog LogOf(messages::DebugLog& debug_log) {
+  if (!debug_log.Writes()) return {};
+  return {[&debug_log](host::Id document, host::Id object, std::string_view event) {
+    debug_log.Event(document, object, event);
+  }};
+}
 
 }  // namespace qelm::filtering

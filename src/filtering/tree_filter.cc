@@ -102,6 +102,7 @@ bool TreeFilter::Hide(Id element) {
     return false;
   }
   Count(element, &run_.hidden);
+  if (run_.dry_run) run_.would_go.push_back(element);
   context_.log(document_, element, "Hidden condition applied");
   return true;
 }
@@ -128,6 +129,7 @@ bool TreeFilter::Delete(Id* element) {
   const bool takes_table = run_.dry_run && TakesTableAlong(*element, around.table);
 
   if (!DeleteNow(*element)) return false;
+  if (takes_table) run_.would_go.push_back(around.table);
   if (takes_table || (!run_.dry_run && next != kNone && !host_.elements.IsElement(document_, next))) {
     next = GoOnElsewhere(around);
   } else if (at_parent && host_.elements.IsElement(document_, *element)) {
@@ -168,6 +170,7 @@ bool TreeFilter::DeleteNow(Id element) {
   if (run_.dry_run) {
     const bool cell = IsNamed(element) && host_.elements.Kind(document_, element) == ElementKind::kTableCell;
     if (cell) return CannotDelete(element, {});
+    run_.would_go.push_back(element);
     Count(element, &run_.deleted);
     return true;
   }

@@ -1,8 +1,7 @@
 // One language: the texts of a gettext PO file, by section (the entry's msgctxt) and id (its msgid).
 //
-// The whole of PO's syntax is understood: strings over several lines, C escapes, comments, obsolete entries
-// ("#~"), plural forms (the first one counts). As in gettext, an entry without a text and one that is marked
-// fuzzy are not there.
+// language_file.h reads the file. As in gettext, an entry without a text and one that is marked fuzzy are not
+// there.
 //
 //   msgctxt "General Strings"
 //   msgid "QELM_MSG_GEN_10"
@@ -15,16 +14,18 @@
 #include <string_view>
 #include <utility>
 
+#include "messages/language_file.h"
+
 namespace qelm::messages {
 
 // The section of the messages.
 inline constexpr std::string_view kGeneralStrings = "General Strings";
 
-// Why a language file was refused. Line 0: not at a line of its own.
-struct LanguageProblem {
-  std::size_t line = 0;
-  std::string text;
-};
+// The section of the lines of the status dialog.
+inline constexpr std::string_view kStatusTexts = "Status";
+
+// The section of the words and sentences of the plug-in that are put into messages.
+inline constexpr std::string_view kWords = "Words";
 
 class Language {
  public:

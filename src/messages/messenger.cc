@@ -4,6 +4,7 @@
 #include <array>
 
 #include "common/paths.h"
+#include "messages/message_box.h"
 
 namespace qelm::messages {
 namespace {
@@ -16,6 +17,7 @@ constexpr std::string_view kMissingText =
     "MESSAGING ERROR: A message that should have appeared here could not be retrieved. See your User Guide "
     "and/or contact Brenwick for assistance. Message ID:";
 constexpr std::string_view kIdNote = "\n\n--> MSG ID:";
+constexpr std::string_view kAlertTitle = "QELM Alert";
 // What the host answers to a question for yes.
 constexpr std::int32_t kHostYes = 0;
 
@@ -67,6 +69,11 @@ const std::string& Messenger::Get(std::string_view id) {
   return slot_;
 }
 
+void Messenger::ShowStatus(const host::Status& status) {
+  user_.ShowStatus({Translated(kStatusTexts, status.title), Translated(kStatusTexts, status.line1),
+                    Translated(kStatusTexts, status.line2), Translated(kStatusTexts, status.line3)});
+}
+
 std::string Messenger::Compose(std::string_view id, std::string_view body) {
   std::string text = Find(kHeaderId) != nullptr ? Get(kHeaderId) : std::string(kPlainHeader);
   text.append(body);
@@ -74,10 +81,24 @@ std::string Messenger::Compose(std::string_view id, std::string_view body) {
   return text;
 }
 
-void Messenger::AlertFormatted(std::string_view id, std::string_view text) { user_.Note(Compose(id, text)); }
+std::string Messenger::Translated(std::string_view section, std::string_view english) const {
+  const std::string* text = language_.Find(section, english);
+  return text != nullptr ? *text : std::string(english);
+}
+
+void Messenger::AlertFormatted(std::string_view id, std::string_view text) {
+  const std::string composed = Compose(id, text);
+  if (alternate_alerts_) {
+    MessageBox(*this, {kAlertTitle, composed, "", BoxButtons::kOk});
+  } else {
+    user_.Note(composed);
+  }
+}
 
 bool Messenger::AskFormatted(std::string_view id, std::string_view text) {
-  return user_.Question(Compose(id, text)) == kHostYes;
+  const std::string composed = Compose(id, text);
+  if (alternate_alerts_) return MessageBox(*this, {kAlertTitle, composed, "", BoxButtons::kYesNo}) == 1;
+  return user_.Question(composed) == kHostYes;
 }
 
 void Messenger::Alert(std::string_view id_or_text) {

@@ -15,6 +15,8 @@
 #include "host/interface/platform.h"
 #include "host/interface/user_interface.h"
 #include "messages/language.h"
+#include "messages/open_dialogs.h"
+#include "messages/placeholders.h"
 
 namespace qelm::messages {
 
@@ -23,7 +25,9 @@ bool IsMessageId(std::string_view text);
 
 class Messenger {
  public:
-  Messenger(host::UserInterface& user, host::Platform& platform) : user_(user), platform_(platform) {}
+  // Without dialogs every alert and question is the host's own, whatever the settings say.
+  Messenger(host::UserInterface& user, host::Platform& platform, host::Dialogs* dialogs = nullptr)
+      : user_(user), platform_(platform), dialogs_(dialogs) {}
 
   // Makes `name` ("English") the current language, from the file `name`.po in `folder`. False when that file
   // cannot be read or is damaged; the language before stays.
@@ -38,6 +42,10 @@ class Messenger {
   // once.
   const std::string& Get(std::string_view id);
 
+  // A visible text of the program, such as the label of a button, in the current language: what the section
+  // has for the English text, and else the English text itself.
+  std::string Translated(std::string_view section, std::string_view english) const;
+
   // The text of the id with its printf placeholders filled. A text whose placeholders do not fit the
   // arguments is returned as it stands.
   template <typename... Arguments>
@@ -46,12 +54,16 @@ class Messenger {
   }
   template <typename... Arguments>
   static std::string FormatText(std::string text, const Arguments&... arguments) {
+    if (!PlaceholdersAreSmall(text)) return text;
     try {
       return fmt::sprintf(text, arguments...);
     } catch (const std::exception&) {
       return text;
     }
   }
+
+  // Shows or changes the status dialog, with each line translated through the section "Status".
+  void ShowStatus(const host::Status& status);
 
   // Shows an id's text or a literal text as an alert, or asks it: Ask returns true for yes.
   void Alert(std::string_view id_or_text);
@@ -61,12 +73,16 @@ class Messenger {
   bool AskFormatted(std::string_view id, std::string_view text);
 
   // From the local settings: debug prompts append the id to every text; alternate alerts use the plug-in's
-  // own message box.
+  // own message box (message_box.h).
   void SetDebugPrompts(bool on) { debug_prompts_ = on; }
   void SetAlternateAlerts(bool on) { alternate_alerts_ = on; }
   bool DebugPrompts() const { return debug_prompts_; }
 
   host::UserInterface& User() { return user_; }
+  // The host's dialogs, null where it has none, and those of the plug-in that are open.
+  host::Dialogs* HostDialogs() { return dialogs_; }
+  OpenDialogs& Open() { return open_; }
+  host::Platform& Platform() { return platform_; }
 
  private:
   // The text of an id; when the current language lacks it, its file is read once more. Null when there is
@@ -76,6 +92,8 @@ class Messenger {
 
   host::UserInterface& user_;
   host::Platform& platform_;
+  host::Dialogs* dialogs_;
+  OpenDialogs open_;
   Language language_;
   std::string folder_;
   std::string name_;

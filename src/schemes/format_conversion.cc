@@ -43,7 +43,7 @@ class Conversion {
   }
 
   void Show(const char* line1, const char* line2 = "") {
-    if (options_.show_progress) host_.user.ShowStatus({kTitle, line1, line2, ""});
+    if (options_.show_progress) messenger_.ShowStatus({kTitle, line1, line2, ""});
   }
   bool Told(const SettingsWriter& writer) {
     if (!writer.Failed()) return true;

@@ -13,27 +13,24 @@ constexpr char kOldFormatId[] = "QELM_MSG_CONVERT_10";
 // Shown while there is no language file to take the message from.
 constexpr char kPlainText[] = "The main settings file at:\n\n%s\n\n...cannot be used:\n\n%s";
 constexpr char kPlainOldFormat[] =
-    "The main settings file at:\n\n%s\n\n...has the format of before version 3.00. Please convert "
-    "it:\n\nqelm "
-    "schemes convert \"%s\"";
+    "The main settings file at:\n\n%s\n\n...has the format of before version 3.00. Please convert it:\n\n"
+    "qelm schemes convert \"%s\"";
 constexpr char kWrongContent[] =
     "It holds no scheme categories: a main settings file is a structured document whose highest element is "
     "<QELM_MainSettings>.";
 
-void Report(messages::Messenger& messenger, const std::string& path, const std::string& reason) {
+// An alert of the id, or of the plain text, with its two arguments.
+void Report(messages::Messenger& messenger, const char* id, const char* plain, const std::string& path,
+            const std::string& other) {
   if (messenger.LanguageActive()) {
-    messenger.AlertFormatted(kMessageId, messenger.Format(kMessageId, path, reason));
+    messenger.AlertFormatted(id, messenger.Format(id, path, other));
   } else {
-    messenger.Alert(messages::Messenger::FormatText(kPlainText, path, reason));
+    messenger.Alert(messages::Messenger::FormatText(plain, path, other));
   }
 }
 
-void ReportOldFormat(messages::Messenger& messenger, const std::string& path) {
-  if (messenger.LanguageActive()) {
-    messenger.AlertFormatted(kOldFormatId, messenger.Format(kOldFormatId, path, path));
-  } else {
-    messenger.Alert(messages::Messenger::FormatText(kPlainOldFormat, path, path));
-  }
+void ReportUnusable(messages::Messenger& messenger, const std::string& path, const std::string& reason) {
+  Report(messenger, kMessageId, kPlainText, path, reason);
 }
 
 }  // namespace
@@ -50,6 +47,10 @@ bool IsMainSettings(host::Host& host, xpath::Engine& engine, host::Id document) 
   if (root == host::kNone) return false;
   const std::string_view tag = tree.Tag(root);
   if (tag == kRootTag || tag == kOldRootTag) return true;
+  return HasXPathCategories(engine, document);
+}
+
+bool HasXPathCategories(xpath::Engine& engine, host::Id document) {
   return xpath::FindFirst(engine, document, host::kNone, kCheckExpression).element != host::kNone;
 }
 
@@ -62,16 +63,18 @@ host::Id OpenMainSettings(host::Host& host, xpath::Engine& engine, messages::Mes
   const host::Id document = host.documents.Open(path, options, &outcome);
   if (status != nullptr) *status = outcome;
   if (document == host::kNone) {
-    if (report) Report(messenger, path, std::string(host.documents.LastError()));
+    if (report) ReportUnusable(messenger, path, std::string(host.documents.LastError()));
     return host::kNone;
   }
   if (!host.books.IsBook(document) && IsMainSettings(host, engine, document)) {
     const bool is_new = outcome == host::OpenStatus::kOpened;
-    if (report && is_new && IsOldMainSettings(host, document)) ReportOldFormat(messenger, path);
+    if (report && is_new && IsOldMainSettings(host, document)) {
+      Report(messenger, kOldFormatId, kPlainOldFormat, path, path);
+    }
     return document;
   }
   if (outcome != host::OpenStatus::kAlreadyOpen) host.documents.Close(document, true);
-  if (report) Report(messenger, path, kWrongContent);
+  if (report) ReportUnusable(messenger, path, messenger.Translated(messages::kWords, kWrongContent));
   return host::kNone;
 }
 

@@ -20,6 +20,10 @@ bool IsMainSettings(host::Host& host, xpath::Engine& engine, host::Id document);
 // converted (format_conversion.h).
 bool IsOldMainSettings(host::Host& host, host::Id document);
 
+// Whether it has categories of XPath schemes where they belong: what a document must have to be chosen as the
+// main settings document.
+bool HasXPathCategories(xpath::Engine& engine, host::Id document);
+
 // Opens the main settings document at `path`, not shown. 0, after an alert when `report` is set and with
 // `status` (may be null) saying why, when it cannot be opened or is no main settings document; in the second
 // case it is closed again, unless it was open before, and the status is kOpened. One of an old format is

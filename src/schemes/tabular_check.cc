@@ -124,6 +124,7 @@ class Checker {
   void ReadName(std::string_view name);
   void ReadRows();
   void ReadRow(const Row& row);
+  std::string KindWord() const;
   bool Allowed(const Row& row, RowKind kind);
   void ReadRule(const Row& row);
   void ReadOptions(const Row& row, Rule* rule);
@@ -263,13 +264,19 @@ void Checker::ReadRow(const Row& row) {
   }
 }
 
+// The kind of the scheme in the language of the messages.
+std::string Checker::KindWord() const {
+  return context_.messenger.Translated(messages::kWords,
+                                       kSchemeKinds[static_cast<std::size_t>(check_.scheme.kind)]);
+}
+
 // Whether a row of this kind may stand here.
 bool Checker::Allowed(const Row& row, RowKind kind) {
   Scheme& scheme = check_.scheme;
   const bool coloring = scheme.kind == SchemeKind::kColoring;
   if ((kind == RowKind::kRule && !coloring) ||
       (kind == RowKind::kExpressions && scheme.kind == SchemeKind::kValidation)) {
-    const std::string scheme_kind(kSchemeKinds[static_cast<std::size_t>(scheme.kind)]);
+    const std::string scheme_kind = KindWord();
     Add(TabularFault::kRowNotAllowed, &row,
         context_.messenger.Format("QELM_MSG_STGS_CHECK_7", row.number, row.cells[0], scheme_kind));
     return false;
@@ -408,13 +415,13 @@ void Checker::Report() {
     context_.messenger.AlertFormatted(MessageOf(problem.fault), problem.message);
   }
   if (!check_.problems.empty()) return;
-  const std::string kind(kSchemeKinds[static_cast<std::size_t>(check_.scheme.kind)]);
   context_.messenger.AlertFormatted(
-      "QELM_MSG_GEN_30", context_.messenger.Format("QELM_MSG_GEN_30", kind, FullName(check_.scheme)));
+      "QELM_MSG_GEN_30", context_.messenger.Format("QELM_MSG_GEN_30", KindWord(), FullName(check_.scheme)));
 }
 
 void Checker::Activate() {
   if (!check_.scheme.Active() || Found(TabularFault::kExpressionRefused)) return;
+  check_.scheme.from_table = true;
   context_.active.Of(check_.scheme.kind) = check_.scheme;
   check_.active = true;
 }

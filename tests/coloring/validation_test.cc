@@ -413,8 +413,8 @@ TEST_F(ValidationTest, ReportHasThreeRowsForEachViolation) {
   Paragraphs paragraphs;
   host::Host& real = inner();
   host::Host roles{real.session, real.documents, real.books,    real.elements, real.definitions,
-                   paragraphs,   real.text,      real.catalogs, real.tables,   real.user,
-                   real.dialogs, real.clients,   real.platform};
+                   paragraphs,   real.text,      real.catalogs, real.tables,   real.links,
+                   real.user,    real.dialogs,   real.clients,  real.platform};
   ValidationReport sink(messenger_, roles, scheme_, &report);
   more_sinks_ = {&sink};
   Open("<Doc a=\"A\">\n<P a=\"C\">x</P>\n<P a>y</P>\n</Doc>");

@@ -6,6 +6,7 @@
 
 #include "config/settings_table.h"
 #include "support/memory_platform.h"
+#include "support/tree_host.h"
 
 namespace qelm::config {
 namespace {
@@ -183,7 +184,7 @@ class LocalSettingsFile : public ::testing::Test {
       checked.push_back(path);
       return good.contains(path);
     };
-    return ReadLocalSettings(messenger, platform, report, check, &settings);
+    return ReadLocalSettings(messenger, platform, debug_log, report, check, &settings);
   }
   void SetFile(const std::string& text) { platform.files[settings.paths.local_settings] = text; }
   void AddLocalCopy() {
@@ -191,9 +192,11 @@ class LocalSettingsFile : public ::testing::Test {
     good.insert(settings.paths.local_copy);
   }
 
-  MemoryPlatform platform;
-  RecordingUser user;
+  testing::TreeHost host;
+  MemoryPlatform& platform{host.platform};
+  RecordingUser& user{host.user};
   messages::Messenger messenger{user, platform};
+  messages::DebugLog debug_log{host.roles()};
   LocalSettings settings;
   std::set<std::string> good;
   std::vector<std::string> checked;
@@ -215,6 +218,21 @@ TEST_F(LocalSettingsFile, AMissingOrNearlyEmptyFileGivesTheDefaults) {
   EXPECT_TRUE(ReadFile());
   EXPECT_EQ(settings.xpath_max_matches, 500);
   EXPECT_TRUE(messenger.DebugPrompts());
+}
+
+// "Off" in the file is off for the session that had it on, too.
+TEST_F(LocalSettingsFile, TheDebugLogIsOpenedAsTheyAskForIt) {
+  AddLocalCopy();
+  SetFile("QELM_DEBUG_MODE=WriteFilterLog\nQELM_DEBUG_LOG_FOLDER=logs\nQELM_DEBUG_LOG_FILENAME=run.txt");
+  EXPECT_TRUE(ReadFile());
+  EXPECT_EQ(platform.files["logs/run.txt"].find("This is a debug log for the QELM plugin."), 0U);
+  EXPECT_EQ(debug_log.options().limit, 10);
+  platform.files["logs/run.txt"] += "entries";
+  EXPECT_TRUE(ReadFile());
+  EXPECT_EQ(platform.files["logs/run.txt"].find("entries"), std::string::npos);
+  SetFile(";\n;");
+  EXPECT_TRUE(ReadFile());
+  EXPECT_FALSE(debug_log.Writes());
 }
 
 TEST_F(LocalSettingsFile, WordsThatStandForTheLocalCopy) {

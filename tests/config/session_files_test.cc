@@ -69,6 +69,11 @@ TEST(SettingsPaths, ApplicationDataFallsBack) {
   EXPECT_EQ(ApplicationDataFolder(platform), "/appdata");
 }
 
+std::string FileText(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
 TEST(StartupLanguage, FallsBackToEnglishWithANotice) {
   struct Row {
     std::string setting;
@@ -100,9 +105,60 @@ TEST(StartupLanguage, FallsBackToEnglishWithANotice) {
   }
 }
 
-std::string FileText(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
+TEST(StartupLanguage, TheNoticeSaysWhichFileAndLineOrWhichLanguagesThereAre) {
+  struct Row {
+    const char* setting;
+    const char* said;
+    const char* instead;
+    const char* language;
+  };
+  const std::vector<Row> rows = {
+      {"Klingon", "The languages are: English, German.", "English is used instead.", "English"},
+      {"German", "/user/languages/German.po:2: ", "English is used instead.", "English"},
+      {"English", "/user/languages/English.po:1: ", "The English file of the plug-in's folder", "English"},
+  };
+  for (const Row& row : rows) {
+    FakeSession session;
+    testing::MemoryPlatform platform;
+    testing::RecordingUser user;
+    platform.files["/plugin/languages/English.po"] = "msgid \"A\"\nmsgstr \"a\"\n";
+    platform.files["/plugin/languages/German.po"] = "msgid \"A\"\nmsgstr \"a\"\n";
+    platform.files["/user/languages/German.po"] = "msgid \"A\"\nmsgstr \"cut\n";
+    platform.files["/user/languages/English.po"] = "msgid \"A";
+    messages::Messenger messenger(user, platform);
+    LocalSettings settings;
+    settings.paths.plugin_folder = "/plugin";
+    settings.paths.settings_folder = "/user";
+    settings.startup_language = row.setting;
+    EXPECT_TRUE(LoadStartupLanguage(session, messenger, settings)) << row.setting;
+    EXPECT_EQ(messenger.LanguageName(), row.language);
+    ASSERT_EQ(user.notes.size(), 1U) << row.setting;
+    EXPECT_NE(user.notes[0].find(row.said), std::string::npos) << user.notes[0];
+    EXPECT_NE(user.notes[0].find(row.instead), std::string::npos) << user.notes[0];
+  }
+}
+
+// Wherever a file was cut, the session has its texts or the English ones, and a language in any case.
+TEST(StartupLanguage, ACutFileNeverEndsTheStart) {
+  const std::string german = FileText(std::string(QELM_SOURCE_DIR) + "/assets/languages/German.po");
+  ASSERT_GT(german.size(), 10000U);
+  int refused = 0;
+  for (std::size_t size = 0; size < german.size(); size += 1009) {
+    FakeSession session;
+    testing::MemoryPlatform platform;
+    testing::RecordingUser user;
+    platform.files["/plugin/languages/English.po"] = "msgid \"A\"\nmsgstr \"a\"\n";
+    platform.files["/plugin/languages/German.po"] = german.substr(0, size);
+    messages::Messenger messenger(user, platform);
+    LocalSettings settings;
+    settings.paths.plugin_folder = "/plugin";
+    settings.startup_language = "German";
+    ASSERT_TRUE(LoadStartupLanguage(session, messenger, settings)) << size;
+    const bool english = messenger.LanguageName() == "English";
+    EXPECT_EQ(user.notes.size(), english ? 1U : 0U) << size;
+    if (english) ++refused;
+  }
+  EXPECT_GT(refused, 10);
 }
 
 // A document about the settings is written by hand around a part that follows from the table of settings. The

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "embedded/model/book_edit.h"
 #include "embedded/model/files.h"
 #include "embedded/model/locate.h"
 
@@ -70,6 +71,69 @@ TEST(Book, SeveralTopElementsAndDamage) {
   EXPECT_EQ(book->tree.elements[root.first_child].next, root.last_child);
   EXPECT_EQ(BuildBook("<Book 7.0>\n<BookComponent <FileName `a'>", &error), nullptr);
   EXPECT_NE(error.find("line 2"), std::string::npos) << error;
+}
+
+std::string Without(std::string text, std::string_view part, std::string_view instead = "") {
+  const std::size_t at = text.find(part);
+  EXPECT_NE(at, std::string::npos) << part;
+  return text.replace(at, part.size(), instead);
+}
+
+TEST(Book, OnlyWhatWasChangedIsWritten) {
+  std::string error;
+  const auto book = BuildBook(std::string(kBook) + "<BookXRef <XRefSrcFile `<c\\>toc.fm'>>\r\n", &error);
+  ASSERT_NE(book, nullptr) << error;
+  const std::string source = book->tree.source;
+  EXPECT_EQ(BookPieces(*book).Joined(), source);
+
+  SetEntryText(book.get(), 1, "<none>");
+  EXPECT_EQ(BookPieces(*book).Joined(), Without(source, "First \\xd2 one\\xd3 ", "<none\\>"));
+  SetEntryText(book.get(), 0, "List");
+  EXPECT_NE(BookPieces(*book).Joined().find("<FileName `<c\\>toc.fm'>\r\n <DisplayText `List'>\r\n"),
+            std::string::npos);
+
+  SetComponentFile(book.get(), 0, "lists/toc.mif");
+  EXPECT_EQ(book->components[0].path, "lists/toc.mif");
+  const std::string moved = BookPieces(*book).Joined();
+  EXPECT_NE(moved.find("<FileName `<c\\>lists<c\\>toc.mif'>"), std::string::npos);
+  EXPECT_NE(moved.find("<XRefSrcFile `<c\\>lists<c\\>toc.mif'>"), std::string::npos) << "it follows";
+}
+
+TEST(Book, ComponentGoesWithItsElementAndTheOthersAreCountedAnew) {
+  std::string error;
+  const auto book = BuildBook(std::string(kBook), &error);
+  ASSERT_TRUE(RemoveComponent(book.get(), 0));
+  std::string expected = Without(
+      std::string(kBook),
+      "<BookComponent \r\n <FileName `<c\\>toc.fm'>\r\n <DeriveType TOC>\r\n <DeriveTag `T'>\r\n>\r\n");
+  expected = Without(expected, "  <Element <ETag `'> <EComponent 0>>\r\n");
+  expected = Without(expected, "<EComponent 1>", "<EComponent 0>");
+  const std::string written = BookPieces(*book).Joined();
+  EXPECT_EQ(written, expected);
+  const Element& root = book->tree.elements[book->tree.flows[1].root];
+  const auto again = BuildBook(written, &error);
+  ASSERT_NE(again, nullptr) << error;
+  EXPECT_EQ(again->components.size(), 2U);
+  EXPECT_EQ(book->tree.definitions[book->tree.elements[root.first_child].definition].name, "Part");
+}
+
+TEST(Book, GroupsHoldComponentsAndAreNone) {
+  std::string error;
+  const std::string source =
+      "<Book 2019>\n<BookComponent\n <DisplayText `Part'>\n <BookComponent <FileName `<c\\>a.fm'>>\n"
+      " <BookComponent <FileName `<c\\>b.fm'> <ExcludeFile Yes>>\n>\n<BookComponent <FileName "
+      "`<c\\>c.fm'>>\n";
+  const auto book = BuildBook(source, &error);
+  ASSERT_NE(book, nullptr) << error;
+  ASSERT_EQ(book->components.size(), 4U);
+  EXPECT_TRUE(book->components[0].is_group);
+  EXPECT_EQ(book->components[0].entry_text, "Part");
+  EXPECT_EQ(book->components[1].path, "a.fm");
+  EXPECT_TRUE(book->components[2].excluded);
+  EXPECT_EQ(book->components[3].path, "c.fm");
+  EXPECT_FALSE(RemoveComponent(book.get(), 0)) << "it holds others";
+  EXPECT_TRUE(RemoveComponent(book.get(), 1));
+  EXPECT_EQ(BookPieces(*book).Joined(), Without(source, " <BookComponent <FileName `<c\\>a.fm'>>\n"));
 }
 
 TEST(Book, PathsOfEveryKind) {

@@ -335,8 +335,18 @@ TEST_F(HostTest, BooksFindTheirComponents) {
   EXPECT_EQ(host.books.ComponentDocument(book, first), chapter);
   EXPECT_EQ(host.elements.Definition(book, host.elements.Root(book, host.elements.MainFlow(book))),
             host.definitions.FindDefinition(book, "Book"));
+  ASSERT_TRUE(host.books.SetEntryText(book, first, "<none>"));
+  EXPECT_EQ(host.books.EntryText(book, first), "<none>");
+  ASSERT_TRUE(host.books.SetComponentPath(book, second, folder + "/parts/../deep/ch2.mif"));
+  EXPECT_EQ(host.books.ComponentPath(book, second), folder + "/deep/ch2.mif");
+  ASSERT_TRUE(host.books.RemoveComponent(book, first));
+  EXPECT_EQ(host.books.FirstComponent(book), second) << "it keeps its id";
   EXPECT_FALSE(host.books.RemoveComponent(book, first));
-  EXPECT_NE(host.documents.LastError().find("pump.book: a component cannot be taken out"), std::string::npos);
+  EXPECT_TRUE(host.documents.Switch(book, host::DocumentSwitch::kModified));
+  ASSERT_TRUE(host.documents.Save(book, {}));
+  const std::string saved = Content(folder + "/pump.book");
+  EXPECT_EQ(saved.find("ch1.fm"), std::string::npos);
+  EXPECT_NE(saved.find("<c\\>deep<c\\>ch2.mif"), std::string::npos);
 }
 
 TEST_F(HostTest, TheTreeIsInDocumentOrderWithKinds) {

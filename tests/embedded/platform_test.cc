@@ -81,6 +81,41 @@ TEST(PosixPlatform, CopiesAppendsAndMakesFolders) {
   EXPECT_EQ(folder.Read("log.txt"), "ab");
 }
 
+TEST(PosixPlatform, MovesFilesAndTellsTheirSizes) {
+  const TempFolder folder;
+  PosixPlatform platform;
+  const std::string from = folder.Write("a", "new");
+  const std::string to = folder.Write("b", "old");
+  EXPECT_EQ(platform.FileSize(from), 3U);
+  EXPECT_FALSE(platform.FileSize(folder.path()));
+  ASSERT_TRUE(platform.MoveFile(from, to));
+  EXPECT_EQ(folder.Names(), (std::vector<std::string>{"b"}));
+  EXPECT_EQ(folder.Read("b"), "new");
+  EXPECT_FALSE(platform.MoveFile(from, to)) << "it is gone";
+  EXPECT_GT(platform.FreeSpace(folder.File("not/made/yet")).value_or(0), 0U);
+  EXPECT_FALSE(platform.RemoveFolder(folder.path())) << "it holds a file";
+  ::chmod(to.c_str(), 0444);
+  ASSERT_TRUE(platform.CopyFile(to, from));
+  struct stat status {};
+  ASSERT_EQ(::stat(from.c_str(), &status), 0);
+  EXPECT_NE(status.st_mode & S_IWUSR, 0U) << "a copy can be written";
+}
+
+TEST(PosixPlatform, KnowsOnePlaceByEverySpelling) {
+  const TempFolder folder;
+  PosixPlatform platform;
+  const std::string here = folder.path();
+  ASSERT_TRUE(platform.MakeFolder(folder.File("sub")));
+  std::filesystem::create_symlink(here, folder.File("sub/link"));
+  for (const std::string& spelling :
+       {here + "/", here + "/.", here + "//sub/..", here + "/sub/link", here + "/missing/.."}) {
+    EXPECT_TRUE(platform.SameFile(here, spelling)) << spelling;
+    EXPECT_EQ(platform.ResolvedPath(spelling), platform.ResolvedPath(here)) << spelling;
+  }
+  EXPECT_FALSE(platform.SameFile(here, folder.File("sub")));
+  EXPECT_FALSE(platform.SameFile(folder.File("x"), folder.File("y"))) << "neither is there";
+}
+
 TEST(PosixPlatform, StartsProgramsWithoutAShell) {
   const TempFolder folder;
   PosixPlatform platform;

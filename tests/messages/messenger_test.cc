@@ -76,10 +76,22 @@ TEST_F(MessengerTest, DebugPromptsShowTheId) {
 }
 
 TEST_F(MessengerTest, WrongPlaceholdersShowAWrongText) {
-  for (const std::string text : {"%d", "%s %s", "100% %s", "%q", "%9$s"}) {
+  for (const char* text : {"%d", "%s %s", "100% %s", "%q", "%9$s", "%", "%*d", "%.*s", "%-", "%999999999s",
+                           "%.99999999999s", "%1$s %s", "%n", "%0$s", "%s%c%p"}) {
     EXPECT_EQ(Messenger::FormatText(text, std::string("x")), text);
   }
   EXPECT_EQ(Messenger::FormatText("%2$s-%1$s", std::string("a"), std::string("b")), "b-a");
+}
+
+TEST_F(MessengerTest, LinesOfTheStatusAreTranslatedWhereTheyCanBe) {
+  const host::Status status{"QELM - Filtering", "Please wait...", "manual.fm", ""};
+  messenger.ShowStatus(status);
+  EXPECT_EQ(user.status, (std::vector<std::string>{"QELM - Filtering", "Please wait...", "manual.fm", ""}));
+  platform.files["lang/German.po"] =
+      "msgctxt \"Status\"\nmsgid \"Please wait...\"\nmsgstr \"Bitte warten\"\n";
+  ASSERT_TRUE(messenger.LoadLanguage("lang", "German"));
+  messenger.ShowStatus(status);
+  EXPECT_EQ(user.status, (std::vector<std::string>{"QELM - Filtering", "Bitte warten", "manual.fm", ""}));
 }
 
 TEST_F(MessengerTest, ADamagedLanguageLeavesTheOneBefore) {

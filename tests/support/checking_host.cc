@@ -9,8 +9,8 @@ namespace {
 using host::Id;
 
 // Roles whose operations name a document or book by their first id.
-constexpr std::array<std::string_view, 8> kByDocument = {"Documents", "Books", "Elements", "Definitions",
-                                                         "Editing",   "Text",  "Catalogs", "Tables"};
+constexpr std::array<std::string_view, 9> kByDocument = {
+    "Documents", "Books", "Elements", "Definitions", "Links", "Editing", "Text", "Catalogs", "Tables"};
 
 bool NamesDocument(const HostCall& call) {
   return !call.ids.empty() &&

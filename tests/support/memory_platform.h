@@ -1,6 +1,7 @@
 // A platform of files in memory, and a user who is only recorded: for tests of what is read and said.
 #pragma once
 
+#include <algorithm>
 #include <map>
 #include <optional>
 #include <string>
@@ -16,6 +17,8 @@ class MemoryPlatform : public host::Platform {
   std::map<std::string, std::string> files;
   std::map<std::string, std::string, std::less<>> environment;
   int reads = 0;
+  bool read_only = false;
+  std::int64_t seconds = 0;  // the calendar time
 
   bool FileExists(const std::string& path) override { return files.contains(path); }
   bool FolderExists(const std::string& path) override {
@@ -29,6 +32,7 @@ class MemoryPlatform : public host::Platform {
     return found->second;
   }
   bool ReplaceFileByPieces(const std::string& path, std::span<const std::string_view> pieces) override {
+    if (read_only) return false;
     std::string& content = files[path];
     content.clear();
     for (const std::string_view piece : pieces) content.append(piece);
@@ -43,13 +47,37 @@ class MemoryPlatform : public host::Platform {
     return true;
   }
   bool RemoveFile(const std::string& path) override { return files.erase(path) > 0; }
+  bool MoveFile(const std::string& from, const std::string& to) override {
+    if (!files.contains(from)) return false;
+    files[to] = files.at(from);
+    return RemoveFile(from);
+  }
   bool MakeFolder(const std::string&) override { return true; }
-  std::vector<std::string> FolderNames(const std::string&) override { return {}; }
+  std::vector<std::string> FolderNames(const std::string& path) override {
+    std::vector<std::string> names;
+    for (auto file = files.lower_bound(path + "/"); file != files.end(); ++file) {
+      if (!file->first.starts_with(path + "/")) break;
+      names.push_back(file->first.substr(path.size() + 1));
+      names.back().resize(std::min(names.back().find('/'), names.back().size()));
+    }
+    names.erase(std::unique(names.begin(), names.end()), names.end());
+    return names;
+  }
+  bool RemoveFolder(const std::string&) override { return true; }
+  std::optional<std::uint64_t> FileSize(const std::string& path) override {
+    const auto found = files.find(path);
+    if (found == files.end()) return std::nullopt;
+    return found->second.size();
+  }
+  std::optional<std::uint64_t> FreeSpace(const std::string&) override { return std::nullopt; }
+  std::string ResolvedPath(const std::string& path) override { return path; }
+  bool SameFile(const std::string& left, const std::string& right) override { return left == right; }
   std::string Environment(std::string_view name) override {
     const auto found = environment.find(name);
     return found == environment.end() ? std::string() : found->second;
   }
   host::LocalTime Now() override { return {}; }
+  std::int64_t CalendarSeconds() override { return seconds; }
   std::int64_t Milliseconds() override { return 0; }
   bool Start(const std::string&, const std::vector<std::string>&) override { return false; }
 };
@@ -58,6 +86,7 @@ class RecordingUser : public host::UserInterface {
  public:
   std::vector<std::string> notes;
   std::vector<std::string> questions;
+  std::vector<std::string> status;  // the lines shown last, the title first
   std::string console;
   std::int32_t answer = 1;  // 0 yes, 1 no
 
@@ -66,7 +95,9 @@ class RecordingUser : public host::UserInterface {
     questions.emplace_back(text);
     return answer;
   }
-  void ShowStatus(const host::Status&) override {}
+  void ShowStatus(const host::Status& lines) override {
+    status = {lines.title, lines.line1, lines.line2, lines.line3};
+  }
   void HideStatus() override {}
   bool EscPressed() override { return false; }
   void Print(std::string_view text) override { console.append(text); }

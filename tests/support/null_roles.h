@@ -50,7 +50,9 @@ class NullBooks : public host::Books {
   bool IsGenerated(host::Id, host::Id) override { return false; }
   bool IsExcluded(host::Id, host::Id) override { return false; }
   host::Id ComponentDocument(host::Id, host::Id) override { return 0; }
+  std::string_view EntryText(host::Id, host::Id) override { return {}; }
   bool SetEntryText(host::Id, host::Id, std::string_view) override { return false; }
+  bool SetComponentPath(host::Id, host::Id, const std::string&) override { return false; }
   bool RemoveComponent(host::Id, host::Id) override { return false; }
   bool Update(host::Id, std::uint32_t) override { return false; }
   void ShowErrorLog(host::Id) override {}
@@ -136,12 +138,28 @@ class NullTables : public host::Tables {
   bool SetInsetLocked(host::Id, host::Id, bool) override { return false; }
 };
 
+class NullLinks : public host::Links {
+ public:
+  bool Read(host::Id, std::vector<host::Link>* links) override {
+    links->clear();
+    return false;
+  }
+  bool ReadTargets(host::Id, std::vector<host::LinkTarget>* targets) override {
+    targets->clear();
+    return false;
+  }
+  bool SetPath(host::Id, const host::Link&, const std::string&) override { return false; }
+  bool HasTarget(host::Id, host::LinkKind, std::string_view) override { return false; }
+};
+
 class NullDialogs : public host::Dialogs {
  public:
   host::Id OpenDialog(std::string_view) override { return 0; }
   void CloseDialog(host::Id) override {}
   std::int32_t RunDialog(host::Id, std::int32_t) override { return 0; }
+  std::int32_t ItemCount(host::Id) override { return 0; }
   void SetLabel(host::Id, std::int32_t, std::string_view) override {}
+  std::string LabelOf(host::Id, std::int32_t) override { return {}; }
   void SetText(host::Id, std::int32_t, std::string_view) override {}
   std::string TextOf(host::Id, std::int32_t) override { return {}; }
   void SetValue(host::Id, std::int32_t, std::int32_t) override {}

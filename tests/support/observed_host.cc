@@ -98,6 +98,7 @@ class ObservedSession : public Observed<Session> {
   CALL0(std::string_view, PluginFolder)
   CALL0(std::int32_t, MajorVersion)
   CALL0(std::string_view, InterfaceLanguage)
+  CALL1(bool, SetTextEncoding, std::string_view)
   CALL1(void, SetScreenUpdates, bool)
   CALL0(bool, ScreenUpdates)
   CALL1(void, Redisplay, Id)
@@ -136,7 +137,9 @@ class ObservedBooks : public Observed<Books> {
   CALL2(bool, IsGenerated, Id, Id)
   CALL2(bool, IsExcluded, Id, Id)
   CALL2(Id, ComponentDocument, Id, Id)
+  CALL2(std::string_view, EntryText, Id, Id)
   CALL3(bool, SetEntryText, Id, Id, std::string_view)
+  CALL3(bool, SetComponentPath, Id, Id, const std::string&)
   CALL2(bool, RemoveComponent, Id, Id)
   CALL2(bool, Update, Id, std::uint32_t)
   CALL1(void, ShowErrorLog, Id)
@@ -253,6 +256,15 @@ class ObservedTables : public Observed<Tables> {
   CALL3(bool, SetInsetLocked, Id, Id, bool)
 };
 
+class ObservedLinks : public Observed<Links> {
+ public:
+  using Observed::Observed;
+  CALL2(bool, Read, Id, std::vector<Link>*)
+  CALL2(bool, ReadTargets, Id, std::vector<LinkTarget>*)
+  CALL3(bool, SetPath, Id, const Link&, const std::string&)
+  CALL3(bool, HasTarget, Id, LinkKind, std::string_view)
+};
+
 class ObservedUser : public Observed<UserInterface> {
  public:
   using Observed::Observed;
@@ -275,7 +287,9 @@ class ObservedDialogs : public Observed<Dialogs> {
   CALL1(Id, OpenDialog, std::string_view)
   CALL1(void, CloseDialog, Id)
   CALL2(std::int32_t, RunDialog, Id, std::int32_t)
+  CALL1(std::int32_t, ItemCount, Id)
   CALL3(void, SetLabel, Id, std::int32_t, std::string_view)
+  CALL2(std::string, LabelOf, Id, std::int32_t)
   CALL3(void, SetText, Id, std::int32_t, std::string_view)
   CALL2(std::string, TextOf, Id, std::int32_t)
   CALL3(void, SetValue, Id, std::int32_t, std::int32_t)
@@ -301,11 +315,18 @@ class ObservedPlatform : public Observed<Platform> {
   CALL2(bool, ReplaceFileByPieces, const std::string&, std::span<const std::string_view>)
   CALL2(bool, AppendFile, const std::string&, std::string_view)
   CALL2(bool, CopyFile, const std::string&, const std::string&)
+  CALL2(bool, MoveFile, const std::string&, const std::string&)
   CALL1(bool, RemoveFile, const std::string&)
   CALL1(bool, MakeFolder, const std::string&)
+  CALL1(bool, RemoveFolder, const std::string&)
   CALL1(std::vector<std::string>, FolderNames, const std::string&)
+  CALL1(std::optional<std::uint64_t>, FileSize, const std::string&)
+  CALL1(std::optional<std::uint64_t>, FreeSpace, const std::string&)
+  CALL1(std::string, ResolvedPath, const std::string&)
+  CALL2(bool, SameFile, const std::string&, const std::string&)
   CALL1(std::string, Environment, std::string_view)
   CALL0(LocalTime, Now)
+  CALL0(std::int64_t, CalendarSeconds)
   CALL0(std::int64_t, Milliseconds)
   CALL2(bool, Start, const std::string&, const std::vector<std::string>&)
 };
@@ -323,6 +344,7 @@ struct ObservedHost::Roles {
         text(inner.text, observer, "Text"),
         catalogs(inner.catalogs, observer, "Catalogs"),
         tables(inner.tables, observer, "Tables"),
+        links(inner.links, observer, "Links"),
         user(inner.user, observer, "UserInterface"),
         dialogs(inner.dialogs, observer, "Dialogs"),
         clients(inner.clients, observer, "Clients"),
@@ -337,12 +359,13 @@ struct ObservedHost::Roles {
   ObservedText text;
   ObservedCatalogs catalogs;
   ObservedTables tables;
+  ObservedLinks links;
   ObservedUser user;
   ObservedDialogs dialogs;
   ObservedClients clients;
   ObservedPlatform platform;
   Host host{session,  documents, books, elements, definitions, editing, text,
-            catalogs, tables,    user,  dialogs,  clients,     platform};
+            catalogs, tables,    links, user,     dialogs,     clients, platform};
 };
 
 ObservedHost::ObservedHost(Host& inner, CallObserver& observer)

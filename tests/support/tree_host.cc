@@ -125,8 +125,8 @@ void TreeDocument::Declare(std::string_view element, std::string_view attribute,
 }
 
 TreeHost::TreeHost()
-    : host_{session_,  *this,   *this, *this,    *this,    editing_, *this,
-            catalogs_, tables_, user,  dialogs_, clients_, platform} {}
+    : host_{session_,  *this,   *this,  *this, *this,    editing_, *this,
+            catalogs_, tables_, links_, user,  dialogs_, clients_, platform} {}
 
 TreeDocument& TreeHost::Add(std::string path) {
   documents_.push_back(std::make_unique<TreeDocument>(std::move(path)));

@@ -191,6 +191,7 @@ class TreeHost : private NullDocuments,
   NullEditing editing_;
   NullCatalogs catalogs_;
   NullTables tables_;
+  NullLinks links_;
   NullDialogs dialogs_;
   NullClients clients_;
   host::Host host_;

@@ -1,21 +1,23 @@
+#include <filesystem>
+
 #include "embedded/adapter/file_places.h"
 #include "embedded/adapter/roles.h"
+#include "embedded/model/book_edit.h"
 #include "embedded/model/locate.h"
 
 namespace qelm::embedded::adapter {
 namespace {
 
-// A component's id is its number in the book, counted from 1.
+// A component's id is its number in the book, groups and what was taken out included, counted from 1.
 class BooksRole : public host::Books {
  public:
   explicit BooksRole(Workspace& workspace) : workspace_(workspace) {}
 
   bool IsBook(Id id) override { return workspace_.Book(id) != nullptr; }
 
-  Id FirstComponent(Id book) override { return Component(book, 1) != nullptr ? 1 : host::kNone; }
+  Id FirstComponent(Id book) override { return ComponentFrom(book, 1); }
   Id NextComponent(Id book, Id component) override {
-    const bool another = Component(book, component) != nullptr && Component(book, component + 1) != nullptr;
-    return another ? component + 1 : host::kNone;
+    return component == host::kNone ? host::kNone : ComponentFrom(book, component + 1);
   }
 
   std::string_view ComponentPath(Id book, Id component) override;
@@ -34,13 +36,21 @@ class BooksRole : public host::Books {
     return workspace_.Document(id) != nullptr ? id : host::kNone;
   }
 
-  bool SetEntryText(Id book, Id component, std::string_view) override {
-    if (Component(book, component) == nullptr) return workspace_.FailId(book);
-    return NotSupported(book, "the text shown for a component cannot be changed");
+  std::string_view EntryText(Id book, Id component) override {
+    const model::Component* found = Component(book, component);
+    return found == nullptr ? std::string_view() : found->entry_text;
   }
+  bool SetEntryText(Id book, Id component, std::string_view text) override {
+    if (Component(book, component) == nullptr) return workspace_.FailId(book);
+    model::SetEntryText(workspace_.Book(book), component - 1, text);
+    return true;
+  }
+  bool SetComponentPath(Id book, Id component, const std::string& path) override;
   bool RemoveComponent(Id book, Id component) override {
     if (Component(book, component) == nullptr) return workspace_.FailId(book);
-    return NotSupported(book, "a component cannot be taken out of a book");
+    if (model::RemoveComponent(workspace_.Book(book), component - 1)) return true;
+    return workspace_.Fail(Error::kRefused, workspace_.File(book)->path +
+                                                ": a component that holds others cannot be taken out.");
   }
   bool Update(Id book, std::uint32_t) override {
     if (!IsBook(book)) return workspace_.FailId(book);
@@ -51,9 +61,16 @@ class BooksRole : public host::Books {
  private:
   const model::Component* Component(Id book, Id id) {
     const model::Book* model = workspace_.Book(book);
-    return model != nullptr && id != host::kNone && id <= model->components.size()
-               ? &model->components[id - 1]
-               : nullptr;
+    if (model == nullptr || id == host::kNone || id > model->components.size()) return nullptr;
+    const model::Component& found = model->components[id - 1];
+    return found.is_group || found.removed ? nullptr : &found;
+  }
+  Id ComponentFrom(Id book, Id id) {
+    const model::Book* model = workspace_.Book(book);
+    for (; model != nullptr && id <= model->components.size(); ++id) {
+      if (Component(book, id) != nullptr) return id;
+    }
+    return host::kNone;
   }
   bool NotSupported(Id book, const std::string& what) {
     return workspace_.Fail(Error::kNotSupported,
@@ -81,6 +98,17 @@ std::string_view BooksRole::ComponentPath(Id book, Id id) {
   }
   known = path_;
   return known;
+}
+
+bool BooksRole::SetComponentPath(Id book, Id id, const std::string& path) {
+  if (Component(book, id) == nullptr) return workspace_.FailId(book);
+  OpenFile* file = workspace_.File(book);
+  const std::filesystem::path target = std::filesystem::path(AbsolutePath(path)).lexically_normal();
+  const std::filesystem::path folder = std::filesystem::path(file->path).parent_path().lexically_normal();
+  const std::filesystem::path relative = target.lexically_relative(folder);
+  model::SetComponentFile(file->book.get(), id - 1, (relative.empty() ? target : relative).string());
+  if (id <= file->component_paths.size()) file->component_paths[id - 1].clear();
+  return true;
 }
 
 }  // namespace

@@ -17,7 +17,9 @@ class NoDialogs : public host::Dialogs {
   }
   void CloseDialog(host::Id) override {}
   std::int32_t RunDialog(host::Id, std::int32_t) override { return 0; }
+  std::int32_t ItemCount(host::Id) override { return 0; }
   void SetLabel(host::Id, std::int32_t, std::string_view) override {}
+  std::string LabelOf(host::Id, std::int32_t) override { return {}; }
   void SetText(host::Id, std::int32_t, std::string_view) override {}
   std::string TextOf(host::Id, std::int32_t) override { return {}; }
   void SetValue(host::Id, std::int32_t, std::int32_t) override {}

@@ -5,6 +5,7 @@
 #include "embedded/adapter/element_properties.h"
 #include "embedded/adapter/file_places.h"
 #include "embedded/adapter/roles.h"
+#include "embedded/model/book_edit.h"
 #include "embedded/model/files.h"
 #include "embedded/model/import_catalogs.h"
 #include "embedded/model/locate.h"
@@ -119,7 +120,10 @@ class DocumentsRole : public host::Documents {
 Id DocumentsRole::Open(const std::string& path, const host::OpenOptions& options, OpenStatus* status) {
   try {
     if (path.empty()) return Refuse(path, OpenStatus::kNotFound, "no file was named.", status);
-    return OpenLocated(path, options, status);
+    host::OpenOptions wanted = options;
+    // Nothing locks files here, so that all there is to a fallback is not to touch the file.
+    wanted.as_new = options.as_new || options.fallback;
+    return OpenLocated(path, wanted, status);
   } catch (const std::exception&) {
     return Refuse(path, OpenStatus::kTooLarge, "there is not enough memory for the file.", status);
   }
@@ -187,9 +191,11 @@ Id DocumentsRole::Build(const std::string& path, std::string bytes, const host::
   }
   file->on_screen = options.visible;
   const Id id = workspace_.Add(std::move(file));
-  if (options.visible) workspace_.Activate(id);
   *status = OpenStatus::kOpened;
-  return id;
+  if (!options.visible) return id;
+  workspace_.Activate(id);
+  if (workspace_.IsDocument(id)) workspace_.Tell(kDocumentOpened, id, path, 0);
+  return workspace_.File(id) != nullptr ? id : host::kNone;
 }
 
 bool DocumentsRole::Save(Id id, const host::SaveOptions& options) {
@@ -238,8 +244,10 @@ model::Pieces DocumentsRole::Bytes(OpenFile* file, Format format) {
   model::Pieces pieces;
   if (format != tree.format) {
     pieces.Copy(Converted(tree, format));
-  } else if (file->book || !(file->edited || tree.modified)) {
+  } else if (!(file->edited || tree.modified)) {
     pieces.Refer(tree.source);
+  } else if (file->book) {
+    pieces = model::BookPieces(*file->book);
   } else {
     // Saved before or not: the edits still stand on the source as it was read.
     pieces = format == Format::kXml ? model::XmlPieces(tree) : model::MifPieces(tree);
@@ -298,6 +306,7 @@ bool DocumentsRole::SetPath(Id id, const std::string& named) {
   if (there != host::kNone && there != id) return FailSave(path, "a document of that name is open.");
   file->path = file->Tree().path = path;
   file->identity = Workspace::Identity(path);
+  file->component_paths.clear();
   return true;
 }
 

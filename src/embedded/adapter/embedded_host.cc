@@ -16,8 +16,9 @@ struct Roles {
         text(MakeText(workspace)),
         catalogs(MakeCatalogs(workspace)),
         tables(MakeTables(workspace)),
+        links(MakeLinks(workspace, *elements)),
         all{*session,  *documents, *books, *elements, *definitions, *editing, *text,
-            *catalogs, *tables,    user,   dialogs,   clients,      platform} {}
+            *catalogs, *tables,    *links, user,      dialogs,      clients,  platform} {}
 
   std::unique_ptr<host::Session> session;
   std::unique_ptr<host::Documents> documents;
@@ -28,6 +29,7 @@ struct Roles {
   std::unique_ptr<host::Text> text;
   std::unique_ptr<host::Catalogs> catalogs;
   std::unique_ptr<host::Tables> tables;
+  std::unique_ptr<host::Links> links;
   host::Host all;
 };
 
@@ -45,6 +47,12 @@ model::Document* EmbeddedHost::Find(Id document) { return workspace_->Document(d
 model::Book* EmbeddedHost::FindBook(Id book) { return workspace_->Book(book); }
 
 const std::vector<std::string>& EmbeddedHost::notices() const { return workspace_->notices(); }
+
+void EmbeddedHost::Attach(host::EntryPoints* plugin) { workspace_->plugin = plugin; }
+
+void EmbeddedHost::Tell(std::int32_t notification, Id document, std::string_view text, std::int32_t value) {
+  workspace_->Tell(notification, document, text, value);
+}
 
 const std::set<std::int32_t>& EmbeddedHost::requested_notifications() const {
   return workspace_->requested_notifications;

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -14,6 +15,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <filesystem>
 #include <memory>
 #include <span>
 
@@ -211,8 +213,16 @@ bool PosixPlatform::CopyFile(const std::string& from, const std::string& to) {
   const std::optional<std::string> content = ReadFile(from);
   if (!content) return false;
   const std::string_view whole = *content;
-  const int error = Replace(to, std::span(&whole, 1), status.st_mode & 0777);
+  const int error = Replace(to, std::span(&whole, 1), (status.st_mode & 0777) | S_IWUSR);
   return error == 0 || Fail(error);
+}
+
+bool PosixPlatform::MoveFile(const std::string& from, const std::string& to) {
+  if (::access(from.c_str(), W_OK) != 0) return Fail(errno);
+  if (::access(to.c_str(), W_OK) != 0 && errno != ENOENT) return Fail(errno);
+  if (::rename(from.c_str(), to.c_str()) == 0) return true;
+  if (errno != EXDEV) return Fail(errno);
+  return CopyFile(from, to) && RemoveFile(from);
 }
 
 bool PosixPlatform::RemoveFile(const std::string& path) { return ::unlink(path.c_str()) == 0 || Fail(errno); }
@@ -224,6 +234,49 @@ bool PosixPlatform::MakeFolder(const std::string& path) {
     if (end == std::string::npos) break;
   }
   return FolderExists(path) || Fail(ENOTDIR);
+}
+
+bool PosixPlatform::RemoveFolder(const std::string& path) {
+  return ::rmdir(path.c_str()) == 0 || Fail(errno);
+}
+
+std::optional<std::uint64_t> PosixPlatform::FileSize(const std::string& path) {
+  struct stat status {};
+  if (::stat(path.c_str(), &status) != 0) return Fail(errno), std::nullopt;
+  if (S_ISDIR(status.st_mode)) return Fail(EISDIR), std::nullopt;
+  return static_cast<std::uint64_t>(status.st_size);
+}
+
+std::optional<std::uint64_t> PosixPlatform::FreeSpace(const std::string& folder) {
+  std::filesystem::path place = ResolvedPath(folder);
+  while (!FolderExists(place.string()) && place.has_relative_path()) place = place.parent_path();
+  struct statvfs status {};
+  if (::statvfs(place.c_str(), &status) != 0) return Fail(errno), std::nullopt;
+  return static_cast<std::uint64_t>(status.f_bavail) * status.f_frsize;
+}
+
+std::string PosixPlatform::ResolvedPath(const std::string& path) {
+  std::error_code error;
+  std::filesystem::path resolved = std::filesystem::absolute(path, error);
+  if (error) return path;
+  if (std::filesystem::path canonical = std::filesystem::weakly_canonical(resolved, error); !error) {
+    resolved = std::move(canonical);
+  }
+  // With a separator at its end a path has an empty name.
+  if (!resolved.has_filename() && resolved.has_relative_path()) resolved = resolved.parent_path();
+  return resolved.string();
+}
+
+// Where both exist the file system is asked, which also knows whether it tells letter case apart.
+bool PosixPlatform::SameFile(const std::string& left, const std::string& right) {
+  struct stat one {};
+  struct stat other {};
+  const std::string resolved_left = ResolvedPath(left);
+  const std::string resolved_right = ResolvedPath(right);
+  if (::stat(resolved_left.c_str(), &one) == 0 && ::stat(resolved_right.c_str(), &other) == 0) {
+    return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+  }
+  return resolved_left == resolved_right;
 }
 
 std::vector<std::string> PosixPlatform::FolderNames(const std::string& path) {
@@ -254,6 +307,8 @@ host::LocalTime PosixPlatform::Now() {
   ::localtime_r(&now, &parts);
   return {parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday, parts.tm_hour, parts.tm_min, parts.tm_sec};
 }
+
+std::int64_t PosixPlatform::CalendarSeconds() { return std::time(nullptr); }
 
 std::int64_t PosixPlatform::Milliseconds() {
   const auto since_start = std::chrono::steady_clock::now().time_since_epoch();

@@ -30,12 +30,19 @@ class PosixPlatform : public host::Platform {
   bool ReplaceFileByPieces(const std::string& path, std::span<const std::string_view> pieces) override;
   bool AppendFile(const std::string& path, std::string_view content) override;
   bool CopyFile(const std::string& from, const std::string& to) override;
+  bool MoveFile(const std::string& from, const std::string& to) override;
   bool RemoveFile(const std::string& path) override;
   bool MakeFolder(const std::string& path) override;
+  bool RemoveFolder(const std::string& path) override;
   std::vector<std::string> FolderNames(const std::string& path) override;
+  std::optional<std::uint64_t> FileSize(const std::string& path) override;
+  std::optional<std::uint64_t> FreeSpace(const std::string& folder) override;
+  std::string ResolvedPath(const std::string& path) override;
+  bool SameFile(const std::string& left, const std::string& right) override;
 
   std::string Environment(std::string_view name) override;
   host::LocalTime Now() override;
+  std::int64_t CalendarSeconds() override;
   std::int64_t Milliseconds() override;
   bool Start(const std::string& program, const std::vector<std::string>& arguments) override;
 

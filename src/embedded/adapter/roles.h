@@ -17,5 +17,6 @@ std::unique_ptr<host::Editing> MakeEditing(Workspace& workspace);
 std::unique_ptr<host::Text> MakeText(Workspace& workspace);
 std::unique_ptr<host::Catalogs> MakeCatalogs(Workspace& workspace);
 std::unique_ptr<host::Tables> MakeTables(Workspace& workspace);
+std::unique_ptr<host::Links> MakeLinks(Workspace& workspace, host::Elements& elements);
 
 }  // namespace qelm::embedded::adapter

@@ -65,6 +65,15 @@ ScriptedUserInterface::Answer ScriptedUserInterface::Decide(std::string_view tex
   return {false, "default"};
 }
 
+bool ScriptedUserInterface::WouldAskPerson(std::string_view text) const {
+  return options_.interactive && !options_.answer && !answers_.Find(WithoutHeader(text));
+}
+
+std::ostream& ScriptedUserInterface::Messages() {
+  ClearLine();
+  return options_.messages;
+}
+
 // Asks until the answer begins with y or n. Nothing when the input ends.
 std::optional<bool> ScriptedUserInterface::AskPerson(std::string_view text) {
   ClearLine();

@@ -64,10 +64,21 @@ class ScriptedUserInterface : public host::UserInterface {
   bool AddSeparator(std::string_view menu) override;
   bool EnableCommand(host::Id command, bool enabled) override;
 
-  // Answers that come before all others.
+  // Answers that come before all others; those for dialogs and files are used by the dialogs role.
   void SetAnswers(Answers answers) { answers_ = std::move(answers); }
+  Answers& PreparedAnswers() { return answers_; }
+
+  // What the dialogs role shares: whether a person is there, whether the person would be asked this question,
+  // the answer for everything, and the streams. What is written begins on a line of its own.
+  bool Interactive() const { return options_.interactive; }
+  bool WouldAskPerson(std::string_view text) const;
+  std::optional<bool> AnswerForAll() const { return options_.answer; }
+  std::istream& In() { return options_.in; }
+  std::ostream& Messages();
   // A text at the start of every alert and question that is not repeated when they are shown or collected.
   void SetHeader(std::string header) { header_ = std::move(header); }
+  // Alerts are collected, and from now on not shown, or shown again.
+  void SetQuiet(bool quiet) { options_.quiet = quiet; }
   // Where console text goes; without a stream it is shown among the messages.
   void SetConsole(std::ostream* console) { console_ = console; }
 

@@ -7,11 +7,13 @@
 #include <set>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "embedded/adapter/embedded_host.h"
 #include "embedded/adapter/nested_ranges.h"
 #include "embedded/model/format_rules.h"
+#include "host/interface/entry_points.h"
 
 namespace qelm::embedded::adapter {
 
@@ -62,6 +64,10 @@ struct DerivedData {
 
   // What the element definitions say of formats.
   std::unique_ptr<model::FormatRules> format_rules;
+
+  // What links may name in the document, as it was at a revision (0: not read), the kind before the name.
+  std::unordered_set<std::string> targets;
+  std::uint64_t targets_revision = 0;
 
   bool backgrounds_noted = false;  // that the document cannot hold them was said
 };
@@ -153,8 +159,15 @@ class Workspace {
   // ": Permission denied", or nothing where no reason is known.
   std::string FileErrorSuffix() const;
 
+  // Tells the plug-in of something, if it has asked for that.
+  void Tell(std::int32_t notification, Id document, std::string_view text, std::int32_t value) {
+    if (plugin == nullptr || !requested_notifications.contains(notification)) return;
+    plugin->Notify(notification, document, text, value);
+  }
+
   bool screen_updates = true;
   std::set<std::int32_t> requested_notifications;
+  host::EntryPoints* plugin = nullptr;
 
  private:
   EmbeddedHost::Options options_;

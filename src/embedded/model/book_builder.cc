@@ -17,7 +17,11 @@ class BookReader {
 
  private:
   void Header();
-  void ReadComponent();
+  void ReadComponents();
+  std::size_t BeginComponent();
+  void ReadComponentField(Component* component);
+  void EndComponent(Component* component);
+  void ReadReference();
   void ReadElements();
   Id BeginElement(std::uint32_t* component);
   void ReadElement(Id id, std::uint32_t* component);
@@ -28,6 +32,10 @@ class BookReader {
   void AddItem(ItemKind kind, Id id, std::uint32_t begin, std::uint32_t end);
   void Warn(std::uint32_t offset, std::string text);
   std::string Text() const { return mif::DecodeString(reader_.data(), tree_.encoding); }
+  Span DataSpan() const {
+    const auto begin = static_cast<std::uint32_t>(reader_.data().data() - tree_.source.data());
+    return {begin, begin + static_cast<std::uint32_t>(reader_.data().size())};
+  }
 
   Book& book_;
   Document& tree_;
@@ -45,13 +53,17 @@ void BookReader::Warn(std::uint32_t offset, std::string text) {
 
 bool BookReader::Run(std::string* error) {
   book_.element_components.assign(1, kNoIndex);
+  book_.element_numbers.resize(1);
   while (reader_.Next()) {
     if (reader_.token() == Token::kBook) Header();
     if (reader_.kind() != Piece::kGroup) continue;
     const std::uint32_t begin = reader_.begin();
     switch (reader_.token()) {
       case Token::kBookComponent:
-        ReadComponent();
+        ReadComponents();
+        break;
+      case Token::kBookXRef:
+        ReadReference();
         break;
       case Token::kBookElements:
         ReadElements();
@@ -87,32 +99,61 @@ void BookReader::Header() {
   tree_.first_statement_end = reader_.end();
 }
 
-void BookReader::ReadComponent() {
-  Component component;
-  component.span.begin = reader_.begin();
-  Children(&reader_, [&] {
-    switch (reader_.token()) {
-      case Token::kFileName:
-        component.file = Text();
-        break;
-      case Token::kDeriveType:
-        component.generated = !reader_.data().empty();
-        break;
-      case Token::kDisplayText:
-        component.entry_text = Text();
-        break;
-      default:
-        // What newer programs call it is not settled; it can only mean one thing.
-        if (reader_.name().find("Exclude") != std::string_view::npos && reader_.data() == "Yes") {
-          component.excluded = true;
-        }
-        break;
+// One component, and those that it holds where it is a group: nesting has no limit, so it is a stack.
+void BookReader::ReadComponents() {
+  std::vector<std::size_t> open{BeginComponent()};
+  while (!open.empty() && reader_.Next()) {
+    if (reader_.kind() == Piece::kGroupEnd) {
+      EndComponent(&book_.components[open.back()]);
+      open.pop_back();
+    } else if (reader_.kind() != Piece::kGroup) {
+      ReadComponentField(&book_.components[open.back()]);
+    } else if (reader_.token() == Token::kBookComponent) {
+      open.push_back(BeginComponent());
+    } else {
+      reader_.Skip();
     }
+  }
+}
+
+std::size_t BookReader::BeginComponent() {
+  book_.components.emplace_back().span.begin = reader_.begin();
+  return book_.components.size() - 1;
+}
+
+void BookReader::ReadComponentField(Component* component) {
+  switch (reader_.token()) {
+    case Token::kFileName:
+      component->file = Text();
+      component->file_data = DataSpan();
+      break;
+    case Token::kDeriveType:
+      component->generated = !reader_.data().empty();
+      break;
+    case Token::kDisplayText:
+      component->entry_text = Text();
+      component->text_data = DataSpan();
+      break;
+    default:
+      // What newer programs call it is not settled; it can only mean one thing.
+      if (reader_.name().find("Exclude") != std::string_view::npos && reader_.data() == "Yes") {
+        component->excluded = true;
+      }
+      break;
+  }
+}
+
+void BookReader::EndComponent(Component* component) {
+  component->span.end = reader_.end();
+  component->path = PlatformPath(component->file);
+  component->is_group = component->file.empty();
+}
+
+void BookReader::ReadReference() {
+  Children(&reader_, [&] {
+    if (reader_.token() != Token::kXRefSrcFile || reader_.kind() != Piece::kLeaf) return;
+    book_.references.push_back({Text(), DataSpan(), std::nullopt});
   });
-  component.span.end = reader_.end();
-  component.path = PlatformPath(component.file);
-  if (component.file.empty()) Warn(component.span.begin, "a component of the book names no file");
-  book_.components.push_back(std::move(component));
 }
 
 void BookReader::ReadElements() {
@@ -152,6 +193,7 @@ Id BookReader::BeginElement(std::uint32_t* component) {
   element.source = reader_.begin();
   element.first_item = static_cast<std::uint32_t>(tree_.items.size());
   *component = kNoIndex;
+  book_.element_numbers.emplace_back();
   ReadElement(id, component);
   if (*component != kNoIndex && *component >= book_.components.size()) {
     Warn(tree_.elements[id].source, "an element names a component that the book does not have");
@@ -173,6 +215,7 @@ void BookReader::ReadElement(Id id, std::uint32_t* component) {
         break;
       case Token::kEComponent:
         *component = NumberData(reader_);
+        book_.element_numbers[id] = {reader_.begin(), reader_.end()};
         break;
       case Token::kAttributes:
         if (reader_.kind() == Piece::kGroup) ReadAttributes(id);
@@ -256,6 +299,7 @@ void BookReader::FinishTree() {
     }
     tree_.elements.push_back(element);
     book_.element_components.push_back(kNoIndex);
+    book_.element_numbers.emplace_back();
     tops_.assign(1, root);
     Warn(0, "the book has no single highest-level element; one called NoName stands for it");
   }

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <deque>
 #include <list>
+#include <map>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -230,6 +231,15 @@ struct Page {
   FlowKind kind = FlowKind::kBody;
   std::string_view number;   // PageNum of a body page, else PageTag
   std::int32_t ordinal = 0;  // 1-based among the body pages
+  Span span;                 // the whole statement
+  bool imports = false;      // graphics are imported on it
+};
+
+// A statement that is replaced by another one where it stands: the file of a link (links.h), the number of a
+// paragraph (numbering.h). It goes with the statement that it lies in.
+struct Replacement {
+  Span place;
+  std::string text;
 };
 
 // A problem that did not keep the document from opening.
@@ -288,7 +298,8 @@ class Document {
   std::vector<std::uint32_t> source_fonts;
   FontEdits font_edits;
   bool modified = false;
-  bool marked = false;  // items or rows carry changes (edit.h)
+  bool marked = false;                                // items or rows carry changes (edit.h)
+  std::map<std::uint32_t, Replacement> replacements;  // by where the statement around it begins
 
   Additions additions;
   std::int64_t next_unique = 0;  // the next number of a new object; 0: not looked for yet

@@ -38,7 +38,6 @@ class MifSaver {
   void SaveFrames();
   void ChooseMovingBlocks();
   bool BlockMoves(const HiddenBlock& block) const;
-  bool IsVisible(std::uint16_t set, bool now) const;
   void SaveStories();
   void SaveStory(StorySaver* saver, std::uint32_t begin, std::uint32_t end);
   void SaveHiddenFlow(StorySaver* saver);
@@ -74,6 +73,9 @@ Pieces MifSaver::Run() {
   }
   RepairParagraphStates();
   SaveAttributes();
+  for (const auto& [statement, edit] : document_.replacements) {
+    splice_.ReplaceWhatStays(edit.place.begin, edit.place.end, edit.text);
+  }
   return splice_.Apply(document_.source);
 }
 
@@ -174,17 +176,6 @@ void MifSaver::RemoveParagraphsIn(Span span) {
   }
 }
 
-// Text is seen when one of its tags is shown; the tags of change tracking do not count.
-bool MifSaver::IsVisible(std::uint16_t set, bool now) const {
-  if (set == 0 || (now ? document_.show_all : document_.source_show_all)) return true;
-  for (const Id id : document_.condition_sets[set]) {
-    const Condition& condition = document_.conditions[id];
-    if (condition.name.starts_with("FM8_TRACK_CHANGES")) continue;
-    if (now ? condition.shown : condition.source_shown) return true;
-  }
-  return false;
-}
-
 // A block stays where it is, byte for byte, unless its text or its state changed, or it is to be seen now.
 bool MifSaver::BlockMoves(const HiddenBlock& block) const {
   for (std::uint32_t i = block.first_item; i < block.end_item; ++i) {
@@ -196,7 +187,9 @@ bool MifSaver::BlockMoves(const HiddenBlock& block) const {
   }
   for (std::uint32_t i = block.first_item; i < block.end_item; ++i) {
     const Item& item = document_.items[i];
-    if (IsContent(item.kind)) return IsVisible(item.conditions, true) && !IsVisible(item.conditions, false);
+    if (IsContent(item.kind)) {
+      return IsShown(document_, item.conditions) && !IsShown(document_, item.conditions, true);
+    }
   }
   return false;
 }

@@ -307,6 +307,7 @@ void Scanner::ReadPage() {
   };
   const auto index = static_cast<std::int32_t>(document_.pages.size());
   Page page;
+  page.span.begin = reader_.begin();
   std::string_view tag;
   const std::size_t inside = reader_.depth();
   while (reader_.Next()) {
@@ -329,10 +330,14 @@ void Scanner::ReadPage() {
       case Token::kTextRect:
         if (reader_.kind() == Piece::kGroup) ReadTextFrame(index, 0);
         break;
+      case Token::kImportObject:
+        page.imports = true;
+        break;
       default:
         break;
     }
   }
+  page.span.end = reader_.end();
   if (page.kind == FlowKind::kBody) page.ordinal = ++body_pages_;
   if (page.number.empty()) page.number = tag;
   document_.pages.push_back(page);

@@ -190,7 +190,9 @@ void IdKeeper::KeepCatalogs() {
 
 }  // namespace
 
-bool NeedsSettling(const Document& document) { return document.marked || document.additions.Pending(); }
+bool NeedsSettling(const Document& document) {
+  return document.marked || document.additions.Pending() || !document.replacements.empty();
+}
 
 bool Settle(Document* document) {
   const bool is_xml = document->format == Format::kXml;

@@ -12,6 +12,7 @@ Pieces Splice::Apply(std::string_view source) {
   Pieces result;
   std::size_t at = 0;
   for (const Edit& edit : edits_) {
+    if (edit.of_what_stays && edit.begin < at) continue;
     if (edit.begin > at) result.Refer(source.substr(at, edit.begin - at));
     result.Copy(edit.text);
     at = std::max(at, static_cast<std::size_t>(std::max(edit.begin, edit.end)));

@@ -22,11 +22,17 @@ class Splice {
     if (follows) {
       edits_.back().end = end;
     } else {
-      edits_.push_back({begin, end, std::move(text)});
+      edits_.push_back({begin, end, std::move(text), false});
     }
   }
   void Insert(std::uint32_t at, std::string text) { Replace(at, at, std::move(text)); }
   void Remove(std::uint32_t begin, std::uint32_t end) { Replace(begin, end, {}); }
+
+  // A replacement that counts only where its bytes are left: not in what was removed or replaced.
+  void ReplaceWhatStays(std::uint32_t begin, std::uint32_t end, std::string text) {
+    edits_.push_back({begin, end, std::move(text), true});
+    barrier_ = edits_.size();
+  }
 
   bool Empty() const { return edits_.empty(); }
   // A mark, and going back to it: what came after it is forgotten.
@@ -41,6 +47,7 @@ class Splice {
     std::uint32_t begin = 0;
     std::uint32_t end = 0;
     std::string text;
+    bool of_what_stays = false;
   };
   std::vector<Edit> edits_;
   std::size_t barrier_ = 0;  // removals do not grow into edits before it

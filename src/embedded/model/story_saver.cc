@@ -69,6 +69,12 @@ bool StorySaver::IsChanged() const {
 // The statement of an item, to be written in another place, with what changed in it.
 std::string StorySaver::StatementOf(const StoryItem& item) {
   std::string statement = layout_.Statement(item.begin, item.end);
+  const auto link = document_.replacements.find(item.begin);
+  if (link != document_.replacements.end()) {
+    const std::string_view old = document_.At(link->second.place);
+    const std::size_t at = statement.find(old);
+    if (at != std::string::npos) statement.replace(at, old.size(), link->second.text);
+  }
   const bool has_element = item.kind == ItemKind::kElementBegin || item.kind == ItemKind::kMarker ||
                            item.kind == ItemKind::kVariable || item.kind == ItemKind::kReferenceBegin;
   if (!has_element || item.ref == 0 || !document_.elements[item.ref].attributes_changed) return statement;

@@ -136,6 +136,16 @@ std::string_view ElementText(const Document& document, Id id, std::size_t max_ch
   return text.substr(0, CutView(text, max_characters));
 }
 
+bool IsShown(const Document& document, std::uint16_t set, bool as_read) {
+  if (set == 0 || (as_read ? document.source_show_all : document.show_all)) return true;
+  for (const Id id : document.condition_sets[set]) {
+    const Condition& condition = document.conditions[id];
+    if (condition.name.starts_with("FM8_TRACK_CHANGES")) continue;
+    if (as_read ? condition.source_shown : condition.shown) return true;
+  }
+  return false;
+}
+
 bool HasOwnText(const Document& document, Id id) {
   const Element& element = document.elements[id];
   Id child = element.first_child;

@@ -20,6 +20,10 @@ std::string_view PlainText(const Document& document, const Item& item);
 std::string_view ElementText(const Document& document, Id element, std::size_t max_characters,
                              std::string* buffer);
 
+// Text under these conditions is seen when one of them is shown; those of change tracking do not count.
+// `as_read`: by what the source says of the conditions and not by what was changed since.
+bool IsShown(const Document& document, std::uint16_t condition_set, bool as_read = false);
+
 // Whether content stands in the element itself, not only in elements inside it; generated text counts, and
 // so does the anchor of a table or frame that the element is.
 bool HasOwnText(const Document& document, Id element);

@@ -36,10 +36,17 @@ class Books {
   // The component's document when it is open, else 0.
   virtual Id ComponentDocument(Id book, Id component) = 0;
 
-  // The text that the book shows for the component. False with the error code set when the id is invalid.
+  // The text that the book shows for the component. Reading gives nothing for an invalid id, and the view
+  // holds until the book is next changed; writing gives false with the error code set.
+  virtual std::string_view EntryText(Id book, Id component) = 0;
   virtual bool SetEntryText(Id book, Id component, std::string_view text) = 0;
 
-  // Takes the component and its element out of the book; its file stays. False with the error code set.
+  // Lets the component be another file (absolute, the platform's form). It is written relative to the place
+  // that the book's own path says. False with the error code set when the id is invalid.
+  virtual bool SetComponentPath(Id book, Id component, const std::string& path) = 0;
+
+  // Takes the component and its element out of the book; its file stays. False with the error code set. The
+  // ids of the other components stay what they are.
   virtual bool RemoveComponent(Id book, Id component) = 0;
 
   // Updates the book as BookUpdate flags say; its components need not be open. False with the error code set

@@ -11,6 +11,7 @@
 #include "host/interface/documents.h"
 #include "host/interface/editing.h"
 #include "host/interface/elements.h"
+#include "host/interface/links.h"
 #include "host/interface/platform.h"
 #include "host/interface/session.h"
 #include "host/interface/text.h"
@@ -28,6 +29,7 @@ struct Host {
   Text& text;
   Catalogs& catalogs;
   Tables& tables;
+  Links& links;
   UserInterface& user;
   Dialogs& dialogs;
   Clients& clients;

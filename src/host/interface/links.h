@@ -13,8 +13,21 @@ struct Link {
   Id element = kNone;   // the element that it is or stands in; none outside the structure
   std::string path;     // the file, absolute and in the platform's form; empty: the document itself
   std::string target;   // the name in that file; empty: the file as a whole
-  std::string command;  // of a hypertext link: its command word ("gotolink")
+  std::string command;  // of a hypertext link: its command word ("gotolink"); "URL": `target` is an address
   bool hidden = false;  // it stands in text that is not shown
+};
+
+// Something in a document that links may name.
+struct LinkTarget {
+  enum class State : std::uint8_t {
+    kShown,
+    kHidden,
+    kDeleted,  // it was there when the document was opened
+  };
+  LinkKind kind = LinkKind::kCrossReference;  // of the links that may name it
+  std::string name;
+  Id element = kNone;  // the element that it is or stands in
+  State state = State::kShown;
 };
 
 class Links {
@@ -29,7 +42,11 @@ class Links {
   // the document's own path says. False with the error code set when that is not possible.
   virtual bool SetPath(Id document, const Link& link, const std::string& path) = 0;
 
-  // Whether the document holds what a link of this kind may name as its target.
+  // What links may name in a document, in document order. A name may be there several times. False with the
+  // error code set for an invalid id. `targets` is replaced.
+  virtual bool ReadTargets(Id document, std::vector<LinkTarget>* targets) = 0;
+
+  // Whether the document holds what a link of this kind may name as its target, shown or hidden.
   virtual bool HasTarget(Id document, LinkKind kind, std::string_view target) = 0;
 };
 

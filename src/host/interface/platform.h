@@ -35,17 +35,35 @@ class Platform {
   }
   // Adds to the end of a file, which is made when it is missing.
   virtual bool AppendFile(const std::string& path, std::string_view content) = 0;
-  // Copies one file; a target that exists is replaced as by ReplaceFile.
+  // Copies one file; a target that exists is replaced as by ReplaceFile. The user may write the copy, also
+  // where the original is read-only.
   virtual bool CopyFile(const std::string& from, const std::string& to) = 0;
+  // Gives a file another name or folder. What is at the target is replaced; a file that the user may not
+  // write is neither moved nor replaced.
+  virtual bool MoveFile(const std::string& from, const std::string& to) = 0;
   virtual bool RemoveFile(const std::string& path) = 0;
   // Makes a folder and those above it that are missing. True when it is there afterwards.
   virtual bool MakeFolder(const std::string& path) = 0;
+  // Removes a folder that is empty.
+  virtual bool RemoveFolder(const std::string& path) = 0;
   // The names in a folder, in byte order; empty when it cannot be read.
   virtual std::vector<std::string> FolderNames(const std::string& path) = 0;
+
+  // The size of a file in bytes; nothing when there is none.
+  virtual std::optional<std::uint64_t> FileSize(const std::string& path) = 0;
+  // How many bytes can still be written in the folder, or where it would be made. Nothing where that is not
+  // known.
+  virtual std::optional<std::uint64_t> FreeSpace(const std::string& folder) = 0;
+  // The path with links resolved, without detours and without a separator at its end; what does not exist yet
+  // is taken as it is written. So two spellings of one place mostly become the same; SameFile knows for sure.
+  virtual std::string ResolvedPath(const std::string& path) = 0;
+  virtual bool SameFile(const std::string& left, const std::string& right) = 0;
 
   // The value of an environment variable, empty when it is not set.
   virtual std::string Environment(std::string_view name) = 0;
   virtual LocalTime Now() = 0;
+  // The calendar time in seconds since the beginning of 1970, in UTC.
+  virtual std::int64_t CalendarSeconds() = 0;
   // Milliseconds of a clock that never goes back.
   virtual std::int64_t Milliseconds() = 0;
   // Starts an external program and does not wait for it. False when it cannot be started.

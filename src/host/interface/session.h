@@ -15,6 +15,10 @@ class Session {
 
   virtual std::int32_t MajorVersion() = 0;
 
+  // Asks for texts in this encoding from now on. False when the host cannot; one whose texts are UTF-8 in any
+  // case has nothing to do for "UTF-8".
+  virtual bool SetTextEncoding(std::string_view name) { return name == "UTF-8"; }
+
   // The language of the host's user interface, as its English name ("English", "German").
   virtual std::string_view InterfaceLanguage() = 0;
 

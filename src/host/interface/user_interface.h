@@ -43,7 +43,11 @@ class UserInterface {
   virtual bool EnableCommand(Id command, bool enabled) = 0;
 };
 
-// How items of an open dialog are set and read. Items are numbered from 0 in the order of the resource.
+// Stands for a dialog's title where the label of an item is meant.
+inline constexpr std::int32_t kDialogTitle = -1;
+
+// How items of an open dialog are set and read. Items are numbered from 0 in the order of the resource; a call
+// for an item that a dialog does not have changes nothing and reads as empty, 0 or -1.
 class Dialogs {
  public:
   virtual ~Dialogs() = default;
@@ -56,7 +60,13 @@ class Dialogs {
   // result of -10000 keeps it open. Returns the item that closed it.
   virtual std::int32_t RunDialog(Id dialog, std::int32_t number) = 0;
 
+  // How many items the dialog has.
+  virtual std::int32_t ItemCount(Id dialog) = 0;
+
+  // The text that stands on or beside an item. A line of plain text is the label of its item.
   virtual void SetLabel(Id dialog, std::int32_t item, std::string_view text) = 0;
+  virtual std::string LabelOf(Id dialog, std::int32_t item) = 0;
+  // The text in an edit field.
   virtual void SetText(Id dialog, std::int32_t item, std::string_view text) = 0;
   virtual std::string TextOf(Id dialog, std::int32_t item) = 0;
   // A check box or radio button: 0 or 1. A list: the index of the selected line, -1 for none.

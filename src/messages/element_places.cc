@@ -1,8 +1,8 @@
-#include "cli/element_places.h"
+#include "messages/element_places.h"
 
 #include <limits>
 
-namespace qelm::cli {
+namespace qelm::messages {
 namespace {
 
 constexpr std::uint32_t kUnknown = std::numeric_limits<std::uint32_t>::max();
@@ -96,4 +96,4 @@ void ElementPlaces::PlaceChildren(host::Id parent) {
   }
 }
 
-}  // namespace qelm::cli
+}  // namespace qelm::messages

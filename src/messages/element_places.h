@@ -14,7 +14,7 @@
 
 #include "host/interface/host.h"
 
-namespace qelm::cli {
+namespace qelm::messages {
 
 class ElementPlaces {
  public:
@@ -52,4 +52,4 @@ class ElementPlaces {
   std::unordered_map<host::Id, Count> counts_;  // by definition
 };
 
-}  // namespace qelm::cli
+}  // namespace qelm::messages

@@ -1,0 +1,321 @@
+#include "embedded/adapter/book_update.h"
+
+#include <map>
+
+#include "embedded/mif/strings.h"
+#include "embedded/model/book_numbering.h"
+#include "embedded/model/files.h"
+#include "embedded/model/links.h"
+#include "embedded/model/locate.h"
+#include "embedded/model/reference_text.h"
+
+namespace qelm::embedded::adapter {
+namespace {
+
+using model::ItemKind;
+
+// What cannot be updated in this version, by its flag.
+struct Missing {
+  host::BookUpdate flag;
+  std::string_view what;
+};
+constexpr Missing kMissing[] = {
+    {host::kUpdateMasterPages, "master pages are not applied in this version; they stay as they are."},
+    {host::kUpdateOleLinks, "OLE links cannot be updated: the programs that they need are not available."},
+};
+
+// A reference to another file: what it asks of that file, and what it shows now.
+struct Request {
+  std::uint32_t ordinal = 0;  // among the references of its document
+  std::string file;           // identity
+  std::string named;          // the path, for messages
+  std::string target;
+  std::string format;
+  std::string shown;
+};
+
+struct Component {
+  Id id = host::kNone;
+  std::string path;
+  model::BookCounters before;  // what its numbers go on from
+  model::PlaceNumbers places;
+  std::vector<Request> requests;
+  bool readable = false;
+};
+
+// A document that is open for as long as this is there; one that was not open before is closed, and saved
+// when it was changed.
+class Opened {
+ public:
+  Opened(Workspace& workspace, host::Documents& documents, const std::string& path)
+      : workspace_(workspace), documents_(documents) {
+    host::OpenOptions options;
+    options.visible = false;
+    options.suppress_alerts = true;
+    host::OpenStatus status = host::OpenStatus::kUnreadable;
+    id_ = documents.Open(path, options, &status);
+    was_open_ = status == host::OpenStatus::kAlreadyOpen;
+  }
+  ~Opened() {
+    if (id_ != host::kNone && !was_open_) documents_.Close(id_, true);
+  }
+  Opened(const Opened&) = delete;
+  Opened& operator=(const Opened&) = delete;
+
+  OpenFile* File() { return id_ == host::kNone ? nullptr : workspace_.DocumentFile(id_); }
+
+  // Brings the changes into the document, and writes it unless it was open.
+  bool Finish() {
+    OpenFile* file = File();
+    MarkEdited(file);
+    if (!SettleDocument(file)) return false;
+    return was_open_ || documents_.Save(id_, {});
+  }
+
+ private:
+  Workspace& workspace_;
+  host::Documents& documents_;
+  Id id_ = host::kNone;
+  bool was_open_ = false;
+};
+
+class Updater {
+ public:
+  Updater(Workspace& workspace, host::Documents& documents, host::Books& books, Id book, std::uint32_t flags)
+      : workspace_(workspace), documents_(documents), books_(books), book_(book), flags_(flags) {}
+  UpdateOutcome Run();
+
+ private:
+  bool Asked(host::BookUpdate flag) const { return (flags_ & flag) != 0; }
+  void FindComponents();
+  void Number(Component* component);
+  std::vector<model::ParagraphNumber> Numbers(const model::Document& document, Component* component);
+  std::size_t References(OpenFile* file, Component* component,
+                         const std::vector<model::ParagraphNumber>& numbers);
+  std::size_t OwnReference(OpenFile* file, std::uint32_t item, const model::ReferenceStatement& reference,
+                           const std::string& format, model::ReferenceTargets* targets);
+  void Insets(const OpenFile& file);
+  void Answer();
+  void AnswerFrom(const std::string& identity);
+  void Apply(Component* component);
+  void Keep(const std::string& path, const std::string& shown, const std::string& target,
+            const std::string& file, const std::string& why);
+  void Find(std::string text) {
+    outcome_.findings.push_back(std::move(text));
+    outcome_.complete = false;
+  }
+
+  Workspace& workspace_;
+  host::Documents& documents_;
+  host::Books& books_;
+  Id book_;
+  std::uint32_t flags_;
+  UpdateOutcome outcome_;
+  std::vector<Component> components_;
+  model::BookCounters counters_;
+  // By file, target and format: what is shown.
+  using Question = std::pair<std::string, std::string>;
+  std::map<std::string, std::map<Question, model::ReferenceText>> answers_;
+  std::map<std::string, std::string> names_;  // of files, by identity
+};
+
+void Updater::FindComponents() {
+  for (Id id = books_.FirstComponent(book_); id != host::kNone; id = books_.NextComponent(book_, id)) {
+    if (books_.IsExcluded(book_, id)) continue;
+    Component component;
+    component.id = id;
+    component.path = books_.ComponentPath(book_, id);
+    if (books_.IsGenerated(book_, id) && Asked(host::kUpdateGeneratedFiles)) {
+      Find(component.path + ": generated files are not made anew in this version; it stays as it is.");
+    }
+    components_.push_back(std::move(component));
+  }
+}
+
+UpdateOutcome Updater::Run() {
+  const std::string path = workspace_.File(book_)->path;
+  for (const Missing& missing : kMissing) {
+    if (Asked(missing.flag)) Find(path + ": " + std::string(missing.what));
+  }
+  FindComponents();
+  const bool reads =
+      Asked(host::kUpdateNumbering) || Asked(host::kUpdateCrossReferences) || Asked(host::kUpdateTextInsets);
+  if (!reads) return std::move(outcome_);
+  for (Component& component : components_) Number(&component);
+  Answer();
+  for (Component& component : components_) Apply(&component);
+  return std::move(outcome_);
+}
+
+// The numbers of a document: as its formats say, or when numbers are not to be updated those that it has.
+std::vector<model::ParagraphNumber> Updater::Numbers(const model::Document& document, Component* component) {
+  model::Counters alone;
+  if (component == nullptr) return model::NumberParagraphs(document, model::DocumentPlaces(document), &alone);
+  model::BookCounters counters = component->before;
+  const model::Document& book = workspace_.Book(book_)->tree;
+  const model::Span statement = workspace_.Book(book_)->components[component->id - 1].span;
+  const model::PlaceNumbers places = model::NextComponent(book, statement, document, &counters);
+  std::vector<model::ParagraphNumber> numbers =
+      model::NumberParagraphs(document, places, &counters.paragraphs);
+  counters_ = std::move(counters);
+  if (Asked(host::kUpdateNumbering)) return numbers;
+  for (std::size_t i = 1; i < numbers.size(); ++i) {
+    if (!numbers[i].numbered) continue;
+    const std::string stored = model::StoredNumber(document, document.paragraphs[i]);
+    if (stored != numbers[i].text) numbers[i].text = numbers[i].only = stored;
+  }
+  return numbers;
+}
+
+void Updater::Number(Component* component) {
+  Opened opened(workspace_, documents_, component->path);
+  OpenFile* file = opened.File();
+  if (file == nullptr) {
+    Find(std::string(documents_.LastError()));
+    return;
+  }
+  component->readable = true;
+  if (file->document->format != model::Format::kMif) return;
+  if (!SettleDocument(file)) {
+    Find(file->path + ": what was changed in the document cannot be brought into it.");
+    return;
+  }
+  component->before = counters_;
+  const std::vector<model::ParagraphNumber> numbers = Numbers(*file->document, component);
+  std::size_t changed = 0;
+  if (Asked(host::kUpdateNumbering)) changed += model::SetNumbers(file->document.get(), numbers);
+  if (Asked(host::kUpdateCrossReferences)) changed += References(file, component, numbers);
+  if (Asked(host::kUpdateTextInsets)) Insets(*file);
+  if (changed != 0 && !opened.Finish()) Find(std::string(documents_.LastError()));
+}
+
+void Updater::Keep(const std::string& path, const std::string& shown, const std::string& target,
+                   const std::string& file, const std::string& why) {
+  Find(path + ": the cross-reference \"" + shown + "\" to \"" + target + "\"" +
+       (file.empty() ? std::string() : " in " + file) + " is kept as it is: " + why + ".");
+}
+
+std::size_t Updater::OwnReference(OpenFile* file, std::uint32_t item,
+                                  const model::ReferenceStatement& reference, const std::string& format,
+                                  model::ReferenceTargets* targets) {
+  model::Document* document = file->document.get();
+  const model::ReferenceText text = targets->Expand(format, reference.target);
+  if (text.problem.empty()) return model::SetReferenceText(document, item, text) ? 1 : 0;
+  Keep(file->path, model::ShownText(*document, item), reference.target, {}, text.problem);
+  return 0;
+}
+
+std::size_t Updater::References(OpenFile* file, Component* component,
+                                const std::vector<model::ParagraphNumber>& numbers) {
+  model::Document* document = file->document.get();
+  const auto formats = model::ReferenceFormats(*document);
+  std::optional<model::ReferenceTargets> targets;
+  std::size_t changed = 0;
+  std::uint32_t ordinal = 0;
+  for (std::uint32_t i = 0; i < document->items.size(); ++i) {
+    const model::Item& item = document->items[i];
+    if (item.kind != ItemKind::kReferenceBegin || item.Is(model::kDeleted)) continue;
+    ++ordinal;
+    const model::ReferenceStatement reference = model::ReadReference(*document, item.begin);
+    const std::string shown = model::ShownText(*document, i);
+    const auto format = formats.find(reference.format);
+    if (format == formats.end()) {
+      Keep(file->path, shown, reference.target, {}, "there is no format \"" + reference.format + "\"");
+    } else if (!model::IsPlainReference(*document, i)) {
+      Keep(file->path, shown, reference.target, {}, "its text holds more than text");
+    } else if (reference.file.empty()) {
+      if (!targets) targets.emplace(*document, numbers);
+      changed += OwnReference(file, i, reference, format->second, &*targets);
+    } else {
+      const std::string path = model::LocateComponent(file->path, reference.file).path;
+      const std::string identity = Workspace::Identity(path);
+      names_.try_emplace(identity, path);
+      answers_[identity].try_emplace({reference.target, format->second});
+      component->requests.push_back({ordinal, identity, path, reference.target, format->second, shown});
+    }
+  }
+  return changed;
+}
+
+void Updater::Insets(const OpenFile& file) {
+  for (const model::Link& link : model::ReadLinks(*file.document)) {
+    if (link.kind != model::LinkKind::kTextInset) continue;
+    Find(file.path + ": the text inset from " + link.file +
+         " is not read again in this version; it stays as it is.");
+  }
+}
+
+void Updater::Answer() {
+  for (const auto& [identity, questions] : answers_) AnswerFrom(identity);
+}
+
+void Updater::AnswerFrom(const std::string& identity) {
+  std::map<Question, model::ReferenceText>& questions = answers_[identity];
+  Opened opened(workspace_, documents_, names_[identity]);
+  OpenFile* file = opened.File();
+  if (file == nullptr || file->document->format != model::Format::kMif || !SettleDocument(file)) {
+    std::string why = file == nullptr ? std::string(documents_.LastError()) : "the file is not MIF";
+    while (!why.empty() && why.back() == '.') why.pop_back();
+    for (auto& [question, text] : questions) text.problem = why;
+    return;
+  }
+  const auto component = std::find_if(
+      components_.begin(), components_.end(),
+      [&](const Component& candidate) { return Workspace::Identity(candidate.path) == identity; });
+  const std::vector<model::ParagraphNumber> numbers =
+      Numbers(*file->document, component == components_.end() ? nullptr : &*component);
+  model::ReferenceTargets targets(*file->document, numbers);
+  for (auto& [question, text] : questions) text = targets.Expand(question.second, question.first);
+}
+
+// The references of a component to other files that show something else now.
+void Updater::Apply(Component* component) {
+  bool any = false;
+  for (const Request& request : component->requests) {
+    const model::ReferenceText& text = answers_[request.file][{request.target, request.format}];
+    if (!text.problem.empty()) {
+      Keep(component->path, request.shown, request.target, request.named, text.problem);
+    } else {
+      any = any || text.Plain() != request.shown;
+    }
+  }
+  if (!any) return;
+  Opened opened(workspace_, documents_, component->path);
+  OpenFile* file = opened.File();
+  if (file == nullptr) return Find(std::string(documents_.LastError()));
+  model::Document* document = file->document.get();
+  auto request = component->requests.begin();
+  std::uint32_t ordinal = 0;
+  std::size_t changed = 0;
+  for (std::uint32_t i = 0; i < document->items.size() && request != component->requests.end(); ++i) {
+    const model::Item& item = document->items[i];
+    if (item.kind != ItemKind::kReferenceBegin || item.Is(model::kDeleted)) continue;
+    if (++ordinal != request->ordinal) continue;
+    const model::ReferenceText& text = answers_[request->file][{request->target, request->format}];
+    ++request;
+    if (text.problem.empty() && model::SetReferenceText(document, i, text)) ++changed;
+  }
+  if (changed != 0 && !opened.Finish()) Find(std::string(documents_.LastError()));
+}
+
+}  // namespace
+
+UpdateOutcome UpdateBook(Workspace& workspace, host::Documents& documents, host::Books& books, Id book,
+                         std::uint32_t flags) {
+  return Updater(workspace, documents, books, book, flags).Run();
+}
+
+std::unique_ptr<model::Document> ErrorLog(const std::string& book, const std::vector<std::string>& findings) {
+  std::string text = "<MIFFile 8.00>\n";
+  const auto paragraph = [&](const std::string& line) {
+    text += "<Para \n <PgfTag `Body'>\n <ParaLine \n  <String `" + mif::Encode(line, mif::Encoding::kUtf8) +
+            "'>\n > # end of ParaLine\n> # end of Para\n";
+  };
+  paragraph("Book error log: " + book);
+  for (const std::string& finding : findings) paragraph(finding);
+  if (findings.empty()) paragraph("No errors.");
+  std::string error;
+  return model::BuildMif(std::move(text), &error);
+}
+
+}  // namespace qelm::embedded::adapter

@@ -1,0 +1,151 @@
+#include "embedded/model/links.h"
+
+#include <charconv>
+#include <filesystem>
+
+#include "embedded/adapter/file_places.h"
+#include "embedded/adapter/roles.h"
+#include "embedded/model/hypertext.h"
+#include "embedded/model/locate.h"
+
+namespace qelm::embedded::adapter {
+namespace {
+
+using host::LinkKind;
+using State = host::LinkTarget::State;
+
+static_assert(static_cast<int>(model::LinkKind::kGraphic) == static_cast<int>(LinkKind::kGraphic));
+static_assert(static_cast<int>(model::TargetState::kHidden) == static_cast<int>(State::kHidden));
+static_assert(static_cast<int>(model::TargetState::kDeleted) == static_cast<int>(State::kDeleted));
+
+// Kinds of names are kept apart by what stands before them.
+std::string TargetKey(LinkKind kind, std::string_view name) {
+  std::string key(1, static_cast<char>('0' + static_cast<int>(kind)));
+  key.append(name);
+  return key;
+}
+
+// Where files lie that a document names, each looked for once.
+class Places {
+ public:
+  explicit Places(const std::string& document) : document_(document) {}
+  const std::string& Of(const std::string& file) {
+    const auto [found, is_new] = known_.try_emplace(file);
+    if (is_new) {
+      const std::string path = model::LocateComponent(document_, file).path;
+      found->second = std::filesystem::path(path).lexically_normal().string();
+    }
+    return found->second;
+  }
+
+ private:
+  const std::string& document_;
+  std::unordered_map<std::string, std::string> known_;
+};
+
+// A link's object is the place of its statement, counted from 1.
+class LinksRole : public host::Links {
+ public:
+  LinksRole(Workspace& workspace, host::Elements& elements) : workspace_(workspace), elements_(elements) {}
+
+  bool Read(Id document, std::vector<host::Link>* links) override;
+  bool ReadTargets(Id document, std::vector<host::LinkTarget>* targets) override;
+  bool SetPath(Id document, const host::Link& link, const std::string& path) override;
+  bool HasTarget(Id document, LinkKind kind, std::string_view target) override;
+
+ private:
+  bool HasObject(Id document, std::string_view target);
+
+  Workspace& workspace_;
+  host::Elements& elements_;
+};
+
+bool LinksRole::Read(Id document, std::vector<host::Link>* links) {
+  links->clear();
+  const OpenFile* file = workspace_.DocumentFile(document);
+  if (file == nullptr) return workspace_.FailId(document);
+  Places places(file->path);
+  for (model::Link& found : model::ReadLinks(*file->document)) {
+    host::Link link;
+    link.kind = static_cast<LinkKind>(found.kind);
+    link.object = found.statement + 1;
+    link.element = found.element;
+    if (!found.file.empty()) link.path = places.Of(found.file);
+    link.target = std::move(found.target);
+    link.command = std::move(found.command);
+    link.hidden = found.hidden;
+    links->push_back(std::move(link));
+  }
+  return true;
+}
+
+bool LinksRole::ReadTargets(Id document, std::vector<host::LinkTarget>* targets) {
+  targets->clear();
+  const OpenFile* file = workspace_.DocumentFile(document);
+  if (file == nullptr) return workspace_.FailId(document);
+  for (model::LinkTarget& found : model::ReadTargets(*file->document)) {
+    targets->push_back({static_cast<LinkKind>(found.kind), std::move(found.name), found.element,
+                        static_cast<State>(found.state)});
+  }
+  return true;
+}
+
+bool LinksRole::SetPath(Id document, const host::Link& link, const std::string& path) {
+  // What else waits to be brought in does not move the statements, as long as it waits.
+  OpenFile* file = workspace_.File(document);
+  if (file == nullptr || !file->document) return workspace_.FailId(document);
+  if (file->document->format == model::Format::kXml) {
+    return workspace_.Fail(Error::kNotSupported,
+                           file->path + ": the files that links of an XML document name cannot be changed.");
+  }
+  if (file->path.empty() || path.empty() || link.object == host::kNone) {
+    return workspace_.Fail(Error::kInvalidArgument, file->path + ": a link needs a file to point to.");
+  }
+  namespace fs = std::filesystem;
+  const fs::path own = fs::path(file->path).lexically_normal();
+  const fs::path wanted = fs::path(AbsolutePath(path)).lexically_normal();
+  const bool inside = wanted == own && link.kind == LinkKind::kCrossReference;
+  const std::string relative = inside ? std::string() : wanted.lexically_relative(own.parent_path()).string();
+  if (!model::SetLinkFile(file->document.get(), static_cast<model::LinkKind>(link.kind), link.object - 1,
+                          relative)) {
+    return workspace_.FailId(document);
+  }
+  MarkEdited(file);
+  return true;
+}
+
+bool LinksRole::HasTarget(Id document, LinkKind kind, std::string_view target) {
+  OpenFile* file = workspace_.DocumentFile(document);
+  if (file == nullptr) return false;
+  if (target.empty()) return true;
+  if (kind == LinkKind::kHypertext && (model::IsPageName(target) || HasObject(document, target))) return true;
+  DerivedData& derived = file->derived;
+  if (derived.targets_revision != file->revision) {
+    derived.targets.clear();
+    for (const model::LinkTarget& found : model::ReadTargets(*file->document)) {
+      if (found.state == model::TargetState::kDeleted) continue;
+      derived.targets.insert(TargetKey(static_cast<LinkKind>(found.kind), found.name));
+    }
+    derived.targets_revision = file->revision;
+  }
+  return derived.targets.contains(TargetKey(kind, target));
+}
+
+// "5 NUMBER": an object of the class 5, an element, by its unique number.
+bool LinksRole::HasObject(Id document, std::string_view target) {
+  constexpr std::string_view kElementClass = "5 ";
+  if (!target.starts_with(kElementClass)) return false;
+  target.remove_prefix(kElementClass.size());
+  std::int64_t number = 0;
+  const auto read = std::from_chars(target.data(), target.data() + target.size(), number);
+  return read.ec == std::errc() && read.ptr == target.data() + target.size() &&
+         elements_.FindUniqueId(document, number) != host::kNone;
+}
+
+}  // namespace
+
+std::unique_ptr<host::Links> MakeLinks(Workspace& workspace, host::Elements& elements) {
+  return std::make_unique<LinksRole>(workspace, elements);
+}
+
+}  // namespace qelm::embedded::adapter

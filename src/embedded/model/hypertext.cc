@@ -1,0 +1,117 @@
+#include "embedded/model/hypertext.h"
+
+#include "embedded/model/book.h"
+
+namespace qelm::embedded::model {
+namespace {
+
+enum class Form : unsigned char { kPlace, kName, kPage, kObject };
+struct Command {
+  std::string_view word;
+  Form form;
+};
+constexpr Command kCommands[] = {
+    {"newlink", Form::kPlace},
+    {"gotolink", Form::kName},
+    {"gotolinkfitwin", Form::kName},
+    {"openlink", Form::kName},
+    {"openlinkfitwin", Form::kName},
+    {"gotonew", Form::kPage},
+    {"opennew", Form::kPage},
+    {"gotopage", Form::kPage},
+    {"openpage", Form::kPage},
+    {"gotoObjectId", Form::kObject},
+    {"gotoObjectIdFitWin", Form::kObject},
+    {"openObjectId", Form::kObject},
+    {"openObjectIdFitWin", Form::kObject},
+};
+
+std::string_view Trimmed(std::string_view text) {
+  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
+  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
+  return text;
+}
+
+std::string_view TakeWord(std::string_view* text) {
+  const std::size_t end = std::min(text->find(' '), text->size());
+  const std::string_view word = text->substr(0, end);
+  *text = Trimmed(text->substr(end));
+  return word;
+}
+
+bool IsAddress(std::string_view text) {
+  return text.starts_with("mailto:") || text.find("://") != std::string_view::npos;
+}
+
+// Where the file in front of a name ends: at the last colon, that of a drive excepted.
+std::size_t FileEnd(std::string_view rest) {
+  const std::size_t colon = rest.rfind(':');
+  const bool is_drive = colon == 1 && rest.size() > 2 && (rest[2] == '\\' || rest[2] == '/');
+  return is_drive ? std::string_view::npos : colon;
+}
+
+// `message URL ADDRESS`.
+Hypertext ReadMessage(std::string_view rest) {
+  Hypertext result;
+  const std::string_view word = TakeWord(&rest);
+  if (word != "URL" && word != "url") return result;
+  result.kind = Hypertext::Kind::kAddress;
+  result.command = "URL";
+  result.target = rest;
+  return result;
+}
+
+}  // namespace
+
+Hypertext ReadHypertext(std::string_view text) {
+  std::string_view rest = Trimmed(text);
+  Hypertext result;
+  if (IsAddress(rest) && !rest.starts_with("message ")) {
+    result.kind = Hypertext::Kind::kAddress;
+    result.command = "URL";
+    result.target = rest;
+    return result;
+  }
+  const std::string_view word = TakeWord(&rest);
+  if (word == "message") return ReadMessage(rest);
+  for (const Command& command : kCommands) {
+    if (command.word != word) continue;
+    if (rest.empty()) return result;
+    result.command = word;
+    result.kind = command.form == Form::kPlace ? Hypertext::Kind::kPlace : Hypertext::Kind::kLink;
+    result.target = rest;
+    if (command.form == Form::kPlace) return result;
+    const std::size_t end = FileEnd(rest);
+    const bool names_file = end != std::string_view::npos;
+    if (names_file) {
+      result.file = rest.substr(0, end);
+      result.target = Trimmed(rest.substr(end + 1));
+    } else if (word == "gotonew" || word == "opennew") {
+      result.file = rest;
+    }
+    if (command.form == Form::kPage) result.target = {};
+    return result;
+  }
+  return result;
+}
+
+std::string WithFile(std::string_view text, std::string_view path) {
+  const Hypertext hypertext = ReadHypertext(text);
+  if (hypertext.kind != Hypertext::Kind::kLink) return {};
+  const bool device_independent = hypertext.file.starts_with('<');
+  const std::string file = device_independent ? DeviceIndependentPath(path) : std::string(path);
+  std::string result(text);
+  if (!hypertext.file.empty()) {
+    return result.replace(static_cast<std::size_t>(hypertext.file.data() - text.data()),
+                          hypertext.file.size(), file);
+  }
+  // The place of the name, which a page's number has too.
+  const std::size_t word_end =
+      static_cast<std::size_t>(hypertext.command.data() - text.data()) + hypertext.command.size();
+  const std::size_t name = std::min(text.find_first_not_of(' ', word_end), text.size());
+  return result.insert(name, file + ":");
+}
+
+bool IsPageName(std::string_view target) { return target == "firstpage" || target == "lastpage"; }
+
+}  // namespace qelm::embedded::model

@@ -1,0 +1,535 @@
+#include "embedded/model/links.h"
+
+#include <algorithm>
+#include <array>
+
+#include "embedded/mif/reader.h"
+#include "embedded/model/book.h"
+#include "embedded/model/hypertext.h"
+#include "embedded/model/text_access.h"
+#include "embedded/model/xml_marks.h"
+#include "embedded/xml/encoding.h"
+
+namespace qelm::embedded::model {
+namespace {
+
+// Attribute types as in host::AttributeType.
+constexpr std::uint8_t kUniqueIdType = 7;
+constexpr std::uint8_t kReferenceType = 8;
+constexpr std::uint8_t kReferencesType = 9;
+
+constexpr std::string_view kHypertextMarker = "Hypertext";
+constexpr std::string_view kReferenceMarker = "Cross-Ref";
+constexpr std::string_view kEmbedded = "2.0 internal inset";
+
+// A leaf statement inside another one.
+struct Leaf {
+  std::string_view name;
+  std::string_view statement = {};
+  std::string_view data = {};
+  bool Found() const { return !statement.empty(); }
+};
+
+// The first leaf of each name in the statement with which `bytes` begin.
+template <std::size_t kCount>
+void ReadLeaves(std::string_view bytes, std::array<Leaf, kCount>* leaves) {
+  mif::Reader reader(bytes);
+  while (reader.Next()) {
+    if (reader.kind() == mif::Piece::kGroupEnd && reader.depth() == 0) return;
+    if (reader.kind() != mif::Piece::kLeaf) continue;
+    if (reader.depth() == 0) return;
+    for (Leaf& leaf : *leaves) {
+      if (leaf.name != reader.name() || leaf.Found()) continue;
+      leaf.statement = bytes.substr(reader.begin(), reader.end() - reader.begin());
+      leaf.data = reader.data();
+    }
+  }
+}
+
+std::array<Leaf, 3> ReferenceLeaves(std::string_view statement) {
+  std::array<Leaf, 3> leaves{Leaf{"XRefSrcText"}, Leaf{"XRefSrcIsElem"}, Leaf{"XRefSrcFile"}};
+  ReadLeaves(statement, &leaves);
+  return leaves;
+}
+std::array<Leaf, 2> MarkerLeaves(std::string_view statement) {
+  std::array<Leaf, 2> leaves{Leaf{"MTypeName"}, Leaf{"MText"}};
+  ReadLeaves(statement, &leaves);
+  return leaves;
+}
+std::array<Leaf, 2> InsetLeaves(std::string_view statement) {
+  std::array<Leaf, 2> leaves{Leaf{"TiSrcFile"}, Leaf{"TiFlowName"}};
+  ReadLeaves(statement, &leaves);
+  return leaves;
+}
+std::array<Leaf, 2> GraphicLeaves(std::string_view statement) {
+  std::array<Leaf, 2> leaves{Leaf{"ImportObFileDI"}, Leaf{"ImportObFile"}};
+  ReadLeaves(statement, &leaves);
+  return leaves;
+}
+
+// What names the file of a graphic: the device-independent path before the other one.
+const Leaf* GraphicFile(const std::array<Leaf, 2>& leaves) {
+  for (const Leaf& leaf : leaves) {
+    if (!mif::Inside(leaf.data).empty() && mif::Inside(leaf.data) != kEmbedded) return &leaf;
+  }
+  return nullptr;
+}
+
+// Goes over a document once, and gathers its links, or what links may name.
+class Walk {
+ public:
+  Walk(const Document& document, std::vector<Link>* links, std::vector<LinkTarget>* targets)
+      : document_(document), links_(links), targets_(targets) {}
+  void Run();
+
+ private:
+  // A part of the document with text of its own in which everything is hidden when it is.
+  struct Open {
+    Id element;
+    bool hidden;
+  };
+
+  void Prepare();
+  void WalkFlow(Id flow);
+  void Visit(const Item& item);
+  void BeginPart(const Item& item);
+  void Enter(Id element) { around_.push_back({element, Hidden()}); }
+  void Leave() {
+    if (around_.size() > floor_) around_.pop_back();
+  }
+  std::string_view Statement(std::uint32_t begin, std::uint32_t end);
+  std::string_view Statement(const Item& item) { return Statement(item.begin, item.end); }
+  void Mark(const Item& item);
+  void Object(std::string_view statement, const Item& item, mif::Encoding encoding);
+  void Reference(std::string_view statement, const Item& item, mif::Encoding encoding);
+  void Marker(std::string_view statement, const Item& item, mif::Encoding encoding);
+  void Inset(std::string_view statement, const Item& item, mif::Encoding encoding);
+  void Frame(const Item& item);
+  void Graphics(Span span, Id element, bool hidden);
+  void NoteElement(Id element, const Item& item);
+  void References(Id id, const Attribute& attribute, const Item& item);
+  void AddTarget(LinkKind kind, std::string name, const Item& item, Id element);
+
+  Id Element() const { return around_.empty() ? 0 : around_.back().element; }
+  bool Hidden() const { return !around_.empty() && around_.back().hidden; }
+  bool IsHidden(const Item& item) const {
+    return Hidden() || (HasConditions(item.kind) && hidden_sets_[item.conditions]);
+  }
+
+  const Document& document_;
+  std::vector<Link>* links_;
+  std::vector<LinkTarget>* targets_;
+  std::vector<bool> hidden_sets_;
+  // By definition: the attributes that hold an id, and those that refer to one; by name otherwise.
+  struct Named {
+    std::vector<std::uint32_t> ids;
+    std::vector<std::uint32_t> references;
+  };
+  std::vector<Named> attributes_;
+  std::vector<std::uint32_t> undeclared_ids_;  // names that hold ids where nothing is declared
+  std::vector<Open> around_;
+  std::size_t floor_ = 0;
+  std::string edited_;  // the statement at hand, where it is not the source's
+  std::vector<bool> hidden_frames_;
+  std::vector<bool> gone_frames_;
+};
+
+void Walk::Prepare() {
+  for (std::size_t set = 0; set < document_.condition_sets.size(); ++set) {
+    hidden_sets_.push_back(!IsShown(document_, static_cast<std::uint16_t>(set)));
+  }
+  hidden_frames_.assign(document_.frames.size(), false);
+  gone_frames_.assign(document_.frames.size(), false);
+  attributes_.resize(document_.definitions.size());
+  for (std::size_t i = 1; i < document_.definitions.size(); ++i) {
+    for (const AttributeDefinition& attribute : document_.definitions[i].attributes) {
+      if (attribute.type == kUniqueIdType) attributes_[i].ids.push_back(attribute.name);
+      const bool refers = attribute.type == kReferenceType || attribute.type == kReferencesType;
+      if (refers) attributes_[i].references.push_back(attribute.name);
+    }
+  }
+  for (const std::string_view name : {"id", "Id", "ID", "xml:id"}) {
+    const auto found = document_.name_index.find(name);
+    if (found != document_.name_index.end()) undeclared_ids_.push_back(found->second);
+  }
+}
+
+// A statement as it will be saved.
+std::string_view Walk::Statement(std::uint32_t begin, std::uint32_t end) {
+  const std::string_view statement = document_.At(Span{begin, end});
+  const auto edit = document_.replacements.find(begin);
+  if (edit == document_.replacements.end()) return statement;
+  edited_ = statement;
+  const Span place = edit->second.place;
+  edited_.replace(place.begin - begin, place.end - place.begin, edit->second.text);
+  return edited_;
+}
+
+// Text in anchored frames is as hidden as the frame is, so it comes after the flows with the anchors.
+void Walk::Run() {
+  Prepare();
+  std::vector<std::uint32_t> frame_of(document_.flows.size(), 0);
+  for (const auto& [frame, flow] : document_.frame_flows) frame_of[flow] = frame;
+  for (const bool in_frames : {false, true}) {
+    for (Id flow = 1; flow < document_.flows.size(); ++flow) {
+      const std::uint32_t frame = frame_of[flow];
+      if ((frame != 0) != in_frames || gone_frames_[frame]) continue;
+      around_.assign(1, {0, hidden_frames_[frame]});
+      WalkFlow(flow);
+    }
+  }
+  if (links_ == nullptr) return;
+  for (const Page& page : document_.pages) {
+    if (page.imports) Graphics(page.span, 0, false);
+  }
+}
+
+void Walk::WalkFlow(Id id) {
+  const Flow& flow = document_.flows[id];
+  floor_ = around_.size();
+  if (targets_ != nullptr && !flow.name.empty()) {
+    targets_->push_back(
+        {LinkKind::kTextInset, std::string(flow.name), 0, TargetState::kShown, flow.first_item});
+  }
+  const std::size_t first = links_ == nullptr ? 0 : links_->size();
+  for (std::uint32_t i = flow.first_item; i < flow.end_item; ++i) Visit(document_.items[i]);
+  if (links_ == nullptr) return;
+  std::stable_partition(links_->begin() + static_cast<std::ptrdiff_t>(first), links_->end(),
+                        [](const Link& link) { return link.element != 0; });
+}
+
+void Walk::Visit(const Item& item) {
+  const mif::Encoding encoding = document_.encoding;
+  switch (item.kind) {
+    case ItemKind::kElementBegin:
+      NoteElement(item.ref, item);
+      Enter(item.ref);
+      break;
+    case ItemKind::kElementEnd:
+      Leave();
+      break;
+    case ItemKind::kPartBegin:
+      BeginPart(item);
+      break;
+    case ItemKind::kPartEnd:
+      Leave();
+      break;
+    case ItemKind::kFrameAnchor:
+      Frame(item);
+      break;
+    case ItemKind::kReferenceBegin:
+      if (item.ref != 0) NoteElement(item.ref, item);
+      Reference(Statement(item), item, encoding);
+      if (item.ref != 0) Enter(item.ref);
+      break;
+    case ItemKind::kReferenceEnd:
+      if (item.ref != 0) Leave();
+      break;
+    case ItemKind::kVariable:
+      if (item.ref != 0) NoteElement(item.ref, item);
+      break;
+    case ItemKind::kMarker:
+      if (item.ref != 0) NoteElement(item.ref, item);
+      Marker(Statement(item), item, encoding);
+      break;
+    case ItemKind::kInsetBegin:
+      Inset(Statement(item), item, encoding);
+      break;
+    case ItemKind::kOther:
+      if (document_.format == Format::kXml) Mark(item);
+      break;
+    default:
+      break;
+  }
+}
+
+// Text in a table or footnote has conditions of its own and is hidden with the anchor, or the row, as well.
+void Walk::BeginPart(const Item& item) {
+  const Part& part = document_.parts[item.ref];
+  bool hidden = Hidden();
+  if (part.anchor != kNoIndex) hidden = IsHidden(document_.items[part.anchor]);
+  if (part.kind == ElementKind::kTableRow) hidden = hidden || hidden_sets_[part.conditions];
+  around_.push_back({part.element != 0 ? part.element : Element(), hidden});
+  if (part.element != 0) NoteElement(part.element, item);
+}
+
+// An XML document keeps objects that it has no words for in instructions.
+void Walk::Mark(const Item& item) {
+  const std::string_view raw = document_.At(item);
+  const xml::Encoding encoding = xml::DetectEncoding(document_.source);
+  std::string text = xml::ToUtf8(raw, encoding);
+  constexpr std::string_view kOpen = "<?qelm ";
+  if (!text.starts_with(kOpen) || !text.ends_with("?>")) return;
+  const model::Mark mark =
+      ReadMark("qelm", std::string_view(text).substr(kOpen.size(), text.size() - kOpen.size() - 2));
+  if (mark.kind == MarkKind::kObject) Object(mark.name, item, mif::Encoding::kUtf8);
+  if (mark.kind != MarkKind::kGraphic || links_ == nullptr || item.Is(kDeleted)) return;
+  Link link;
+  link.kind = LinkKind::kGraphic;
+  link.statement = item.begin;
+  link.element = Element();
+  link.file = PlatformPath(mark.name);
+  link.hidden = IsHidden(item);
+  links_->push_back(std::move(link));
+}
+
+void Walk::Object(std::string_view statement, const Item& item, mif::Encoding encoding) {
+  mif::Reader reader(statement);
+  if (!reader.Next()) return;
+  if (reader.name() == "XRef") {
+    // The element's own attribute says the same.
+    const bool said = links_ != nullptr && !links_->empty() && Element() != 0 &&
+                      links_->back().element == Element() && links_->back().kind == LinkKind::kCrossReference;
+    if (said) links_->pop_back();
+    Reference(statement, item, encoding);
+  } else if (reader.name() == "Marker") {
+    Marker(statement, item, encoding);
+  } else if (reader.name() == "TextInset") {
+    Inset(statement, item, encoding);
+  }
+}
+
+void Walk::Reference(std::string_view statement, const Item& item, mif::Encoding encoding) {
+  if (links_ == nullptr || item.Is(kDeleted)) return;
+  const auto [text, is_element, file] = ReferenceLeaves(statement);
+  Link link;
+  link.kind = LinkKind::kCrossReference;
+  link.statement = item.begin;
+  link.element = item.kind == ItemKind::kReferenceBegin && item.ref != 0 ? item.ref : Element();
+  link.file = PlatformPath(mif::DecodeString(file.data, encoding));
+  const std::string source = mif::DecodeString(text.data, encoding);
+  link.target = TargetOfSourceText(source, is_element.data == "Yes");
+  link.hidden = IsHidden(item);
+  links_->push_back(std::move(link));
+}
+
+void Walk::Marker(std::string_view statement, const Item& item, mif::Encoding encoding) {
+  const bool hypertext = statement.find(kHypertextMarker) != std::string_view::npos;
+  const bool names_place = targets_ != nullptr && statement.find(kReferenceMarker) != std::string_view::npos;
+  if (!hypertext && !names_place) return;
+  const auto [type, text] = MarkerLeaves(statement);
+  const std::string content = mif::DecodeString(text.data, encoding);
+  const Id element = item.kind == ItemKind::kMarker && item.ref != 0 ? item.ref : Element();
+  if (mif::Inside(type.data) == kReferenceMarker && !content.empty()) {
+    AddTarget(LinkKind::kCrossReference, content, item, element);
+  }
+  if (mif::Inside(type.data) != kHypertextMarker) return;
+  const Hypertext command = ReadHypertext(content);
+  if (command.kind == Hypertext::Kind::kNone) return;
+  if (command.kind == Hypertext::Kind::kPlace) {
+    AddTarget(LinkKind::kHypertext, std::string(command.target), item, element);
+    return;
+  }
+  if (links_ == nullptr || item.Is(kDeleted)) return;
+  Link link;
+  link.kind = LinkKind::kHypertext;
+  link.statement = item.begin;
+  link.element = element;
+  link.file = PlatformPath(command.file);
+  link.target = command.target;
+  link.command = command.command;
+  link.hidden = IsHidden(item);
+  links_->push_back(std::move(link));
+}
+
+void Walk::Inset(std::string_view statement, const Item& item, mif::Encoding encoding) {
+  if (links_ == nullptr || item.Is(kDeleted)) return;
+  const auto [file, flow] = InsetLeaves(statement);
+  if (mif::Inside(file.data).empty()) return;
+  Link link;
+  link.kind = LinkKind::kTextInset;
+  link.statement = item.begin;
+  link.element = Element();
+  link.file = PlatformPath(mif::DecodeString(file.data, encoding));
+  link.target = mif::DecodeString(flow.data, encoding);
+  link.hidden = IsHidden(item);
+  links_->push_back(std::move(link));
+}
+
+void Walk::Frame(const Item& item) {
+  if (item.ref == 0) return;
+  const AnchoredFrame& frame = document_.frames[item.ref];
+  hidden_frames_[item.ref] = IsHidden(item);
+  gone_frames_[item.ref] = item.Is(kDeleted);
+  if (frame.element != 0) NoteElement(frame.element, item);
+  if (links_ == nullptr || item.Is(kDeleted) || frame.file.empty()) return;
+  Graphics(frame.span, frame.element != 0 ? frame.element : Element(), IsHidden(item));
+}
+
+// Frames and groups may hold several graphics.
+void Walk::Graphics(Span span, Id element, bool hidden) {
+  mif::Reader reader(document_.At(span));
+  while (reader.Next()) {
+    if (reader.kind() != mif::Piece::kGroup || reader.token() != mif::Token::kImportObject) continue;
+    const std::uint32_t begin = span.begin + reader.begin();
+    if (!reader.Skip()) return;
+    const auto leaves = GraphicLeaves(Statement(begin, span.begin + reader.end()));
+    const Leaf* file = GraphicFile(leaves);
+    if (file == nullptr) continue;
+    Link link;
+    link.kind = LinkKind::kGraphic;
+    link.statement = begin;
+    link.element = element;
+    link.file = PlatformPath(mif::DecodeString(file->data, document_.encoding));
+    link.hidden = hidden;
+    links_->push_back(std::move(link));
+  }
+}
+
+void Walk::NoteElement(Id id, const Item& item) {
+  const model::Element& element = document_.elements[id];
+  const Named& named = attributes_[element.definition];
+  const bool declared = document_.definitions[element.definition].declared;
+  const std::vector<std::uint32_t>& ids = declared ? named.ids : undeclared_ids_;
+  const bool refers = links_ != nullptr && document_.format == Format::kXml && !named.references.empty();
+  if ((targets_ == nullptr || ids.empty()) && !refers) return;
+  for (std::uint32_t i = 0; i < element.attribute_count; ++i) {
+    const Attribute& attribute = document_.attributes[element.first_attribute + i];
+    const auto is_one = [&](const std::vector<std::uint32_t>& names) {
+      return std::find(names.begin(), names.end(), attribute.name) != names.end();
+    };
+    if (refers && is_one(named.references)) References(id, attribute, item);
+    if (targets_ == nullptr || attribute.value_count == 0 || !is_one(ids)) continue;
+    AddTarget(LinkKind::kCrossReference, std::string(document_.values[attribute.first_value]), item, id);
+  }
+}
+
+// In MIF the cross-reference itself says what it points to; in XML the attribute may be all there is.
+void Walk::References(Id id, const Attribute& attribute, const Item& item) {
+  if (item.Is(kDeleted)) return;
+  for (std::uint32_t i = 0; i < attribute.value_count; ++i) {
+    Link link;
+    link.kind = LinkKind::kCrossReference;
+    link.statement = document_.elements[id].source;
+    link.element = id;
+    link.target = document_.values[attribute.first_value + i];
+    link.hidden = IsHidden(item);
+    links_->push_back(std::move(link));
+  }
+}
+
+void Walk::AddTarget(LinkKind kind, std::string name, const Item& item, Id element) {
+  if (targets_ == nullptr || name.empty()) return;
+  const bool gone =
+      item.Is(kDeleted) || (item.kind == ItemKind::kPartBegin && document_.parts[item.ref].deleted);
+  const TargetState state = gone             ? TargetState::kDeleted
+                            : IsHidden(item) ? TargetState::kHidden
+                                             : TargetState::kShown;
+  const auto place = static_cast<std::uint32_t>(&item - document_.items.data());
+  targets_->push_back({kind, std::move(name), element, state, place});
+}
+
+}  // namespace
+
+std::vector<Link> ReadLinks(const Document& document) {
+  std::vector<Link> links;
+  Walk(document, &links, nullptr).Run();
+  return links;
+}
+
+std::vector<LinkTarget> ReadTargets(const Document& document) {
+  std::vector<LinkTarget> targets;
+  Walk(document, nullptr, &targets).Run();
+  return targets;
+}
+
+ReferenceStatement ReadReference(const Document& document, std::uint32_t statement) {
+  const std::string_view bytes = std::string_view(document.source).substr(statement);
+  std::array<Leaf, 1> name{Leaf{"XRefName"}};
+  ReadLeaves(bytes, &name);
+  const auto [text, is_element, file] = ReferenceLeaves(bytes);
+  ReferenceStatement result;
+  result.format = mif::DecodeString(name[0].data, document.encoding);
+  result.source_text = mif::DecodeString(text.data, document.encoding);
+  result.file = PlatformPath(mif::DecodeString(file.data, document.encoding));
+  result.target = TargetOfSourceText(result.source_text, is_element.data == "Yes");
+  return result;
+}
+
+std::string_view TargetOfSourceText(std::string_view source_text, bool is_element) {
+  return is_element ? source_text.substr(0, source_text.find(':')) : source_text;
+}
+
+namespace {
+
+Span PlaceOf(const Document& document, std::string_view bytes) {
+  const auto begin = static_cast<std::uint32_t>(bytes.data() - document.source.data());
+  return {begin, begin + static_cast<std::uint32_t>(bytes.size())};
+}
+
+// A leaf with another string, the rest of it as it stands.
+Replacement WithString(const Document& document, const Leaf& leaf, std::string_view text) {
+  Replacement edit;
+  edit.place = PlaceOf(document, leaf.statement);
+  edit.text = leaf.statement;
+  const auto at = static_cast<std::size_t>(leaf.data.data() - leaf.statement.data());
+  edit.text.replace(at, leaf.data.size(), "`" + mif::Encode(text, document.encoding) + "'");
+  return edit;
+}
+
+// A cross-reference without a statement for the file gets one behind its text.
+Replacement WithNewFile(const Document& document, const Leaf& text, std::string_view path) {
+  Replacement edit;
+  edit.place = PlaceOf(document, text.statement);
+  edit.text = text.statement;
+  edit.text.append(" <XRefSrcFile `").append(mif::Encode(path, document.encoding)).append("'>");
+  return edit;
+}
+
+bool EditOf(const Document& document, LinkKind kind, std::uint32_t statement, std::string_view path,
+            Replacement* edit) {
+  const std::string_view bytes = std::string_view(document.source).substr(statement);
+  const std::string independent = DeviceIndependentPath(path);
+  switch (kind) {
+    case LinkKind::kCrossReference: {
+      const auto [text, is_element, file] = ReferenceLeaves(bytes);
+      if (!file.Found() && !text.Found()) return false;
+      *edit =
+          file.Found() ? WithString(document, file, independent) : WithNewFile(document, text, independent);
+      return true;
+    }
+    case LinkKind::kHypertext: {
+      const auto [type, text] = MarkerLeaves(bytes);
+      const std::string command = WithFile(mif::DecodeString(text.data, document.encoding), path);
+      if (command.empty()) return false;
+      *edit = WithString(document, text, command);
+      return true;
+    }
+    case LinkKind::kTextInset: {
+      const auto [file, flow] = InsetLeaves(bytes);
+      if (!file.Found()) return false;
+      *edit = WithString(document, file, independent);
+      return true;
+    }
+    case LinkKind::kGraphic: {
+      const auto leaves = GraphicLeaves(bytes);
+      const Leaf* file = GraphicFile(leaves);
+      if (file == nullptr) return false;
+      *edit = WithString(document, *file, file == &leaves[0] ? independent : std::string(path));
+      return true;
+    }
+  }
+  return false;
+}
+
+// The statement with which a link of that kind begins.
+constexpr std::array<std::string_view, 4> kStatements = {"XRef", "Marker", "TextInset", "ImportObject"};
+
+}  // namespace
+
+bool SetLinkFile(Document* document, LinkKind kind, std::uint32_t statement, std::string_view path) {
+  if (document->format != Format::kMif || statement >= document->source.size()) return false;
+  mif::Reader reader(std::string_view(document->source).substr(statement));
+  const bool is_link = reader.Next() && reader.begin() == 0 && reader.kind() == mif::Piece::kGroup &&
+                       reader.name() == kStatements[static_cast<std::size_t>(kind)];
+  Replacement edit;
+  if (!is_link || !EditOf(*document, kind, statement, path, &edit)) return false;
+  if (edit.text == document->At(edit.place)) {
+    document->replacements.erase(statement);
+  } else {
+    document->replacements.insert_or_assign(statement, std::move(edit));
+  }
+  return true;
+}
+
+}  // namespace qelm::embedded::model

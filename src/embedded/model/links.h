@@ -1,0 +1,62 @@
+// What a document points to - cross-references, hypertext links, text insets, imported graphics - and what
+// others may point to in it.
+//
+// Reading goes over the items once. A link keeps where its statement begins; pointing it to another file
+// replaces the one string that holds the path, when the document is saved.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "embedded/model/document.h"
+
+namespace qelm::embedded::model {
+
+enum class LinkKind : std::uint8_t { kCrossReference, kHypertext, kTextInset, kGraphic };
+
+struct Link {
+  LinkKind kind = LinkKind::kCrossReference;
+  std::uint32_t statement = kNoIndex;  // where it begins in the source
+  Id element = 0;                      // that it is or stands in
+  std::string file;                    // a path with "/", relative or not; empty: the document itself
+  std::string target;                  // the name in that file; empty: the file as a whole
+  std::string command;                 // of a hypertext link
+  bool hidden = false;
+};
+
+// All links that are left, flow by flow; in a flow those outside its elements come last, and graphics that
+// stand on pages after all flows.
+std::vector<Link> ReadLinks(const Document& document);
+
+enum class TargetState : std::uint8_t { kShown, kHidden, kDeleted };
+
+struct LinkTarget {
+  LinkKind kind = LinkKind::kCrossReference;
+  std::string name;
+  Id element = 0;  // that it is or stands in
+  TargetState state = TargetState::kShown;
+  std::uint32_t item = 0;  // where it stands
+};
+
+// What links may name, in the order of the document: unique ids of elements and markers of cross-references,
+// named places of hypertext, names of flows. What was deleted since the document was read is among it.
+std::vector<LinkTarget> ReadTargets(const Document& document);
+
+// The part of a cross-reference's source text that names its target: of an element its id, else all of it.
+std::string_view TargetOfSourceText(std::string_view source_text, bool is_element);
+
+// What a cross-reference's statement says.
+struct ReferenceStatement {
+  std::string format;  // the name of the format that makes its text
+  std::string source_text;
+  std::string file;    // a path with "/"
+  std::string target;  // the part of the source text that names it
+};
+ReferenceStatement ReadReference(const Document& document, std::uint32_t statement);
+
+// Points the link whose statement begins there to another file: a path with "/", relative to the document's
+// folder or absolute, empty for the document itself. False when there is no such link in the source.
+bool SetLinkFile(Document* document, LinkKind kind, std::uint32_t statement, std::string_view path);
+
+}  // namespace qelm::embedded::model

@@ -1,0 +1,88 @@
+// The text that a cross-reference shows: its format, expanded with what its target says.
+//
+// A format is text with building blocks in it: `<$paratext> on page <$pagenum>`. A block may name a paragraph
+// format or an element (`<$paranum[Heading]>`, `<$attribute[No:Chapter]>`): it then speaks of the nearest one
+// that the target lies in or that comes before it. `<Emphasis>` switches the character format. Page numbers
+// are those of the last layout, as the file records them.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "embedded/model/document.h"
+#include "embedded/model/links.h"
+#include "embedded/model/numbering.h"
+
+namespace qelm::embedded::model {
+
+struct TextRun {
+  std::string text;
+  std::optional<std::string> format;  // a character format, "" for none; missing: as around
+  friend bool operator==(const TextRun&, const TextRun&) = default;
+};
+
+struct ReferenceText {
+  std::vector<TextRun> runs;
+  std::string problem;  // why there is no text; empty when there is
+
+  std::string Plain() const;
+};
+
+// The cross-reference formats of a document, by name.
+std::unordered_map<std::string, std::string> ReferenceFormats(const Document& document);
+
+// One document as the target of references. Refers to both for as long as it is used.
+class ReferenceTargets {
+ public:
+  ReferenceTargets(const Document& document, const std::vector<ParagraphNumber>& numbers);
+
+  // What a reference of that format to a target shows.
+  ReferenceText Expand(std::string_view format, const std::string& target);
+
+ private:
+  struct Place {
+    Id element = 0;  // 0: a marker in a paragraph
+    std::uint32_t item = 0;
+    std::uint32_t paragraph = 0;
+  };
+  bool Block(std::string_view block, const Place& target, std::string* text, std::string* problem);
+  bool ElementBlock(std::string_view name, const Place& place, std::string* text);
+  bool ParagraphBlock(std::string_view name, std::uint32_t paragraph, std::string* text);
+  bool Attribute(std::string_view argument, const Place& target, std::string* text);
+  Place PlaceOf(Id element) const;
+  Place NearestElement(std::string_view tag, const Place& from);
+  std::uint32_t NearestParagraph(std::string_view tag, const Place& from);
+  std::string ParagraphText(std::uint32_t paragraph, bool generated) const;
+  std::string ElementText(Id element, bool generated) const;
+  const Page* PageAt(std::uint32_t item) const;
+
+  const Document& document_;
+  const std::vector<ParagraphNumber>& numbers_;
+  std::unordered_map<std::string, LinkTarget> targets_;
+  std::vector<std::uint32_t> paragraph_of_;  // by item
+  std::vector<std::uint32_t> begins_;        // by paragraph: its first item
+  struct PageStart {
+    std::uint32_t item;
+    std::int32_t page;
+  };
+  std::vector<PageStart> pages_;
+  // Elements of a definition, and paragraphs of a format, in the order of the text; made when first asked
+  // for.
+  std::unordered_map<Id, std::vector<Id>> by_definition_;
+  std::unordered_map<std::string, std::vector<std::uint32_t>> by_format_;
+};
+
+// Whether the text of a reference is nothing but text, which can be replaced.
+bool IsPlainReference(const Document& document, std::uint32_t item);
+
+// Replaces the text of a plain reference, whose statement is that item, where it shows another one. False
+// when it shows that already.
+bool SetReferenceText(Document* document, std::uint32_t item, const ReferenceText& text);
+
+// What a reference shows now.
+std::string ShownText(const Document& document, std::uint32_t item);
+
+}  // namespace qelm::embedded::model

@@ -1,0 +1,108 @@
+#include "filtering/dangling.h"
+
+#include <array>
+#include <filesystem>
+
+#include "messages/element_places.h"
+
+namespace qelm::filtering {
+namespace {
+
+using host::Id;
+using host::kNone;
+using host::Link;
+using host::LinkKind;
+using host::LinkTarget;
+
+std::string Normal(std::string_view path) { return std::filesystem::path(path).lexically_normal().string(); }
+
+std::string KeyOf(LinkKind kind, std::string_view name) {
+  std::string key(1, static_cast<char>('0' + static_cast<int>(kind)));
+  key.append(name);
+  return key;
+}
+
+// By element: whether it, or what it lies in, would go. Empty when nothing would.
+std::vector<bool> GoneElements(host::Host& host, Id document, const std::vector<Id>& would_go) {
+  std::vector<bool> gone;
+  if (would_go.empty()) return gone;
+  gone.resize(host.elements.IdLimit(document));
+  for (const Id element : would_go) gone[element] = true;
+  host::ElementColumns columns;
+  for (Id flow = host.elements.FirstFlow(document); flow != kNone;
+       flow = host.elements.NextFlow(document, flow)) {
+    const Id root = host.elements.Root(document, flow);
+    if (root != kNone) host.elements.ReadTree(document, root, &columns);
+  }
+  for (std::size_t place = 0; place < columns.elements.size(); ++place) {
+    const std::uint32_t parent = columns.parents[place];
+    if (parent != host::ElementColumns::kNoPlace && gone[columns.elements[parent]]) {
+      gone[columns.elements[place]] = true;
+    }
+  }
+  return gone;
+}
+
+bool Holds(const std::vector<bool>& gone, Id element) { return element < gone.size() && gone[element]; }
+
+// Whether the link names something that a filter may take away.
+bool CanDangle(const Link& link) { return link.kind != LinkKind::kGraphic && link.command != "URL"; }
+
+}  // namespace
+
+std::string_view LinkKindName(LinkKind kind) {
+  constexpr std::array<std::string_view, 4> kNames = {"cross-reference", "hypertext link", "text inset",
+                                                      "graphic"};
+  return kNames[static_cast<std::size_t>(kind)];
+}
+
+void DanglingReferences::AddTargets(Id document, const std::vector<bool>& gone, Names* names) {
+  std::vector<LinkTarget> targets;
+  if (!host_.links.ReadTargets(document, &targets)) return;
+  for (const LinkTarget& target : targets) {
+    const bool went = target.state != LinkTarget::State::kShown || Holds(gone, target.element);
+    const auto [known, is_new] = names->gone.try_emplace(KeyOf(target.kind, target.name), went);
+    if (!is_new) known->second = known->second && went;
+  }
+  std::erase_if(names->gone, [](const auto& name) { return !name.second; });
+}
+
+void DanglingReferences::Add(Id document, const std::vector<Id>& would_go) {
+  std::vector<Link> links;
+  if (!host_.links.Read(document, &links) || (links.empty() && single_)) return;
+  const std::string path(host_.documents.Path(document));
+  const std::string own = Normal(path);
+  const std::vector<bool> gone = GoneElements(host_, document, would_go);
+  Names& names = files_[own];
+  AddTargets(document, gone, &names);
+  messages::ElementPlaces places(host_, document);
+  for (const Link& link : links) {
+    if (!CanDangle(link) || link.hidden || Holds(gone, link.element)) continue;
+    const bool inside = link.path.empty() || link.path == own;
+    const bool dangling = inside && names.gone.contains(KeyOf(link.kind, link.target));
+    if (!dangling && (inside || single_)) continue;
+    Kept kept{{link.kind, path, {}, inside ? path : link.path, link.target}, dangling};
+    if (link.element != kNone) places.AppendPath(link.element, &kept.reference.element);
+    kept_.push_back(std::move(kept));
+  }
+}
+
+void DanglingReferences::AddRemovedFile(const std::string& path) { files_[Normal(path)].file_gone = true; }
+
+std::vector<DanglingReference> DanglingReferences::Find() {
+  std::vector<DanglingReference> found;
+  for (Kept& kept : kept_) {
+    DanglingReference& reference = kept.reference;
+    const auto file = files_.find(Normal(reference.path));
+    if (!kept.dangling && file == files_.end()) continue;
+    const bool dangling = kept.dangling || file->second.file_gone ||
+                          file->second.gone.contains(KeyOf(reference.kind, reference.target));
+    // A file that went took its own references with it.
+    const auto source = files_.find(Normal(reference.source));
+    const bool is_left = source == files_.end() || !source->second.file_gone;
+    if (dangling && is_left) found.push_back(std::move(reference));
+  }
+  return found;
+}
+
+}  // namespace qelm::filtering

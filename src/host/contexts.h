@@ -1,0 +1,13 @@
+// What the operations of the other rooms work with, from what the plug-in holds: the one place where a filter
+// run gets its log and its uncoloring.
+#pragma once
+
+#include "filtering/document_filter.h"
+#include "host/plugin.h"
+
+namespace qelm {
+
+// The context of a filter run, by the active filter scheme. The plug-in outlives it.
+filtering::FilterContext FilterContextOf(Plugin& plugin);
+
+}  // namespace qelm

@@ -1,0 +1,42 @@
+#include "schemes/plugin_colors.h"
+
+#include <algorithm>
+#include <array>
+
+#include "common/text.h"
+
+namespace qelm::schemes {
+namespace {
+
+constexpr std::string_view kBackground = "BkgdColor";
+
+// By their parts in percent: what the shipped documents define.
+struct PluginColor {
+  std::string_view name;
+  double cyan;
+  double magenta;
+  double yellow;
+  double black;
+};
+constexpr std::array kColors = {
+    PluginColor{kBackground, 0, 0, 20, 5}, PluginColor{"Red", 0, 100, 100, 0},
+    PluginColor{"Green", 100, 0, 100, 0},  PluginColor{"Blue", 100, 100, 0, 0},
+    PluginColor{"Cyan", 100, 0, 0, 0},     PluginColor{"Magenta", 0, 100, 0, 0},
+    PluginColor{"Yellow", 0, 0, 100, 0},
+};
+
+}  // namespace
+
+bool LacksColors(host::Host& host, host::Id document) {
+  if (host.catalogs.FindColor(document, kBackground) != host::kNone) return false;
+  return !common::AsciiLower(host.documents.Path(document)).ends_with(".xml");
+}
+
+bool AddPluginColors(host::Catalogs& catalogs, host::Id document) {
+  return std::all_of(kColors.begin(), kColors.end(), [&](const PluginColor& color) {
+    return catalogs.CreateColor(document, color.name, color.cyan, color.magenta, color.yellow, color.black) !=
+           host::kNone;
+  });
+}
+
+}  // namespace qelm::schemes

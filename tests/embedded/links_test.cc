@@ -1,0 +1,271 @@
+// What documents point to and what is in them to point to, through the embedded host, down to the bytes that
+// pointing a link elsewhere changes.
+#include "embedded/model/hypertext.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <sstream>
+
+#include "embedded/adapter/clients.h"
+#include "embedded/adapter/dialogs.h"
+#include "embedded/adapter/embedded_host.h"
+#include "embedded/adapter/platform.h"
+#include "embedded/adapter/user_interface.h"
+#include "support/mif_files.h"
+#include "support/samples.h"
+#include "support/temp_folder.h"
+
+namespace qelm::embedded::adapter {
+namespace {
+
+using host::Id;
+using host::kNone;
+using host::LinkKind;
+using host::LinkTarget;
+using testing::Mif;
+using testing::MifFile;
+
+constexpr std::string_view kKinds[] = {"xref", "hypertext", "inset", "graphic"};
+
+std::string Replaced(std::string text, const std::string& from, const std::string& to) {
+  const std::size_t at = text.find(from);
+  EXPECT_NE(at, std::string::npos) << from;
+  return at == std::string::npos ? text : text.replace(at, from.size(), to);
+}
+
+class LinksTest : public ::testing::Test {
+ protected:
+  Id Open(const std::string& name, const std::string& content) {
+    host::OpenStatus status = host::OpenStatus::kOpened;
+    const Id id = host.documents.Open(folder.Write(name, content), {}, &status);
+    EXPECT_NE(id, kNone) << host.documents.LastError();
+    return id;
+  }
+  Id OpenBody(const std::string& body) {
+    MifFile file;
+    file.flows = {{.text = body}};
+    file.definitions = {{"P", {{"id", "FAttrUniqueId", {}, {}}}}, {"Row", {{"id", "FAttrUniqueId", {}, {}}}}};
+    return Open("main.mif", Mif(file));
+  }
+  std::vector<host::Link> Links(Id document) {
+    std::vector<host::Link> links;
+    EXPECT_TRUE(host.links.Read(document, &links)) << host.documents.LastError();
+    return links;
+  }
+  std::string Tag(Id document, Id element) {
+    return std::string(
+        host.definitions.DefinitionName(document, host.elements.Definition(document, element)));
+  }
+  // One line a link: kind, element, command, path below the folder, target.
+  std::string Listed(Id document) {
+    std::string text;
+    for (const host::Link& link : Links(document)) {
+      text += std::string(kKinds[static_cast<int>(link.kind)]) + " " + Tag(document, link.element);
+      if (!link.command.empty()) text += " " + link.command;
+      const bool below = link.path.starts_with(folder.path());
+      text += " [" + (below ? link.path.substr(folder.path().size() + 1) : link.path) + "] " + link.target +
+              (link.hidden ? " (hidden)" : "") + "\n";
+    }
+    return text;
+  }
+  std::string Targets(Id document) {
+    std::vector<LinkTarget> targets;
+    EXPECT_TRUE(host.links.ReadTargets(document, &targets));
+    std::string text;
+    for (const LinkTarget& target : targets) {
+      if (target.kind == LinkKind::kTextInset) continue;
+      constexpr std::string_view kStates[] = {"", " hidden", " deleted"};
+      text += std::string(kKinds[static_cast<int>(target.kind)]) + " " + target.name +
+              std::string(kStates[static_cast<int>(target.state)]) + "\n";
+    }
+    return text;
+  }
+  Id Find(Id document, const std::string& tag) {
+    const Id definition = host.definitions.FindDefinition(document, tag);
+    for (Id id = 1; id < host.elements.IdLimit(document); ++id) {
+      if (host.elements.Definition(document, id) == definition) return id;
+    }
+    return kNone;
+  }
+  std::string Saved(Id document) {
+    EXPECT_TRUE(host.documents.Save(document, {})) << host.documents.LastError();
+    return folder.Read(std::filesystem::path(host.documents.Path(document)).filename().string());
+  }
+
+  testing::TempFolder folder;
+  PosixPlatform platform;
+  std::stringstream no_input, messages;
+  EventLog events;
+  ScriptedUserInterface user{
+      ScriptedUserInterface::Options{.in = no_input, .messages = messages, .events = events}};
+  NoDialogs dialogs{events};
+  RecordedClients clients{events};
+  EmbeddedHost embedded{{.plugin_folder = folder.path()}, user, dialogs, clients, platform};
+  host::Host& host = embedded.roles();
+};
+
+constexpr const char* kLinked = R"(<Doc>
+  <P>see <XRef .source="i-one: P: one" .file="<c>part<c>b.fm">page 3</XRef></P>
+  <P id="p1">{Secret}<!XRef .source="p1: P: x">here</!XRef>{}</P>
+  <P><Marker .type="Hypertext" .text="gotolink c.mif:place"/><Marker .type="Index" .text="gotolink x"/></P>
+  <P><!Marker .type="Hypertext" .text="newlink place"/><!Marker .type="Cross-Ref" .text="1: P: y"/></P>
+  <!Inset .file="<c>inset.mif">
+  <P>in it</P>
+  </!Inset>
+  <P><Graphic .file="<u><c>img<c>a.png"/></P>
+  <Table><TableBody><Row {Secret}><Cell><P id="p2">z</P></Cell></Row></TableBody></Table>
+</Doc>)";
+
+TEST_F(LinksTest, AllKindsAreReadInOrder) {
+  folder.Write("part/b.mif", "x");
+  MifFile file;
+  file.flows = {{.text = kLinked}};
+  file.hidden = {"Secret"};
+  file.definitions = {{"P", {{"id", "FAttrUniqueId", {}, {}}}}};
+  const Id document = Open("main.mif", Mif(file));
+  const std::string outer = std::filesystem::path(folder.path()).parent_path().string();
+  EXPECT_EQ(Listed(document),
+            "xref XRef [part/b.mif] i-one\n"
+            "xref P [] p1 (hidden)\n"
+            "hypertext Marker gotolink [c.mif] place\n"
+            "inset Doc [inset.mif] \n"
+            "graphic Graphic [" +
+                outer + "/img/a.png] \n");
+  EXPECT_EQ(Targets(document), "xref p1\nhypertext place\nxref 1: P: y\nxref p2 hidden\n");
+  EXPECT_TRUE(host.links.HasTarget(document, LinkKind::kCrossReference, "p2"));
+  EXPECT_TRUE(host.links.HasTarget(document, LinkKind::kHypertext, "firstpage"));
+  EXPECT_FALSE(host.links.HasTarget(document, LinkKind::kHypertext, "p2"));
+}
+
+TEST_F(LinksTest, WhatIsDeletedIsNoLinkAndADeletedTarget) {
+  const Id document = OpenBody(
+      "<Doc>\n<P id=\"p1\"><XRef .source=\"p2: P\">2</XRef></P>\n<Q><XRef .source=\"p1: P\">1</XRef></Q>\n"
+      "<P id=\"p2\">x</P>\n</Doc>");
+  EXPECT_TRUE(host.links.HasTarget(document, LinkKind::kCrossReference, "p1"));
+  ASSERT_TRUE(host.editing.DeleteElement(document, Find(document, "P")));
+  EXPECT_EQ(Listed(document), "xref XRef [] p1\n");
+  EXPECT_EQ(Targets(document), "xref p1 deleted\nxref p2\n");
+  EXPECT_FALSE(host.links.HasTarget(document, LinkKind::kCrossReference, "p1"));
+}
+
+TEST_F(LinksTest, OnlyThePathOfALinkChanges) {
+  std::string bytes = Mif(kLinked);
+  const Id document = Open("main.mif", bytes);
+  const std::string outside = std::filesystem::path(folder.path()).parent_path().string() + "/out'side";
+  const std::string paths[] = {outside + "/b.mif", folder.File("c.mif"), folder.File("d.mif"),
+                               folder.File("in<>set.mif"), folder.File("img/ä.png")};
+  std::size_t index = 0;
+  for (const host::Link& link : Links(document)) {
+    ASSERT_TRUE(host.links.SetPath(document, link, paths[index++])) << host.documents.LastError();
+  }
+  EXPECT_EQ(Links(document)[3].path, paths[3]) << "before it is saved";
+  bytes =
+      Replaced(bytes, "<XRefSrcFile `<c\\>part<c\\>b.fm'>", "<XRefSrcFile `<u\\><c\\>out\\qside<c\\>b.mif'>");
+  bytes = Replaced(bytes, "<XRefSrcFile `'>", "<XRefSrcFile `<c\\>c.mif'>");
+  bytes = Replaced(bytes, "gotolink c.mif:place", "gotolink d.mif:place");
+  bytes = Replaced(bytes, "<c\\>inset.mif", "<c\\>in<\\>set.mif");
+  bytes = Replaced(bytes, "<u\\><c\\>img<c\\>a.png", "<c\\>img<c\\>ä.png");
+  EXPECT_EQ(Saved(document), bytes);
+}
+
+TEST_F(LinksTest, PathsChangeInTextThatMovesAndGoWithWhatIsDeleted) {
+  MifFile file;
+  file.flows = {
+      {.text =
+           "<Doc>\n<P>a</P>\n<Q>b {Secret}c <!XRef .source=\"1: x\" .file=\"<c>old.mif\">d</!XRef>{}</Q>\n"
+           "<R><!XRef .source=\"2: x\" .file=\"<c>old.mif\">e</!XRef></R>\n<P>f</P>\n</Doc>"}};
+  file.hidden = {"Secret"};
+  file.hidden_flow = true;
+  const Id document = Open("main.mif", Mif(file));
+  for (const host::Link& link : Links(document)) {
+    ASSERT_TRUE(host.links.SetPath(document, link, folder.File("new.mif")));
+  }
+  ASSERT_TRUE(
+      host.catalogs.SetConditionShown(document, host.catalogs.FindCondition(document, "Secret"), true));
+  ASSERT_TRUE(host.editing.DeleteElement(document, Find(document, "R")));
+  const std::string saved = Saved(document);
+  EXPECT_EQ(saved.find("old.mif"), std::string::npos);
+  EXPECT_EQ(saved.find("new.mif"), saved.rfind("new.mif"));
+  EXPECT_NE(saved.find("<XRefSrcFile `<c\\>new.mif'>"), std::string::npos);
+  ASSERT_TRUE(host.documents.Close(document, true));
+  EXPECT_EQ(Listed(Open("again.mif", saved)), "xref Q [new.mif] 1\n");
+}
+
+TEST_F(LinksTest, ALinkIntoTheDocumentItselfNamesNoFile) {
+  const std::string bytes = Mif(kLinked);
+  const Id document = Open("main.mif", bytes);
+  ASSERT_TRUE(host.links.SetPath(document, Links(document)[0], folder.File("main.mif")));
+  EXPECT_EQ(Saved(document), Replaced(bytes, "<c\\>part<c\\>b.fm", ""));
+  EXPECT_FALSE(host.links.SetPath(document, {}, folder.File("main.mif")));
+}
+
+TEST_F(LinksTest, ReferencesOfXmlAreItsAttributes) {
+  const Id document =
+      Open("main.xml",
+           "<!DOCTYPE D [<!ELEMENT D ANY><!ELEMENT P ANY>\n"
+           "<!ATTLIST P key ID #IMPLIED to IDREF #IMPLIED all IDREFS #IMPLIED>]>\n"
+           "<D><P key=\"a\" to=\"b\"/><?Fm Condstart Hidden?><P key=\"b\" all=\"a c\"/><?Fm Condend Hidden?>"
+           "<P><?qelm object <Marker <MTypeName `Hypertext'><MText `openlink x.mif:y'>>?></P></D>");
+  EXPECT_EQ(Listed(document), "xref P [] b\nxref P [] a\nxref P [] c\nhypertext P openlink [x.mif] y\n");
+  EXPECT_EQ(Targets(document), "xref a\nxref b\n");
+  EXPECT_FALSE(host.links.SetPath(document, Links(document)[3], folder.File("z.mif")));
+  EXPECT_NE(std::string(host.documents.LastError()).find("main.xml"), std::string::npos);
+}
+
+TEST(HypertextTest, CommandsNameFilesAndPlaces) {
+  struct Case {
+    const char* text;
+    const char* read;  // command|file|target
+    const char* moved;
+  };
+  constexpr Case kCases[] = {
+      {"gotolink b.fm:name", "gotolink|b.fm|name", "gotolink n/c.fm:name"},
+      {"openlink  name ", "openlink||name", "openlink  n/c.fm:name "},
+      {"openlink <u><c>b.fm:firstpage", "openlink|<u><c>b.fm|firstpage", "openlink <c>n<c>c.fm:firstpage"},
+      {"gotolink C:\\docs\\b.fm:name", "gotolink|C:\\docs\\b.fm|name", "gotolink n/c.fm:name"},
+      {"gotopage b.fm:3", "gotopage|b.fm|", "gotopage n/c.fm:3"},
+      {"openObjectId b.fm:5 12", "openObjectId|b.fm|5 12", "openObjectId n/c.fm:5 12"},
+      {"message URL http://a.b:80/c", "URL||http://a.b:80/c", ""},
+      {"https://a.b/c", "URL||https://a.b/c", ""},
+      {"newlink a:b", "newlink||a:b", ""},
+      {"newlink ", "||", ""},
+      {"previouspage", "||", ""},
+      {"alert gotolink x", "||", ""},
+  };
+  for (const Case& test : kCases) {
+    const model::Hypertext read = model::ReadHypertext(test.text);
+    EXPECT_EQ(std::string(read.command) + "|" + std::string(read.file) + "|" + std::string(read.target),
+              test.read);
+    EXPECT_EQ(model::WithFile(test.text, "n/c.fm"), test.moved) << test.text;
+  }
+}
+
+// Every link of real documents can be pointed elsewhere and back, and the bytes are what they were.
+TEST_F(LinksTest, RealDocumentsComeBack) {
+  std::size_t links = 0;
+  testing::EachSample([&](const std::filesystem::path& path, const std::string& bytes) {
+    const Id document = Open(path.stem().string() + ".mif", bytes);
+    const std::vector<host::Link> before = Links(document);
+    links += before.size();
+    for (const host::Link& link : before) {
+      if (link.command != "URL")
+        EXPECT_TRUE(host.links.SetPath(document, link, folder.File("elsewhere.mif")));
+    }
+    const std::string moved = Saved(document);
+    const std::vector<host::Link> after = Links(document);
+    ASSERT_EQ(after.size(), before.size());
+    for (std::size_t i = 0; i < after.size(); ++i) EXPECT_EQ(after[i].target, before[i].target);
+    host.documents.Close(document, true);
+    const Id again = Open("again.mif", moved);
+    for (const host::Link& link : Links(again)) {
+      if (link.command != "URL") EXPECT_EQ(link.path, folder.File("elsewhere.mif")) << path;
+    }
+    host.documents.Close(again, true);
+  });
+  if (testing::Samples().empty()) GTEST_SKIP() << "no samples";
+  EXPECT_GT(links, 100U);
+}
+
+}  // namespace
+}  // namespace qelm::embedded::adapter

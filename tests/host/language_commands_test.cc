@@ -1,0 +1,153 @@
+// The commands for language files, over the plug-in in the embedded host.
+#include "host/language_commands.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "embedded/adapter/clients.h"
+#include "embedded/adapter/dialogs.h"
+#include "embedded/adapter/embedded_host.h"
+#include "embedded/adapter/platform.h"
+#include "embedded/adapter/user_interface.h"
+#include "support/temp_folder.h"
+
+namespace qelm {
+namespace {
+
+using namespace embedded::adapter;
+
+std::string Entry(const std::string& id, const std::string& text) {
+  return "\nmsgctxt \"General Strings\"\nmsgid \"" + id + "\"\nmsgstr \"" + text + "\"\n";
+}
+
+// Programs that are started are only remembered.
+class Starts : public PosixPlatform {
+ public:
+  std::vector<std::string> started;
+  bool Start(const std::string& program, const std::vector<std::string>& arguments) override {
+    started.push_back(program + " " + arguments.front());
+    return program != "missing";
+  }
+};
+
+struct Session {
+  Session() {
+    folder.Write("QELM.ini", "SETTINGS_LOCATION=INSTALL_FOLDER\n");
+    folder.Write("QELM_Local_Settings.txt", "; settings\nNOTEPAD_EXE_PATH=editor\n");
+    folder.Write("QELM_MainSettings_LocalCopy.fm", "<QELM_MainSettings/>");
+    const std::string header = "msgid \"\"\nmsgstr \"Language: en\\n\"\n";
+    std::string english = header + Entry("QELM_MSG_GEN_10", "No document.");
+    for (const auto& [id, text] : {std::pair{"QELM_MSG_LANG_1", "set %s"},
+                                   {"QELM_MSG_LANG_2", "bad %s %s %s"},
+                                   {"QELM_MSG_LANG_3", "name %s"},
+                                   {"QELM_MSG_LANG_4", "exists %s"},
+                                   {"QELM_MSG_LANG_5", "none %s"},
+                                   {"QELM_MSG_LANG_6", "damaged %s"},
+                                   {"QELM_MSG_LANG_7", "unwritten %s"},
+                                   {"QELM_MSG_LANG_8", "made %s %d"},
+                                   {"QELM_MSG_LANG_9", "updated %s %d %d"},
+                                   {"QELM_MSG_LANG_10", "complete %s"},
+                                   {"QELM_MSG_GEN_24", "no editor"}}) {
+      english += Entry(id, text);
+    }
+    folder.Write("languages/English.po", english);
+    folder.Write("languages/German.po",
+                 header + Entry("QELM_MSG_GEN_10", "Kein Dokument.") + Entry("QELM_MSG_LANG_1", "%s gilt"));
+    EmbeddedHost::Options options;
+    options.plugin_folder = folder.path();
+    host = std::make_unique<EmbeddedHost>(options, user, dialogs, clients, platform);
+    plugin = std::make_unique<Plugin>(host->roles());
+    plugin->Initialize({});
+    said = user.Alerts().size();
+  }
+
+  // Whether the last alert says this.
+  bool Said(const std::string& text) const {
+    return user.Alerts().size() > said && user.Alerts().back().find(text) != std::string::npos;
+  }
+
+  testing::TempFolder folder;
+  Starts platform;
+  std::istringstream in;
+  std::ostringstream messages;
+  EventLog events;
+  ScriptedUserInterface user{{.in = in, .messages = messages, .events = events}};
+  NoDialogs dialogs{events};
+  RecordedClients clients{events};
+  std::unique_ptr<EmbeddedHost> host;
+  std::unique_ptr<Plugin> plugin;
+  std::size_t said = 0;
+};
+
+TEST(UseLanguage, HoldsForTheSessionOrLeavesTheOneBefore) {
+  Session session;
+  Plugin& plugin = *session.plugin;
+  ASSERT_TRUE(UseLanguage(plugin, "German"));
+  EXPECT_TRUE(session.Said("German gilt")) << "the message is in the new language";
+  EXPECT_EQ(plugin.messenger.Get("QELM_MSG_GEN_10"), "Kein Dokument.");
+
+  ASSERT_TRUE(UseLanguage(plugin, "English"));
+  session.folder.Write("languages/German.po", "msgid \"A\"\nmsgstr \"open\n");
+  EXPECT_FALSE(UseLanguage(plugin, "German"));
+  EXPECT_TRUE(session.Said("languages/German.po:2: "));
+  EXPECT_FALSE(UseLanguage(plugin, "Czech"));
+  EXPECT_TRUE(session.Said("none Czech"));
+  EXPECT_EQ(plugin.messenger.Get("QELM_MSG_GEN_10"), "No document.");
+}
+
+TEST(CreateLanguageFile, ANewLanguageWorksAtOnce) {
+  Session session;
+  CreateLanguageFile(*session.plugin, "French");
+  EXPECT_TRUE(session.Said("made " + session.folder.File("languages/French.po") + " 12"));
+  ASSERT_TRUE(UseLanguage(*session.plugin, "French"));
+  EXPECT_EQ(session.plugin->messenger.Get("QELM_MSG_GEN_10"), "No document.");
+
+  const std::string before = session.folder.Read("languages/French.po");
+  CreateLanguageFile(*session.plugin, "FRENCH");
+  EXPECT_TRUE(session.Said("exists " + session.folder.File("languages/French.po")));
+  CreateLanguageFile(*session.plugin, "../French");
+  EXPECT_TRUE(session.Said("name ../French"));
+  EXPECT_EQ(session.folder.Read("languages/French.po"), before);
+}
+
+// What was missing is in force without a new start, and so is what the translator changed meanwhile.
+TEST(UpdateLanguageFile, CompletesTheCurrentLanguageAndReadsItAgain) {
+  Session session;
+  ASSERT_TRUE(UseLanguage(*session.plugin, "German"));
+  EXPECT_TRUE(session.plugin->messenger.Get("QELM_MSG_GEN_24").starts_with("MESSAGING ERROR"));
+  std::string german = session.folder.Read("languages/German.po");
+  german.replace(german.find("Kein Dokument."), 4, "Nein");
+  session.folder.Write("languages/German.po", german);
+  UpdateLanguageFile(*session.plugin);
+  EXPECT_TRUE(session.Said("updated " + session.folder.File("languages/German.po") + " 10 0"));
+  EXPECT_EQ(session.plugin->messenger.Get("QELM_MSG_GEN_24"), "no editor");
+  EXPECT_EQ(session.plugin->messenger.Get("QELM_MSG_GEN_10"), "Nein Dokument.");
+
+  UpdateLanguageFile(*session.plugin);
+  EXPECT_TRUE(session.Said("complete "));
+  session.folder.Write("languages/German.po", "msgid");
+  UpdateLanguageFile(*session.plugin);
+  EXPECT_TRUE(session.Said("languages/German.po:1: "));
+  EXPECT_EQ(session.plugin->messenger.Get("QELM_MSG_GEN_10"), "Nein Dokument.");
+}
+
+TEST(OpenLanguageFiles, OpensEnglishBesideTheCurrentOne) {
+  Session session;
+  const std::string english = "editor " + session.folder.File("languages/English.po");
+  OpenLanguageFiles(*session.plugin);
+  EXPECT_EQ(session.platform.started, (std::vector<std::string>{english}));
+  ASSERT_TRUE(UseLanguage(*session.plugin, "German"));
+  session.platform.started.clear();
+  OpenLanguageFiles(*session.plugin);
+  EXPECT_EQ(session.platform.started,
+            (std::vector<std::string>{english, "editor " + session.folder.File("languages/German.po")}));
+
+  session.plugin->settings.notepad_exe_path = "missing";
+  UpdateLanguageFile(*session.plugin);
+  OpenLanguageFiles(*session.plugin);
+  EXPECT_TRUE(session.Said("no editor"));
+}
+
+}  // namespace
+}  // namespace qelm

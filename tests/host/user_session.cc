@@ -1,0 +1,67 @@
+#include "host/user_session.h"
+
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+
+namespace qelm::testing {
+namespace {
+
+std::string Scheme(const std::string& name) {
+  return "<Scheme><SchemeSettings><Name>" + name + "</Name></SchemeSettings></Scheme>";
+}
+
+std::string Category(const std::string& name) {
+  return "<SchemeCategory><CategorySettings><Name>" + name + "</Name></CategorySettings><FilterSchemes/>" +
+         "<ColoringSchemes>" + Scheme("Draft") + "</ColoringSchemes><ValidationSchemes>" + Scheme("Strict") +
+         "</ValidationSchemes></SchemeCategory>";
+}
+
+}  // namespace
+
+std::string MainSettingsXml() {
+  return "<QELM_MainSettings><SchemeCategories>" + Category("Review") +
+         "</SchemeCategories><SchemeCategories_XPath>" + Category("Quality") +
+         "</SchemeCategories_XPath></QELM_MainSettings>";
+}
+
+std::string MainSettingsWithoutColors() {
+  std::ostringstream text;
+  text << std::ifstream(std::string(QELM_SOURCE_DIR) + "/assets/QELM_MainSettings_Template.fm").rdbuf();
+  std::string content = text.str();
+  constexpr std::string_view kColor = "<ColorTag `BkgdColor'>";
+  return content.replace(content.find(kColor), kColor.size(), "<ColorTag `Other'>");
+}
+
+UserSession::UserSession() {
+  folder.Write("plugin/QELM_Local_Settings.txt", "; local settings\n;MAIN_SETTINGS_PATH=DEFAULT\n;\n");
+  // The host knows a document by what is in it, whatever its name.
+  folder.Write("plugin/QELM_MainSettings_LocalCopy.fm", MainSettingsXml());
+  folder.Write("plugin/QELM_Plugin_Report_Template.fm", "<Report/>");
+  // All other texts are missing, so that what is shown ends with the message's id.
+  folder.Write("plugin/languages/English.po",
+               "msgctxt \"General Strings\"\nmsgid \"QELM_MSG_HEADER_1\"\n"
+               "msgstr \"QELM:\"\n");
+  posix.SetEnvironment("APPDATA", folder.File("profile"));
+  options.install = true;
+}
+
+bool UserSession::Start() {
+  embedded::adapter::EmbeddedHost::Options host_options;
+  host_options.plugin_folder = folder.File("plugin");
+  plugin.reset();
+  host = std::make_unique<embedded::adapter::EmbeddedHost>(host_options, user, browser, clients, platform);
+  plugin = std::make_unique<Plugin>(host->roles());
+  return plugin->Initialize(options);
+}
+
+bool UserSession::Shown(const std::string& id) const {
+  return std::find(user.shown.begin(), user.shown.end(), id) != user.shown.end();
+}
+
+bool UserSession::Said(const std::string& text) const {
+  return std::any_of(user.texts.begin(), user.texts.end(),
+                     [&text](const std::string& shown) { return shown.find(text) != std::string::npos; });
+}
+
+}  // namespace qelm::testing
