@@ -27,6 +27,7 @@ std::string BackupName(host::Platform& platform, const std::string& path, std::s
 bool BackUp(host::Host& host, std::string_view version, host::Id* document, std::string* backup) {
   host::Documents& documents = host.documents;
   const std::string path(documents.Path(*document));
+  if (path.empty()) return false;
   const std::string name = BackupName(host.platform, path, version);
   if (name.empty()) return true;
   host::SaveOptions options;

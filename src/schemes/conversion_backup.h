@@ -16,7 +16,7 @@ std::string BackupName(host::Platform& platform, const std::string& path, std::s
 // Saves the document under that name and then under its own, and opens it again from there, so that what is
 // converted is what lies in the file: `document` is then another id, 0 when it could not be opened again.
 // `backup` is the file that was made; empty when no name was free, which is no failure. False when something
-// could not be saved or opened.
+// could not be saved or opened, and for a document that was never saved.
 bool BackUp(host::Host& host, std::string_view version, host::Id* document, std::string* backup);
 
 }  // namespace qelm::schemes

@@ -159,21 +159,17 @@ TEST_F(FormatConversion, BackupNamesAreNumberedFrom2To99) {
 }
 
 TEST_F(FormatConversion, ProgressIsShownStepByStep) {
-  host::Host& own = session.host();
   TestUser user;
   messages::Messenger messenger(user, session.platform);
-  host::Host host{own.session, own.documents, own.books,    own.elements, own.definitions,
-                  own.editing, own.text,      own.catalogs, own.tables,   user,
-                  own.dialogs, own.clients,   own.platform};
   host::Id document = session.Open(kPath, OldSettings(OldSettingsExample()));
-  EXPECT_EQ(ConvertTo300(host, messenger, options, &document).error, "");
-  EXPECT_EQ(user.status, (std::vector<std::string>{"Converting File...", "Saving backup of original file...",
-                                                   "Converting main settings file to new format...",
-                                                   "Importing the new template and EDD...",
-                                                   "Saving converted file...", ""}));
+  EXPECT_EQ(ConvertTo300(session.host(), messenger, options, &document).error, "");
+  EXPECT_EQ(user.status,
+            (std::vector<std::string>{"Converting File...", "Saving backup of original file...",
+                                      "Converting main settings file to new format...",
+                                      "Importing the new template and EDD...", "Saving converted file..."}));
   user.status.clear();
   options.show_progress = false;
-  EXPECT_EQ(ConvertTo304(host, messenger, options, &document).error, "");
+  EXPECT_EQ(ConvertTo304(session.host(), messenger, options, &document).error, "");
   EXPECT_TRUE(user.status.empty());
 }
 
