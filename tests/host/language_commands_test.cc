@@ -103,6 +103,15 @@ TEST(UseLanguage, HoldsForTheSessionOrLeavesTheOneBefore) {
   EXPECT_EQ(plugin.messenger.Get("QELM_MSG_GEN_10"), "No document.");
 }
 
+TEST(UseLanguage, WrongPlaceholdersAreShownAsTheyStand) {
+  Session session;
+  for (const std::string text : {"%d", "%s %s", "%n", "100 %", "%999999999s", "%2$s"}) {
+    session.folder.Write("languages/Wrong.po", Entry("QELM_MSG_LANG_1", text));
+    ASSERT_EQ(UseLanguage(*session.plugin, "Wrong"), 1) << text;
+    EXPECT_TRUE(session.Said(text)) << session.user.Alerts().back();
+  }
+}
+
 TEST(SetLanguage, TheUserChoosesAmongTheFiles) {
   Session session;
   session.folder.Write("languages/notes.txt", "");
