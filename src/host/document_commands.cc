@@ -3,8 +3,10 @@
 #include "coloring/coloring.h"
 #include "coloring/validation.h"
 #include "coloring/validation_report.h"
+#include "filtering/book_filter.h"
 #include "filtering/restore.h"
 #include "host/contexts.h"
+#include "host/filter_dialog.h"
 #include "host/help_commands.h"
 #include "host/plugin.h"
 #include "schemes/scheme_listing.h"
@@ -114,7 +116,9 @@ std::int32_t FilterActive<TargetKind::kDocument>(Plugin& plugin) {
 
 template <>
 std::int32_t FilterActive<TargetKind::kBook>(Plugin& plugin) {
-  return TellNotThere(plugin);
+  if (!AskFilter(plugin, TargetKind::kBook)) return 0;
+  filtering::FilterContext context = FilterContextOf(plugin);
+  return filtering::FilterActiveBook(context);
 }
 
 template <>
@@ -126,7 +130,9 @@ std::int32_t RestoreActive<TargetKind::kDocument>(Plugin& plugin) {
 
 template <>
 std::int32_t RestoreActive<TargetKind::kBook>(Plugin& plugin) {
-  return TellNotThere(plugin);
+  filtering::PrepareRun(plugin.settings, &plugin.filter_run);
+  return filtering::RestoreBook(plugin.host, plugin.messenger, plugin.filter_run, host::kNone,
+                                plugin.settings.prompt_pre_restore_file);
 }
 
 std::int32_t RestoreWithoutAsking(Plugin& plugin, host::Id document) {
