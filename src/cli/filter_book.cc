@@ -4,6 +4,7 @@
 
 #include "cli/file_names.h"
 #include "cli/filter_endings.h"
+#include "cli/link_table.h"
 #include "cli/session.h"
 #include "common/result_codes.h"
 #include "filtering/book_filter.h"
@@ -172,8 +173,9 @@ Outcome FilterBook(Session& session, host::Id book, const std::string& scheme) {
   for (const filtering::CopiedFile& file : run.copied) copied.push_back(file.target);
   outcome.members["copied"] = PathsJson(copied);
   outcome.members["removed_files"] = PathsJson(run.removed_files);
+  outcome.members["dangling"] = DanglingJson(run.dangling);
   outcome.members["not_updated"] = run.not_updated.empty() ? Json(nullptr) : Json(run.not_updated);
-  outcome.text = FilterText(run, session.target(), outcome.output);
+  outcome.text = FilterText(run, session.target(), outcome.output) + DanglingText(run.dangling);
   return outcome;
 }
 
