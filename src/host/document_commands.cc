@@ -3,6 +3,7 @@
 #include "coloring/coloring.h"
 #include "coloring/validation.h"
 #include "coloring/validation_report.h"
+#include "filtering/book_filter.h"
 #include "filtering/restore.h"
 #include "host/active_scheme_dialog.h"
 #include "host/contexts.h"
@@ -117,7 +118,9 @@ std::int32_t FilterActive<TargetKind::kDocument>(Plugin& plugin) {
 
 template <>
 std::int32_t FilterActive<TargetKind::kBook>(Plugin& plugin) {
-  return TellNotThere(plugin);
+  if (!AskFilter(plugin, TargetKind::kBook)) return 0;
+  filtering::FilterContext context = FilterContextOf(plugin);
+  return filtering::FilterActiveBook(context);
 }
 
 template <>
@@ -129,7 +132,9 @@ std::int32_t RestoreActive<TargetKind::kDocument>(Plugin& plugin) {
 
 template <>
 std::int32_t RestoreActive<TargetKind::kBook>(Plugin& plugin) {
-  return TellNotThere(plugin);
+  filtering::PrepareRun(plugin.settings, &plugin.filter_run);
+  return filtering::RestoreBook(plugin.host, plugin.messenger, plugin.filter_run, host::kNone,
+                                plugin.settings.prompt_pre_restore_file);
 }
 
 std::int32_t RestoreWithoutAsking(Plugin& plugin, host::Id document) {
