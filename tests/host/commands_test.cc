@@ -210,7 +210,7 @@ TEST(MainSettings, ASchemeThatIsGoneIsNoLongerActive) {
       "</SchemeCategories_XPath></QELM_MainSettings>");
   session.folder.Write("QELM_Local_Settings.txt", "; edited\nMAIN_SETTINGS_PATH=" + other + "\n");
   const std::string shown = session.Command(26);
-  EXPECT_NE(shown.find("QELM_MSG_COLORING_11"), std::string::npos) << shown;
+  EXPECT_NE(shown.find("QELM_MSG_GEN_36"), std::string::npos) << shown;
   EXPECT_TRUE(shown.ends_with("QELM_MSG_GEN_25")) << shown;
   EXPECT_EQ(session.inner().documents.Path(session.plugin().main_settings), other);
   EXPECT_EQ(session.Command(35), "QELM_MSG_GEN_29");
