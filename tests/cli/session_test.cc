@@ -49,8 +49,8 @@ TEST(MenusCommand, InternalCommandsAndVersionWarningComeAndGo) {
   const auto numbers = [&program](std::vector<std::string> options) {
     options.insert(options.begin(), {"menus", "--json"});
     std::set<int> found;
-    for (const auto& command : program.Run(options).Json()["commands"])
-      found.insert(command["number"].get<int>());
+    const nlohmann::json result = program.Run(options).Json();
+    for (const auto& command : result["commands"]) found.insert(command["number"].get<int>());
     return found;
   };
   const std::set<int> normal = numbers({});
