@@ -19,7 +19,7 @@ constexpr std::array kCommands = {
     &MakeColorCommand,     &MakeUncolorCommand,    &MakeFilterCommand,  &MakeRestoreCommand,
     &MakeValidateCommand,  &MakeCheckTableCommand, &MakeXPathCommand,   &MakeSchemesCommand,
     &MakeInfoCommand,      &MakeDumpCommand,       &MakeConvertCommand, &MakeSettingsCommand,
-    &MakeLanguagesCommand,
+    &MakeLanguagesCommand, &MakeUpdateCommand,
 };
 
 constexpr std::string_view kDescription =

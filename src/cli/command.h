@@ -74,5 +74,6 @@ std::unique_ptr<Command> MakeDumpCommand();
 std::unique_ptr<Command> MakeConvertCommand();
 std::unique_ptr<Command> MakeSettingsCommand();
 std::unique_ptr<Command> MakeLanguagesCommand();
+std::unique_ptr<Command> MakeUpdateCommand();
 
 }  // namespace qelm::cli
