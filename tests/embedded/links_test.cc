@@ -183,6 +183,14 @@ TEST_F(LinksTest, ALinkIntoTheDocumentItselfNamesNoFile) {
   EXPECT_FALSE(host.links.SetPath(document, {}, folder.File("main.mif")));
 }
 
+TEST_F(LinksTest, APathThatChangedGoesIntoXmlToo) {
+  const Id document = Open("main.mif", Mif(kLinked));
+  ASSERT_TRUE(host.links.SetPath(document, Links(document)[0], folder.File("elsewhere.mif")));
+  ASSERT_TRUE(host.documents.Save(
+      document, {.path = folder.File("out.xml"), .pdf_job_options = {}, .structure_application = {}}));
+  EXPECT_NE(folder.Read("out.xml").find("elsewhere.mif"), std::string::npos);
+}
+
 TEST_F(LinksTest, ReferencesOfXmlAreItsAttributes) {
   const Id document =
       Open("main.xml",
