@@ -16,10 +16,11 @@ namespace qelm::cli {
 namespace {
 
 constexpr std::array kCommands = {
-    &MakeColorCommand,     &MakeUncolorCommand,    &MakeFilterCommand,  &MakeRestoreCommand,
-    &MakeValidateCommand,  &MakeCheckTableCommand, &MakeXPathCommand,   &MakeSchemesCommand,
-    &MakeInfoCommand,      &MakeDumpCommand,       &MakeConvertCommand, &MakeSettingsCommand,
-    &MakeLanguagesCommand, &MakeUpdateCommand,
+    &MakeColorCommand,    &MakeUncolorCommand,    &MakeFilterCommand,   &MakeRestoreCommand,
+    &MakeValidateCommand, &MakeCheckTableCommand, &MakeXPathCommand,    &MakeSchemesCommand,
+    &MakeInfoCommand,     &MakeDumpCommand,       &MakeConvertCommand,  &MakeMenuCommand,
+    &MakeMenusCommand,    &MakeRunCommand,        &MakeSettingsCommand, &MakeLanguagesCommand,
+    &MakeUpdateCommand,
 };
 
 constexpr std::string_view kDescription =
@@ -191,7 +192,7 @@ ExitStatus RunCommand(Command& command, const Options& options, const Environmen
   ExitStatus status = ExitStatus::kDone;
   try {
     session = std::make_unique<Session>(options, environment);
-    session->Start(command.NeedsUserSession());
+    if (!command.StartsSession()) session->Start(command.NeedsUserSession());
     const Outcome outcome = command.Run(*session);
     session->ShowNotices();
     status = outcome.status;

@@ -40,6 +40,8 @@ class Command {
   virtual ~Command() = default;
   // Adds the command with its options and its help. Called once; the command outlives the parser's use.
   virtual CLI::App* Define(CLI::App& program) = 0;
+  // Whether Run starts the session itself, when it has settled its options.
+  virtual bool StartsSession() const { return false; }
   // Whether it works in a user's session, which prepares the user's folder (StartOptions::install). All
   // others are quick and write nothing there.
   virtual bool NeedsUserSession() const { return false; }
@@ -72,6 +74,9 @@ std::unique_ptr<Command> MakeSchemesCommand();
 std::unique_ptr<Command> MakeInfoCommand();
 std::unique_ptr<Command> MakeDumpCommand();
 std::unique_ptr<Command> MakeConvertCommand();
+std::unique_ptr<Command> MakeMenuCommand();
+std::unique_ptr<Command> MakeMenusCommand();
+std::unique_ptr<Command> MakeRunCommand();
 std::unique_ptr<Command> MakeSettingsCommand();
 std::unique_ptr<Command> MakeLanguagesCommand();
 std::unique_ptr<Command> MakeUpdateCommand();

@@ -28,6 +28,11 @@ void DefineOptions(CLI::App& program, Options* options) {
   once_each(program.add_option("--param", options->parameters,
                                "The value of the parameter $NAME in expressions (may be repeated)"),
             "NAME=VALUE");
+  program
+      .add_option("--host-version", options->host_version,
+                  "The major version that the host says it has. Default: 18")
+      ->type_name("N")
+      ->check(CLI::Range(1, 99));
   CLI::Option* yes = program.add_flag("--yes", options->yes, "Answer every question with yes");
   program.add_flag("--no", options->no, "Answer every question with no")->excludes(yes);
   program

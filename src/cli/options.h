@@ -1,6 +1,7 @@
 // The options that every command takes, before or after its name.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,7 @@ struct Options {
   bool install = false;
   std::vector<std::string> settings;    // KEY=VALUE
   std::vector<std::string> parameters;  // NAME=VALUE
+  std::int32_t host_version = 18;
   bool yes = false;
   bool no = false;
   std::string answers;

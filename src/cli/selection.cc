@@ -16,14 +16,16 @@ bool IsElement(host::Host& host, host::Id document, const xpath::Match& match) {
 
 }  // namespace
 
-void SelectOrFail(Session& session, host::Id document, const std::string& expression) {
-  ParseOrFail(session, expression, "--selection");
+void SelectOrFail(Session& session, host::Id document, const std::string& expression,
+                  const std::string& owner) {
+  ParseOrFail(session, expression, owner);
   const xpath::Match match = xpath::FindFirst(session.plugin().engine, document, host::kNone, expression);
   host::Host& host = session.roles();
   if (IsElement(host, document, match) && host.text.SelectElement(document, match.element)) return;
-  throw Failure(ExitStatus::kOperation,
-                session.target() + ": --selection " + expression + " selects no element; nothing was done",
-                {{"result", common::kNoElementSelected}});
+  throw Failure(
+      ExitStatus::kOperation,
+      session.NameOf(document) + ": " + owner + " " + expression + " selects no element; nothing was done",
+      {{"result", common::kNoElementSelected}});
 }
 
 }  // namespace qelm::cli

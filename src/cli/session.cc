@@ -1,11 +1,12 @@
 #include "cli/session.h"
 
 #include <filesystem>
+#include <functional>
 #include <ostream>
 
 #include "cli/exit_status.h"
 #include "config/read_settings.h"
-#include "host/dialog_events.h"
+#include "messages/document_name.h"
 #include "xpath/engine.h"
 
 namespace qelm::cli {
@@ -31,6 +32,39 @@ ScriptedUserInterface::Progress ProgressOf(const Options& options, const Environ
   return options.progress == "always" ? Progress::kLines : Progress::kNever;
 }
 
+// The entry points of the plug-in, with an event for each call of the host.
+class RecordedEntries : public host::EntryPoints {
+ public:
+  // `after_command` is called when a command is done.
+  RecordedEntries(host::EntryPoints& entries, host::Host& host, embedded::adapter::EventLog& events,
+                  std::function<void()> after_command)
+      : entries_(entries), host_(host), events_(events), after_command_(std::move(after_command)) {}
+
+  void Initialize(std::int32_t kind) override { entries_.Initialize(kind); }
+  void Command(std::int32_t number) override {
+    events_.Write("command", {{"number", number}});
+    entries_.Command(number);
+    after_command_();
+  }
+  void Notify(std::int32_t notification, host::Id document, std::string_view text,
+              std::int32_t value) override {
+    events_.Write("notified", {{"number", notification},
+                               {"document", messages::DocumentName(host_.documents, document)},
+                               {"text", text},
+                               {"value", value}});
+    entries_.Notify(notification, document, text, value);
+  }
+  std::int32_t DialogEvent(std::int32_t dialog, std::int32_t item, std::int32_t modifiers) override {
+    return entries_.DialogEvent(dialog, item, modifiers);
+  }
+
+ private:
+  host::EntryPoints& entries_;
+  host::Host& host_;
+  embedded::adapter::EventLog& events_;
+  std::function<void()> after_command_;
+};
+
 }  // namespace
 
 Session::Session(const Options& options, const Environment& environment)
@@ -52,26 +86,41 @@ void Session::Start(bool install) {
   if (!options_.profile.empty()) platform_.SetEnvironment("APPDATA", options_.profile);
   embedded::adapter::EmbeddedHost::Options host;
   host.plugin_folder = PluginFolder();
+  host.major_version = options_.host_version;
   host.file_error = [this] { return platform_.LastError(); };
   host_ = std::make_unique<embedded::adapter::EmbeddedHost>(host, user_, dialogs_, clients_, platform_);
   plugin_ = std::make_unique<Plugin>(roles());
   dialogs_.SetFolder(host.plugin_folder);
   dialogs_.SetEventEntry([this](std::int32_t dialog, std::int32_t item, std::int32_t modifiers) {
-    return RouteDialogEvent(*plugin_, dialog, item, modifiers);
+    return recorded_entries_->DialogEvent(dialog, item, modifiers);
   });
   user_.SetHeader(kPlainHeader);
   StartOptions start = PluginOptions();
   start.install = install || options_.install;
-  if (!plugin_->Initialize(start)) {
+  entries_ = std::make_unique<Entries>(*plugin_, std::move(start));
+  recorded_entries_ = std::make_unique<RecordedEntries>(*entries_, roles(), events_, [this] { SetHeader(); });
+  if (tell_plugin_) host_->Attach(recorded_entries_.get());
+  entries_->Initialize(0);
+  if (!entries_->started()) {
     const std::string path = options_.main_settings;
     throw Failure(ExitStatus::kFile, path.empty() ? std::string("the plug-in could not be started")
                                                   : path + ": cannot be used as the main settings document");
   }
-  if (plugin_->messenger.LanguageActive()) user_.SetHeader(plugin_->messenger.Get(kHeaderId));
+  SetHeader();
   SetParameters();
   ShowNotices();
   Say("local settings: " + plugin_->settings.paths.local_settings);
   Say("main settings: " + plugin_->settings.paths.main_settings);
+}
+
+// The header of alerts in the language in force, which a command may have changed.
+void Session::SetHeader() {
+  if (plugin_->messenger.LanguageActive()) user_.SetHeader(plugin_->messenger.Get(kHeaderId));
+}
+
+void Session::TellPlugin() {
+  tell_plugin_ = true;
+  if (host_) host_->Attach(recorded_entries_.get());
 }
 
 void Session::Say(const std::string& text) {
@@ -94,6 +143,13 @@ void Session::ReadAnswers() {
   std::optional<Answers> answers = Answers::Parse(*text, &error);
   if (!answers) throw Failure(ExitStatus::kUsage, options_.answers + ": " + error);
   user_.SetAnswers(std::move(*answers));
+}
+
+void Session::UseAnswers(const std::string& lines) {
+  std::string error;
+  std::optional<Answers> answers = Answers::Parse(lines, &error);
+  if (!answers) throw Failure(ExitStatus::kUsage, error);
+  user_.SetFirstAnswers(std::move(*answers));
 }
 
 std::string Session::PluginFolder() {

@@ -15,6 +15,7 @@
 #include "embedded/adapter/platform.h"
 #include "embedded/adapter/resource_dialogs.h"
 #include "embedded/adapter/user_interface.h"
+#include "host/entries.h"
 #include "host/plugin.h"
 
 namespace qelm::cli {
@@ -28,6 +29,14 @@ class Session {
   // Starts the plug-in, as a user's session when `install` or the option of that name is set. Throws Failure
   // when an option names a file that cannot be used, or the plug-in refuses.
   void Start(bool install);
+
+  // From now on the host tells the plug-in of what it asked for, as a host with a user before it does. Before
+  // Start it is told from the start on.
+  void TellPlugin();
+
+  // Puts lines of an answers file before those of --answers, in place of those of the last call. Throws
+  // Failure when one is wrong.
+  void UseAnswers(const std::string& lines);
 
   // Opens the document or book at `path`, the target of the command. Throws Failure.
   host::Id Open(const std::string& path);
@@ -54,7 +63,15 @@ class Session {
   host::Host& roles() { return host_->roles(); }
   embedded::adapter::EmbeddedHost& host() { return *host_; }
   embedded::adapter::ScriptedUserInterface& user() { return user_; }
+  // The entry points, recorded as events.
+  host::EntryPoints& entries() { return *recorded_entries_; }
+  // What the last command came to.
+  std::int32_t last_result() const { return entries_->last_result(); }
+  embedded::adapter::EventLog& events() { return events_; }
+  embedded::adapter::PosixPlatform& platform() { return platform_; }
   const Options& options() const { return options_; }
+  // For what has to be settled before the start.
+  Options& options() { return options_; }
   const Environment& environment() const { return environment_; }
   const std::string& target() const { return target_; }
 
@@ -69,8 +86,9 @@ class Session {
   std::string PluginFolder();
   StartOptions PluginOptions();
   void SetParameters();
+  void SetHeader();
 
-  const Options& options_;
+  Options options_;
   const Environment& environment_;
   std::string target_;
   std::size_t notices_shown_ = 0;
@@ -81,6 +99,9 @@ class Session {
   embedded::adapter::ResourceDialogs dialogs_{user_, platform_, events_};
   std::unique_ptr<embedded::adapter::EmbeddedHost> host_;
   std::unique_ptr<Plugin> plugin_;
+  std::unique_ptr<Entries> entries_;
+  std::unique_ptr<host::EntryPoints> recorded_entries_;
+  bool tell_plugin_ = false;
 };
 
 }  // namespace qelm::cli

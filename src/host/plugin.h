@@ -1,6 +1,8 @@
 // The plug-in: everything that lives for a session, one plain struct a room, and its start.
 #pragma once
 
+#include <bitset>
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
@@ -9,6 +11,8 @@
 #include "coloring/validation_run.h"
 #include "config/local_settings.h"
 #include "filtering/filter_run.h"
+#include "filtering/report/report.h"
+#include "host/commands.h"
 #include "host/interface/host.h"
 #include "messages/debug_log.h"
 #include "messages/messenger.h"
@@ -48,6 +52,9 @@ class Plugin {
   filtering::FilterRun filter_run;
   coloring::ValidationRun validation_run;
   host::Id main_settings = host::kNone;
+  std::uint64_t schemes_revision = 0;  // of the main settings document when the active schemes were loaded
+  filtering::Report report;            // of the last validation
+  std::bitset<kCommandLimit> defined_commands;
 };
 
 }  // namespace qelm

@@ -84,7 +84,7 @@ void ReloadSchemes(Plugin& plugin) {
   bool all_there = true;
   for (const SchemeKind kind : {SchemeKind::kFilter, SchemeKind::kColoring, SchemeKind::kValidation}) {
     const Scheme active = plugin.schemes.Of(kind);
-    if (!active.Active() || plugin.main_settings == host::kNone) continue;
+    if (!active.Active() || active.from_table || plugin.main_settings == host::kNone) continue;
     if (Load(plugin, kind, active.category, active.name, false) == schemes::kLoaded) continue;
     all_there = false;
     if (std::string* name = NameInSettings(plugin.settings, kind)) *name = schemes::kNoName;
@@ -92,6 +92,19 @@ void ReloadSchemes(Plugin& plugin) {
   if (all_there) return;
   plugin.messenger.AlertFormatted(kNotThere,
                                   plugin.messenger.Format(kNotThere, plugin.settings.paths.main_settings));
+}
+
+void RefreshMainSettings(Plugin& plugin) {
+  if (plugin.main_settings == host::kNone) return;
+  if (plugin.host.documents.Path(plugin.main_settings).empty()) {
+    plugin.main_settings = host::kNone;
+    plugin.schemes_revision = 0;
+    if (!OpenSessionSettings(plugin)) return;
+  }
+  const std::uint64_t revision = plugin.host.elements.Revision(plugin.main_settings);
+  if (revision != 0 && revision == plugin.schemes_revision) return;
+  plugin.schemes_revision = revision;
+  ReloadSchemes(plugin);
 }
 
 }  // namespace qelm

@@ -29,7 +29,13 @@ struct DefaultScheme {
 DefaultScheme LoadDefaultColoring(Plugin& plugin, bool report);
 DefaultScheme LoadDefaultValidation(Plugin& plugin);
 
-// Loads the active schemes again by their names. One that is not there is no longer active; the user is told.
+// Loads the active schemes again by their names; those that were read from a document's table stay. One that
+// is not there is no longer active; the user is told.
 void ReloadSchemes(Plugin& plugin);
+
+// What a command works with is what the main settings document says at that moment: a user may edit it in the
+// host, or close its window. Opens it again in the second case, and loads the active schemes again when it
+// has changed since they were loaded. Nothing happens in a session without such a document.
+void RefreshMainSettings(Plugin& plugin);
 
 }  // namespace qelm

@@ -4,6 +4,8 @@
 #include "config/settings_paths.h"
 #include "config/startup_language.h"
 #include "host/installation.h"
+#include "host/menus.h"
+#include "host/notifications.h"
 #include "host/session_schemes.h"
 #include "schemes/main_settings.h"
 #include "schemes/plugin_colors.h"
@@ -60,6 +62,8 @@ class Start {
     PrepareSchemes();
 
     ShowStage("Creating menu paths");
+    RegisterNotifications(plugin_);
+    DefineMenus(plugin_);
     host_.user.HideStatus();
     OpenFiles();
     return true;

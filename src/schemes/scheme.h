@@ -41,6 +41,7 @@ struct Scheme {
   bool ignore_case = false;
   bool process_all_flows = false;
   bool use_negative_logic = false;  // filter schemes
+  bool from_table = false;          // read from a document's table: the main settings do not hold it
   std::string comment;
   std::vector<Rule> rules;               // coloring schemes
   std::vector<Condition> attributes;     // classic filter and validation schemes

@@ -421,6 +421,7 @@ void Checker::Report() {
 
 void Checker::Activate() {
   if (!check_.scheme.Active() || Found(TabularFault::kExpressionRefused)) return;
+  check_.scheme.from_table = true;
   context_.active.Of(check_.scheme.kind) = check_.scheme;
   check_.active = true;
 }

@@ -120,7 +120,10 @@ class DocumentsRole : public host::Documents {
 Id DocumentsRole::Open(const std::string& path, const host::OpenOptions& options, OpenStatus* status) {
   try {
     if (path.empty()) return Refuse(path, OpenStatus::kNotFound, "no file was named.", status);
-    return OpenLocated(path, options, status);
+    host::OpenOptions wanted = options;
+    // Nothing locks files here, so that all there is to a fallback is not to touch the file.
+    wanted.as_new = options.as_new || options.fallback;
+    return OpenLocated(path, wanted, status);
   } catch (const std::exception&) {
     return Refuse(path, OpenStatus::kTooLarge, "there is not enough memory for the file.", status);
   }
@@ -188,9 +191,11 @@ Id DocumentsRole::Build(const std::string& path, std::string bytes, const host::
   }
   file->on_screen = options.visible;
   const Id id = workspace_.Add(std::move(file));
-  if (options.visible) workspace_.Activate(id);
   *status = OpenStatus::kOpened;
-  return id;
+  if (!options.visible) return id;
+  workspace_.Activate(id);
+  if (workspace_.IsDocument(id)) workspace_.Tell(kDocumentOpened, id, path, 0);
+  return workspace_.File(id) != nullptr ? id : host::kNone;
 }
 
 bool DocumentsRole::Save(Id id, const host::SaveOptions& options) {

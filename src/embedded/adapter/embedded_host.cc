@@ -48,6 +48,12 @@ model::Book* EmbeddedHost::FindBook(Id book) { return workspace_->Book(book); }
 
 const std::vector<std::string>& EmbeddedHost::notices() const { return workspace_->notices(); }
 
+void EmbeddedHost::Attach(host::EntryPoints* plugin) { workspace_->plugin = plugin; }
+
+void EmbeddedHost::Tell(std::int32_t notification, Id document, std::string_view text, std::int32_t value) {
+  workspace_->Tell(notification, document, text, value);
+}
+
 const std::set<std::int32_t>& EmbeddedHost::requested_notifications() const {
   return workspace_->requested_notifications;
 }

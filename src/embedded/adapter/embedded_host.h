@@ -18,12 +18,23 @@
 
 #include "embedded/model/book.h"
 #include "embedded/model/document.h"
+#include "host/interface/entry_points.h"
 #include "host/interface/host.h"
 
 namespace qelm::embedded::adapter {
 
 struct Roles;
 class Workspace;
+
+// What the host tells of, by its own numbers. The value is the element that it is about.
+enum Notification : std::int32_t {
+  kDocumentOpened = 2,
+  kElementInserted = 53,
+  kTextChanged = 55,  // of the selected element
+  kDefinitionChanged = 57,
+  kElementDeleted = 59,    // the value is its parent
+  kAttributeChanged = 63,  // the text is the attribute's name
+};
 
 class EmbeddedHost {
  public:
@@ -50,6 +61,14 @@ class EmbeddedHost {
   // What users should know though nothing failed, oldest first: files that were found under another name, and
   // what was not in order in a file that could be opened all the same. Each names its file.
   const std::vector<std::string>& notices() const;
+
+  // From now on the plug-in behind these entry points is told of what it has asked for: of documents that
+  // were opened on screen, and of what Tell passes on. Null: nobody is told. It outlives the host, or is
+  // taken out.
+  void Attach(host::EntryPoints* plugin);
+
+  // Tells the plug-in of something that a user did.
+  void Tell(std::int32_t notification, host::Id document, std::string_view text, std::int32_t value);
 
   // The notifications that the plug-in asked for and did not cancel.
   const std::set<std::int32_t>& requested_notifications() const;

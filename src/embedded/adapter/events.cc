@@ -11,9 +11,11 @@ bool EventLog::OpenFile(const std::string& path) {
 }
 
 void EventLog::Write(std::string_view kind, nlohmann::ordered_json fields) {
-  if (stream_ == nullptr) return;
+  if (stream_ == nullptr && !listener_) return;
   nlohmann::ordered_json event{{"event", kind}};
   event.update(fields);
+  if (listener_) listener_(event);
+  if (stream_ == nullptr) return;
   // Texts come from documents and may hold bytes that are no UTF-8; the line has to stay readable.
   *stream_ << event.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << std::endl;
 }

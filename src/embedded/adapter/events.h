@@ -5,9 +5,11 @@
 #pragma once
 
 #include <fstream>
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <ostream>
 #include <string>
+#include <utility>
 
 namespace qelm::embedded::adapter {
 
@@ -18,12 +20,18 @@ class EventLog {
   // Writes to a stream that outlives the log.
   void UseStream(std::ostream& stream) { stream_ = &stream; }
 
-  // Writes an event of this kind with the members of `fields`. Nothing happens where no log was asked for.
+  // Hands every event on as well, whether a log was asked for or not.
+  void SetListener(std::function<void(const nlohmann::ordered_json& event)> listener) {
+    listener_ = std::move(listener);
+  }
+
+  // Writes an event of this kind with the members of `fields`. Nothing happens where nobody asked for it.
   void Write(std::string_view kind, nlohmann::ordered_json fields);
 
  private:
   std::ofstream file_;
   std::ostream* stream_ = nullptr;
+  std::function<void(const nlohmann::ordered_json&)> listener_;
 };
 
 }  // namespace qelm::embedded::adapter

@@ -13,6 +13,7 @@
 #include "embedded/adapter/embedded_host.h"
 #include "embedded/adapter/nested_ranges.h"
 #include "embedded/model/format_rules.h"
+#include "host/interface/entry_points.h"
 
 namespace qelm::embedded::adapter {
 
@@ -158,8 +159,15 @@ class Workspace {
   // ": Permission denied", or nothing where no reason is known.
   std::string FileErrorSuffix() const;
 
+  // Tells the plug-in of something, if it has asked for that.
+  void Tell(std::int32_t notification, Id document, std::string_view text, std::int32_t value) {
+    if (plugin == nullptr || !requested_notifications.contains(notification)) return;
+    plugin->Notify(notification, document, text, value);
+  }
+
   bool screen_updates = true;
   std::set<std::int32_t> requested_notifications;
+  host::EntryPoints* plugin = nullptr;
 
  private:
   EmbeddedHost::Options options_;

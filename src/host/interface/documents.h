@@ -10,6 +10,9 @@ struct OpenOptions {
   bool visible = true;
   bool suppress_alerts = false;  // answer the host's own questions about the file without asking
   bool as_new = false;           // a copy without a name of its own; its path is set by the first save
+  // A second try for a file that did not open: the host may take a way around what is in the way (a lock of
+  // somebody else, an older form), and then opens a copy without a name, as with `as_new`.
+  bool fallback = false;
 };
 
 enum class OpenStatus : std::uint8_t {
