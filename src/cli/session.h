@@ -86,6 +86,7 @@ class Session {
   std::string PluginFolder();
   StartOptions PluginOptions();
   void SetParameters();
+  void SetHeader();
 
   Options options_;
   const Environment& environment_;
