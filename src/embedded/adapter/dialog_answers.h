@@ -26,8 +26,8 @@
 namespace qelm::embedded::adapter {
 
 struct DialogAnswer {
-  std::vector<std::pair<std::string, std::string>> values;  // of items, by name or label
-  std::string button;
+  std::vector<std::pair<std::string, std::string>> values = {};  // of items, by name or label
+  std::string button = {};
   std::size_t line = 0;  // of the answers file
 };
 
