@@ -21,9 +21,9 @@ inline constexpr std::int32_t kMessageBoxNumber = 1001;
 enum class BoxButtons : std::int32_t { kOkCancel = 0, kOkCancelToo = 1, kYesNoToo = 2, kOk = 3, kYesNo = 4 };
 
 struct MessageBoxText {
-  std::string_view title;      // empty: "Brenwick Plugin Alert"
-  std::string_view text;       // as it is to be shown, not an id
-  std::string_view check_box;  // empty: no check box
+  std::string_view title = {};      // empty: "Brenwick Plugin Alert"
+  std::string_view text = {};       // as it is to be shown, not an id
+  std::string_view check_box = {};  // empty: no check box
   BoxButtons buttons = BoxButtons::kOk;
   std::string_view section =
       kDialogStrings;  // of the language file, for the title and the labels of the buttons

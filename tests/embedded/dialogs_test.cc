@@ -244,7 +244,8 @@ TEST_F(DialogsTest, DialogThatStaysOpenTakesTheNextLine) {
   EXPECT_EQ(ShowSample(), 7);
   EXPECT_EQ(used, (std::vector<std::int32_t>{704, 708, 707})) << "the first line is spent";
   used.clear();
-  user->SetFirstAnswers(*Answers::Parse("dialog Sample: press Cancel", nullptr));
+  std::string error;
+  user->SetFirstAnswers(*Answers::Parse("dialog Sample: press Cancel", &error));
   EXPECT_EQ(ShowSample(), 7);
   EXPECT_EQ(used, (std::vector<std::int32_t>{709, 704, 708, 707})) << "others come first, and leave it spent";
 }

@@ -88,7 +88,8 @@ class HostDialogs : public ::testing::Test {
     return {};
   }
   json Shown(const std::string& name) const {
-    for (const json& item : FirstShown()["items"]) {
+    const json shown = FirstShown();
+    for (const json& item : shown["items"]) {
       if (item["item"] == name) return item["value"];
     }
     return "not shown";

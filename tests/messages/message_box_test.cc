@@ -126,7 +126,9 @@ TEST_F(BoxTest, ButtonsFollowTheirCode) {
     MessageBox(messenger, {.text = "Text", .buttons = static_cast<BoxButtons>(row.code)});
     EXPECT_EQ(LabelFromEnd(2), row.first) << row.code;
     EXPECT_EQ(ShownFromEnd(1), row.second != nullptr) << row.code;
-    if (row.second != nullptr) EXPECT_EQ(LabelFromEnd(1), row.second) << row.code;
+    if (row.second != nullptr) {
+      EXPECT_EQ(LabelFromEnd(1), row.second) << row.code;
+    }
   }
 }
 

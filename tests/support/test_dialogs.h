@@ -13,13 +13,13 @@ namespace qelm::testing {
 class TestDialogs : public NullDialogs {
  public:
   struct Dialog {
-    std::string name;
+    std::string name = {};
     std::int32_t number = 0;
-    std::string title;
-    std::vector<std::string> labels;
-    std::map<std::int32_t, bool> shown;
-    std::map<std::int32_t, std::int32_t> values;
-    std::vector<std::string> lines;
+    std::string title = {};
+    std::vector<std::string> labels = {};
+    std::map<std::int32_t, bool> shown = {};
+    std::map<std::int32_t, std::int32_t> values = {};
+    std::vector<std::string> lines = {};
   };
 
   std::map<std::string, std::vector<std::string>, std::less<>> resources;  // the labels of the items

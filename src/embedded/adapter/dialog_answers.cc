@@ -75,23 +75,30 @@ bool DialogAnswers::IsMeant(std::string_view line) {
 bool DialogAnswers::Add(std::string_view line, std::size_t number, std::string* error) {
   const bool once = Take(kOnce, &line);
   if (Take(kDialog, &line)) {
+    if (AddDialog(line, number, once)) return true;
     *error = kDialogForm;
-    const std::size_t colon = line.find(": ");
-    const std::string_view pattern = Trimmed(line.substr(0, colon));
-    DialogAnswer answer{.line = number};
-    if (colon == std::string_view::npos || pattern.empty() || !ParseUse(line.substr(colon + 1), &answer))
-      return false;
-    dialogs_.push_back({std::string(pattern), AnswerPattern(pattern), once, false, std::move(answer)});
-    return true;
+    return false;
   }
   Take(kFile, &line);
-  *error = kFileForm;
   const std::size_t arrow = line.rfind(kArrow);
-  if (arrow == std::string_view::npos) return false;
   const std::string_view pattern = Trimmed(line.substr(0, arrow));
-  const std::string_view path = Trimmed(line.substr(arrow + kArrow.size()));
-  if (pattern.empty() || path.empty()) return false;
+  const std::string_view path =
+      arrow == std::string_view::npos ? std::string_view() : Trimmed(line.substr(arrow + kArrow.size()));
+  if (pattern.empty() || path.empty()) {
+    *error = kFileForm;
+    return false;
+  }
   files_.push_back({AnswerPattern(pattern), std::string(path), once, false});
+  return true;
+}
+
+bool DialogAnswers::AddDialog(std::string_view line, std::size_t number, bool once) {
+  const std::size_t colon = line.find(": ");
+  const std::string_view pattern = Trimmed(line.substr(0, colon));
+  DialogAnswer answer{.line = number};
+  if (colon == std::string_view::npos || pattern.empty()) return false;
+  if (!ParseUse(line.substr(colon + 1), &answer)) return false;
+  dialogs_.push_back({std::string(pattern), AnswerPattern(pattern), once, false, std::move(answer)});
   return true;
 }
 

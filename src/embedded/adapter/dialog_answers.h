@@ -26,8 +26,8 @@
 namespace qelm::embedded::adapter {
 
 struct DialogAnswer {
-  std::vector<std::pair<std::string, std::string>> values;  // of items, by name or label
-  std::string button;
+  std::vector<std::pair<std::string, std::string>> values = {};  // of items, by name or label
+  std::string button = {};
   std::size_t line = 0;  // of the answers file
 };
 
@@ -39,8 +39,8 @@ class DialogAnswers {
   // Takes such a line. False with `error` when it is not well-formed.
   bool Add(std::string_view line, std::size_t number, std::string* error);
 
-  // The next answer to a dialog; null when there is none left. `used` holds what the dialog was given since it
-  // was shown, from here or from other answers.
+  // The next answer to a dialog; null when there is none left. `used` holds what the dialog was given since
+  // it was shown, from here or from other answers.
   const DialogAnswer* Next(std::string_view name, std::string_view title, std::string_view words,
                            std::set<const DialogAnswer*>* used);
 
@@ -61,6 +61,8 @@ class DialogAnswers {
     bool once = false;
     bool spent = false;
   };
+
+  bool AddDialog(std::string_view line, std::size_t number, bool once);
 
   std::deque<ForDialog> dialogs_;  // its elements stay where they are
   std::vector<ForFile> files_;

@@ -14,10 +14,10 @@ namespace qelm::embedded::adapter {
 
 struct ItemState {
   const DialogItem* resource = nullptr;
-  std::string label;
-  std::string text;        // of an edit field
+  std::string label = {};
+  std::string text = {};   // of an edit field
   std::int32_t value = 0;  // check box, radio button: 0 or 1; list, drop-down: the line selected, -1 for none
-  std::vector<std::string> lines;
+  std::vector<std::string> lines = {};
   bool shown = true;
 
   ItemKind kind() const { return resource->kind; }

@@ -20,6 +20,11 @@ bool IsPlainName(std::string_view name) {
   return !name.empty() && name.find_first_of("/\\") == std::string_view::npos && name.front() != '.';
 }
 
+// A message box with one button: it is shown whoever closes it.
+bool IsAlert(const DialogState& dialog) {
+  return dialog.resource().is_message && dialog.Buttons().size() == 1;
+}
+
 }  // namespace
 
 // A resource is read once a session; one that is damaged is named once, not with every alert that needs it.
@@ -131,7 +136,7 @@ std::int32_t ResourceDialogs::RunDialog(host::Id dialog, std::int32_t number) {
     const bool stays_open = SendEvent(*state, press.button) == host::kDialogStaysOpen;
     RecordAnswer(showing, press, stays_open);
     // A dialog that refuses even to be closed unanswered would be asked for ever.
-    if (!stays_open || press.by == "default") return press.button;
+    if (!stays_open || press.by == "default" || press.by == "shown") return press.button;
   }
 }
 
@@ -190,9 +195,7 @@ ResourceDialogs::Press ResourceDialogs::PressByLine(Showing& showing, const Dial
   const std::int32_t button = FindButton(showing.state, answer.button);
   if (error.empty() && button < 0) error = "there is no button \"" + answer.button + "\"";
   if (error.empty()) {
-    // An alert is shown whoever closes it.
-    const bool is_alert = showing.state.resource().is_message && showing.state.Buttons().size() == 1;
-    if (is_alert) user_.Note(showing.state.Words());
+    if (IsAlert(showing.state)) user_.Note(showing.state.Words());
     return {button, "file"};
   }
   const std::string place =
@@ -206,17 +209,13 @@ ResourceDialogs::Press ResourceDialogs::PressByLine(Showing& showing, const Dial
 ResourceDialogs::Press ResourceDialogs::PressForMessage(Showing& showing) {
   showing.for_all_used = true;
   DialogState& state = showing.state;
-  const std::vector<std::int32_t> buttons = state.Buttons();
   const std::string words = state.Words();
-  const bool is_question = buttons.size() > 1;
+  const bool is_question = !IsAlert(state);
   const auto is_field = [](const ItemState& item) { return item.shown && item.IsField(); };
   const bool has_field = std::any_of(state.items().begin(), state.items().end(), is_field);
   if (is_question ? user_.WouldAskPerson(words) : has_field && user_.Interactive())
     return PressByPerson(showing);
-  if (!is_question) {
-    user_.Note(words);
-    return {state.DefaultButton(), "shown"};
-  }
+  if (!is_question) return PressNothing(showing);
   return {user_.Question(words) == 0 ? state.DefaultButton() : state.CancelButton(), "question"};
 }
 
@@ -231,6 +230,10 @@ ResourceDialogs::Press ResourceDialogs::PressByPerson(Showing& showing) {
 }
 
 ResourceDialogs::Press ResourceDialogs::PressNothing(Showing& showing) {
+  if (IsAlert(showing.state)) {
+    user_.Note(showing.state.Words());
+    return {showing.state.DefaultButton(), "shown"};
+  }
   const std::int32_t button = showing.state.CancelButton();
   user_.Messages() << "Nobody was there to answer the dialog \"" << showing.state.title
                    << "\"; it was closed with \"" << showing.state.Item(button)->label
