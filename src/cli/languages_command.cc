@@ -124,7 +124,7 @@ Outcome LanguagesCommand::Create(Session& session) {
   Require(session, name_, created);
   Outcome outcome;
   outcome.output = created.path;
-  outcome.text = created.path + ": made, with " + std::to_string(created.added) + " texts to translate\n";
+  outcome.text = created.path + ": made; texts to be translated: " + std::to_string(created.added) + "\n";
   outcome.members = {{"language", name_}, {"added", created.added}};
   return outcome;
 }
@@ -138,8 +138,8 @@ Outcome LanguagesCommand::Update(Session& session) {
     outcome.text = updated.path + ": nothing is missing\n";
   } else {
     outcome.output = updated.path;
-    outcome.text = updated.path + ": " + std::to_string(updated.added) + " texts added, to be translated; " +
-                   std::to_string(updated.revived) + " translations taken up again\n";
+    outcome.text = updated.path + ": texts added, to be translated: " + std::to_string(updated.added) +
+                   "; translations taken up again: " + std::to_string(updated.revived) + "\n";
   }
   outcome.members = {{"language", name_}, {"added", updated.added}, {"revived", updated.revived}};
   return outcome;

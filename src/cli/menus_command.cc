@@ -4,6 +4,7 @@
 
 #include "cli/command.h"
 #include "cli/session.h"
+#include "host/menus.h"
 
 namespace qelm::cli {
 namespace {
@@ -92,8 +93,9 @@ class MenusCommand : public Command {
                                 "qelm menus --set QELM_LICENSE_TYPE=INTERNAL"});
   }
 
-  bool NeedsUserSession() const override { return true; }
   Outcome Run(Session& session) override {
+    // The start of a user's session has defined them, but is not needed to look at them.
+    if (!session.options().install) DefineMenus(session.plugin());
     const MenuTree tree(session.user());
     Outcome outcome;
     Json menus = Json::array();

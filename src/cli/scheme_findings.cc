@@ -49,6 +49,9 @@ constexpr FaultText kFaults[] = {
      "\"%1\" is no style; styles are numbers from 0 to 8"},
     {SchemeFault::kExpressionAgain, "QELM-SCH-19", "ExpressionAgain", "the expression is listed already: %1"},
     {SchemeFault::kExpression, "QELM-SCH-20", "ExpressionRefused", "the expression is refused"},
+    {SchemeFault::kOldFormat, "QELM-SCH-21", "OldFormat",
+     "the document has the format of before 3.00, in which no schemes are found; qelm schemes convert "
+     "brings it up to date"},
 };
 
 const FaultText& TextFor(SchemeFault fault) { return kFaults[static_cast<std::size_t>(fault)]; }
@@ -78,10 +81,11 @@ std::string Message(const SchemeFinding& finding) {
   return Filled(TextFor(finding.fault).text, finding.text1, finding.text2);
 }
 
-// "Audience/Beginner (filter)".
+// "Audience/Beginner (filter): "; nothing for the whole document.
 std::string Owner(const SchemeFinding& finding) {
-  if (finding.scheme.empty()) return finding.category;
-  return FullName(finding.category, finding.scheme) + " (" + std::string(KindName(finding.kind)) + ")";
+  if (finding.fault == SchemeFault::kOldFormat) return {};
+  if (finding.scheme.empty()) return finding.category + ": ";
+  return FullName(finding.category, finding.scheme) + " (" + std::string(KindName(finding.kind)) + "): ";
 }
 
 // The expression with its place marked, and the reason.
@@ -108,7 +112,7 @@ std::string TextOf(Session& session, const SchemeReport& report) {
   for (std::size_t i = 0; i < report.findings.size(); ++i) {
     const SchemeFinding& finding = report.findings[i];
     text += report.file + ":" + (report.lines[i] == 0 ? "" : std::to_string(report.lines[i]) + ":") + " " +
-            Owner(finding) + ": " + Message(finding) + Details(session, finding) + "\n";
+            Owner(finding) + Message(finding) + Details(session, finding) + "\n";
   }
   const std::size_t count = report.findings.size();
   return text + report.file + ": " +
@@ -149,7 +153,7 @@ SarifLog SarifOf(Session& session, const SchemeReport& report) {
     const SchemeFinding& finding = report.findings[i];
     SarifResult result;
     result.rule = static_cast<std::size_t>(finding.fault);
-    result.message = Owner(finding) + ": " + Message(finding) + Details(session, finding);
+    result.message = Owner(finding) + Message(finding) + Details(session, finding);
     result.file = report.file;
     result.line = report.lines[i];
     result.logical_name = finding.scheme.empty() ? finding.category : finding.scheme;

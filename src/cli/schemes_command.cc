@@ -1,4 +1,5 @@
-// qelm schemes: lists the schemes of the main settings document, prints one, or checks them all.
+// qelm schemes: lists the schemes of the main settings document, prints one, checks them all, or brings a
+// document of an earlier format up to date.
 #include <CLI/CLI.hpp>
 
 #include "cli/command.h"
@@ -6,6 +7,7 @@
 #include "cli/scheme_findings.h"
 #include "cli/scheme_json.h"
 #include "cli/session.h"
+#include "cli/settings_conversion.h"
 #include "common/text.h"
 #include "schemes/scheme_listing.h"
 #include "schemes/scheme_loading.h"
@@ -32,6 +34,8 @@ class SchemesCommand : public Command {
   CLI::App* list_ = nullptr;
   CLI::App* show_ = nullptr;
   CLI::App* check_ = nullptr;
+  CLI::App* convert_ = nullptr;
+  SettingsConversion conversion_;
   std::string kind_;
   std::string name_;
   std::string document_;
@@ -40,7 +44,7 @@ class SchemesCommand : public Command {
 
 CLI::App* SchemesCommand::Define(CLI::App& program) {
   CLI::App* command =
-      AddCommand(program, {"schemes", "List, print or check the schemes of the main settings document", "",
+      AddCommand(program, {"schemes", "List, print or check schemes, or convert the document with them", "",
                            "qelm schemes list --main-settings house.xml"});
   command->require_subcommand(1);
   list_ =
@@ -61,6 +65,18 @@ CLI::App* SchemesCommand::Define(CLI::App& program) {
   check_->add_option("--format", format_, "How findings are printed: text, sarif")
       ->type_name("FORMAT")
       ->check(CLI::IsMember({"text", "sarif"}));
+  convert_ = AddCommand(
+      *command,
+      {"convert", "Bring a main settings document of an earlier format up to date",
+       "Converts to format 3.00 and to 3.04, as far as needed, in place. A backup is kept beside the\n"
+       "file before each. A document of today's format is left alone.",
+       "qelm schemes convert house.fm"});
+  convert_->add_option("FILE", conversion_.file, "The main settings document")->required();
+  convert_
+      ->add_option("-o,--output", conversion_.output, "Write the result to this file; FILE stays as it is")
+      ->type_name("FILE")
+      ->check(NotEmpty);
+  convert_->add_flag("--no-backup", conversion_.no_backup, "Keep no backup");
   return command;
 }
 
@@ -74,6 +90,7 @@ std::vector<SchemeKind> SchemesCommand::Kinds() const {
 
 Outcome SchemesCommand::Run(Session& session) {
   if (check_->parsed()) return Check(session);
+  if (convert_->parsed()) return ConvertSettings(session, conversion_);
   return show_->parsed() ? Show(session) : List(session);
 }
 

@@ -36,6 +36,26 @@ std::string TextOf(const nlohmann::ordered_json& event) {
   return event.contains("text") ? event["text"].get<std::string>() : std::string();
 }
 
+// What an event says, with the title of a dialog.
+std::string WordsOf(const nlohmann::ordered_json& event) {
+  std::string title = event.contains("title") ? event["title"].get<std::string>() + "\n" : std::string();
+  return title + TextOf(event);
+}
+
+// What a dialog was given: its items with their values, the button, and by whom.
+std::string AnswerText(const nlohmann::ordered_json& event) {
+  std::string text;
+  if (event.contains("set")) {
+    for (const auto& [item, value] : event["set"].items()) {
+      text += item + " = " + (value.is_string() ? value.get<std::string>() : value.dump()) + ", ";
+    }
+  }
+  const auto member = [&event](const char* name) {
+    return event.contains(name) && event[name].is_string() ? event[name].get<std::string>() : std::string();
+  };
+  return text + "press " + member("press") + " (" + member("by") + ")";
+}
+
 // The lines of a text, each behind the same number of blanks but the first.
 std::string Indented(const std::string& text, std::size_t blanks) {
   std::string result;
@@ -99,6 +119,11 @@ void ScriptRunner::Print(const Json& event) {
   } else if (kind == "question") {
     text = "question: " + TextOf(event) + "\n-> " + event["answer"].get<std::string>() + " (" +
            event["by"].get<std::string>() + ")";
+  } else if (kind == "dialog" && event.contains("title")) {
+    text = "dialog: " + event["title"].get<std::string>() + " (" + event["name"].get<std::string>() + ")";
+    if (!TextOf(event).empty()) text += "\n" + TextOf(event);
+  } else if (kind == "dialog answer") {
+    text = "-> " + AnswerText(event);
   } else {
     Json rest = event;
     rest.erase("event");
@@ -112,7 +137,8 @@ void ScriptRunner::Print(const Json& event) {
 void ScriptRunner::Start() {
   if (started_) return;
   started_ = true;
-  session_.user().SetQuiet(true);  // alerts are printed with their step
+  session_.user().SetQuiet(true);  // alerts and the console are printed with their step
+  session_.user().SetConsole(&nowhere_);
   session_.TellPlugin();
   session_.UseAnswers(answers_);
   session_.Start(/*install=*/true);
@@ -132,7 +158,7 @@ void ScriptRunner::Do(const Step& step) {
       session_.options().settings.push_back(first);
       return;
     case StepKind::kAnswer:
-      answers_ += first + "\n";
+      answers_ += WithWork(first) + "\n";
       return;
     case StepKind::kCopy:
       return Copy(step);
@@ -300,17 +326,26 @@ void ScriptRunner::Finish() {
 
 // ---- Expectations
 
+// Alerts and questions may come in a message box: a dialog with words, and one button or two.
+bool ScriptRunner::IsOfKind(const Json& event, std::string_view kind) {
+  const std::string actual = event["event"];
+  if (actual == kind) return true;
+  if (actual != "dialog" || TextOf(event).empty()) return false;
+  const std::size_t buttons = event.contains("buttons") ? event["buttons"].size() : 0;
+  return (kind == "alert" && buttons == 1) || (kind == "question" && buttons == 2);
+}
+
 std::string ScriptRunner::EventTexts(std::string_view kind) const {
   std::string texts;
   for (const Json& event : events_) {
-    if (event["event"] == kind) texts += "\n  \"" + Indented(TextOf(event), 3) + "\"";
+    if (IsOfKind(event, kind)) texts += "\n  \"" + Indented(WordsOf(event), 3) + "\"";
   }
   return texts.empty() ? "none" : texts;
 }
 
 std::string ScriptRunner::MissingEvent(std::string_view kind, const std::string& text) const {
   for (const Json& event : events_) {
-    if (event["event"] == kind && TextOf(event).find(text) != std::string::npos) return {};
+    if (IsOfKind(event, kind) && WordsOf(event).find(text) != std::string::npos) return {};
   }
   return "no " + std::string(kind) + " says that; there was: " + EventTexts(kind);
 }
@@ -331,6 +366,8 @@ std::string ScriptRunner::Check(const Step& step) {
       return MissingEvent("question", first);
     case StepKind::kExpectNoQuestion:
       return UnexpectedEvent("question");
+    case StepKind::kExpectDialog:
+      return MissingEvent("dialog", first);
     case StepKind::kExpectConsole:
       return MissingEvent("console", first);
     case StepKind::kExpectResult: {
@@ -373,6 +410,15 @@ std::string ScriptRunner::Path(std::string_view written) const {
   }
   const std::string path = common::PlatformPath(written);
   return common::IsAbsolutePath(path) ? path : common::JoinPath(places_.folder, path);
+}
+
+// A line of an answers file may name a file, somewhere in it.
+std::string ScriptRunner::WithWork(std::string line) const {
+  for (std::size_t at = line.find(kWork); at != std::string::npos; at = line.find(kWork, at)) {
+    line.replace(at, kWork.size(), places_.work);
+    at += places_.work.size();
+  }
+  return line;
 }
 
 Id ScriptRunner::Active() {

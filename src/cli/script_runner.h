@@ -5,7 +5,9 @@
 #pragma once
 
 #include <nlohmann/json.hpp>
+#include <ostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "cli/session.h"
@@ -50,12 +52,14 @@ class ScriptRunner {
   void Start();
   void UseAnswers();
   std::string Path(std::string_view written) const;
+  std::string WithWork(std::string line) const;
   void Copy(const Step& step);
   void EditSettings(const std::string& setting);
   host::Id ActiveDocument();
   host::Id Active();
   host::Id SelectedElement(host::Id document);
   host::Id FindOpen(const std::string& path);
+  static bool IsOfKind(const Json& event, std::string_view kind);
   std::string MissingEvent(std::string_view kind, const std::string& text) const;
   std::string UnexpectedEvent(std::string_view kind) const;
   std::string EventTexts(std::string_view kind) const;
@@ -65,6 +69,7 @@ class ScriptRunner {
   ScriptPlaces places_;
   bool print_;
   bool started_ = false;
+  std::ostream nowhere_{nullptr};
   std::string answers_;       // for the next step, one a line
   std::vector<Json> events_;  // of the last step that was no expectation
   ScriptResult result_;

@@ -1,11 +1,11 @@
 #include "cli/session.h"
 
 #include <filesystem>
+#include <functional>
 #include <ostream>
 
 #include "cli/exit_status.h"
 #include "config/read_settings.h"
-#include "host/dialog_events.h"
 #include "messages/document_name.h"
 #include "xpath/engine.h"
 
@@ -35,13 +35,16 @@ ScriptedUserInterface::Progress ProgressOf(const Options& options, const Environ
 // The entry points of the plug-in, with an event for each call of the host.
 class RecordedEntries : public host::EntryPoints {
  public:
-  RecordedEntries(host::EntryPoints& entries, host::Host& host, embedded::adapter::EventLog& events)
-      : entries_(entries), host_(host), events_(events) {}
+  // `after_command` is called when a command is done.
+  RecordedEntries(host::EntryPoints& entries, host::Host& host, embedded::adapter::EventLog& events,
+                  std::function<void()> after_command)
+      : entries_(entries), host_(host), events_(events), after_command_(std::move(after_command)) {}
 
   void Initialize(std::int32_t kind) override { entries_.Initialize(kind); }
   void Command(std::int32_t number) override {
     events_.Write("command", {{"number", number}});
     entries_.Command(number);
+    after_command_();
   }
   void Notify(std::int32_t notification, host::Id document, std::string_view text,
               std::int32_t value) override {
@@ -59,6 +62,7 @@ class RecordedEntries : public host::EntryPoints {
   host::EntryPoints& entries_;
   host::Host& host_;
   embedded::adapter::EventLog& events_;
+  std::function<void()> after_command_;
 };
 
 }  // namespace
@@ -88,13 +92,13 @@ void Session::Start(bool install) {
   plugin_ = std::make_unique<Plugin>(roles());
   dialogs_.SetFolder(host.plugin_folder);
   dialogs_.SetEventEntry([this](std::int32_t dialog, std::int32_t item, std::int32_t modifiers) {
-    return RouteDialogEvent(*plugin_, dialog, item, modifiers);
+    return recorded_entries_->DialogEvent(dialog, item, modifiers);
   });
   user_.SetHeader(kPlainHeader);
   StartOptions start = PluginOptions();
   start.install = install || options_.install;
   entries_ = std::make_unique<Entries>(*plugin_, std::move(start));
-  recorded_entries_ = std::make_unique<RecordedEntries>(*entries_, roles(), events_);
+  recorded_entries_ = std::make_unique<RecordedEntries>(*entries_, roles(), events_, [this] { SetHeader(); });
   if (tell_plugin_) host_->Attach(recorded_entries_.get());
   entries_->Initialize(0);
   if (!entries_->started()) {
@@ -102,11 +106,16 @@ void Session::Start(bool install) {
     throw Failure(ExitStatus::kFile, path.empty() ? std::string("the plug-in could not be started")
                                                   : path + ": cannot be used as the main settings document");
   }
-  if (plugin_->messenger.LanguageActive()) user_.SetHeader(plugin_->messenger.Get(kHeaderId));
+  SetHeader();
   SetParameters();
   ShowNotices();
   Say("local settings: " + plugin_->settings.paths.local_settings);
   Say("main settings: " + plugin_->settings.paths.main_settings);
+}
+
+// The header of alerts in the language in force, which a command may have changed.
+void Session::SetHeader() {
+  if (plugin_->messenger.LanguageActive()) user_.SetHeader(plugin_->messenger.Get(kHeaderId));
 }
 
 void Session::TellPlugin() {
@@ -127,22 +136,20 @@ void Session::OpenEvents() {
 }
 
 void Session::ReadAnswers() {
-  if (!options_.answers.empty()) {
-    const std::optional<std::string> text = platform_.ReadFile(options_.answers);
-    if (!text) throw Failure(ExitStatus::kFile, options_.answers + ": " + platform_.LastError());
-    std::string error;
-    if (!Answers::Parse(*text, &error)) throw Failure(ExitStatus::kUsage, options_.answers + ": " + error);
-    answers_ = *text;
-  }
-  UseAnswers(first_answers_);
+  if (options_.answers.empty()) return;
+  const std::optional<std::string> text = platform_.ReadFile(options_.answers);
+  if (!text) throw Failure(ExitStatus::kFile, options_.answers + ": " + platform_.LastError());
+  std::string error;
+  std::optional<Answers> answers = Answers::Parse(*text, &error);
+  if (!answers) throw Failure(ExitStatus::kUsage, options_.answers + ": " + error);
+  user_.SetAnswers(std::move(*answers));
 }
 
 void Session::UseAnswers(const std::string& lines) {
   std::string error;
-  std::optional<Answers> answers = Answers::Parse(lines + "\n" + answers_, &error);
+  std::optional<Answers> answers = Answers::Parse(lines, &error);
   if (!answers) throw Failure(ExitStatus::kUsage, error);
-  user_.SetAnswers(std::move(*answers));
-  first_answers_ = lines;
+  user_.SetFirstAnswers(std::move(*answers));
 }
 
 std::string Session::PluginFolder() {

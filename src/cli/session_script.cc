@@ -13,7 +13,7 @@ constexpr std::size_t kAny = std::numeric_limits<std::size_t>::max();
 
 constexpr std::array kForms = {
     StepForm{"set", StepKind::kSet, 1, 1, true, "KEY=VALUE"},
-    StepForm{"answer", StepKind::kAnswer, 1, 1, true, "PATTERN -> yes|no"},
+    StepForm{"answer", StepKind::kAnswer, 1, 1, true, "LINE OF AN ANSWERS FILE"},
     StepForm{"copy", StepKind::kCopy, 2, 2, false, "FROM TO"},
     StepForm{"start", StepKind::kStart, 0, 0, false, ""},
     StepForm{"open", StepKind::kOpen, 1, 1, false, "FILE"},
@@ -35,6 +35,7 @@ constexpr std::array kForms = {
     StepForm{"expect no alert", StepKind::kExpectNoAlert, 0, 0, false, ""},
     StepForm{"expect question", StepKind::kExpectQuestion, 1, 1, true, "TEXT"},
     StepForm{"expect no question", StepKind::kExpectNoQuestion, 0, 0, false, ""},
+    StepForm{"expect dialog", StepKind::kExpectDialog, 1, 1, true, "TEXT"},
     StepForm{"expect console", StepKind::kExpectConsole, 1, 1, true, "TEXT"},
     StepForm{"expect result", StepKind::kExpectResult, 1, 1, false, "NUMBER"},
     StepForm{"expect active", StepKind::kExpectActive, 1, 1, false, "FILE"},

@@ -44,6 +44,7 @@ enum class StepKind {
   kExpectNoAlert,
   kExpectQuestion,
   kExpectNoQuestion,
+  kExpectDialog,
   kExpectConsole,
   kExpectResult,
   kExpectActive,

@@ -15,6 +15,8 @@ namespace qelm::config {
 namespace {
 
 constexpr std::string_view kSeparatorLine = "----------";
+constexpr char kDebugFolderKey[] = "QELM_DEBUG_LOG_FOLDER";
+constexpr char kDebugNameKey[] = "QELM_DEBUG_LOG_FILENAME";
 constexpr std::int32_t kDebugLogLimit = 10;
 constexpr double kInch = 4718592.0;
 constexpr double kCentimetre = 1857713.0;
@@ -167,8 +169,8 @@ void Derive(LocalSettings* settings) {
                          : settings->qelm_debug_mode == "WriteFilterLog" ? messages::kDebugWriteLog
                                                                          : messages::kDebugOff;
   if (settings->debug_mode == messages::kDebugOff) {
-    Reset("QELM_DEBUG_LOG_FOLDER", AllSettings(), settings);
-    Reset("QELM_DEBUG_LOG_FILENAME", AllSettings(), settings);
+    Reset(kDebugFolderKey, AllSettings(), settings);
+    Reset(kDebugNameKey, AllSettings(), settings);
   }
   SetPageSize(settings);
 }
@@ -189,6 +191,13 @@ std::string NamedMainSettings(const LocalSettings& settings) {
     return settings.paths.local_copy;
   }
   return PathOfSetting(settings, kMainSettingsKey, value);
+}
+
+void OpenDebugLog(const LocalSettings& settings, messages::DebugLog& debug_log) {
+  std::string folder = settings.qelm_debug_log_folder;
+  if (!folder.empty()) folder = PathOfSetting(settings, kDebugFolderKey, folder);
+  debug_log.Open({std::string(kProduct), settings.debug_mode, std::move(folder),
+                  settings.qelm_debug_log_filename, kDebugLogLimit});
 }
 
 }  // namespace
@@ -228,8 +237,7 @@ bool ReadLocalSettings(messages::Messenger& messenger, host::Platform& platform,
   }
   ReadSettingsText(valid ? text : std::string_view(), settings);
   messenger.SetDebugPrompts(settings->debug_mode == messages::kDebugPrompts);
-  debug_log.Open({std::string(kProduct), settings->debug_mode, settings->qelm_debug_log_folder,
-                  settings->qelm_debug_log_filename, kDebugLogLimit});
+  OpenDebugLog(*settings, debug_log);
   messenger.SetAlternateAlerts(settings->use_alternate_alerts);
   ResolveMainSettings(messenger, platform, report, is_main_settings, settings);
   return valid;

@@ -5,6 +5,7 @@
 
 #include "host/document_commands.h"
 #include "host/help_commands.h"
+#include "host/language_commands.h"
 #include "host/plugin.h"
 #include "host/session_schemes.h"
 #include "host/settings_commands.h"
@@ -89,10 +90,10 @@ constexpr std::array<CommandRow, 38> kCommands = {{
      TellNoMigration},
     {24, "QELM_int_Cmd_MigrateVORB1.0Settings", "Migrate VORB 1.0 Main Settings... (DEPRECATED)...", "",
      kInternal, TellNoMigration},
-    {28, "QELM_Cmd_SetLanguage", "Set Language...", "", kEveryone, TellNotThere},
-    {29, "QELM_Cmd_CreateDlgStringsFile", "Create Dialog Strings File...", "", kEveryone, TellNotThere},
-    {30, "QELM_Cmd_UpdateDlgStringsFile", "Update Dialog Strings File...", "", kEveryone, TellNotThere},
-    {31, "QELM_Cmd_OpenLanguageFile", "Open Language File(s)...", "", kEveryone, TellNotThere},
+    {28, "QELM_Cmd_SetLanguage", "Set Language...", "", kEveryone, SetLanguage},
+    {29, "QELM_Cmd_CreateDlgStringsFile", "Create Dialog Strings File...", "", kEveryone, CreateLanguageFile},
+    {30, "QELM_Cmd_UpdateDlgStringsFile", "Update Dialog Strings File...", "", kEveryone, UpdateLanguageFile},
+    {31, "QELM_Cmd_OpenLanguageFile", "Open Language File(s)...", "", kEveryone, OpenLanguageFiles},
     {19, "QELM_Cmd_HelpAbout", "About QELM...", "", kEveryone, ShowAbout},
     {38, "QELM_Cmd_VersionWarning", "FRAMEMAKER VERSION WARNING!...", "", kOtherHosts, WarnOfHostVersion},
 }};

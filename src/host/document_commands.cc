@@ -5,6 +5,7 @@
 #include "coloring/validation_report.h"
 #include "filtering/book_filter.h"
 #include "filtering/restore.h"
+#include "host/active_scheme_dialog.h"
 #include "host/contexts.h"
 #include "host/filter_dialog.h"
 #include "host/help_commands.h"
@@ -17,18 +18,10 @@ namespace {
 
 using filtering::TargetKind;
 
-// A prompt that is switched off for the session stays so when the local settings are read again.
-void SwitchOffForSession(config::LocalSettings& settings, const char* key,
-                         bool config::LocalSettings::*field) {
-  settings.*field = false;
-  settings.overrides.emplace_back(key, "0");
-}
-
 bool MayUncolor(Plugin& plugin) {
   if (!plugin.settings.prompt_pre_uncolor_file) return true;
   if (!plugin.messenger.Ask("QELM_MSG_GEN_22")) return false;
-  SwitchOffForSession(plugin.settings, "PROMPT_PRE_UNCOLOR_FILE",
-                      &config::LocalSettings::prompt_pre_uncolor_file);
+  SwitchOffForSession(plugin, "PROMPT_PRE_UNCOLOR_FILE", &plugin.settings.prompt_pre_uncolor_file);
   return true;
 }
 
@@ -84,6 +77,11 @@ std::int32_t RunValidation(coloring::ValidationContext& context, ValidationScope
 
 }  // namespace
 
+void SwitchOffForSession(Plugin& plugin, const char* key, bool* setting) {
+  *setting = false;
+  plugin.settings.overrides.emplace_back(key, "0");
+}
+
 std::int32_t ColorOnCommand(Plugin& plugin, coloring::Command command) {
   if (coloring::IsUncoloring(command) && !MayUncolor(plugin)) return 0;
   coloring::PrepareRun(plugin.settings, &plugin.coloring_run);
@@ -110,6 +108,10 @@ template <>
 std::int32_t FilterActive<TargetKind::kDocument>(Plugin& plugin) {
   filtering::PrepareRun(plugin.settings, &plugin.filter_run);
   plugin.filter_run.target = TargetKind::kDocument;
+  // Without a document or a scheme there is nothing to ask about; the run says what is missing.
+  const bool possible =
+      plugin.host.documents.ActiveDocument() != host::kNone && plugin.schemes.filter.Active();
+  if (possible && !AskFilter(plugin, TargetKind::kDocument)) return 0;
   filtering::FilterContext context = FilterContextOf(plugin);
   return filtering::FilterActiveDocument(context);
 }
@@ -156,7 +158,20 @@ std::int32_t CheckTable(Plugin& plugin) {
   return schemes::CheckTabularScheme(context, document).problems.empty() ? common::kDone : 0;
 }
 
-std::int32_t SetActiveScheme(Plugin& plugin, schemes::SchemeKind) { return TellNotThere(plugin); }
+std::int32_t SetActiveScheme(Plugin& plugin, schemes::SchemeKind kind) {
+  switch (kind) {
+    case schemes::SchemeKind::kColoring:
+      ChooseActiveScheme(plugin, kSetColoringScheme);
+      break;
+    case schemes::SchemeKind::kValidation:
+      ChooseActiveScheme(plugin, kSetValidationScheme);
+      break;
+    case schemes::SchemeKind::kFilter:
+      ChooseActiveScheme(plugin, kSetFilterScheme);
+      break;
+  }
+  return common::kDone;
+}
 
 std::int32_t PrintActiveScheme(Plugin& plugin, schemes::SchemeKind kind) {
   const schemes::Scheme& scheme = plugin.schemes.Of(kind);

@@ -15,6 +15,9 @@ class Plugin;
 // What a validation command checks. The numbers are those by which the commands name it.
 enum class ValidationScope : std::uint8_t { kSelection = 21, kDocument = 22, kBook = 23 };
 
+// Switches a yes/no setting off in memory. It stays off when the local settings are read again.
+void SwitchOffForSession(Plugin& plugin, const char* key, bool* setting);
+
 // Colors or uncolors. Before the first uncoloring of a session the user is asked whether to go on, unless
 // PROMPT_PRE_UNCOLOR_FILE says otherwise.
 std::int32_t ColorOnCommand(Plugin& plugin, coloring::Command command);

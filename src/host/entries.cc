@@ -3,6 +3,7 @@
 #include <exception>
 #include <string>
 
+#include "host/dialog_events.h"
 #include "host/notifications.h"
 
 namespace qelm {
@@ -62,6 +63,10 @@ void Entries::Notify(std::int32_t notification, host::Id document_or_book, std::
   Guard([&] { HandleNotification(plugin_, notification, document_or_book, text, value); });
 }
 
-std::int32_t Entries::DialogEvent(std::int32_t, std::int32_t, std::int32_t) { return 0; }
+std::int32_t Entries::DialogEvent(std::int32_t dialog, std::int32_t item, std::int32_t modifiers) {
+  std::int32_t result = 0;
+  Guard([&] { result = RouteDialogEvent(plugin_, dialog, item, modifiers); });
+  return result;
+}
 
 }  // namespace qelm

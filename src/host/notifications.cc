@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <string>
 
 #include "coloring/validation.h"
 #include "host/document_commands.h"
 #include "host/plugin.h"
+#include "messages/message_box.h"
 
 namespace qelm {
 namespace {
@@ -26,7 +28,21 @@ void OfferRestore(Plugin& plugin, host::Id document) {
   if (!plugin.settings.prompt_opened_previously_filtered_doc_warning || !LooksFiltered(plugin, document)) {
     return;
   }
-  if (plugin.messenger.Ask("QELM_MSG_GEN_26")) RestoreWithoutAsking(plugin, document);
+  const std::string question = plugin.messenger.Get("QELM_MSG_GEN_26");
+  const std::string check_box = plugin.messenger.Get("QELM_MSG_GEN_32");
+  bool not_again = false;
+  const std::int32_t answer = messages::MessageBox(plugin.messenger,
+                                                   {.title = "QELM Alert",
+                                                    .text = question,
+                                                    .check_box = check_box,
+                                                    .buttons = messages::BoxButtons::kYesNo},
+                                                   &not_again);
+  if (not_again) {
+    SwitchOffForSession(plugin, "PROMPT_OPENED_PREVIOUSLY_FILTERED_DOC_WARNING",
+                        &plugin.settings.prompt_opened_previously_filtered_doc_warning);
+  }
+  constexpr std::int32_t kYes = 1;
+  if (answer == kYes) RestoreWithoutAsking(plugin, document);
 }
 
 void AutoValidate(Plugin& plugin, host::Id document, host::Id object) {

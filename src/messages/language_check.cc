@@ -30,7 +30,7 @@ std::vector<LanguageFinding> CheckLanguage(const LanguageFile& english, const La
     }
   }
   for (const LanguageEntry& entry : file.Entries()) {
-    if (!entry.obsolete && !known.contains(entry.Key())) {
+    if (!entry.obsolete && !entry.id.empty() && !known.contains(entry.Key())) {
       find(LanguageFault::kNotInEnglish, entry, entry.line);
     }
   }

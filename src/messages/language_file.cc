@@ -84,7 +84,7 @@ class Reader {
 
   // Comments matter where they begin an entry: a flag before "msgid" belongs to what follows.
   bool ReadComment(std::string_view line) {
-    if (entry_.text && !Finish()) return false;
+    if ((entry_.text || entry_.obsolete) && !Finish()) return false;
     if (line.starts_with("#,") && line.find("fuzzy") != line.npos) entry_.fuzzy = true;
     if (line.starts_with(kNotTranslatedYet)) entry_.to_translate = true;
     return true;

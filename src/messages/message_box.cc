@@ -123,7 +123,8 @@ std::int32_t Box::Run(bool* checked) {
   FillText();
   FillCheckBox();
   FillButtons();
-  dialog_.SetTitle(box_.title.empty() ? kDefaultTitle : box_.title);
+  const std::string_view title = box_.title.empty() ? kDefaultTitle : box_.title;
+  dialog_.SetTitle(messenger_.Translated(box_.section, title));
   const std::int32_t pressed = dialog_.Run(kMessageBoxNumber, [this](std::int32_t item) {
     return item == FirstButton() || item == SecondButton() ? 0 : host::kDialogStaysOpen;
   });

@@ -25,7 +25,8 @@ struct MessageBoxText {
   std::string_view text;       // as it is to be shown, not an id
   std::string_view check_box;  // empty: no check box
   BoxButtons buttons = BoxButtons::kOk;
-  std::string_view section = kDialogStrings;  // of the language file, for the labels of the buttons
+  std::string_view section =
+      kDialogStrings;  // of the language file, for the title and the labels of the buttons
 };
 
 // Shows the message box. Returns 1 for its first button (OK, Yes) and 0 for the second one; `checked`, which

@@ -1,39 +1,52 @@
 #include "schemes/main_settings.h"
 
-#include <algorithm>
-#include <array>
-
+#include "schemes/element_forms.h"
 #include "schemes/settings_tree.h"
 
 namespace qelm::schemes {
 namespace {
 
-// The name of today, and the one of documents from before format 3.00.
-constexpr std::array<std::string_view, 2> kRoots = {"QELM_MainSettings", "TSP_MainSettings"};
 constexpr std::string_view kCheckExpression = "/*/SchemeCategories_XPath/SchemeCategory/FilterSchemes";
 
 constexpr char kMessageId[] = "QELM_MSG_GEN_7";
+constexpr char kOldFormatId[] = "QELM_MSG_CONVERT_10";
 // Shown while there is no language file to take the message from.
 constexpr char kPlainText[] = "The main settings file at:\n\n%s\n\n...cannot be used:\n\n%s";
+constexpr char kPlainOldFormat[] =
+    "The main settings file at:\n\n%s\n\n...has the format of before version 3.00. Please convert it:\n\n"
+    "qelm schemes convert \"%s\"";
 constexpr char kWrongContent[] =
     "It holds no scheme categories: a main settings file is a structured document whose highest element is "
     "<QELM_MainSettings>.";
 
-void Report(messages::Messenger& messenger, const std::string& path, const std::string& reason) {
+// An alert of the id, or of the plain text, with its two arguments.
+void Report(messages::Messenger& messenger, const char* id, const char* plain, const std::string& path,
+            const std::string& other) {
   if (messenger.LanguageActive()) {
-    messenger.AlertFormatted(kMessageId, messenger.Format(kMessageId, path, reason));
+    messenger.AlertFormatted(id, messenger.Format(id, path, other));
   } else {
-    messenger.Alert(messages::Messenger::FormatText(kPlainText, path, reason));
+    messenger.Alert(messages::Messenger::FormatText(plain, path, other));
   }
 }
 
+void ReportUnusable(messages::Messenger& messenger, const std::string& path, const std::string& reason) {
+  Report(messenger, kMessageId, kPlainText, path, reason);
+}
+
 }  // namespace
+
+bool IsOldMainSettings(host::Host& host, host::Id document) {
+  SettingsTree tree(host, document);
+  const host::Id root = tree.Root();
+  return root != host::kNone && tree.Tag(root) == kOldRootTag;
+}
 
 bool IsMainSettings(host::Host& host, xpath::Engine& engine, host::Id document) {
   SettingsTree tree(host, document);
   const host::Id root = tree.Root();
   if (root == host::kNone) return false;
-  if (std::find(kRoots.begin(), kRoots.end(), tree.Tag(root)) != kRoots.end()) return true;
+  const std::string_view tag = tree.Tag(root);
+  if (tag == kRootTag || tag == kOldRootTag) return true;
   return HasXPathCategories(engine, document);
 }
 
@@ -50,12 +63,18 @@ host::Id OpenMainSettings(host::Host& host, xpath::Engine& engine, messages::Mes
   const host::Id document = host.documents.Open(path, options, &outcome);
   if (status != nullptr) *status = outcome;
   if (document == host::kNone) {
-    if (report) Report(messenger, path, std::string(host.documents.LastError()));
+    if (report) ReportUnusable(messenger, path, std::string(host.documents.LastError()));
     return host::kNone;
   }
-  if (!host.books.IsBook(document) && IsMainSettings(host, engine, document)) return document;
+  if (!host.books.IsBook(document) && IsMainSettings(host, engine, document)) {
+    const bool is_new = outcome == host::OpenStatus::kOpened;
+    if (report && is_new && IsOldMainSettings(host, document)) {
+      Report(messenger, kOldFormatId, kPlainOldFormat, path, path);
+    }
+    return document;
+  }
   if (outcome != host::OpenStatus::kAlreadyOpen) host.documents.Close(document, true);
-  if (report) Report(messenger, path, messenger.Translated(messages::kWords, kWrongContent));
+  if (report) ReportUnusable(messenger, path, messenger.Translated(messages::kWords, kWrongContent));
   return host::kNone;
 }
 

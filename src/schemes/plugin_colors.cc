@@ -2,13 +2,16 @@
 
 #include <algorithm>
 #include <array>
-
-#include "common/text.h"
+#include <optional>
+#include <string>
 
 namespace qelm::schemes {
 namespace {
 
 constexpr std::string_view kBackground = "BkgdColor";
+
+// How files begin that can hold the definition of a color: MIF, and FrameMaker's own form.
+constexpr std::array<std::string_view, 2> kFormats = {"<MIFFile", "<MakerFile"};
 
 // By their parts in percent: what the shipped documents define.
 struct PluginColor {
@@ -29,7 +32,11 @@ constexpr std::array kColors = {
 
 bool LacksColors(host::Host& host, host::Id document) {
   if (host.catalogs.FindColor(document, kBackground) != host::kNone) return false;
-  return !common::AsciiLower(host.documents.Path(document)).ends_with(".xml");
+  const std::optional<std::string> content =
+      host.platform.ReadFile(std::string(host.documents.Path(document)));
+  return content && std::any_of(kFormats.begin(), kFormats.end(), [&content](std::string_view start) {
+           return content->starts_with(start);
+         });
 }
 
 bool AddPluginColors(host::Catalogs& catalogs, host::Id document) {

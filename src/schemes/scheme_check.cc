@@ -10,6 +10,7 @@
 #include "common/text.h"
 #include "common/utf8.h"
 #include "schemes/color_names.h"
+#include "schemes/element_forms.h"
 #include "schemes/expressions.h"
 #include "schemes/scheme_loading.h"
 #include "schemes/settings_tree.h"
@@ -89,6 +90,10 @@ class Checker {
 
 std::vector<SchemeFinding> Checker::Run() {
   const Id root = tree_.Root();
+  if (root != kNone && tree_.Tag(root) == kOldRootTag) {
+    Add(SchemeFault::kOldFormat, root);
+    return std::move(findings_);
+  }
   for (Id category = tree_.NextBelow(root, root, "SchemeCategory"); category != kNone;
        category = tree_.NextBelow(root, category, "SchemeCategory")) {
     CheckCategory(category);

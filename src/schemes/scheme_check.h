@@ -33,6 +33,7 @@ enum class SchemeFault : std::uint8_t {
   kStyle,            // text 1: what it says
   kExpressionAgain,  // text 1: the expression
   kExpression,       // refused; text 1: the expression
+  kOldFormat,        // of the whole document: no scheme can be found in it
 };
 
 struct SchemeFinding {

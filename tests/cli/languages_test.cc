@@ -24,7 +24,7 @@ TEST(Languages, AreMadeCheckedAndCompletedInTheProfile) {
   const ProgramResult missing = program.Run({"languages", "check", "French"});
   EXPECT_NE(missing.out.find("\" is missing\n"), std::string::npos) << missing.out;
   const ProgramResult updated = program.Run({"languages", "update", "French"});
-  EXPECT_EQ(updated.out, own + ": 1 texts added, to be translated; 0 translations taken up again\n");
+  EXPECT_EQ(updated.out, own + ": texts added, to be translated: 1; translations taken up again: 0\n");
   EXPECT_EQ(program.Run({"languages", "update", "French"}).out, own + ": nothing is missing\n");
 
   const nlohmann::json listed =

@@ -1,6 +1,12 @@
 // Sessions of the plug-in on the command line: single commands, menus, session files.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <fstream>
+#include <regex>
+#include <set>
+#include <sstream>
+
 #include "cli/program.h"
 
 namespace qelm::testing {
@@ -43,8 +49,8 @@ TEST(MenusCommand, InternalCommandsAndVersionWarningComeAndGo) {
   const auto numbers = [&program](std::vector<std::string> options) {
     options.insert(options.begin(), {"menus", "--json"});
     std::set<int> found;
-    for (const auto& command : program.Run(options).Json()["commands"])
-      found.insert(command["number"].get<int>());
+    const nlohmann::json result = program.Run(options).Json();
+    for (const auto& command : result["commands"]) found.insert(command["number"].get<int>());
     return found;
   };
   const std::set<int> normal = numbers({});
@@ -67,6 +73,49 @@ TEST(MenusCommand, EveryCommandStandsInAMenu) {
     EXPECT_NE(result.out.find("  " + command["name"].get<std::string>() + "\n"), std::string::npos)
         << command;
   }
+}
+
+// An event log without what differs from run to run.
+std::string Normalized(std::string log, const std::vector<std::pair<std::string, std::string>>& folders) {
+  for (const auto& [folder, name] : folders) {
+    for (std::size_t at = log.find(folder); at != std::string::npos; at = log.find(folder, at + 1)) {
+      log.replace(at, folder.size(), name);
+    }
+  }
+  return std::regex_replace(log, std::regex("in [0-9]+ min [0-9]+ s"), "in N min N s");
+}
+
+// With UPDATE_GOLDEN in the environment the golden file is written anew, to be looked through.
+TEST(RunCommand, AWorkingDayShowsWhatItAlwaysShowed) {
+  Program program;
+  const std::string work = program.folder.File("work");
+  const std::string log = program.folder.File("events");
+  const ProgramResult result = program.RunPlain(
+      {"run", QELM_SOURCE_DIR "/examples/pump/working-day.qelm", "--work", work, "--events", log});
+  EXPECT_EQ(result.status, 0) << result.out << result.err;
+  const std::string events =
+      Normalized(program.folder.Read("events"), {{work, "WORK"}, {QELM_SOURCE_DIR, "SOURCE"}});
+  const std::string golden = QELM_SOURCE_DIR "/tests/cli/golden/working-day.jsonl";
+  if (std::getenv("UPDATE_GOLDEN") != nullptr) std::ofstream(golden) << events;
+  std::ostringstream expected;
+  expected << std::ifstream(golden).rdbuf();
+  EXPECT_EQ(events, expected.str());
+}
+
+TEST(RunCommand, AReviewTellsOfValuesAsTheyAreWritten) {
+  Program program;
+  const ProgramResult result = program.RunPlain({"run", QELM_SOURCE_DIR "/examples/pump/review.qelm"});
+  EXPECT_EQ(result.status, 0) << result.out << result.err;
+}
+
+TEST(RunCommand, TheWorkFolderGoesUnlessItWasNamed) {
+  Program program;
+  const std::string script = program.folder.Write("s.qelm", "copy doc.mif $WORK/d.mif\nopen $WORK/d.mif\n");
+  const auto steps = program.RunPlain({"run", script, "--json"}).Json()["steps"];
+  EXPECT_EQ(steps.size(), 2U);
+  const std::string work = program.folder.File("work");
+  EXPECT_EQ(program.RunPlain({"run", script, "--work", work}).status, 0);
+  EXPECT_TRUE(std::filesystem::exists(work + "/d.mif"));
 }
 
 // Lines that are no steps, and what is said of them.

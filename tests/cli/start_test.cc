@@ -29,7 +29,7 @@ TEST(Start, OnlyASessionOfAUserPreparesTheProfile) {
 TEST(Start, AFilterRunIsLoggedWhereTheSettingsAskForIt) {
   Program program;
   const auto filter = [&program](const std::string& mode) {
-    return program.Run({"filter", program.document(), "--scheme", "Audience/Users", "--mode", "duplicate",
+    return program.Run({"filter", program.document(), "--scheme", "By/path/No users", "--mode", "duplicate",
                         "--yes", "-o", program.folder.File("out.mif"), "--set",
                         "QELM_DEBUG_LOG_FOLDER=" + program.folder.path(), "--set",
                         "QELM_DEBUG_MODE=" + mode});

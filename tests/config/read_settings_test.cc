@@ -225,11 +225,11 @@ TEST_F(LocalSettingsFile, TheDebugLogIsOpenedAsTheyAskForIt) {
   AddLocalCopy();
   SetFile("QELM_DEBUG_MODE=WriteFilterLog\nQELM_DEBUG_LOG_FOLDER=logs\nQELM_DEBUG_LOG_FILENAME=run.txt");
   EXPECT_TRUE(ReadFile());
-  EXPECT_EQ(platform.files["logs/run.txt"].find("This is a debug log for the QELM plugin."), 0U);
+  EXPECT_EQ(platform.files["user/logs/run.txt"].find("This is a debug log for the QELM plugin."), 0U);
   EXPECT_EQ(debug_log.options().limit, 10);
-  platform.files["logs/run.txt"] += "entries";
+  platform.files["user/logs/run.txt"] += "entries";
   EXPECT_TRUE(ReadFile());
-  EXPECT_EQ(platform.files["logs/run.txt"].find("entries"), std::string::npos);
+  EXPECT_EQ(platform.files["user/logs/run.txt"].find("entries"), std::string::npos);
   SetFile(";\n;");
   EXPECT_TRUE(ReadFile());
   EXPECT_FALSE(debug_log.Writes());

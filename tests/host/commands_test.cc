@@ -44,6 +44,7 @@ struct Row {
 
 const std::vector<Row> kRows = {
     {1, {""}, {}},
+    {27, {"STGS_EDIT_13"}, {}},
     {36, {"STGS_EDIT_33"}, {}},
     {37, {"STGS_EDIT_34"}, {}},
     {2, {"STGS_EDIT_36"}, {}},
@@ -57,18 +58,27 @@ const std::vector<Row> kRows = {
     {7, {"GEN_1", "GEN_1", "COLORING_1"}, {"GEN_1", "GEN_1", "COLORING_9 COLORING_7"}},
     {20, {"GEN_22 GEN_1", "GEN_22", "GEN_22 GEN_1"}, {}},
     {21, {"GEN_22 GEN_1", "GEN_22 GEN_1", "GEN_22 COLORING_7"}, {}},
+    {8, {"DIALOG_1"}, {}},
     {35, {"GEN_29"}, {""}},
-    {9, {"FILTER_30", "FILTER_44", "FILTER_30"}, {"FILTER_30", "FILTER_18", "FILTER_30"}},
+    {9, {"FILTER_30", "FILTER_44", "FILTER_30"}, {"FILTER_30", "DIALOG_1", "FILTER_30"}},
+    {10, {"GEN_40"}, {}},
     {39, {"GEN_39"}, {}},
+    {32, {"DIALOG_1"}, {}},
     {33, {"GEN_29"}, {""}},
     {11, {"GEN_1", "VAL_GEN_1", "GEN_1"}, {"GEN_1", "VAL_GEN_9", "GEN_1"}},
     {12, {"GEN_1", "VAL_GEN_5", "GEN_1"}, {"GEN_1", "VAL_GEN_3", "GEN_1"}},
     {13, {"GEN_1", "GEN_1", "VAL_GEN_1"}, {"GEN_1", "GEN_1", "VAL_GEN_3"}},
+    {14, {"DIALOG_1"}, {}},
     {34, {"GEN_29"}, {""}},
     {16, {"GEN_10", "FILTER_34", "GEN_10"}, {}},
+    {17, {"GEN_40"}, {}},
     {25, {"GEN_10", "STGS_CHECK_1", "GEN_10"}, {}},
     {18, {"GEN_38"}, {}},
     {24, {"GEN_38"}, {}},
+    {28, {"LANG_5"}, {}},
+    {29, {"DIALOG_1"}, {}},
+    {30, {"LANG_5"}, {}},
+    {31, {"LANG_5"}, {}},
     {38, {"GEN_31"}, {}},
     {0, {""}, {}},
     {23, {""}, {}},
@@ -126,6 +136,24 @@ TEST(Commands, AStartThatFailedLeavesNone) {
   HostSession session({{"MAIN_SETTINGS_PATH", "DEFAULT"}});
   session.plugin().defined_commands.reset();
   for (const CommandRow& command : AllCommands()) EXPECT_EQ(session.Command(command.number), "");
+}
+
+TEST(About, TellsVersionAndWarnsOfWhatIsNotForUsers) {
+  struct Row {
+    std::vector<std::pair<std::string, std::string>> settings;
+    const char* told;
+    bool warning;
+  };
+  const Row rows[] = {
+      {{}, "QELM plugin version 1.0 for Adobe(R) FrameMaker(R), built on ", false},
+      {{{"QELM_DEBUG_MODE", "DoPrompts"}}, "*** !WARNING!  Debug mode is on! ***\n\n", true},
+      {{{"QELM_LICENSE_TYPE", "INTERNAL"}}, "*** !WARNING!  Internal version! ***\n\n", true}};
+  for (const Row& row : rows) {
+    HostSession session(row.settings);
+    const std::string shown = session.Command(19);
+    EXPECT_NE(shown.find(row.told), std::string::npos) << shown;
+    EXPECT_EQ(shown.find("!WARNING!") != std::string::npos, row.warning) << shown;
+  }
 }
 
 TEST(UncolorPrompt, IsAskedOnceInASession) {
@@ -210,7 +238,7 @@ TEST(MainSettings, ASchemeThatIsGoneIsNoLongerActive) {
       "</SchemeCategories_XPath></QELM_MainSettings>");
   session.folder.Write("QELM_Local_Settings.txt", "; edited\nMAIN_SETTINGS_PATH=" + other + "\n");
   const std::string shown = session.Command(26);
-  EXPECT_NE(shown.find("QELM_MSG_COLORING_11"), std::string::npos) << shown;
+  EXPECT_NE(shown.find("QELM_MSG_GEN_36"), std::string::npos) << shown;
   EXPECT_TRUE(shown.ends_with("QELM_MSG_GEN_25")) << shown;
   EXPECT_EQ(session.inner().documents.Path(session.plugin().main_settings), other);
   EXPECT_EQ(session.Command(35), "QELM_MSG_GEN_29");

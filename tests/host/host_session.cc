@@ -16,7 +16,7 @@ std::string SchemeNamed(const std::string& name, const std::string& content) {
 std::string MainSettings() {
   const std::string values = "<Name>Audience</Name><Value>admin</Value><Value>user</Value>";
   const std::string rule =
-      "<Rule><RuleSettings><Color>Red</Color><Style>3</Style></RuleSettings><Attribute><Name>Audience</Name>"
+      "<Rule><RuleSettings><Name>Red</Name><Style>3</Style></RuleSettings><Attribute><Name>Audience</Name>"
       "<Value>admin</Value></Attribute></Rule>";
   const std::string category = std::string("<SchemeCategory><CategorySettings><Name>") + kCategory +
                                "</Name></CategorySettings><FilterSchemes>" +

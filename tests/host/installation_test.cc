@@ -45,13 +45,13 @@ TEST(Installation, WhatIsThereStaysAsItIs) {
   EXPECT_EQ(session.UserText("QELM_Local_Settings.txt"), "; mine\nXPATH_MAX_MATCHES=700\n");
   EXPECT_EQ(session.plugin->settings.xpath_max_matches, 700);
   EXPECT_EQ(session.UserText(kVersionFile), "0.1\r\n\r\nof old\r\n");
-  EXPECT_EQ(InstalledVersion(session.posix, session.UserFile("")), "0.1");
+  EXPECT_EQ(InstalledVersion(session.platform, session.UserFile("")), "0.1");
   EXPECT_EQ(session.UserText(kFiles[2]), session.ShippedText(kFiles[2])) << "the missing one is made";
 }
 
 TEST(Installation, WelcomeAndRefreshWhereTheyAreSwitchedOn) {
   UserSession session;
-  session.posix.SetEnvironment("USERNAME", "Eva");
+  session.platform.SetEnvironment("USERNAME", "Eva");
   ASSERT_TRUE(session.Start());
   session.WriteUserFile("QELM_Local_Settings.txt", "; mine\n;\n");
   const auto install = [&session](const InstallationSwitches& switches) {
@@ -107,7 +107,7 @@ TEST(DamagedProfile, WithoutAFolderThePluginDoesNotStart) {
       {"nowhere to go",
        [](UserSession& session) {
          for (const char* name : {"APPDATA", "XDG_CONFIG_HOME", "HOME"})
-           session.posix.SetEnvironment(name, "");
+           session.platform.SetEnvironment(name, "");
        },
        "Adobe/FrameMaker/18/Brenwick/QELM\n\n"},
   };
@@ -154,8 +154,6 @@ TEST(DamagedProfile, ADiskThatIsReallyFull) {
   const std::string profile = session.folder.File("profile");
   std::filesystem::create_directories(profile);
   if (::mount("tmpfs", profile.c_str(), "tmpfs", 0, "size=64k") != 0) GTEST_SKIP() << "no tmpfs for tests";
-  session.folder.Write("plugin/QELM_MainSettings_LocalCopy.fm",
-                       MainSettingsXml() + std::string(200'000, '\n'));
   EXPECT_TRUE(session.Start());
   EXPECT_TRUE(session.Said(kFileFailures[1]));
   EXPECT_EQ(session.UserText("QELM_Local_Settings.txt"), session.ShippedText("QELM_Local_Settings.txt"));

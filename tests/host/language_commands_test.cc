@@ -6,11 +6,11 @@
 #include <sstream>
 
 #include "embedded/adapter/clients.h"
-#include "embedded/adapter/dialogs.h"
 #include "embedded/adapter/embedded_host.h"
 #include "embedded/adapter/platform.h"
 #include "embedded/adapter/user_interface.h"
 #include "support/temp_folder.h"
+#include "support/test_dialogs.h"
 
 namespace qelm {
 namespace {
@@ -29,6 +29,13 @@ class Starts : public PosixPlatform {
     started.push_back(program + " " + arguments.front());
     return program != "missing";
   }
+};
+
+// A user who writes one text wherever one is asked for.
+class WrittenDialogs : public testing::TestDialogs {
+ public:
+  std::string text;
+  std::string TextOf(host::Id, std::int32_t) override { return text; }
 };
 
 struct Session {
@@ -73,7 +80,7 @@ struct Session {
   std::ostringstream messages;
   EventLog events;
   ScriptedUserInterface user{{.in = in, .messages = messages, .events = events}};
-  NoDialogs dialogs{events};
+  WrittenDialogs dialogs;
   RecordedClients clients{events};
   std::unique_ptr<EmbeddedHost> host;
   std::unique_ptr<Plugin> plugin;
@@ -96,17 +103,63 @@ TEST(UseLanguage, HoldsForTheSessionOrLeavesTheOneBefore) {
   EXPECT_EQ(plugin.messenger.Get("QELM_MSG_GEN_10"), "No document.");
 }
 
+TEST(UseLanguage, WrongPlaceholdersAreShownAsTheyStand) {
+  Session session;
+  for (const std::string text : {"%d", "%s %s", "%n", "100 %", "%999999999s", "%2$s"}) {
+    session.folder.Write("languages/Wrong.po", Entry("QELM_MSG_LANG_1", text));
+    ASSERT_EQ(UseLanguage(*session.plugin, "Wrong"), 1) << text;
+    EXPECT_TRUE(session.Said(text)) << session.user.Alerts().back();
+  }
+}
+
+TEST(SetLanguage, TheUserChoosesAmongTheFiles) {
+  Session session;
+  session.folder.Write("languages/notes.txt", "");
+  session.dialogs.resources["bw_Dialog_DropDown"] = {"", "OK", "Cancel"};
+  const auto choose = [&session](std::int32_t entry, std::int32_t button) {
+    session.dialogs.user = [=](testing::TestDialogs::Dialog& dialog) {
+      EXPECT_EQ(dialog.number, 1226);
+      EXPECT_EQ(dialog.lines, (std::vector<std::string>{"English", "German"}));
+      EXPECT_EQ(dialog.values[0], 0) << "English is the language now";
+      dialog.values[0] = entry;
+      return button;
+    };
+    return SetLanguage(*session.plugin);
+  };
+  EXPECT_EQ(choose(1, 2), 0);
+  EXPECT_EQ(session.plugin->messenger.LanguageName(), "English");
+  EXPECT_EQ(choose(1, 1), 1);
+  EXPECT_EQ(session.plugin->messenger.LanguageName(), "German");
+}
+
+TEST(CreateLanguageFile, TheUserWritesTheName) {
+  Session session;
+  EXPECT_EQ(CreateLanguageFile(*session.plugin), 0) << "without the dialog";
+  session.dialogs.resources["bw_Dialog_ItemEntry"] = {"Item", "New Item", "Close"};
+  session.dialogs.text = " Czech ";
+  session.dialogs.user = [](testing::TestDialogs::Dialog& dialog) {
+    EXPECT_EQ(dialog.title, "Create Language File");
+    return 2;
+  };
+  EXPECT_EQ(CreateLanguageFile(*session.plugin), 0);
+  EXPECT_FALSE(std::filesystem::exists(session.folder.File("languages/Czech.po")));
+  session.dialogs.user = [](testing::TestDialogs::Dialog&) { return 1; };
+  EXPECT_EQ(CreateLanguageFile(*session.plugin), 1);
+  EXPECT_TRUE(std::filesystem::exists(session.folder.File("languages/Czech.po")));
+  EXPECT_EQ(session.dialogs.open, 0);
+}
+
 TEST(CreateLanguageFile, ANewLanguageWorksAtOnce) {
   Session session;
-  CreateLanguageFile(*session.plugin, "French");
+  CreateLanguageNamed(*session.plugin, "French");
   EXPECT_TRUE(session.Said("made " + session.folder.File("languages/French.po") + " 12"));
   ASSERT_TRUE(UseLanguage(*session.plugin, "French"));
   EXPECT_EQ(session.plugin->messenger.Get("QELM_MSG_GEN_10"), "No document.");
 
   const std::string before = session.folder.Read("languages/French.po");
-  CreateLanguageFile(*session.plugin, "FRENCH");
+  CreateLanguageNamed(*session.plugin, "FRENCH");
   EXPECT_TRUE(session.Said("exists " + session.folder.File("languages/French.po")));
-  CreateLanguageFile(*session.plugin, "../French");
+  CreateLanguageNamed(*session.plugin, "../French");
   EXPECT_TRUE(session.Said("name ../French"));
   EXPECT_EQ(session.folder.Read("languages/French.po"), before);
 }

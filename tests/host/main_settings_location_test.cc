@@ -41,11 +41,12 @@ class MainSettingsLocation : public ::testing::Test {
   }
 
   UserSession session;
-  std::string local_copy = session.UserFile(kLocalCopy);
+  std::string local_copy = session.WriteUserFile(kLocalCopy, testing::MainSettingsXml());
   std::string team = session.folder.Write("team.xml", testing::MainSettingsXml());
 };
 
 TEST_F(MainSettingsLocation, TheChoiceIsUsedAndWritten) {
+  session.platform.read_only = {team};  // it has no changes to be saved
   Choose("; one\r\nMAIN_SETTINGS_PATH=DEFAULT\r\n; three", team);
   EXPECT_EQ(Messages(), "STGS_EDIT_13 STGS_EDIT_21");
   EXPECT_EQ(session.browser.title, "Main settings file path");

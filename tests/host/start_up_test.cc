@@ -75,6 +75,7 @@ TEST(StartUp, MissingColorsAreOffered) {
 
 TEST(StartUp, DefaultSchemesAreActive) {
   UserSession session;
+  session.WriteUserFile(kLocalCopy, testing::MainSettingsXml());
   session.WriteUserFile(kLocalSettings,
                         "DEFAULT_SCHEME_CATEGORY=Quality\nCOLOR_DEFAULT_COLORING_SCHEME=Draft\n"
                         "VAL_DEFAULT_VALIDATION_SCHEME=Strict\n");
@@ -104,6 +105,7 @@ TEST(StartUp, AValidationSchemeThatIsNotThereIsWarnedOf) {
   };
   for (const Row& row : rows) {
     UserSession session;
+    session.WriteUserFile(kLocalCopy, testing::MainSettingsXml());
     session.WriteUserFile(kLocalSettings, std::string(";\n") + row.settings);
     ASSERT_TRUE(session.Start());
     const std::string expected =
@@ -148,6 +150,7 @@ TEST(StartUp, FilesOfTheSettingsAreOpened) {
 
 TEST(ReadLocalSettingsAgain, FollowsTheFileAndKeepsWhatWasChosen) {
   UserSession session;
+  session.WriteUserFile(kLocalCopy, testing::MainSettingsXml());
   session.WriteUserFile(kLocalSettings,
                         "DEFAULT_SCHEME_CATEGORY=Quality\nCOLOR_DEFAULT_COLORING_SCHEME=Draft\n");
   ASSERT_TRUE(session.Start());

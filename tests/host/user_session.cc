@@ -17,6 +17,12 @@ std::string Category(const std::string& name) {
          "</ValidationSchemes></SchemeCategory>";
 }
 
+std::string Shipped(const std::string& name) {
+  std::ostringstream text;
+  text << std::ifstream(std::string(QELM_SOURCE_DIR) + "/assets/" + name).rdbuf();
+  return text.str();
+}
+
 }  // namespace
 
 std::string MainSettingsXml() {
@@ -26,23 +32,21 @@ std::string MainSettingsXml() {
 }
 
 std::string MainSettingsWithoutColors() {
-  std::ostringstream text;
-  text << std::ifstream(std::string(QELM_SOURCE_DIR) + "/assets/QELM_MainSettings_Template.fm").rdbuf();
-  std::string content = text.str();
+  std::string content = Shipped("QELM_MainSettings_Template.fm");
   constexpr std::string_view kColor = "<ColorTag `BkgdColor'>";
   return content.replace(content.find(kColor), kColor.size(), "<ColorTag `Other'>");
 }
 
 UserSession::UserSession() {
   folder.Write("plugin/QELM_Local_Settings.txt", "; local settings\n;MAIN_SETTINGS_PATH=DEFAULT\n;\n");
-  // The host knows a document by what is in it, whatever its name.
-  folder.Write("plugin/QELM_MainSettings_LocalCopy.fm", MainSettingsXml());
-  folder.Write("plugin/QELM_Plugin_Report_Template.fm", "<Report/>");
+  for (const std::string name : {"QELM_MainSettings_LocalCopy.fm", "QELM_Plugin_Report_Template.fm"}) {
+    folder.Write("plugin/" + name, Shipped(name));
+  }
   // All other texts are missing, so that what is shown ends with the message's id.
   folder.Write("plugin/languages/English.po",
                "msgctxt \"General Strings\"\nmsgid \"QELM_MSG_HEADER_1\"\n"
                "msgstr \"QELM:\"\n");
-  posix.SetEnvironment("APPDATA", folder.File("profile"));
+  platform.SetEnvironment("APPDATA", folder.File("profile"));
   options.install = true;
 }
 

@@ -1,7 +1,8 @@
-// The plug-in as a user has it: in the embedded host, with a plug-in's folder in order and a profile that is
-// empty at first, both of which a test may spoil before the start.
+// The plug-in as a user has it: in the embedded host, with a plug-in's folder in order, in which the shipped
+// documents are, and a profile that is empty at first. A test may spoil both before the start.
 #pragma once
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
@@ -10,7 +11,6 @@
 #include "embedded/adapter/platform.h"
 #include "host/plugin.h"
 #include "support/null_roles.h"
-#include "support/read_only_platform.h"
 #include "support/temp_folder.h"
 #include "support/test_user.h"
 
@@ -22,6 +22,29 @@ std::string MainSettingsXml();
 
 // The shipped main settings template in MIF, without the color "BkgdColor".
 std::string MainSettingsWithoutColors();
+
+// Files on which nothing can be written below some folders: tests run as a user whom permissions do not stop.
+class ReadOnlyPlatform : public embedded::adapter::PosixPlatform {
+ public:
+  std::vector<std::string> read_only;  // what begins like this cannot be written
+  bool folders_too = true;             // else folders can still be made, as on a disk that is full
+
+  bool ReplaceFileByPieces(const std::string& path, std::span<const std::string_view> pieces) override {
+    return MayWrite(path) && PosixPlatform::ReplaceFileByPieces(path, pieces);
+  }
+  bool CopyFile(const std::string& from, const std::string& to) override {
+    return MayWrite(to) && PosixPlatform::CopyFile(from, to);
+  }
+  bool MakeFolder(const std::string& path) override {
+    return (!folders_too || MayWrite(path)) && PosixPlatform::MakeFolder(path);
+  }
+
+ private:
+  bool MayWrite(const std::string& path) const {
+    return std::none_of(read_only.begin(), read_only.end(),
+                        [&path](const std::string& start) { return path.starts_with(start); });
+  }
+};
 
 class FileBrowser : public NullDialogs {
  public:
@@ -59,8 +82,7 @@ class UserSession {
   static inline const std::string kUserFolder = "profile/Adobe/FrameMaker/18/Brenwick/QELM/";
 
   TempFolder folder;
-  embedded::adapter::PosixPlatform posix;
-  ReadOnlyPlatform platform{posix};
+  ReadOnlyPlatform platform;
   TestUser user;
   TestClients clients;
   FileBrowser browser;

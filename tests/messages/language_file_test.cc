@@ -79,8 +79,9 @@ TEST(LanguageFile, WritesBackWhatItRead) {
 TEST(LanguageFile, ObsoleteEntriesAreReadAndNotInUse) {
   const LanguageFile file = Read(
       "msgid \"A\"\nmsgstr \"a\"\n\n# kept\n#~ msgctxt \"S\"\n#~ msgid \"O\"\n#~ msgstr \"\"\n#~ \"alt\"\n"
-      "#~ msgid \"half\"\n\nmsgid \"B\"\nmsgstr \"b\"\n");
-  ASSERT_EQ(file.Entries().size(), 3U);
+      "#~ msgid \"half\"\n\nmsgid \"B\"\nmsgstr \"b\"\n"
+      "#~ msgid \"half\"\n#, fuzzy\nmsgid \"C\"\nmsgstr \"c\"\n");
+  ASSERT_EQ(file.Entries().size(), 4U);
   EXPECT_TRUE(file.Entries()[1].obsolete);
   EXPECT_EQ(file.Entries()[1].text, "alt");
   EXPECT_EQ(file.Entries()[2].source, "#~ msgid \"half\"\n\nmsgid \"B\"\nmsgstr \"b\"\n");

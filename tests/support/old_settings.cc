@@ -1,0 +1,193 @@
+#include "support/old_settings.h"
+
+#include <string_view>
+
+#include "support/mif_parts.h"
+
+namespace qelm::testing {
+namespace {
+
+struct OldDefinition {
+  std::string_view tag;
+  std::string_view rule;
+  std::vector<std::string_view> texts;  // attributes, FAttrString
+  std::vector<std::string_view> lists;  // FAttrStrings
+};
+
+const std::vector<OldDefinition>& Definitions() {
+  static const std::vector<OldDefinition> definitions = {
+      {"TSP_MainSettings", "SchemeCategories & SchemeCategories_XPath & AttributeList & ColorList", {}, {}},
+      {"SchemeCategories", "SchemeCategory+", {}, {}},
+      {"SchemeCategories_XPath", "SchemeCategory+", {}, {"XPathHistory"}},
+      {"SchemeCategory", "FilterSchemes, ColoringSchemes, ValidationSchemes", {"Name"}, {}},
+      {"FilterSchemes", "Scheme*", {}, {}},
+      {"ColoringSchemes", "Scheme*", {}, {}},
+      {"ValidationSchemes", "Scheme*", {}, {}},
+      {"Scheme",
+       "(Rule | Attribute)*",
+       {"Name", "SpaceDelimitedVals", "IncludeEDDDefaults", "IgnoreCaseSensitivity", "ProcessAllFlows",
+        "Comment"},
+       {"XPathExpressions"}},
+      {"Rule", "Attribute*", {"Name", "Style", "MatchAll", "Override"}, {"XPathExpressions"}},
+      {"Attribute", "<EMPTY>", {"Name"}, {"Values"}},
+      {"AttributeList", "Attribute*", {}, {}},
+      {"ColorList", "<EMPTY>", {}, {"Names"}},
+  };
+  return definitions;
+}
+
+void AddAttributeDefinition(std::string_view name, const std::string& type, Lines* lines) {
+  lines->Open(3, "EDAttrDef");
+  lines->Add(4, "<EDAttrName " + Quoted(name) + ">");
+  lines->Add(4, "<EDAttrType " + type + ">");
+  lines->Add(4, "<EDAttrRequired No>");
+  lines->Close(3, "EDAttrDef");
+}
+
+void AddCatalogs(Lines* lines) {
+  lines->Open(0, "PgfCatalog");
+  lines->Open(1, "Pgf");
+  lines->Add(2, "<PgfTag `Body'>");
+  lines->Add(2, "<PgfAlignment Left>");
+  lines->Close(1, "Pgf");
+  lines->Close(0, "PgfCatalog");
+  lines->Open(0, "ElementDefCatalog");
+  for (const OldDefinition& definition : Definitions()) {
+    lines->Open(1, "ElementDef");
+    lines->Add(2, "<EDTag " + Quoted(definition.tag) + ">");
+    lines->Add(2, "<EDObject EDContainer>");
+    lines->Add(2, "<EDGeneralRule " + Quoted(definition.rule) + ">");
+    lines->Open(2, "EDAttrDefinitions");
+    for (const std::string_view name : definition.texts) AddAttributeDefinition(name, "FAttrString", lines);
+    for (const std::string_view name : definition.lists) AddAttributeDefinition(name, "FAttrStrings", lines);
+    lines->Close(2, "EDAttrDefinitions");
+    lines->Close(1, "ElementDef");
+  }
+  lines->Close(0, "ElementDefCatalog");
+}
+
+// The text of the document.
+class Story {
+ public:
+  explicit Story(Lines* lines) : lines_(*lines) {}
+
+  void Add(const OldElement& element) {
+    if (!open_) Begin();
+    AddBegin(element);
+    for (std::size_t i = 0; i < element.children.size(); ++i) {
+      Add(element.children[i]);
+      if (i + 1 < element.children.size()) End();
+    }
+    lines_.Add(3, "<ElementEnd " + Quoted(element.tag) + ">");
+  }
+  void End() {
+    lines_.Close(2, "ParaLine");
+    lines_.Close(1, "Para");
+    open_ = false;
+  }
+
+ private:
+  void Begin() {
+    lines_.Open(1, "Para");
+    lines_.Add(2, "<PgfTag `Body'>");
+    lines_.Open(2, "ParaLine");
+    if (unique_ == kFirst) lines_.Add(3, "<TextRectID 1>");
+    open_ = true;
+  }
+  void AddBegin(const OldElement& element) {
+    lines_.Open(3, "ElementBegin");
+    lines_.Add(4, "<Unique " + std::to_string(unique_++) + ">");
+    lines_.Add(4, "<ETag " + Quoted(element.tag) + ">");
+    lines_.Open(4, "Attributes");
+    for (const auto& [name, values] : element.attributes) {
+      lines_.Open(5, "Attribute");
+      lines_.Add(6, "<AttrName " + Quoted(name) + ">");
+      for (const std::string& value : values) lines_.Add(6, "<AttrValue " + Quoted(value) + ">");
+      lines_.Close(5, "Attribute");
+    }
+    lines_.Close(4, "Attributes");
+    lines_.Add(4, "<Collapsed No>");
+    lines_.Add(4, "<SpecialCase No>");
+    lines_.Add(4, "<AttributeDisplay AllAttributes>");
+    lines_.Close(3, "ElementBegin");
+  }
+
+  static constexpr int kFirst = 1000;
+  Lines& lines_;
+  bool open_ = false;
+  int unique_ = kFirst;
+};
+
+OldElement Category(std::string name, std::vector<OldElement> filters, std::vector<OldElement> colorings,
+                    std::vector<OldElement> validations) {
+  return {"SchemeCategory",
+          {{"Name", {std::move(name)}}},
+          {{"FilterSchemes", {}, std::move(filters)},
+           {"ColoringSchemes", {}, std::move(colorings)},
+           {"ValidationSchemes", {}, std::move(validations)}}};
+}
+
+OldElement Attribute(std::string name, std::vector<std::string> values) {
+  return {"Attribute", {{"Name", {std::move(name)}}, {"Values", std::move(values)}}};
+}
+
+}  // namespace
+
+std::string OldSettings(const OldElement& root) {
+  Lines lines;
+  lines.Add(0, "<MIFFile 7.00> # Generated by FrameMaker 7.2");
+  lines.Add(0, "<Units Uin>");
+  AddCatalogs(&lines);
+  lines.Open(0, "Document");
+  lines.Add(1, "<DNextUnique 900000>");
+  lines.Close(0, "Document");
+  lines.text += MifPages({{MifFlow::Place::kBody, 1}}, 0);
+  lines.Open(0, "TextFlow");
+  lines.Add(1, "<TFTag `A'>");
+  lines.Add(1, "<TFAutoConnect Yes>");
+  Story story(&lines);
+  story.Add(root);
+  story.End();
+  lines.Close(0, "TextFlow");
+  lines.Add(0, "# End of MIFFile");
+  return lines.text;
+}
+
+OldElement OldSettingsExample() {
+  const OldElement classic = Category(
+      "Audience & 'level'",
+      {{"Scheme",
+        {{"Name", {"Beginner"}},
+         {"SpaceDelimitedVals", {"True"}},
+         {"IncludeEDDDefaults", {"Yes"}},
+         {"IgnoreCaseSensitivity", {""}},
+         {"Comment", {""}},
+         {"Owner", {"docs"}}},
+        {Attribute("Audience", {"beginner", "<no value>", "two words"}), Attribute("Level", {})}},
+       {"Scheme", {{"Name", {"Empty"}}, {"Comment", {"to be\nwritten"}}}}},
+      {{"Scheme",
+        {{"Name", {"Review"}}, {"IncludeEDDDefaults", {"False"}}},
+        {{"Rule",
+          {{"Name", {"Red"}}, {"Style", {"3"}}, {"MatchAll", {"True"}}, {"Override", {"True"}}},
+          {Attribute("Status", {"draft"})}},
+         {"Rule", {{"Name", {"Dark blue"}}, {"Style", {}}}, {Attribute("Status", {"<any value>"})}}}}},
+      {{"Scheme", {{"Name", {"Values"}}}, {Attribute("Product", {"P200", "P300", "<from EDD>"})}}});
+  const OldElement xpath =
+      Category("By path",
+               {{"Scheme",
+                 {{"Name", {"Old"}},
+                  {"ProcessAllFlows", {"True"}},
+                  {"XPathExpressions", {"//a[b='>c']", "//Section[@n<'3']"}}}}},
+               {{"Scheme",
+                 {{"Name", {"Marks"}}},
+                 {{"Rule", {{"Name", {"Green"}}, {"Style", {"1"}}, {"XPathExpressions", {"//Note"}}}}}}},
+               {});
+  return {"TSP_MainSettings",
+          {},
+          {{"SchemeCategories", {}, {classic}},
+           {"SchemeCategories_XPath", {{"XPathHistory", {"//a", "//b[@c='d']"}}}, {xpath}},
+           {"AttributeList", {}, {Attribute("Audience", {"beginner", "expert"})}},
+           {"ColorList", {{"Names", {"Red", "Dark blue"}}}}}};
+}
+
+}  // namespace qelm::testing
