@@ -149,6 +149,15 @@ std::string FilterText(const FilterRun& run, const std::string& target, const st
   return text;
 }
 
+std::string SaveNewBook(Session& session, host::Id book) {
+  host::Documents& documents = session.roles().documents;
+  const bool changed = documents.Switch(book, host::DocumentSwitch::kModified);
+  if (changed && !documents.Save(book, {})) {
+    throw Failure(ExitStatus::kFile, std::string(documents.LastError()));
+  }
+  return ShownPath(std::string(documents.Path(book)));
+}
+
 }  // namespace
 
 Outcome FilterBook(Session& session, host::Id book, const std::string& scheme) {
@@ -163,7 +172,7 @@ Outcome FilterBook(Session& session, host::Id book, const std::string& scheme) {
   session.ShowNotices();
   if (outcome.result != common::kDone) ThrowEnding(session, run, outcome.result, files);
   if (run.mode == LaunchMode::kDuplicate && !run.dry_run) {
-    outcome.output = ShownPath(session.Save(run.result_book, ""));
+    outcome.output = SaveNewBook(session, run.result_book);
   }
   if (PassedOver(run) != 0) outcome.status = ExitStatus::kFound;
   outcome.members = {{"scheme", scheme}, {"mode", ModeName(run.mode)}, {"dry_run", run.dry_run}};

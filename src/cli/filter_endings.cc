@@ -26,6 +26,7 @@ constexpr FilterEndingText kEndings[] = {
     {Ending::kNotSaved, ExitStatus::kFile, "it could not be saved"},
     {Ending::kNotCopied, ExitStatus::kFile, "it could not be copied"},
     {Ending::kOutputIsSource, ExitStatus::kOperation, "the output folder is the folder of the book"},
+    {Ending::kMissingDocument, ExitStatus::kFile, "it could not be opened to be filtered"},
     {Ending::kNotHidden, ExitStatus::kOperation, "an element could not be hidden"},
     {Ending::kNotDeleted, ExitStatus::kOperation, "an element could not be deleted"},
     {Ending::kNotRestored, ExitStatus::kOperation, "what an earlier filter hid could not be restored"},

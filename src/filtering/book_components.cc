@@ -1,4 +1,6 @@
 // The filter of a book's documents, one after the other, and what follows on the book as a whole.
+#include <algorithm>
+
 #include "filtering/book_filter.h"
 #include "filtering/components.h"
 #include "filtering/dangling.h"
@@ -28,6 +30,8 @@ class BookComponents {
 
  private:
   bool FilterOne(Id component);
+  bool PassOver(FilteredComponent* entry);
+  bool AllDone() const;
   void Filter(const OpenedComponent& found, FilteredComponent* entry);
   bool CancelledBetween();
   void DeleteEmpties();
@@ -50,10 +54,11 @@ void BookComponents::Run() {
   Id component = host_.books.FirstComponent(book_);
   while (component != kNone && FilterOne(component)) component = host_.books.NextComponent(book_, component);
   Sum();
+  if (component == kNone && ending_ == Ending::kCompleted && !AllDone()) ending_ = Ending::kMissingDocument;
   run_.ending = ending_;
   run_.cancelled = cancelled_;
   run_.result_document = kNone;
-  run_.cancel_flag = component == kNone ? 0 : 1;
+  run_.cancel_flag = component == kNone && ending_ != Ending::kMissingDocument ? 0 : 1;
   run_.would_go.clear();
   if (run_.cancel_flag != 0) return;
   if (deletes_empties_) DeleteEmpties();
@@ -65,6 +70,7 @@ void BookComponents::Run() {
 bool BookComponents::FilterOne(Id component) {
   FilteredComponent& entry = EntryOf(&run_, component);
   entry.generated = host_.books.IsGenerated(book_, component);
+  entry.path = host_.books.ComponentPath(book_, component);
   // What was passed over before the book was copied is not in the copy.
   if (entry.generated || !entry.why.empty()) return true;
   if (CancelledBetween()) return false;
@@ -72,7 +78,7 @@ bool BookComponents::FilterOne(Id component) {
   entry.path = found.path;
   entry.why = found.why;
   entry.opened = found.document != kNone;
-  if (!entry.opened) return true;
+  if (!entry.opened) return PassOver(&entry);
   Filter(found, &entry);
   const bool goes_on = run_.cancel_flag == 0;
   if (!goes_on && run_.mode != LaunchMode::kDuplicate && run_.touched) UndoFilter(context_, found.document);
@@ -91,6 +97,25 @@ bool BookComponents::FilterOne(Id component) {
   }
   if (ending_ == Ending::kCompleted) ending_ = entry.ending;
   return goes_on && entry.ending != Ending::kNotSaved;
+}
+
+// A copy that cannot be opened, where its source could, stays unfiltered: it must not pass for done.
+bool BookComponents::PassOver(FilteredComponent* entry) {
+  if (run_.mode != LaunchMode::kDuplicate || run_.dry_run) return true;
+  entry->ending = ending_ = Ending::kMissingDocument;
+  if (run_.prompts) {
+    const std::string& why = entry->why;
+    context_.messenger.AlertFormatted("QELM_MSG_FILTER_51",
+                                      context_.messenger.Format("QELM_MSG_FILTER_51", why));
+  }
+  return false;
+}
+
+// Whether every document that could be opened when the run began had its turn.
+bool BookComponents::AllDone() const {
+  return std::all_of(run_.components.begin(), run_.components.end(), [](const FilteredComponent& entry) {
+    return !entry.opened || entry.generated || entry.ending != Ending::kNone;
+  });
 }
 
 void BookComponents::Filter(const OpenedComponent& found, FilteredComponent* entry) {

@@ -20,10 +20,14 @@ BookCopy::BookCopy(host::Host& host, messages::Messenger& messenger, Id book, co
       messenger_(messenger),
       book_(book),
       redirect_(redirect),
-      folder_(host.platform.ResolvedPath(folder)),
+      folder_(folder.empty() ? folder : host.platform.ResolvedPath(folder)),
       plan_(host, book) {}
 
 std::int32_t BookCopy::Copy() {
+  if (folder_.empty()) {
+    Fail("QELM_MSG_FILTER_52", folder_);
+    return kCopyFailed;
+  }
   const std::string source(common::FolderOf(plan_.Files().front().source));
   if (host_.platform.SameFile(source, folder_)) return kOutputIsSource;
   if (!plan_.AddShownFiles([this] { return Stopped(); })) return kCopyStopped;

@@ -48,6 +48,9 @@ class BookFilter {
 
   bool End(Ending ending, std::string_view id);
   bool EndFormatted(Ending ending, std::string_view id, const std::string& text);
+  void Tell(std::string_view id) {
+    if (run_.prompts && !run_.dry_run) messenger_.Alert(id);
+  }
   void Tell(std::string_view id, const std::string& text) {
     if (run_.prompts && !run_.dry_run) messenger_.AlertFormatted(id, text);
   }
@@ -64,7 +67,10 @@ class BookFilter {
 };
 
 bool BookFilter::End(Ending ending, std::string_view id) {
-  return EndFormatted(ending, id, messenger_.Get(id));
+  run_.ending = ending;
+  run_.cancel_flag = 1;
+  if (run_.prompts) messenger_.Alert(id);
+  return false;
 }
 
 bool BookFilter::EndFormatted(Ending ending, std::string_view id, const std::string& text) {
@@ -206,18 +212,18 @@ bool BookFilter::CopyBook() {
 
 void BookFilter::Conclude() {
   if (run_.ending != Ending::kCompleted) {
-    Tell("QELM_MSG_FILTER_25", messenger_.Get("QELM_MSG_FILTER_25"));
+    Tell("QELM_MSG_FILTER_25");
   } else if (run_.book_completion_prompt) {
     const bool copied = run_.mode == LaunchMode::kDuplicate;
     const std::string_view list = copied ? "QELM_MSG_FILTER_26" : "QELM_MSG_FILTER_27";
     if (!fully_filtered_.empty()) Tell(list, messenger_.Format(list, fully_filtered_));
-    if (copied) Tell("QELM_MSG_FILTER_28", messenger_.Get("QELM_MSG_FILTER_28"));
+    if (copied) Tell("QELM_MSG_FILTER_28");
   }
   Elapsed();
 }
 
 void BookFilter::Elapsed() {
-  if (run_.ending == Ending::kByUser) Tell("QELM_MSG_FILTER_29", messenger_.Get("QELM_MSG_FILTER_29"));
+  if (run_.ending == Ending::kByUser) Tell("QELM_MSG_FILTER_29");
   if (run_.ending != Ending::kCompleted || !run_.book_completion_prompt) return;
   const std::int64_t seconds = (host_.platform.Milliseconds() - started_) / kMillisecondsASecond;
   Tell("QELM_MSG_FILTER_14",

@@ -198,7 +198,6 @@ std::vector<CopiedFile> CopyPlan::CopiedFiles() const {
   copied.reserve(files_.size());
   for (const File& file : files_) {
     CopiedFile& entry = copied.emplace_back(CopiedFile{file.role, file.source, file.target, {}});
-    if (file.role != Role::kInset) continue;
     for (const Reference& reference : file.references) {
       const std::size_t shown = reference.shown ? FindFile(paths_[reference.path]) : kNoFile;
       if (shown != kNoFile) entry.refers_to.push_back(shown);

@@ -17,9 +17,14 @@ void EmptyComponents::Look(Id document, FilteredComponent* entry) {
   std::vector<host::Link> links;
   if (!host.links.Read(document, &links)) complete_ = false;
   for (const host::Link& link : links) {
-    if (!link.path.empty()) referred_.insert(host.platform.ResolvedPath(link.path));
+    if (!link.path.empty()) Keep(link.path);
   }
-  referred_.insert(host.platform.ResolvedPath(entry->path));
+}
+
+void EmptyComponents::Keep(const std::string& path) {
+  const std::string resolved = context_.host.platform.ResolvedPath(path);
+  if (resolved.empty()) complete_ = false;
+  referred_.insert(resolved);
 }
 
 bool EmptyComponents::IsEmptied(Id document, const FilteredComponent& entry) {
@@ -42,48 +47,55 @@ bool EmptyComponents::Remove() {
   bool changed = false;
   if (!RemoveEntries(&changed)) return false;
   if (changed && !context_.host.documents.Save(book_, {})) return false;
-  if (complete_) RemoveFiles();
+  RemoveFiles();
   return true;
 }
 
 bool EmptyComponents::RemoveEntries(bool* changed) {
   for (FilteredComponent& entry : context_.run.components) {
     if (!entry.emptied) {
-      referred_.insert(context_.host.platform.ResolvedPath(entry.path));
+      if (entry.generated) generated_.insert(entry.path);
+      Keep(entry.path);
       continue;
     }
     if (!context_.host.books.RemoveComponent(book_, entry.component)) return false;
     entry.removed = *changed = true;
+    removed_.insert(entry.path);
   }
   return true;
 }
 
-// An inset that stays shows files in turn, and those may be insets again.
-void EmptyComponents::KeepShownByInsets() {
+// Insets and generated components that stay were not filtered: they show what they showed in the source, and
+// that may be insets again.
+void EmptyComponents::KeepWhatIsShown() {
   const std::vector<CopiedFile>& copied = context_.run.copied;
-  std::vector<std::size_t> shown;
+  std::vector<std::size_t> unfiltered;
   std::vector<bool> seen(copied.size(), false);
   const auto see = [&](std::size_t i) {
-    if (!seen[i] && copied[i].role == Role::kInset) shown.push_back(i);
+    if (!seen[i] && (copied[i].role == Role::kInset || generated_.contains(copied[i].target))) {
+      unfiltered.push_back(i);
+    }
     seen[i] = true;
   };
   for (std::size_t i = 0; i < copied.size(); ++i) {
     if (referred_.contains(context_.host.platform.ResolvedPath(copied[i].target))) see(i);
   }
-  while (!shown.empty()) {
-    const std::size_t inset = shown.back();
-    shown.pop_back();
-    for (const std::size_t file : copied[inset].refers_to) {
-      referred_.insert(context_.host.platform.ResolvedPath(copied[file].target));
-      see(file);
+  while (!unfiltered.empty()) {
+    const std::size_t file = unfiltered.back();
+    unfiltered.pop_back();
+    for (const std::size_t shown : copied[file].refers_to) {
+      Keep(copied[shown].target);
+      see(shown);
     }
   }
 }
 
 void EmptyComponents::RemoveFiles() {
-  KeepShownByInsets();
+  KeepWhatIsShown();
+  if (!complete_) return;
   for (const CopiedFile& file : context_.run.copied) {
     if (file.role == Role::kBook) continue;
+    if (file.role == Role::kComponent && !removed_.contains(file.target)) continue;
     if (referred_.contains(context_.host.platform.ResolvedPath(file.target))) continue;
     if (CloseAndRemove(file.target)) context_.run.removed_files.push_back(file.target);
   }

@@ -27,14 +27,17 @@ class EmptyComponents {
  private:
   bool IsEmptied(host::Id document, const FilteredComponent& entry);
   bool RemoveEntries(bool* changed);
-  void KeepShownByInsets();
+  void Keep(const std::string& path);
+  void KeepWhatIsShown();
   void RemoveFiles();
   bool CloseAndRemove(const std::string& path);
 
   FilterContext& context_;
   host::Id book_;
-  std::unordered_set<std::string> referred_;  // files that something still refers to, with links resolved
-  bool complete_ = true;                      // all references are known
+  std::unordered_set<std::string> referred_;   // files that something still refers to, with links resolved
+  std::unordered_set<std::string> generated_;  // files of components that are not filtered
+  std::unordered_set<std::string> removed_;    // files of components that were taken out
+  bool complete_ = true;                       // all references are known
 };
 
 }  // namespace qelm::filtering

@@ -81,7 +81,7 @@ struct CopiedFile {
   Role role = Role::kComponent;
   std::string source;
   std::string target;
-  std::vector<std::size_t> refers_to;  // of an inset: the copied files that it shows in turn
+  std::vector<std::size_t> refers_to;  // copied files that its source shows: graphics and insets
 };
 
 struct FilterRun : FilterCounts {
