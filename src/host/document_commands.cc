@@ -74,6 +74,12 @@ std::int32_t RunValidation(coloring::ValidationContext& context, ValidationScope
   return coloring::ValidateActiveBook(context);
 }
 
+// Texts that the host did not let be marked: the rest of the run is as it should be.
+void TellRefused(Plugin& plugin, std::uint64_t texts) {
+  if (texts == 0) return;
+  plugin.messenger.AlertFormatted("QELM_MSG_GEN_41", plugin.messenger.Format("QELM_MSG_GEN_41", texts));
+}
+
 }  // namespace
 
 void SwitchOffForSession(Plugin& plugin, const char* key, bool* setting) {
@@ -86,13 +92,20 @@ std::int32_t ColorOnCommand(Plugin& plugin, coloring::Command command) {
   coloring::PrepareRun(plugin.settings, &plugin.coloring_run);
   coloring::ColoringContext context{plugin.host, plugin.messenger, plugin.engine, plugin.schemes.coloring,
                                     plugin.coloring_run};
-  return coloring::RunColoring(context, command, /*report=*/true);
+  const std::int32_t result = coloring::RunColoring(context, command, /*report=*/true);
+  TellRefused(plugin, plugin.coloring_run.refused);
+  return result;
 }
 
 std::int32_t ValidateOnCommand(Plugin& plugin, ValidationScope scope) {
   host::Documents& documents = plugin.host.documents;
   const host::Id target =
       scope == ValidationScope::kBook ? documents.ActiveBook() : documents.ActiveDocument();
+  // The report of the run before is closed for the next one, and is nothing to be validated itself.
+  if (target != host::kNone && target == plugin.report.document) {
+    plugin.messenger.Alert("QELM_MSG_GEN_10");
+    return common::kNoDocument;
+  }
   coloring::PrepareValidation(plugin.settings, &plugin.validation_run);
   PluginReport report(plugin);
   coloring::ValidationContext context{plugin.host,           plugin.messenger, plugin.schemes.validation,
@@ -100,6 +113,7 @@ std::int32_t ValidateOnCommand(Plugin& plugin, ValidationScope scope) {
   const std::int32_t result = RunValidation(context, scope);
   report.Save();
   if (target != host::kNone) documents.Activate(target);
+  TellRefused(plugin, plugin.validation_run.unmarked);
   return result;
 }
 
