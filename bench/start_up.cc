@@ -35,9 +35,9 @@ class Watcher : public testing::RecordingUser {
   };
   std::vector<Stage> stages;
 
-  void ShowStatus(const host::Status& status) override {
+  void ShowStatus(const host::Status& lines) override {
     End();
-    stages.push_back({status.line1, 0});
+    stages.push_back({lines.line1, 0});
     begun_ = Clock::now();
   }
   void HideStatus() override { End(); }
@@ -70,7 +70,9 @@ bool Measure(const std::string& plugin_folder, const std::string& profile, const
   embedded::adapter::EventLog events;
   embedded::adapter::NoDialogs dialogs(events);
   embedded::adapter::RecordedClients clients(events);
-  embedded::adapter::EmbeddedHost host({.plugin_folder = plugin_folder}, user, dialogs, clients, platform);
+  embedded::adapter::EmbeddedHost::Options host_options;
+  host_options.plugin_folder = plugin_folder;
+  embedded::adapter::EmbeddedHost host(host_options, user, dialogs, clients, platform);
   Plugin plugin(host.roles());
   StartOptions options;
   options.install = true;

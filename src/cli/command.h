@@ -79,5 +79,6 @@ std::unique_ptr<Command> MakeMenusCommand();
 std::unique_ptr<Command> MakeRunCommand();
 std::unique_ptr<Command> MakeSettingsCommand();
 std::unique_ptr<Command> MakeLanguagesCommand();
+std::unique_ptr<Command> MakeUpdateCommand();
 
 }  // namespace qelm::cli

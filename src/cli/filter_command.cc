@@ -2,6 +2,8 @@
 #include <CLI/CLI.hpp>
 
 #include "cli/command.h"
+#include "cli/filter_book.h"
+#include "cli/filter_endings.h"
 #include "cli/link_table.h"
 #include "cli/scheme_choice.h"
 #include "cli/session.h"
@@ -12,42 +14,7 @@
 namespace qelm::cli {
 namespace {
 
-using filtering::Ending;
 using filtering::LaunchMode;
-
-const std::map<std::string, LaunchMode> kModes = {
-    {"source", LaunchMode::kSourceRestoreFirst},
-    {"source-nr", LaunchMode::kSourceNoRestore},
-    {"duplicate", LaunchMode::kDuplicate},
-};
-
-std::string ModeName(LaunchMode mode) {
-  for (const auto& [name, value] : kModes) {
-    if (value == mode) return name;
-  }
-  return {};
-}
-
-// What a run that was not completed came to.
-struct EndingText {
-  Ending ending;
-  ExitStatus status;
-  const char* text;
-};
-constexpr EndingText kEndings[] = {
-    {Ending::kDeclined, ExitStatus::kOperation,
-     "the highest-level element would go with everything in it, and the answer was no"},
-    {Ending::kByUser, ExitStatus::kCancelled, "cancelled"},
-    {Ending::kTitleStays, ExitStatus::kOperation, "a table title cannot be hidden, and the answer was no"},
-    {Ending::kSchemeRefused, ExitStatus::kRefused, "the scheme was refused"},
-    {Ending::kNodeSetCut, ExitStatus::kRefused,
-     "the scheme selects more nodes than XPATH_MAX_MATCHES allows"},
-    {Ending::kNotSaved, ExitStatus::kFile, "the document could not be saved"},
-    {Ending::kNotCopied, ExitStatus::kFile, "the document could not be copied"},
-    {Ending::kNotHidden, ExitStatus::kOperation, "an element could not be hidden"},
-    {Ending::kNotDeleted, ExitStatus::kOperation, "an element could not be deleted"},
-    {Ending::kNotRestored, ExitStatus::kOperation, "what an earlier filter hid could not be restored"},
-};
 
 class FilterCommand : public Command {
  public:
@@ -56,6 +23,7 @@ class FilterCommand : public Command {
 
  private:
   void Prepare(Session& session);
+  void CheckOutput(const filtering::FilterRun& run, bool book) const;
   std::string DuplicatePath(Session& session, host::Id document) const;
   Outcome Filter(Session& session, host::Id document, const std::string& output);
   void CheckEnding(const filtering::FilterRun& run, std::int32_t result) const;
@@ -65,17 +33,18 @@ class FilterCommand : public Command {
   std::string scheme_;
   std::string mode_;
   std::string output_;
+  std::string output_folder_;
   bool remove_coloring_ = false;
   bool dry_run_ = false;
 };
 
 CLI::App* FilterCommand::Define(CLI::App& program) {
   CLI::App* command = AddCommand(
-      program, {"filter", "Filter a document by a scheme",
+      program, {"filter", "Filter a document or book by a scheme",
                 "What fails the scheme is hidden (modes source and source-nr) or deleted from a copy (mode\n"
-                "duplicate). Documents only: books are not filtered yet.",
+                "duplicate). The copy of a book goes into an output folder, with all that the book shows.",
                 "qelm filter operation.mif --scheme \"Audience/Beginner\" --mode duplicate -o beginner.mif"});
-  command->add_option("TARGET", target_, "The document (MIF or XML)")->required();
+  command->add_option("TARGET", target_, "The document (MIF or XML) or book (MIF)")->required();
   command->add_option("--scheme", scheme_, "The filter scheme")->type_name("CATEGORY/NAME")->required();
   command
       ->add_option(
@@ -85,11 +54,16 @@ CLI::App* FilterCommand::Define(CLI::App& program) {
       ->type_name("MODE")
       ->check(CLI::IsMember({"source", "source-nr", "duplicate"}));
   command
-      ->add_option(
-          "-o,--output", output_,
-          "Where the result goes. Default: in the source modes the document itself is replaced, in mode "
-          "duplicate a file is made beside it")
+      ->add_option("-o,--output", output_,
+                   "Where the result goes; for documents. Default: in the source modes the document itself "
+                   "is replaced, "
+                   "in mode duplicate a file is made beside it")
       ->type_name("FILE");
+  command
+      ->add_option("--output-folder", output_folder_,
+                   "Where the copy of a book goes in mode duplicate; it is made when it is missing")
+      ->type_name("DIR")
+      ->check(NotEmpty);
   command->add_flag("--remove-coloring", remove_coloring_,
                     "Uncolor the filtered document, as qelm uncolor does. Default: as "
                     "FILT_DEFAULT_REMOVE_COLORING says");
@@ -100,16 +74,32 @@ CLI::App* FilterCommand::Define(CLI::App& program) {
 void FilterCommand::Prepare(Session& session) {
   filtering::FilterRun& run = session.plugin().filter_run;
   filtering::PrepareRun(session.plugin().settings, &run);
-  if (!mode_.empty()) run.mode = kModes.at(mode_);
-  run.target = filtering::TargetKind::kDocument;
+  if (!mode_.empty()) run.mode = ModeNamed(mode_);
   run.remove_coloring = run.remove_coloring || remove_coloring_;
   run.dry_run = dry_run_;
+  run.output_folder = output_folder_;
   if (run.mode == LaunchMode::kDuplicate && !output_.empty() && Session::SameFile(target_, output_)) {
     throw Failure(
         ExitStatus::kUsage,
         output_ + ": -o names the document itself; mode duplicate leaves it as it is and writes a copy",
         {{"result", common::kOutputIsSource}});
   }
+}
+
+// A document goes to a file and a book into a folder.
+void FilterCommand::CheckOutput(const filtering::FilterRun& run, bool book) const {
+  const bool copies = run.mode == LaunchMode::kDuplicate;
+  std::string problem;
+  if (book && !output_.empty()) {
+    problem = "this is a book, and -o is for one document only; use --output-folder with mode duplicate";
+  } else if (!book && !output_folder_.empty()) {
+    problem = "this is a document, and --output-folder is for books; use -o";
+  } else if (book && copies && output_folder_.empty() && !dry_run_) {
+    problem = "mode duplicate copies the book; say by --output-folder where to";
+  } else if (book && !copies && !output_folder_.empty()) {
+    problem = "--output-folder is for mode duplicate; the other modes work on the book's own files";
+  }
+  if (!problem.empty()) throw Failure(ExitStatus::kUsage, target_ + ": " + problem);
 }
 
 // Where mode duplicate puts its result when the command line does not say: beside the document.
@@ -120,9 +110,13 @@ std::string FilterCommand::DuplicatePath(Session& session, host::Id document) co
 
 Outcome FilterCommand::Run(Session& session) {
   Prepare(session);
-  const host::Id document = session.OpenDocument(target_);
-  ActivateScheme(session, scheme_, schemes::SchemeKind::kFilter);
+  const host::Id document = session.Open(target_);
   filtering::FilterRun& run = session.plugin().filter_run;
+  const bool book = session.roles().books.IsBook(document);
+  run.target = book ? filtering::TargetKind::kBook : filtering::TargetKind::kDocument;
+  CheckOutput(run, book);
+  ActivateScheme(session, scheme_, schemes::SchemeKind::kFilter);
+  if (book) return FilterBook(session, document, scheme_);
   if (run.mode != LaunchMode::kDuplicate) return Filter(session, document, output_);
   // The document is saved under the other name when everything went well, and only then: its own file is
   // never written, and a run that fails leaves the output of an earlier one as it was.
@@ -155,9 +149,9 @@ Outcome FilterCommand::Filter(Session& session, host::Id document, const std::st
 
 void FilterCommand::CheckEnding(const filtering::FilterRun& run, std::int32_t result) const {
   if (result == common::kDone) return;
-  for (const EndingText& known : kEndings) {
-    if (known.ending != run.ending) continue;
-    throw Failure(known.status, target_ + ": " + known.text + "; nothing was written", {{"result", result}});
+  if (const FilterEndingText* known = TextFor(run.ending)) {
+    throw Failure(known->status, target_ + ": " + known->text + "; nothing was written",
+                  {{"result", result}});
   }
   throw Failure(
       ExitStatus::kOperation,

@@ -130,6 +130,7 @@ Json BookJson(Session& session, host::Id book) {
     const std::string path(host.books.ComponentPath(book, id));
     components.push_back({{"path", path},
                           {"found", host.platform.FileExists(path)},
+                          {"text", host.books.EntryText(book, id)},
                           {"generated", host.books.IsGenerated(book, id)},
                           {"excluded", host.books.IsExcluded(book, id)}});
   }

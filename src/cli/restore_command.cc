@@ -2,6 +2,7 @@
 #include <CLI/CLI.hpp>
 
 #include "cli/command.h"
+#include "cli/filter_book.h"
 #include "cli/session.h"
 #include "common/result_codes.h"
 #include "filtering/restore.h"
@@ -22,23 +23,28 @@ class RestoreCommand : public Command {
 
 CLI::App* RestoreCommand::Define(CLI::App& program) {
   CLI::App* command = AddCommand(
-      program,
-      {"restore", "Show again what a filter hid",
-       "The condition of the filter is taken away, and all conditions of table rows with it. Documents\n"
-       "only: books are not restored yet.",
-       "qelm restore operation.mif"});
-  command->add_option("TARGET", target_, "The document (MIF or XML)")->required();
+      program, {"restore", "Show again what a filter hid",
+                "The condition of the filter is taken away, and all conditions of table rows with it.",
+                "qelm restore operation.mif"});
+  command->add_option("TARGET", target_, "The document (MIF or XML) or book (MIF)")->required();
   command
-      ->add_option("-o,--output", output_, "Where the result goes. Default: the document itself is replaced")
+      ->add_option("-o,--output", output_,
+                   "Where the result goes; for documents. Default: the document itself is replaced")
       ->type_name("FILE");
   command->add_flag("--dry-run", dry_run_, "Say whether anything would change, and write nothing");
   return command;
 }
 
 Outcome RestoreCommand::Run(Session& session) {
-  const host::Id document = session.OpenDocument(target_);
+  const host::Id document = session.Open(target_);
   Plugin& plugin = session.plugin();
   filtering::PrepareRun(plugin.settings, &plugin.filter_run);
+  if (session.roles().books.IsBook(document)) {
+    if (output_.empty()) return RestoreBook(session, document, dry_run_);
+    throw Failure(ExitStatus::kUsage, target_ +
+                                          ": this is a book, and -o is for one document only; the book's "
+                                          "files are replaced where they are");
+  }
   // The command is the answer to the question whether to restore.
   Outcome outcome;
   outcome.result = filtering::RestoreDocument(plugin.host, plugin.messenger, plugin.filter_run, document,

@@ -136,22 +136,20 @@ void Session::OpenEvents() {
 }
 
 void Session::ReadAnswers() {
-  if (!options_.answers.empty()) {
-    const std::optional<std::string> text = platform_.ReadFile(options_.answers);
-    if (!text) throw Failure(ExitStatus::kFile, options_.answers + ": " + platform_.LastError());
-    std::string error;
-    if (!Answers::Parse(*text, &error)) throw Failure(ExitStatus::kUsage, options_.answers + ": " + error);
-    answers_ = *text;
-  }
-  UseAnswers(first_answers_);
+  if (options_.answers.empty()) return;
+  const std::optional<std::string> text = platform_.ReadFile(options_.answers);
+  if (!text) throw Failure(ExitStatus::kFile, options_.answers + ": " + platform_.LastError());
+  std::string error;
+  std::optional<Answers> answers = Answers::Parse(*text, &error);
+  if (!answers) throw Failure(ExitStatus::kUsage, options_.answers + ": " + error);
+  user_.SetAnswers(std::move(*answers));
 }
 
 void Session::UseAnswers(const std::string& lines) {
   std::string error;
-  std::optional<Answers> answers = Answers::Parse(lines + "\n" + answers_, &error);
+  std::optional<Answers> answers = Answers::Parse(lines, &error);
   if (!answers) throw Failure(ExitStatus::kUsage, error);
-  user_.SetAnswers(std::move(*answers));
-  first_answers_ = lines;
+  user_.SetFirstAnswers(std::move(*answers));
 }
 
 std::string Session::PluginFolder() {

@@ -92,8 +92,6 @@ class Session {
   const Environment& environment_;
   std::string target_;
   std::size_t notices_shown_ = 0;
-  std::string answers_;        // of --answers
-  std::string first_answers_;  // that come before them
   embedded::adapter::EventLog events_;
   embedded::adapter::PosixPlatform platform_;
   embedded::adapter::RecordedClients clients_{events_};

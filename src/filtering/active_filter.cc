@@ -3,7 +3,6 @@
 
 #include "filtering/document_driver.h"
 #include "filtering/notify.h"
-#include "filtering/restore.h"
 #include "filtering/run_guards.h"
 #include "messages/document_name.h"
 #include "messages/status_shown.h"
@@ -37,7 +36,6 @@ class ActiveFilter {
   bool SaveBeforeCopy(const std::string& source);
   bool CopyTo(const std::string& source, const std::string& target);
   bool IsOpen(const std::string& path);
-  void Undo();
 
   bool NotSaved(Ending ending, std::string_view id);
   bool Save(Id document) { return host_.documents.Save(document, {}) || HostSays(); }
@@ -91,7 +89,8 @@ void ActiveFilter::Run() {
   } else {
     DriveFilter(context_, document_, flows, verdicts);
   }
-  if (run_.cancel_flag != 0 && run_.mode != LaunchMode::kDuplicate && run_.touched) Undo();
+  if (run_.cancel_flag != 0 && run_.mode != LaunchMode::kDuplicate && run_.touched)
+    UndoFilter(context_, document_);
 }
 
 bool ActiveFilter::RootMayGo(const std::vector<FlowRoot>& flows, Verdicts& verdicts) {
@@ -160,18 +159,6 @@ bool ActiveFilter::CopyTo(const std::string& source, const std::string& target) 
   return true;
 }
 
-// A cancelled or failed run leaves nothing hidden.
-void ActiveFilter::Undo() {
-  const Id shown = run_.cancel_flag > 1 ? run_.cancel_flag : kNone;
-  const Ending ending = run_.ending;
-  RestoreDocument(host_, messenger_, run_, document_, false, false);
-  run_.ending = ending;
-  if (shown == kNone) return;
-  host_.text.SelectElement(document_, shown);
-  host_.text.ScrollTo(document_, host_.text.ElementRange(document_, shown));
-  run_.cancel_flag = 0;
-}
-
 void ActiveFilter::Conclude() {
   if (!run_.prompts || run_.dry_run) return;
   if (run_.ending == Ending::kByUser) messenger_.Alert("QELM_MSG_FILTER_29");
@@ -180,24 +167,6 @@ void ActiveFilter::Conclude() {
   messenger_.AlertFormatted(
       "QELM_MSG_FILTER_13",
       messenger_.Format("QELM_MSG_FILTER_13", seconds / kSecondsAMinute, seconds % kSecondsAMinute));
-}
-
-std::int32_t ResultOf(Ending ending) {
-  switch (ending) {
-    case Ending::kCompleted:
-      return kDone;
-    case Ending::kByUser:
-    case Ending::kTitleStays:
-      return kCancelled;
-    case Ending::kMissingDocument:
-      return kNoDocument;
-    case Ending::kMissingScheme:
-      return kNoActiveScheme;
-    case Ending::kNotCopied:
-      return kCopyFailed;
-    default:
-      return 0;
-  }
 }
 
 }  // namespace
@@ -215,7 +184,10 @@ void PrepareRun(const config::LocalSettings& settings, FilterRun* run) {
   fresh.show_before_no_restore = settings.filt_show_all_before_restore_filter;
   fresh.unsaved_file_prompt = settings.prompt_filter_unsaved_file_warning;
   fresh.completion_prompt = settings.prompt_post_document_filter_messaging;
+  fresh.redirect_cross_references = settings.filt_redirect_all_xrefs_during_book_filter;
   fresh.delete_empties = settings.filt_delete_book_empties_default;
+  fresh.book_completion_prompt = settings.prompt_post_book_filter_messaging;
+  fresh.suppress_opening_alerts = settings.suppress_file_opening_alerts;
   fresh.notification_client = std::move(run->notification_client);
   fresh.notify = run->notify;
   *run = std::move(fresh);

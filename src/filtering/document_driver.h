@@ -13,7 +13,14 @@ namespace qelm::filtering {
 void DriveFilter(FilterContext& context, host::Id document, const std::vector<FlowRoot>& flows,
                  Verdicts& verdicts);
 
-// Clears what came of an earlier run.
+// Clears what came of an earlier run; of what came of a book, nothing.
 void ClearOutcome(FilterRun* run);
+
+// Undoes what a run that was cancelled or failed did to a document in place, and shows the element that the
+// cancel flag names. The run's ending stays.
+void UndoFilter(FilterContext& context, host::Id document);
+
+// The result code for a run that ended so.
+std::int32_t ResultOf(Ending ending);
 
 }  // namespace qelm::filtering

@@ -220,9 +220,41 @@ void ClearOutcome(FilterRun* run) {
   run->cancelled = run->restore_cancelled = run->restore_failed = run->touched = run->root_filtered = false;
   run->ending = Ending::kNone;
   run->result_document = kNone;
-  run->elements = run->kept = run->hidden = run->deleted = run->left = 0;
   run->would_go.clear();
   run->dangling.clear();
+  static_cast<FilterCounts&>(*run) = {};
+}
+
+void UndoFilter(FilterContext& context, Id document) {
+  FilterRun& run = context.run;
+  const Id shown = run.cancel_flag > 1 ? run.cancel_flag : kNone;
+  const Ending ending = run.ending;
+  RestoreDocument(context.host, context.messenger, run, document, false, false);
+  run.ending = ending;
+  if (shown == kNone) return;
+  context.host.text.SelectElement(document, shown);
+  context.host.text.ScrollTo(document, context.host.text.ElementRange(document, shown));
+  run.cancel_flag = 0;
+}
+
+std::int32_t ResultOf(Ending ending) {
+  switch (ending) {
+    case Ending::kCompleted:
+      return kDone;
+    case Ending::kByUser:
+    case Ending::kTitleStays:
+      return kCancelled;
+    case Ending::kMissingDocument:
+      return kNoDocument;
+    case Ending::kMissingScheme:
+      return kNoActiveScheme;
+    case Ending::kNotCopied:
+      return kCopyFailed;
+    case Ending::kOutputIsSource:
+      return kOutputIsSource;
+    default:
+      return 0;
+  }
 }
 
 void DriveFilter(FilterContext& context, Id document, const std::vector<FlowRoot>& flows,

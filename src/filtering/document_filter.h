@@ -18,6 +18,18 @@
 
 namespace qelm::filtering {
 
+// How far a run is with a component of a book.
+enum class ComponentStage : std::uint8_t {
+  kChecked,  // it was only looked at
+  kDone,
+  kGivenUp,  // the run ends in it; what was done in place is undone
+};
+
+// Takes a component when the run is through with it; `opened` tells that the run opened it. So a caller can
+// save and close it. False ends the run, as it could not be saved; the host's last error tells why. Without
+// one, components stay open, changed and not saved.
+using ComponentSink = std::function<bool(host::Id document, bool opened, ComponentStage stage)>;
+
 // What a filter works with. Refers to what the plug-in holds; made anew for a run.
 struct FilterContext {
   host::Host& host;
@@ -29,6 +41,7 @@ struct FilterContext {
   // remove coloring tells the user that it did not.
   std::function<bool(host::Id document)> remove_coloring = {};
   RunLog log = {};
+  ComponentSink component_done = {};
 };
 
 // Fills what was asked for in a run from the local settings, and clears what came of the last one. The

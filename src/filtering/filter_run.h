@@ -27,6 +27,7 @@ using common::kDone;
 using common::kNoActiveScheme;
 using common::kNoDocument;
 using common::kNoFlowOrRoot;
+using common::kOutputIsSource;
 
 // When to hide the content after a filter that does not restore first.
 enum class HideAfter : std::uint8_t { kNever = 0, kAlways = 1, kAsk = 2 };
@@ -48,9 +49,42 @@ enum class Ending : std::uint8_t {
   kNotHidden,   // the host did not hide what it should have
   kNotDeleted,  // an element could not be deleted
   kNotRestored,
+  kOutputIsSource,  // the output folder is that of the book
 };
 
-struct FilterRun {
+// Elements, each counted once. What was visited is kept, hidden, deleted or left; the descendants of hidden
+// and deleted elements are not visited.
+struct FilterCounts {
+  std::uint64_t elements = 0;
+  std::uint64_t kept = 0;
+  std::uint64_t hidden = 0;
+  std::uint64_t deleted = 0;
+  std::uint64_t left = 0;  // failed the scheme, but could not be hidden
+};
+
+// What a run did with a component of a book.
+struct FilteredComponent : FilterCounts {
+  host::Id component = host::kNone;
+  std::string path;  // of the file that was worked on: of a book that was copied, the copy
+  bool generated = false;
+  bool opened = false;         // it could be; else it was passed over, and
+  std::string why;             // this is why, in the host's words
+  bool root_filtered = false;  // the highest-level element of its main flow failed the scheme
+  Ending ending = Ending::kNone;
+  bool emptied = false;  // nothing was left in it
+  bool removed = false;  // from the new book, as it was emptied
+};
+
+// A file that came into an output folder with the copy of a book.
+struct CopiedFile {
+  enum class Role : std::uint8_t { kBook, kComponent, kInset, kGraphic };
+  Role role = Role::kComponent;
+  std::string source;
+  std::string target;
+  std::vector<std::size_t> refers_to;  // of an inset: the copied files that it shows in turn
+};
+
+struct FilterRun : FilterCounts {
   // What was asked for.
   LaunchMode mode = LaunchMode::kDuplicate;
   TargetKind target = TargetKind::kDocument;
@@ -71,9 +105,13 @@ struct FilterRun {
       duplicate_path;    // where mode 3 puts the copy; empty: beside the document, by QELM_MSG_FILTER_17
   bool is_copy = false;  // the document is a copy, or the caller saves it as one: mode 3 makes none
   bool dry_run = false;  // only count verdicts; nothing is hidden, deleted, created, copied or saved
+
   // For books.
   std::string output_folder;  // where mode 3 puts the new book
+  bool redirect_cross_references = false;
   bool delete_empties = true;
+  bool book_completion_prompt = true;
+  bool suppress_opening_alerts = false;
 
   // What came of it. The cancel flag is 0 while all is well, 1 when the run was cancelled or failed, and else
   // the id of an element that the user is to be shown after the run is undone.
@@ -86,16 +124,15 @@ struct FilterRun {
   Ending ending = Ending::kNone;
   host::Id result_document = host::kNone;  // the document that was filtered: in mode 3 the copy
 
-  // Elements, each counted once. What was visited is kept, hidden, deleted or left; the descendants of hidden
-  // and deleted elements are not visited.
-  std::uint64_t elements = 0;
-  std::uint64_t kept = 0;
-  std::uint64_t hidden = 0;
-  std::uint64_t deleted = 0;
-  std::uint64_t left = 0;  // failed the scheme, but could not be hidden
-
   std::vector<host::Id> would_go;           // of a dry run: the elements that failed the scheme
   std::vector<DanglingReference> dangling;  // references in what is left to what went
+
+  // What came of a book; the counts above are then sums.
+  host::Id result_book = host::kNone;         // in mode 3 the new one
+  std::vector<FilteredComponent> components;  // in the order of the book
+  std::vector<CopiedFile> copied;             // what mode 3 put into the output folder
+  std::vector<std::string> removed_files;     // of them, those that went as nothing refers to them any more
+  std::string not_updated;                    // why the book could not be updated; empty: it was
 };
 
 }  // namespace qelm::filtering

@@ -1,8 +1,11 @@
 #include "filtering/restore.h"
 
+#include "filtering/components.h"
+#include "filtering/document_driver.h"
 #include "filtering/notify.h"
 #include "filtering/run_guards.h"
 #include "messages/document_name.h"
+#include "messages/status_shown.h"
 
 namespace qelm::filtering {
 namespace {
@@ -80,6 +83,65 @@ class Restoring {
   host::TextProperties plain_;
 };
 
+// The documents of one book, one after the other.
+class BookRestore {
+ public:
+  BookRestore(host::Host& host, messages::Messenger& messenger, FilterRun& run, Id book,
+              const ComponentSink& component_done)
+      : host_(host), messenger_(messenger), run_(run), book_(book), component_done_(component_done) {}
+
+  void Run() {
+    run_.ending = Ending::kCompleted;
+    for (Id component = host_.books.FirstComponent(book_); component != kNone && Restore(component);
+         component = host_.books.NextComponent(book_, component)) {
+    }
+    if (const std::string failed = PassedOver(run_); !failed.empty() && run_.prompts) {
+      messenger_.AlertFormatted("QELM_MSG_FILTER_51", messenger_.Format("QELM_MSG_FILTER_51", failed));
+    }
+  }
+
+ private:
+  // False when the user cancelled, or what was restored could not be saved.
+  bool Restore(Id component) {
+    FilteredComponent& entry = EntryOf(&run_, component);
+    entry.generated = host_.books.IsGenerated(book_, component);
+    const OpenedComponent found = OpenComponent(host_, book_, component, run_.suppress_opening_alerts);
+    entry.path = found.path;
+    entry.why = found.why;
+    entry.opened = found.document != kNone;
+    if (!entry.opened) return true;
+    const std::string name(common::FileName(found.path));
+    messenger_.ShowStatus({"QELM - Filtering", "Processing:", name, "Press Esc to cancel"});
+    host_.documents.Activate(found.document);
+    host_.documents.SetSwitch(found.document, host::DocumentSwitch::kOnScreen, true);
+    const bool finished = RestoreCore(host_, messenger_, run_, found.document);
+    entry.ending = !finished             ? Ending::kByUser
+                   : run_.restore_failed ? Ending::kNotRestored
+                                         : Ending::kCompleted;
+    const bool goes_on = finished && !CancelledBetween();
+    const ComponentStage stage = finished ? ComponentStage::kDone : ComponentStage::kGivenUp;
+    if (component_done_ && !component_done_(found.document, found.opened, stage)) {
+      entry.ending = Ending::kNotSaved;
+    }
+    if (entry.ending != Ending::kCompleted) run_.ending = entry.ending;
+    if (!goes_on) run_.ending = Ending::kByUser;
+    return goes_on && entry.ending != Ending::kNotSaved;
+  }
+
+  // A small document may be over before anything looks for Esc.
+  bool CancelledBetween() {
+    if (!host_.user.EscPressed() || !messenger_.Ask("QELM_MSG_GEN_14")) return false;
+    run_.cancelled = run_.restore_cancelled = true;
+    return true;
+  }
+
+  host::Host& host_;
+  messages::Messenger& messenger_;
+  FilterRun& run_;
+  Id book_;
+  const ComponentSink& component_done_;
+};
+
 }  // namespace
 
 bool RestoreCore(host::Host& host, messages::Messenger& messenger, FilterRun& run, Id document) {
@@ -113,6 +175,32 @@ std::int32_t RestoreDocument(host::Host& host, messages::Messenger& messenger, F
   run.ending = !finished ? Ending::kByUser : run.restore_failed ? Ending::kNotRestored : Ending::kCompleted;
   if (!finished) return kCancelled;
   return run.restore_failed ? 0 : kDone;
+}
+
+std::int32_t RestoreBook(host::Host& host, messages::Messenger& messenger, FilterRun& run, Id book, bool ask,
+                         const ComponentSink& component_done) {
+  ClearOutcome(&run);
+  ClearBookOutcome(&run);
+  if (book == kNone) book = host.documents.ActiveBook();
+  if (book == kNone) {
+    messenger.Alert("QELM_MSG_GEN_11");
+    run.ending = Ending::kMissingDocument;
+    return kNoDocument;
+  }
+  if (ask && !messenger.Ask("QELM_MSG_FILTER_33")) {
+    run.ending = Ending::kDeclined;
+    return 0;
+  }
+  Notify(host.clients, run, "QELM_Filter_RestoreBook_Start");
+  {
+    const messages::StatusShown status(host.user);
+    const ScreenUpdatesOff screen(host.session, book, run.disable_screen_updates);
+    BookRestore(host, messenger, run, book, component_done).Run();
+    host.documents.Activate(book);
+  }
+  run.result_book = book;
+  Notify(host.clients, run, "QELM_Filter_RestoreBook_Complete");
+  return ResultOf(run.ending);
 }
 
 }  // namespace qelm::filtering

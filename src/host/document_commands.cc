@@ -3,11 +3,11 @@
 #include "coloring/coloring.h"
 #include "coloring/validation.h"
 #include "coloring/validation_report.h"
+#include "filtering/book_filter.h"
 #include "filtering/restore.h"
 #include "host/active_scheme_dialog.h"
 #include "host/contexts.h"
 #include "host/filter_dialog.h"
-#include "host/help_commands.h"
 #include "host/plugin.h"
 #include "schemes/scheme_listing.h"
 #include "schemes/tabular_check.h"
@@ -15,6 +15,7 @@
 namespace qelm {
 namespace {
 
+using filtering::ComponentStage;
 using filtering::TargetKind;
 
 bool MayUncolor(Plugin& plugin) {
@@ -117,33 +118,36 @@ std::int32_t ValidateOnCommand(Plugin& plugin, ValidationScope scope) {
   return result;
 }
 
-template <>
-std::int32_t FilterActive<TargetKind::kDocument>(Plugin& plugin) {
+std::int32_t FilterOnCommand(Plugin& plugin, TargetKind target) {
+  host::Documents& documents = plugin.host.documents;
+  const bool for_book = target == TargetKind::kBook;
   filtering::PrepareRun(plugin.settings, &plugin.filter_run);
-  plugin.filter_run.target = TargetKind::kDocument;
-  // Without a document or a scheme there is nothing to ask about; the run says what is missing.
-  const bool possible =
-      plugin.host.documents.ActiveDocument() != host::kNone && plugin.schemes.filter.Active();
-  if (possible && !AskFilter(plugin, TargetKind::kDocument)) return 0;
+  plugin.filter_run.target = target;
+  // Without a target or a scheme there is nothing to ask about; the run says what is missing.
+  const host::Id active = for_book ? documents.ActiveBook() : documents.ActiveDocument();
+  const bool possible = active != host::kNone && plugin.schemes.filter.Active();
+  if (possible && !AskFilter(plugin, target)) return 0;
   filtering::FilterContext context = FilterContextOf(plugin);
-  return filtering::FilterActiveDocument(context);
+  if (!for_book) return filtering::FilterActiveDocument(context);
+  // The files of a new book are there before they are filtered, and would stay so if nobody saved them.
+  if (plugin.filter_run.mode == filtering::LaunchMode::kDuplicate) {
+    context.component_done = [&documents](host::Id document, bool opened, ComponentStage stage) {
+      const bool saved = stage != ComponentStage::kDone || documents.Save(document, {});
+      if (opened && saved) documents.Close(document, /*discard=*/true);
+      return saved;
+    };
+  }
+  return filtering::FilterActiveBook(context);
 }
 
-template <>
-std::int32_t FilterActive<TargetKind::kBook>(Plugin& plugin) {
-  return TellNotThere(plugin);
-}
-
-template <>
-std::int32_t RestoreActive<TargetKind::kDocument>(Plugin& plugin) {
+std::int32_t RestoreOnCommand(Plugin& plugin, TargetKind target) {
   filtering::PrepareRun(plugin.settings, &plugin.filter_run);
-  return filtering::RestoreDocument(plugin.host, plugin.messenger, plugin.filter_run, host::kNone,
-                                    plugin.settings.prompt_pre_restore_file, /*notify=*/true);
-}
-
-template <>
-std::int32_t RestoreActive<TargetKind::kBook>(Plugin& plugin) {
-  return TellNotThere(plugin);
+  const bool ask = plugin.settings.prompt_pre_restore_file;
+  if (target == TargetKind::kBook) {
+    return filtering::RestoreBook(plugin.host, plugin.messenger, plugin.filter_run, host::kNone, ask);
+  }
+  return filtering::RestoreDocument(plugin.host, plugin.messenger, plugin.filter_run, host::kNone, ask,
+                                    /*notify=*/true);
 }
 
 std::int32_t RestoreWithoutAsking(Plugin& plugin, host::Id document) {

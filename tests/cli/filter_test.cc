@@ -203,15 +203,6 @@ TEST(Filter, EscEndsTheRunAndNothingIsWritten) {
   EXPECT_EQ(program.folder.Names(), (std::vector<std::string>{"doc.mif", "main.xml", "wide.mif"}));
 }
 
-TEST(Filter, BooksAreRefusedAsNotYetPossible) {
-  Program program;
-  const std::string book = program.folder.Write("b.mif", testing::MifBook({"<c>doc.mif"}));
-  const ProgramResult filter = program.Run({"filter", book, "--scheme", "Audience/Admin"});
-  EXPECT_EQ(filter.status, 5);
-  EXPECT_NE(filter.err.find("book"), std::string::npos);
-  EXPECT_EQ(program.Run({"restore", book}).status, 5);
-}
-
 TEST(Restore, NothingToRestoreWritesNothing) {
   Program program;
   // Restoring shows all conditional text, so that a document is unchanged only when it did that before.

@@ -119,5 +119,22 @@ TEST(Dangling, IsWhatPointsToSomethingFilteredAway) {
       << text;
 }
 
+TEST(Update, SaysWhatStaysAsItIs) {
+  Program program;
+  program.folder.Write("a.mif", Chapter("<Doc>\n<P>x <XRef .source=\"none: P\">y</XRef></P>\n</Doc>"));
+  const std::string book = program.folder.Write("book.mif", MifBook({"a.mif"}));
+  const std::string before = program.folder.Read("a.mif");
+  EXPECT_EQ(program.Run({"update", book, "--numbering", "--json"}).Json()["complete"], true);
+  const std::string log = program.folder.File("log.mif");
+  const ProgramResult result =
+      program.Run({"update", book, "--xrefs", "--ole-links", "--error-log", log, "--json"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.Json()["complete"], false);
+  EXPECT_EQ(result.Json()["notices"].size(), 2U);
+  EXPECT_NE(program.Dump(log).find("Book error log: " + book), std::string::npos) << program.Dump(log);
+  EXPECT_EQ(program.folder.Read("a.mif"), before);
+  EXPECT_EQ(program.Run({"update", program.document()}).status, 2);
+}
+
 }  // namespace
 }  // namespace qelm

@@ -224,7 +224,7 @@ TEST_F(DialogsTest, LineThatDoesNotFitTheDialogIsNamedAndClosesIt) {
     Start("", std::string("# first\ndialog Sample: ") + row.use, true);
     messages.str("");
     EXPECT_EQ(ShowSample(), 9) << row.use;
-    EXPECT_NE(messages.str().find(std::string("answers file, line 2: Sample: ") + row.problem),
+    EXPECT_NE(messages.str().find(std::string("prepared answers, line 2: Sample: ") + row.problem),
               std::string::npos)
         << messages.str();
   }
@@ -243,6 +243,10 @@ TEST_F(DialogsTest, DialogThatStaysOpenTakesTheNextLine) {
   used.clear();
   EXPECT_EQ(ShowSample(), 7);
   EXPECT_EQ(used, (std::vector<std::int32_t>{704, 708, 707})) << "the first line is spent";
+  used.clear();
+  user->SetFirstAnswers(*Answers::Parse("dialog Sample: press Cancel", nullptr));
+  EXPECT_EQ(ShowSample(), 7);
+  EXPECT_EQ(used, (std::vector<std::int32_t>{709, 704, 708, 707})) << "others come first, and leave it spent";
 }
 
 TEST_F(DialogsTest, DialogThatRefusesEveryButtonEnds) {

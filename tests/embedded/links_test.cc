@@ -5,16 +5,10 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <sstream>
 
-#include "embedded/adapter/clients.h"
-#include "embedded/adapter/dialogs.h"
-#include "embedded/adapter/embedded_host.h"
-#include "embedded/adapter/platform.h"
-#include "embedded/adapter/user_interface.h"
+#include "embedded/host_session.h"
 #include "support/mif_files.h"
 #include "support/samples.h"
-#include "support/temp_folder.h"
 
 namespace qelm::embedded::adapter {
 namespace {
@@ -34,11 +28,11 @@ std::string Replaced(std::string text, const std::string& from, const std::strin
   return at == std::string::npos ? text : text.replace(at, from.size(), to);
 }
 
-class LinksTest : public ::testing::Test {
+class LinksTest : public ::testing::Test, protected testing::HostSession {
  protected:
   Id Open(const std::string& name, const std::string& content) {
-    host::OpenStatus status = host::OpenStatus::kOpened;
-    const Id id = host.documents.Open(folder.Write(name, content), {}, &status);
+    folder.Write(name, content);
+    const Id id = OpenFile(name);
     EXPECT_NE(id, kNone) << host.documents.LastError();
     return id;
   }
@@ -92,17 +86,6 @@ class LinksTest : public ::testing::Test {
     EXPECT_TRUE(host.documents.Save(document, {})) << host.documents.LastError();
     return folder.Read(std::filesystem::path(host.documents.Path(document)).filename().string());
   }
-
-  testing::TempFolder folder;
-  PosixPlatform platform;
-  std::stringstream no_input, messages;
-  EventLog events;
-  ScriptedUserInterface user{
-      ScriptedUserInterface::Options{.in = no_input, .messages = messages, .events = events}};
-  NoDialogs dialogs{events};
-  RecordedClients clients{events};
-  EmbeddedHost embedded{{.plugin_folder = folder.path()}, user, dialogs, clients, platform};
-  host::Host& host = embedded.roles();
 };
 
 constexpr const char* kLinked = R"(<Doc>
@@ -198,6 +181,14 @@ TEST_F(LinksTest, ALinkIntoTheDocumentItselfNamesNoFile) {
   ASSERT_TRUE(host.links.SetPath(document, Links(document)[0], folder.File("main.mif")));
   EXPECT_EQ(Saved(document), Replaced(bytes, "<c\\>part<c\\>b.fm", ""));
   EXPECT_FALSE(host.links.SetPath(document, {}, folder.File("main.mif")));
+}
+
+TEST_F(LinksTest, APathThatChangedGoesIntoXmlToo) {
+  const Id document = Open("main.mif", Mif(kLinked));
+  ASSERT_TRUE(host.links.SetPath(document, Links(document)[0], folder.File("elsewhere.mif")));
+  ASSERT_TRUE(host.documents.Save(
+      document, {.path = folder.File("out.xml"), .pdf_job_options = {}, .structure_application = {}}));
+  EXPECT_NE(folder.Read("out.xml").find("elsewhere.mif"), std::string::npos);
 }
 
 TEST_F(LinksTest, ReferencesOfXmlAreItsAttributes) {

@@ -49,7 +49,7 @@ TEST(Numbering, FormatsCountInSeries) {
       {{"<n+\\>.\\\\t", "<n+\\>.\\\\t", "<n=1\\>.", "<n+\\>."}, "1.\t~1|2.\t~2|1.~1|2.~2"},
       {{"H:<n+\\>", "H:<n\\>.<n+\\>", "H:<n\\>.<n+\\>", "S:(<a=1\\>)", "H:<n\\>.<n+\\>"},
        "1~1|1.1~1.1|1.2~1.2|(a)~a|1.3~1.3"},
-      {{"S:<r=4\\>", "S:<R\\>", "S:<a=26\\>", "S:<A+\\>"}, "iv~iv|IV~IV|z~z|AA~AA"},
+      {{"S:<r=4\\>", "S:<R\\>", "S:<a=26\\>", "S:<A+\\>", "S:<a=157\\>"}, "iv~iv|IV~IV|z~z|AA~AA|fa~fa"},
       {{"L:<n=1\\>.<n=5\\>", "L:< \\><n+\\>< =0\\>", "L:<n\\>-< \\><n\\>"}, "1.5~1.5|6~6|1-0~1-0"},
       {{"T:Table <$chapnum\\>-<n+\\>: ", "<$volnum\\>/<$sectionnum\\>/<$subsectionnum\\>"},
        "Table 7-1: ~7-1|2/3/4~2/3/4"},
@@ -83,23 +83,17 @@ TEST(Numbering, RealDocumentsHaveTheNumbersThatTheyHave) {
     Counters counters;
     const std::vector<ParagraphNumber> numbers =
         NumberParagraphs(*document, DocumentPlaces(*document), &counters);
-    std::size_t here = 0;
-    std::string first;
     for (std::size_t i = 1; i < numbers.size(); ++i) {
-      const std::string stored = StoredNumber(*document, document->paragraphs[i]);
       if (!numbers[i].numbered) continue;
-      if (stored == numbers[i].text) {
-        ++same;
-      } else {
-        ++here;
-        if (here < 6) first += " [" + stored + "/" + numbers[i].text + "]" + std::to_string(i);
-      }
+      const std::string stored = StoredNumber(*document, document->paragraphs[i]);
+      ++(stored == numbers[i].text ? same : other);
+      if (stored != numbers[i].text) RecordProperty(path.stem().string() + std::to_string(i), stored);
     }
-    other += here;
-    if (here != 0) std::cout << path.filename() << " " << here << first << "\n";
   });
-  std::cout << same << " " << other << "\n";
   if (testing::Samples().empty()) GTEST_SKIP() << "no samples";
+  // Some of the files were changed by other programs after FrameMaker had numbered them.
+  EXPECT_GT(same, 4000U);
+  EXPECT_LE(other, 8U);
 }
 
 }  // namespace

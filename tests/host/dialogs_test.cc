@@ -52,10 +52,7 @@ class HostDialogs : public ::testing::Test {
     folder.Write("QELM.ini", "SETTINGS_LOCATION=INSTALL_FOLDER\n");
     folder.Write("QELM_Local_Settings.txt", "DEFAULT_SCHEME_CATEGORY=Audience\n" + local_settings);
     folder.Write("QELM_MainSettings_LocalCopy.fm", main_settings);
-    std::string error;
-    std::optional<Answers> parsed = Answers::Parse(answers, &error);
-    ASSERT_TRUE(parsed) << error;
-    user.SetAnswers(std::move(*parsed));
+    Answer(answers);
     log.UseStream(events);
     dialogs.SetFolder(kAssets);
     dialogs.SetEventEntry([this](std::int32_t dialog, std::int32_t item, std::int32_t modifiers) {
@@ -69,6 +66,13 @@ class HostDialogs : public ::testing::Test {
     ASSERT_TRUE(plugin->messenger.LoadLanguage(std::string(kAssets) + "/languages", "English"));
     events.str("");
     alerts = user.Alerts().size();
+  }
+
+  void Answer(const std::string& answers) {
+    std::string error;
+    std::optional<Answers> parsed = Answers::Parse(answers, &error);
+    ASSERT_TRUE(parsed) << error;
+    user.SetAnswers(std::move(*parsed));
   }
 
   // How many alerts came since the start, and the last one.
@@ -226,10 +230,9 @@ TEST_F(HostDialogs, FilterDialogIsPresetAndFillsTheRun) {
   EXPECT_EQ(plugin->filter_run.mode, LaunchMode::kDuplicate) << "cancelled: the run is as it was";
   plugin->filter_run.notify = true;
 
-  user.PreparedAnswers() = *Answers::Parse(
+  Answer(
       "dialog Filter Document: source_nr = on, save_first = off, remove_coloring = on, hide_after = Ask,"
-      " show_before = off, press Filter",
-      nullptr);
+      " show_before = off, press Filter");
   ASSERT_TRUE(AskFilter(*plugin, TargetKind::kDocument));
   const filtering::FilterRun& run = plugin->filter_run;
   EXPECT_EQ(run.mode, LaunchMode::kSourceNoRestore);
@@ -274,7 +277,7 @@ TEST_F(HostDialogs, ListIsEditedItemByItem) {
   EXPECT_EQ(items, (std::vector<std::string>{"a", "b"})) << "cancelled";
   EXPECT_EQ(Alerts(), 1U) << "an item must not be empty";
 
-  user.PreparedAnswers() = *Answers::Parse(
+  Answer(
       "dialog Patterns: press New Item\n"
       "dialog Patterns: press Move Down\n"
       "dialog Patterns: items = #1, press Edit Item\n"
@@ -282,13 +285,11 @@ TEST_F(HostDialogs, ListIsEditedItemByItem) {
       "dialog Patterns: items = #1, press Move Up\n"
       "dialog Patterns: press OK\n"
       "dialog bw_Dialog_ItemEntry: item = new, press New Item\n"
-      "dialog bw_Dialog_ItemEdit: item = changed, press Edit Item\n",
-      nullptr);
+      "dialog bw_Dialog_ItemEdit: item = changed, press Edit Item\n");
   EXPECT_TRUE(EditList(plugin->messenger, "Patterns", &items));
   EXPECT_EQ(items, (std::vector<std::string>{"changed", "new"}));
   items.clear();
-  user.PreparedAnswers() =
-      *Answers::Parse("dialog Empty: press Delete Item\ndialog Empty: press OK", nullptr);
+  Answer("dialog Empty: press Delete Item\ndialog Empty: press OK");
   EXPECT_TRUE(EditList(plugin->messenger, "Empty", &items));
   EXPECT_EQ(Alerts(), 2U) << "nothing is selected";
 }

@@ -22,6 +22,11 @@ constexpr char kEnd[] = "\r\n\r\n----------------------------------------\r\n\r\
 
 class DebugLogTest : public ::testing::Test {
  protected:
+  static embedded::adapter::EmbeddedHost::Options HostOptions() {
+    embedded::adapter::EmbeddedHost::Options options;
+    options.plugin_folder = "/plugin";
+    return options;
+  }
   host::Id Open(const host::OpenOptions& options) {
     platform.files["/doc.mif"] =
         testing::Mif("<Doc>\n<P>one two three four five six seven eight nine ten é leven</P>\n</Doc>");
@@ -38,7 +43,7 @@ class DebugLogTest : public ::testing::Test {
   embedded::adapter::EventLog events;
   embedded::adapter::NoDialogs dialogs{events};
   embedded::adapter::RecordedClients clients{events};
-  embedded::adapter::EmbeddedHost embedded{{.plugin_folder = "/plugin"}, user, dialogs, clients, platform};
+  embedded::adapter::EmbeddedHost embedded{HostOptions(), user, dialogs, clients, platform};
   host::Host& roles{embedded.roles()};
   DebugLog log{roles};
 };

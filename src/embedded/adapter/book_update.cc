@@ -1,10 +1,13 @@
 #include "embedded/adapter/book_update.h"
 
+#include <algorithm>
+#include <filesystem>
 #include <map>
 
 #include "embedded/mif/strings.h"
 #include "embedded/model/book_numbering.h"
 #include "embedded/model/files.h"
+#include "embedded/model/generated_list.h"
 #include "embedded/model/links.h"
 #include "embedded/model/locate.h"
 #include "embedded/model/reference_text.h"
@@ -38,9 +41,23 @@ struct Component {
   Id id = host::kNone;
   std::string path;
   model::BookCounters before;  // what its numbers go on from
-  model::PlaceNumbers places;
   std::vector<Request> requests;
   bool readable = false;
+  bool generated = false;
+};
+
+// The numbers of a document.
+struct Numbered {
+  std::vector<model::ParagraphNumber> paragraphs;
+  model::PlaceNumbers places;
+};
+
+// A generated file that is made anew.
+struct List {
+  const Component* component = nullptr;
+  model::ListSettings settings;
+  std::unordered_map<std::string, std::string> formats;
+  std::vector<model::ListEntry> entries;
 };
 
 // A document that is open for as long as this is there; one that was not open before is closed, and saved
@@ -89,15 +106,17 @@ class Updater {
   bool Asked(host::BookUpdate flag) const { return (flags_ & flag) != 0; }
   void FindComponents();
   void Number(Component* component);
-  std::vector<model::ParagraphNumber> Numbers(const model::Document& document, Component* component);
-  std::size_t References(OpenFile* file, Component* component,
-                         const std::vector<model::ParagraphNumber>& numbers);
+  Numbered Numbers(const model::Document& document, const Component* component);
+  std::size_t References(OpenFile* file, Component* component, const Numbered& numbers);
   std::size_t OwnReference(OpenFile* file, std::uint32_t item, const model::ReferenceStatement& reference,
                            const std::string& format, model::ReferenceTargets* targets);
   void Insets(const OpenFile& file);
   void Answer();
   void AnswerFrom(const std::string& identity);
   void Apply(Component* component);
+  void Generate();
+  bool Prepare(const Component& component, List* list);
+  void Write(List* list);
   void Keep(const std::string& path, const std::string& shown, const std::string& target,
             const std::string& file, const std::string& why);
   void Find(std::string text) {
@@ -125,9 +144,7 @@ void Updater::FindComponents() {
     Component component;
     component.id = id;
     component.path = books_.ComponentPath(book_, id);
-    if (books_.IsGenerated(book_, id) && Asked(host::kUpdateGeneratedFiles)) {
-      Find(component.path + ": generated files are not made anew in this version; it stays as it is.");
-    }
+    component.generated = books_.IsGenerated(book_, id);
     components_.push_back(std::move(component));
   }
 }
@@ -140,29 +157,36 @@ UpdateOutcome Updater::Run() {
   FindComponents();
   const bool reads =
       Asked(host::kUpdateNumbering) || Asked(host::kUpdateCrossReferences) || Asked(host::kUpdateTextInsets);
-  if (!reads) return std::move(outcome_);
-  for (Component& component : components_) Number(&component);
-  Answer();
-  for (Component& component : components_) Apply(&component);
+  if (reads) {
+    for (Component& component : components_) Number(&component);
+    Answer();
+    for (Component& component : components_) Apply(&component);
+  }
+  if (Asked(host::kUpdateGeneratedFiles)) Generate();
   return std::move(outcome_);
 }
 
 // The numbers of a document: as its formats say, or when numbers are not to be updated those that it has.
-std::vector<model::ParagraphNumber> Updater::Numbers(const model::Document& document, Component* component) {
-  model::Counters alone;
-  if (component == nullptr) return model::NumberParagraphs(document, model::DocumentPlaces(document), &alone);
+Numbered Updater::Numbers(const model::Document& document, const Component* component) {
+  Numbered numbers;
+  if (component == nullptr) {
+    model::Counters alone;
+    numbers.places = model::DocumentPlaces(document);
+    numbers.paragraphs = model::NumberParagraphs(document, numbers.places, &alone);
+    return numbers;
+  }
   model::BookCounters counters = component->before;
-  const model::Document& book = workspace_.Book(book_)->tree;
-  const model::Span statement = workspace_.Book(book_)->components[component->id - 1].span;
-  const model::PlaceNumbers places = model::NextComponent(book, statement, document, &counters);
-  std::vector<model::ParagraphNumber> numbers =
-      model::NumberParagraphs(document, places, &counters.paragraphs);
+  const model::Book& book = *workspace_.Book(book_);
+  const model::Span statement = book.components[component->id - 1].span;
+  numbers.places = model::NextComponent(book.tree, statement, document, &counters);
+  numbers.paragraphs = model::NumberParagraphs(document, numbers.places, &counters.paragraphs);
   counters_ = std::move(counters);
   if (Asked(host::kUpdateNumbering)) return numbers;
-  for (std::size_t i = 1; i < numbers.size(); ++i) {
-    if (!numbers[i].numbered) continue;
+  for (std::size_t i = 1; i < numbers.paragraphs.size(); ++i) {
+    model::ParagraphNumber& number = numbers.paragraphs[i];
+    if (!number.numbered) continue;
     const std::string stored = model::StoredNumber(document, document.paragraphs[i]);
-    if (stored != numbers[i].text) numbers[i].text = numbers[i].only = stored;
+    if (stored != number.text) number.text = number.only = stored;
   }
   return numbers;
 }
@@ -181,9 +205,9 @@ void Updater::Number(Component* component) {
     return;
   }
   component->before = counters_;
-  const std::vector<model::ParagraphNumber> numbers = Numbers(*file->document, component);
+  const Numbered numbers = Numbers(*file->document, component);
   std::size_t changed = 0;
-  if (Asked(host::kUpdateNumbering)) changed += model::SetNumbers(file->document.get(), numbers);
+  if (Asked(host::kUpdateNumbering)) changed += model::SetNumbers(file->document.get(), numbers.paragraphs);
   if (Asked(host::kUpdateCrossReferences)) changed += References(file, component, numbers);
   if (Asked(host::kUpdateTextInsets)) Insets(*file);
   if (changed != 0 && !opened.Finish()) Find(std::string(documents_.LastError()));
@@ -205,8 +229,7 @@ std::size_t Updater::OwnReference(OpenFile* file, std::uint32_t item,
   return 0;
 }
 
-std::size_t Updater::References(OpenFile* file, Component* component,
-                                const std::vector<model::ParagraphNumber>& numbers) {
+std::size_t Updater::References(OpenFile* file, Component* component, const Numbered& numbers) {
   model::Document* document = file->document.get();
   const auto formats = model::ReferenceFormats(*document);
   std::optional<model::ReferenceTargets> targets;
@@ -224,7 +247,7 @@ std::size_t Updater::References(OpenFile* file, Component* component,
     } else if (!model::IsPlainReference(*document, i)) {
       Keep(file->path, shown, reference.target, {}, "its text holds more than text");
     } else if (reference.file.empty()) {
-      if (!targets) targets.emplace(*document, numbers);
+      if (!targets) targets.emplace(*document, numbers.paragraphs, numbers.places);
       changed += OwnReference(file, i, reference, format->second, &*targets);
     } else {
       const std::string path = model::LocateComponent(file->path, reference.file).path;
@@ -262,9 +285,8 @@ void Updater::AnswerFrom(const std::string& identity) {
   const auto component = std::find_if(
       components_.begin(), components_.end(),
       [&](const Component& candidate) { return Workspace::Identity(candidate.path) == identity; });
-  const std::vector<model::ParagraphNumber> numbers =
-      Numbers(*file->document, component == components_.end() ? nullptr : &*component);
-  model::ReferenceTargets targets(*file->document, numbers);
+  const Numbered numbers = Numbers(*file->document, component == components_.end() ? nullptr : &*component);
+  model::ReferenceTargets targets(*file->document, numbers.paragraphs, numbers.places);
   for (auto& [question, text] : questions) text = targets.Expand(question.second, question.first);
 }
 
@@ -296,6 +318,65 @@ void Updater::Apply(Component* component) {
     if (text.problem.empty() && model::SetReferenceText(document, i, text)) ++changed;
   }
   if (changed != 0 && !opened.Finish()) Find(std::string(documents_.LastError()));
+}
+
+// How the entries of a list read; false where it cannot be made.
+bool Updater::Prepare(const Component& component, List* list) {
+  const model::Book& book = *workspace_.Book(book_);
+  list->component = &component;
+  list->settings =
+      model::ReadListSettings(book.tree.At(book.components[component.id - 1].span), book.tree.encoding);
+  if (!model::IsParagraphList(list->settings)) {
+    Find(component.path + ": generated files of the type " + list->settings.type +
+         " are not made anew in this version; it stays as it is.");
+    return false;
+  }
+  Opened opened(workspace_, documents_, component.path);
+  if (opened.File() == nullptr) {
+    Find(std::string(documents_.LastError()));
+    return false;
+  }
+  list->formats = model::EntryFormats(*opened.File()->document, list->settings);
+  return true;
+}
+
+// All lists are filled in one more pass over the components, when their text is what it will be.
+void Updater::Generate() {
+  std::vector<List> lists;
+  for (const Component& component : components_) {
+    List list;
+    if (component.generated && Prepare(component, &list)) lists.push_back(std::move(list));
+  }
+  if (lists.empty()) return;
+  counters_ = {};
+  for (Component& component : components_) {
+    Opened opened(workspace_, documents_, component.path);
+    OpenFile* file = opened.File();
+    if (file == nullptr || file->document->format != model::Format::kMif) {
+      Find(component.path + ": the file cannot be read; nothing of it is listed.");
+      continue;
+    }
+    component.before = counters_;
+    const Numbered numbers = Numbers(*file->document, &component);
+    if (component.generated) continue;
+    model::ReferenceTargets targets(*file->document, numbers.paragraphs, numbers.places);
+    for (List& list : lists) {
+      const std::filesystem::path folder = std::filesystem::path(list.component->path).parent_path();
+      const std::string name = std::filesystem::path(component.path).lexically_relative(folder).string();
+      model::CollectEntries(*file->document, &targets, list.settings, list.formats, name, &list.entries);
+    }
+  }
+  for (List& list : lists) Write(&list);
+}
+
+void Updater::Write(List* list) {
+  Opened opened(workspace_, documents_, list->component->path);
+  OpenFile* file = opened.File();
+  if (file == nullptr || !SettleDocument(file)) return Find(std::string(documents_.LastError()));
+  std::string problem;
+  const bool changed = model::SetEntries(file->document.get(), list->settings, list->entries, &problem);
+  if (!problem.empty()) Find(file->path + ": the list is not made anew: " + problem + "; it stays as it is.");
+  if (changed && !opened.Finish()) Find(std::string(documents_.LastError()));
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include <filesystem>
 
+#include "embedded/adapter/book_update.h"
 #include "embedded/adapter/file_places.h"
 #include "embedded/adapter/roles.h"
 #include "embedded/model/book_edit.h"
@@ -11,7 +12,8 @@ namespace {
 // A component's id is its number in the book, groups and what was taken out included, counted from 1.
 class BooksRole : public host::Books {
  public:
-  explicit BooksRole(Workspace& workspace) : workspace_(workspace) {}
+  BooksRole(Workspace& workspace, host::Documents& documents)
+      : workspace_(workspace), documents_(documents) {}
 
   bool IsBook(Id id) override { return workspace_.Book(id) != nullptr; }
 
@@ -52,11 +54,8 @@ class BooksRole : public host::Books {
     return workspace_.Fail(Error::kRefused, workspace_.File(book)->path +
                                                 ": a component that holds others cannot be taken out.");
   }
-  bool Update(Id book, std::uint32_t) override {
-    if (!IsBook(book)) return workspace_.FailId(book);
-    return NotSupported(book, "a book cannot be updated");
-  }
-  void ShowErrorLog(Id) override {}  // updates are what would write to it
+  bool Update(Id book, std::uint32_t flags) override;
+  void ShowErrorLog(Id book) override;
 
  private:
   const model::Component* Component(Id book, Id id) {
@@ -72,12 +71,10 @@ class BooksRole : public host::Books {
     }
     return host::kNone;
   }
-  bool NotSupported(Id book, const std::string& what) {
-    return workspace_.Fail(Error::kNotSupported,
-                           workspace_.File(book)->path + ": " + what + " in this version.");
-  }
 
   Workspace& workspace_;
+  host::Documents& documents_;
+  std::unordered_map<Id, std::vector<std::string>> findings_;  // of the last update, by book
   std::string path_;
 };
 
@@ -100,6 +97,30 @@ std::string_view BooksRole::ComponentPath(Id book, Id id) {
   return known;
 }
 
+bool BooksRole::Update(Id book, std::uint32_t flags) {
+  if (!IsBook(book)) return workspace_.FailId(book);
+  UpdateOutcome outcome;
+  try {
+    outcome = UpdateBook(workspace_, documents_, *this, book, flags);
+  } catch (const std::exception&) {
+    return workspace_.Fail(Error::kRefused,
+                           workspace_.File(book)->path + ": there is not enough memory to update the book.");
+  }
+  for (const std::string& finding : outcome.findings) workspace_.Notice(finding);
+  findings_[book] = std::move(outcome.findings);
+  return outcome.complete ||
+         workspace_.Fail(Error::kRefused, workspace_.File(book)->path +
+                                              ": not everything in the book could be updated; its error log "
+                                              "tells what.");
+}
+
+void BooksRole::ShowErrorLog(Id book) {
+  if (!IsBook(book)) return;
+  auto file = std::make_unique<OpenFile>();
+  file->document = ErrorLog(workspace_.File(book)->path, findings_[book]);
+  if (file->document) workspace_.Activate(workspace_.Add(std::move(file)));
+}
+
 bool BooksRole::SetComponentPath(Id book, Id id, const std::string& path) {
   if (Component(book, id) == nullptr) return workspace_.FailId(book);
   OpenFile* file = workspace_.File(book);
@@ -113,8 +134,8 @@ bool BooksRole::SetComponentPath(Id book, Id id, const std::string& path) {
 
 }  // namespace
 
-std::unique_ptr<host::Books> MakeBooks(Workspace& workspace) {
-  return std::make_unique<BooksRole>(workspace);
+std::unique_ptr<host::Books> MakeBooks(Workspace& workspace, host::Documents& documents) {
+  return std::make_unique<BooksRole>(workspace, documents);
 }
 
 }  // namespace qelm::embedded::adapter

@@ -96,13 +96,12 @@ bool DialogAnswers::Add(std::string_view line, std::size_t number, std::string* 
 }
 
 const DialogAnswer* DialogAnswers::Next(std::string_view name, std::string_view title, std::string_view words,
-                                        std::set<std::size_t>* used) {
-  for (std::size_t index = 0; index < dialogs_.size(); ++index) {
-    ForDialog& line = dialogs_[index];
-    if (line.spent || used->contains(index)) continue;
+                                        std::set<const DialogAnswer*>* used) {
+  for (ForDialog& line : dialogs_) {
+    if (line.spent || used->contains(&line.answer)) continue;
     if (line.pattern_text != name && !line.pattern.Fits(title) && !line.pattern.Fits(words)) continue;
     line.spent = line.once;
-    used->insert(index);
+    used->insert(&line.answer);
     return &line.answer;
   }
   return nullptr;

@@ -13,6 +13,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <optional>
 #include <set>
 #include <string>
@@ -38,10 +39,10 @@ class DialogAnswers {
   // Takes such a line. False with `error` when it is not well-formed.
   bool Add(std::string_view line, std::size_t number, std::string* error);
 
-  // The next answer to a dialog; null when there is none left. `used` holds what the dialog was given since
-  // it was shown.
+  // The next answer to a dialog; null when there is none left. `used` holds what the dialog was given since it
+  // was shown, from here or from other answers.
   const DialogAnswer* Next(std::string_view name, std::string_view title, std::string_view words,
-                           std::set<std::size_t>* used);
+                           std::set<const DialogAnswer*>* used);
 
   // The path for a title.
   std::optional<std::string> NextFile(std::string_view title);
@@ -61,7 +62,7 @@ class DialogAnswers {
     bool spent = false;
   };
 
-  std::vector<ForDialog> dialogs_;
+  std::deque<ForDialog> dialogs_;  // its elements stay where they are
   std::vector<ForFile> files_;
 };
 

@@ -227,6 +227,10 @@ bool DocumentsRole::SaveTo(Id id, OpenFile* file, const host::SaveOptions& optio
   if (format == Format::kXml && own == Format::kXml && HasNoRoot(*file->document)) {
     return FailSave(path, "every element was deleted, and XML cannot be without one.");
   }
+  // Conversion reads the statements as they stand in the source.
+  if (format != own && !file->document->replacements.empty() && !SettleDocument(file)) {
+    return FailSave(path, "what was changed in the document cannot be written.");
+  }
   if (!workspace_.platform().ReplaceFileByPieces(path, Bytes(file, format).All())) {
     return FailSave(path, "the file cannot be written" + workspace_.FileErrorSuffix());
   }

@@ -9,7 +9,7 @@ struct Roles {
         host::Platform& platform)
       : session(MakeSession(workspace)),
         documents(MakeDocuments(workspace)),
-        books(MakeBooks(workspace)),
+        books(MakeBooks(workspace, *documents)),
         elements(MakeElements(workspace)),
         definitions(MakeDefinitions(workspace)),
         editing(MakeEditing(workspace)),

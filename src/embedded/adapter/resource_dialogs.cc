@@ -150,11 +150,19 @@ void ResourceDialogs::Remember(Showing& showing, std::int32_t item) {
   showing.set[state.resource->name] = showing.state.ValueForRecord(state);
 }
 
+const DialogAnswer* ResourceDialogs::NextLine(Showing& showing) {
+  const DialogState& state = showing.state;
+  for (DialogAnswers* answers : user_.PreparedForDialogs()) {
+    const DialogAnswer* line =
+        answers->Next(state.resource().name, state.title, state.Words(), &showing.used_lines);
+    if (line != nullptr) return line;
+  }
+  return nullptr;
+}
+
 ResourceDialogs::Press ResourceDialogs::NextPress(Showing& showing) {
   DialogState& state = showing.state;
-  const DialogAnswer* line = user_.PreparedAnswers().dialogs().Next(state.resource().name, state.title,
-                                                                    state.Words(), &showing.used_lines);
-  if (line != nullptr) return PressByLine(showing, *line);
+  if (const DialogAnswer* line = NextLine(showing)) return PressByLine(showing, *line);
   if (state.resource().is_message && !showing.for_all_used) return PressForMessage(showing);
   if (user_.AnswerForAll() && !showing.for_all_used) {
     showing.for_all_used = true;
@@ -187,7 +195,8 @@ ResourceDialogs::Press ResourceDialogs::PressByLine(Showing& showing, const Dial
     if (is_alert) user_.Note(showing.state.Words());
     return {button, "file"};
   }
-  const std::string place = "answers file, line " + std::to_string(answer.line) + ": " + showing.state.title;
+  const std::string place =
+      "prepared answers, line " + std::to_string(answer.line) + ": " + showing.state.title;
   events_.Write("notice", {{"text", place + ": " + error}});
   user_.Messages() << place << ": " << error << std::endl;
   return PressNothing(showing);
@@ -250,9 +259,11 @@ std::string ResourceDialogs::ChooseFile(std::string_view title, const std::strin
 // What was typed or prepared, as it stands; empty for none.
 std::string ResourceDialogs::ChosenFile(std::string_view title, const std::string& start,
                                         std::string_view* by) {
-  if (std::optional<std::string> path = user_.PreparedAnswers().dialogs().NextFile(title)) {
-    *by = "file";
-    return *path;
+  for (DialogAnswers* answers : user_.PreparedForDialogs()) {
+    if (std::optional<std::string> path = answers->NextFile(title)) {
+      *by = "file";
+      return *path;
+    }
   }
   std::ostream& messages = user_.Messages();
   if (!user_.Interactive() || user_.AnswerForAll()) {

@@ -61,7 +61,7 @@ class ResourceDialogs : public host::Dialogs {
   // One showing of a dialog.
   struct Showing {
     DialogState& state;
-    std::set<std::size_t> used_lines = {};
+    std::set<const DialogAnswer*> used_lines = {};
     bool for_all_used = false;
     nlohmann::ordered_json set = nlohmann::ordered_json::object();  // since the last press
   };
@@ -71,6 +71,7 @@ class ResourceDialogs : public host::Dialogs {
   DialogState* Find(host::Id dialog);
   ItemState* FindItem(host::Id dialog, std::int32_t item);
 
+  const DialogAnswer* NextLine(Showing& showing);
   Press NextPress(Showing& showing);
   Press PressByLine(Showing& showing, const DialogAnswer& line);
   Press PressForMessage(Showing& showing);

@@ -10,7 +10,7 @@ namespace qelm::embedded::adapter {
 
 std::unique_ptr<host::Session> MakeSession(Workspace& workspace);
 std::unique_ptr<host::Documents> MakeDocuments(Workspace& workspace);
-std::unique_ptr<host::Books> MakeBooks(Workspace& workspace);
+std::unique_ptr<host::Books> MakeBooks(Workspace& workspace, host::Documents& documents);
 std::unique_ptr<host::Elements> MakeElements(Workspace& workspace);
 std::unique_ptr<host::Definitions> MakeDefinitions(Workspace& workspace);
 std::unique_ptr<host::Editing> MakeEditing(Workspace& workspace);

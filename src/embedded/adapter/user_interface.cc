@@ -54,9 +54,14 @@ std::int32_t ScriptedUserInterface::Question(std::string_view text) {
   return answer.yes ? 0 : 1;
 }
 
+std::optional<bool> ScriptedUserInterface::Prepared(std::string_view text) const {
+  if (const std::optional<bool> found = first_answers_.Find(text)) return found;
+  return answers_.Find(text);
+}
+
 ScriptedUserInterface::Answer ScriptedUserInterface::Decide(std::string_view text) {
   const bool after_esc = std::exchange(esc_asked_, false);
-  if (const std::optional<bool> found = answers_.Find(text)) return {*found, "file"};
+  if (const std::optional<bool> found = Prepared(text)) return {*found, "file"};
   if (after_esc && (options_.answer || !options_.interactive)) return {true, "esc"};
   if (options_.answer) return {*options_.answer, "policy"};
   if (options_.interactive) {
@@ -66,7 +71,7 @@ ScriptedUserInterface::Answer ScriptedUserInterface::Decide(std::string_view tex
 }
 
 bool ScriptedUserInterface::WouldAskPerson(std::string_view text) const {
-  return options_.interactive && !options_.answer && !answers_.Find(WithoutHeader(text));
+  return options_.interactive && !options_.answer && !Prepared(WithoutHeader(text));
 }
 
 std::ostream& ScriptedUserInterface::Messages() {

@@ -8,6 +8,7 @@
 // person or a prepared answer it was, or nobody could stop an unattended run.
 #pragma once
 
+#include <array>
 #include <functional>
 #include <iosfwd>
 #include <optional>
@@ -64,9 +65,13 @@ class ScriptedUserInterface : public host::UserInterface {
   bool AddSeparator(std::string_view menu) override;
   bool EnableCommand(host::Id command, bool enabled) override;
 
-  // Answers that come before all others; those for dialogs and files are used by the dialogs role.
+  // Prepared answers, and such that come before them for a while. Those for dialogs and files are used by the
+  // dialogs role.
   void SetAnswers(Answers answers) { answers_ = std::move(answers); }
-  Answers& PreparedAnswers() { return answers_; }
+  void SetFirstAnswers(Answers answers) { first_answers_ = std::move(answers); }
+  std::array<DialogAnswers*, 2> PreparedForDialogs() {
+    return {&first_answers_.dialogs(), &answers_.dialogs()};
+  }
 
   // What the dialogs role shares: whether a person is there, whether the person would be asked this question,
   // the answer for everything, and the streams. What is written begins on a line of its own.
@@ -95,6 +100,7 @@ class ScriptedUserInterface : public host::UserInterface {
   };
 
   std::string_view WithoutHeader(std::string_view text) const;
+  std::optional<bool> Prepared(std::string_view text) const;
   Answer Decide(std::string_view text);
   std::optional<bool> AskPerson(std::string_view text);
   void ShowLine(const std::string& line);
@@ -102,6 +108,7 @@ class ScriptedUserInterface : public host::UserInterface {
   MenuItem* Item(host::Id id);
 
   Options options_;
+  Answers first_answers_;
   Answers answers_;
   std::string header_;
   std::ostream* console_ = nullptr;

@@ -188,6 +188,7 @@ class Numberer {
 
  private:
   void NumberFlow(const Flow& flow);
+  void NoteEmptyCell(const Part& part);
   void Number(const NumberFormat& format, ParagraphNumber* number);
   std::int64_t Count(const FormatPiece& piece, std::size_t place, std::vector<std::int64_t>* series);
   const NumberFormat& FormatOf(const std::string& text);
@@ -198,6 +199,7 @@ class Numberer {
   std::vector<NumberProperties> states_;
   std::unordered_map<std::string, NumberFormat> formats_;
   std::vector<ParagraphNumber> numbers_;
+  std::vector<std::uint32_t> empty_cells_;  // their paragraphs
 };
 
 const NumberFormat& Numberer::FormatOf(const std::string& text) {
@@ -222,21 +224,35 @@ std::vector<ParagraphNumber> Numberer::Run() {
 void Numberer::NumberFlow(const Flow& flow) {
   std::vector<std::uint32_t> paragraphs;
   std::vector<bool> counts(document_.paragraphs.size(), false);
-  std::vector<std::uint32_t> notes;
   for (std::uint32_t i = flow.first_item; i < flow.end_item; ++i) {
     const Item& item = document_.items[i];
     if (item.kind == ItemKind::kParagraphBegin) paragraphs.push_back(item.ref);
+    if (item.kind == ItemKind::kPartBegin) NoteEmptyCell(document_.parts[item.ref]);
     if (item.kind == ItemKind::kParagraphEnd && !item.Is(kDeleted)) {
       counts[item.ref] = IsShown(document_, item.conditions);
     }
   }
+  std::sort(empty_cells_.begin(), empty_cells_.end());
   for (const std::uint32_t paragraph : paragraphs) {
     if (!counts[paragraph]) continue;
     const NumberProperties& properties = states_[document_.paragraphs[paragraph].state];
     if (!properties.on || properties.format.empty()) continue;
     numbers_[paragraph].numbered = true;
+    if (std::binary_search(empty_cells_.begin(), empty_cells_.end(), paragraph)) continue;
     Number(FormatOf(properties.format), &numbers_[paragraph]);
   }
+}
+
+// The paragraph of a cell with nothing in it has an empty number, and counts nothing.
+void Numberer::NoteEmptyCell(const Part& part) {
+  if (part.kind != ElementKind::kTableCell) return;
+  std::uint32_t paragraph = 0;
+  for (std::uint32_t i = part.first_item; i < part.end_item; ++i) {
+    const Item& item = document_.items[i];
+    if (IsContent(item.kind) || (item.kind == ItemKind::kParagraphBegin && paragraph != 0)) return;
+    if (item.kind == ItemKind::kParagraphBegin) paragraph = item.ref;
+  }
+  if (paragraph != 0) empty_cells_.push_back(paragraph);
 }
 
 std::int64_t Numberer::Count(const FormatPiece& piece, std::size_t place, std::vector<std::int64_t>* series) {
@@ -284,7 +300,13 @@ void Numberer::Number(const NumberFormat& format, ParagraphNumber* number) {
     first = std::min(first, begin);
     last = text.size();
   }
-  if (first != std::string::npos) number->only = text.substr(first, last - first);
+  if (first == std::string::npos) return;
+  // A letter behind the last counter belongs to the number: "124A".
+  const auto is_word = [](char c) {
+    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+  };
+  while (last < text.size() && is_word(text[last])) ++last;
+  number->only = text.substr(first, last - first);
 }
 
 std::string Roman(std::int64_t value) {
@@ -302,11 +324,14 @@ std::string Roman(std::int64_t value) {
   return text;
 }
 
-// a to z, then aa, bb as often as it takes.
+// a to z, then aa, ab as columns of a sheet are called.
 std::string Letters(std::int64_t value) {
   constexpr std::int64_t kLetters = 26;
-  const auto letter = static_cast<char>('a' + (value - 1) % kLetters);
-  return std::string(static_cast<std::size_t>((value - 1) / kLetters + 1), letter);
+  std::string text;
+  for (; value > 0; value = (value - 1) / kLetters) {
+    text.insert(text.begin(), static_cast<char>('a' + (value - 1) % kLetters));
+  }
+  return text;
 }
 
 std::string Upper(std::string text) {

@@ -35,7 +35,7 @@ struct Counters {
 struct ParagraphNumber {
   bool numbered = false;
   std::string text;  // as it stands before or behind the paragraph's text
-  std::string only;  // from the first counter that is shown to the last one
+  std::string only;  // from the first counter that is shown to the last one, with letters behind it
 };
 
 // A number in a style ("iv", "d"): Arabic, LCRoman, UCRoman, LCAlpha, UCAlpha as MIF names them, or n, r, R,

@@ -67,14 +67,14 @@ std::unordered_map<std::string, std::string> ReferenceFormats(const Document& do
   return formats;
 }
 
-ReferenceTargets::ReferenceTargets(const Document& document, const std::vector<ParagraphNumber>& numbers)
-    : document_(document), numbers_(numbers), begins_(document.paragraphs.size(), kNoIndex) {
+ReferenceTargets::ReferenceTargets(const Document& document, const std::vector<ParagraphNumber>& numbers,
+                                   const PlaceNumbers& places)
+    : document_(document), numbers_(numbers), places_(places), begins_(document.paragraphs.size(), kNoIndex) {
   for (LinkTarget& target : ReadTargets(document)) {
     if (target.kind != LinkKind::kCrossReference || target.state != TargetState::kShown) continue;
     const std::string name = target.name;
     targets_.try_emplace(name, std::move(target));
   }
-  if (targets_.empty()) return;
   paragraph_of_ = ParagraphsOfItems(document);
   for (std::uint32_t i = 0; i < document.items.size(); ++i) {
     const Item& item = document.items[i];
@@ -87,16 +87,23 @@ ReferenceTargets::ReferenceTargets(const Document& document, const std::vector<P
 }
 
 ReferenceText ReferenceTargets::Expand(std::string_view format, const std::string& target) {
-  ReferenceText result;
   const auto found = targets_.find(target);
   if (found == targets_.end()) {
-    result.problem = "the target is not there";
-    return result;
+    ReferenceText nothing;
+    nothing.problem = "the target is not there";
+    return nothing;
   }
-  Place place = found->second.item < paragraph_of_.size() &&
-                        document_.items[found->second.item].kind != ItemKind::kMarker
-                    ? PlaceOf(found->second.element)
-                    : Place{0, found->second.item, paragraph_of_[found->second.item]};
+  const std::uint32_t item = found->second.item;
+  const bool is_marker = document_.items[item].kind == ItemKind::kMarker;
+  return ExpandAt(format, is_marker ? Place{0, item, paragraph_of_[item]} : PlaceOf(found->second.element));
+}
+
+ReferenceText ReferenceTargets::ExpandParagraph(std::string_view format, std::uint32_t paragraph) {
+  return ExpandAt(format, Place{0, begins_[paragraph], paragraph});
+}
+
+ReferenceText ReferenceTargets::ExpandAt(std::string_view format, const Place& place) {
+  ReferenceText result;
   result.runs.emplace_back();
   for (std::size_t at = 0; at < format.size(); ++at) {
     std::string& text = result.runs.back().text;
@@ -131,6 +138,14 @@ bool ReferenceTargets::Block(std::string_view block, const Place& target, std::s
     text->append(std::filesystem::path(document_.path).filename().string());
   } else if (name == "fullfilename") {
     text->append(document_.path);
+  } else if (name == "volnum") {
+    text->append(places_.volume);
+  } else if (name == "chapnum") {
+    text->append(places_.chapter);
+  } else if (name == "sectionnum") {
+    text->append(places_.section);
+  } else if (name == "subsectionnum") {
+    text->append(places_.subsection);
   } else if (name.starts_with("elem")) {
     const Place place = argument.empty() ? target : NearestElement(argument, target);
     known = place.element != 0 && ElementBlock(name.substr(4), place, text);

@@ -37,10 +37,13 @@ std::unordered_map<std::string, std::string> ReferenceFormats(const Document& do
 // One document as the target of references. Refers to both for as long as it is used.
 class ReferenceTargets {
  public:
-  ReferenceTargets(const Document& document, const std::vector<ParagraphNumber>& numbers);
+  ReferenceTargets(const Document& document, const std::vector<ParagraphNumber>& numbers,
+                   const PlaceNumbers& places);
 
   // What a reference of that format to a target shows.
   ReferenceText Expand(std::string_view format, const std::string& target);
+  // The same with a paragraph as the target.
+  ReferenceText ExpandParagraph(std::string_view format, std::uint32_t paragraph);
 
  private:
   struct Place {
@@ -48,6 +51,7 @@ class ReferenceTargets {
     std::uint32_t item = 0;
     std::uint32_t paragraph = 0;
   };
+  ReferenceText ExpandAt(std::string_view format, const Place& place);
   bool Block(std::string_view block, const Place& target, std::string* text, std::string* problem);
   bool ElementBlock(std::string_view name, const Place& place, std::string* text);
   bool ParagraphBlock(std::string_view name, std::uint32_t paragraph, std::string* text);
@@ -61,6 +65,7 @@ class ReferenceTargets {
 
   const Document& document_;
   const std::vector<ParagraphNumber>& numbers_;
+  PlaceNumbers places_;
   std::unordered_map<std::string, LinkTarget> targets_;
   std::vector<std::uint32_t> paragraph_of_;  // by item
   std::vector<std::uint32_t> begins_;        // by paragraph: its first item

@@ -1,0 +1,233 @@
+#include "embedded/model/generated_list.h"
+
+#include <algorithm>
+
+#include "embedded/mif/reader.h"
+#include "embedded/model/mif_layout.h"
+#include "embedded/model/mif_run.h"
+#include "embedded/model/text_access.h"
+
+namespace qelm::embedded::model {
+namespace {
+
+constexpr std::string_view kPlainEntry = "<$paratext>\t<$pagenum>";
+
+std::string_view TagOf(const Document& document, std::uint32_t paragraph) {
+  return document.paragraph_states[document.paragraphs[paragraph].state].tag;
+}
+
+// A paragraph's text from its begin, what is anchored in it left out.
+std::string TextFrom(const Document& document, std::uint32_t begin) {
+  std::string text;
+  for (std::uint32_t i = begin + 1; i < document.items.size(); i = EndOfItem(document, i)) {
+    const Item& item = document.items[i];
+    if (item.kind == ItemKind::kParagraphEnd || item.kind == ItemKind::kParagraphBegin) break;
+    AppendItemText(document, item, &text);
+  }
+  return text;
+}
+
+// The number of the element in which a paragraph begins, as the file records it; empty outside of elements.
+std::string ElementNumber(const Document& document, std::uint32_t begin, Id element) {
+  // An element that begins with the paragraph is the one meant.
+  for (std::uint32_t i = begin + 1; i < document.items.size(); ++i) {
+    const Item& item = document.items[i];
+    if (item.kind == ItemKind::kElementBegin) element = item.ref;
+    if (IsContent(item.kind) || item.kind == ItemKind::kParagraphEnd) break;
+  }
+  if (element == 0 || document.elements[element].source == 0) return {};
+  mif::Reader reader(std::string_view(document.source).substr(document.elements[element].source));
+  while (reader.Next() && reader.depth() == 1) {
+    if (reader.kind() == mif::Piece::kLeaf && reader.token() == mif::Token::kUnique) {
+      return std::string(reader.data());
+    }
+  }
+  return {};
+}
+
+// The entries as they stand in the list's own text: the first of its paragraphs, and how many come before it.
+struct OwnText {
+  std::vector<std::uint32_t> paragraphs;
+  std::vector<std::uint32_t> begins;
+  std::size_t first_entry = 0;
+  bool has_more = false;  // elements or anchors, which no entry has
+};
+
+bool IsEntryTag(const ListSettings& settings, std::string_view tag) {
+  return std::any_of(settings.tags.begin(), settings.tags.end(),
+                     [&](const std::string& listed) { return tag == listed + settings.suffix; });
+}
+
+OwnText ReadOwnText(const Document& list, const ListSettings& settings) {
+  OwnText text;
+  const Flow& flow = list.flows[list.main_flow];
+  for (std::uint32_t i = flow.first_item; i < flow.end_item; ++i) {
+    const Item& item = list.items[i];
+    switch (item.kind) {
+      case ItemKind::kParagraphBegin:
+        text.paragraphs.push_back(item.ref);
+        text.begins.push_back(i);
+        break;
+      case ItemKind::kElementBegin:
+      case ItemKind::kTableAnchor:
+      case ItemKind::kFrameAnchor:
+      case ItemKind::kNoteAnchor:
+      case ItemKind::kHiddenPlace:
+        text.has_more = true;
+        break;
+      default:
+        break;
+    }
+  }
+  const auto first =
+      std::find_if(text.paragraphs.begin(), text.paragraphs.end(),
+                   [&](std::uint32_t paragraph) { return IsEntryTag(settings, TagOf(list, paragraph)); });
+  text.first_entry = static_cast<std::size_t>(first - text.paragraphs.begin());
+  return text;
+}
+
+std::string Plain(const ListEntry& entry) {
+  std::string text;
+  for (const TextRun& run : entry.runs) text += run.text;
+  return text;
+}
+
+bool IsSame(const Document& list, const OwnText& own, const std::vector<ListEntry>& entries) {
+  if (own.paragraphs.size() - own.first_entry != entries.size()) return false;
+  for (std::size_t i = 0; i < entries.size(); ++i) {
+    const std::size_t place = own.first_entry + i;
+    if (TagOf(list, own.paragraphs[place]) != entries[i].format ||
+        TextFrom(list, own.begins[place]) != Plain(entries[i])) {
+      return false;
+    }
+  }
+  return true;
+}
+
+// One entry as a paragraph with one line, which enters the text frame where it is the first.
+std::string EntryParagraph(const Document& list, const MifLayout& layout, const ListEntry& entry,
+                           std::uint32_t text_frame) {
+  Numbers no_numbers(0);
+  const Formattings formattings;
+  MifRun::Start start;
+  start.indentation = 3;
+  MifRun run(list, layout, formattings, &no_numbers, start);
+  if (text_frame != 0) run.Statement("<TextRectID " + std::to_string(text_frame) + ">");
+  if (!entry.link.empty()) run.Marker("Hypertext", entry.link);
+  for (const TextRun& part : entry.runs) {
+    if (part.format) {
+      run.Statement("<Font \n <FTag " + layout.Quoted(*part.format) + ">\n <FLocked No>\n> # end of Font");
+    }
+    run.Text(part.text);
+  }
+  return layout.Lines({"<Para "}, 1) +
+         layout.Lines({"<PgfTag " + layout.Quoted(entry.format) + ">", "<ParaLine "}, 2) + run.lines() +
+         layout.Lines({"> # end of ParaLine"}, 2) + layout.Lines({"> # end of Para"}, 1);
+}
+
+}  // namespace
+
+ListSettings ReadListSettings(std::string_view component, mif::Encoding encoding) {
+  ListSettings settings;
+  mif::Reader reader(component);
+  while (reader.Next()) {
+    if (reader.kind() != mif::Piece::kLeaf || reader.depth() != 1) continue;
+    if (reader.name() == "DeriveType") settings.type = reader.data();
+    if (reader.name() == "DeriveTag") settings.tags.push_back(mif::DecodeString(reader.data(), encoding));
+    if (reader.name() == "DeriveLinks") settings.links = reader.data() == "Yes";
+    if (reader.name() == "FileNameSuffix") settings.suffix = mif::DecodeString(reader.data(), encoding);
+  }
+  if (settings.suffix.empty()) settings.suffix = settings.type;
+  return settings;
+}
+
+bool IsParagraphList(const ListSettings& settings) {
+  constexpr std::string_view kTypes[] = {"TOC", "LOF", "LOT", "LOP"};
+  return std::find(std::begin(kTypes), std::end(kTypes), settings.type) != std::end(kTypes);
+}
+
+std::unordered_map<std::string, std::string> EntryFormats(const Document& list,
+                                                          const ListSettings& settings) {
+  std::unordered_map<std::string, std::string> formats;
+  for (const std::string& tag : settings.tags) formats.emplace(tag, kPlainEntry);
+  for (std::size_t i = 1; i < list.flows.size(); ++i) {
+    const Flow& flow = list.flows[i];
+    if (flow.kind != FlowKind::kReference || flow.name != settings.suffix) continue;
+    for (std::uint32_t item = flow.first_item; item < flow.end_item; ++item) {
+      if (list.items[item].kind != ItemKind::kParagraphBegin) continue;
+      const std::string_view tag = TagOf(list, list.items[item].ref);
+      if (!tag.ends_with(settings.suffix)) continue;
+      const auto format = formats.find(std::string(tag.substr(0, tag.size() - settings.suffix.size())));
+      std::string text = TextFrom(list, item);
+      if (format != formats.end() && !text.empty()) format->second = std::move(text);
+    }
+  }
+  return formats;
+}
+
+void CollectEntries(const Document& document, ReferenceTargets* targets, const ListSettings& settings,
+                    const std::unordered_map<std::string, std::string>& formats, const std::string& file,
+                    std::vector<ListEntry>* entries) {
+  std::vector<bool> shown(document.paragraphs.size(), false);
+  for (const Item& item : document.items) {
+    if (item.kind != ItemKind::kParagraphEnd || item.Is(kDeleted)) continue;
+    shown[item.ref] = IsShown(document, item.conditions);
+  }
+  for (std::size_t i = 1; i < document.flows.size(); ++i) {
+    const Flow& flow = document.flows[i];
+    if (flow.kind != FlowKind::kBody) continue;
+    std::vector<Id> around;
+    for (std::uint32_t at = flow.first_item; at < flow.end_item; ++at) {
+      const Item& item = document.items[at];
+      if (item.kind == ItemKind::kElementBegin) around.push_back(item.ref);
+      if (item.kind == ItemKind::kElementEnd && !around.empty()) around.pop_back();
+      if (item.kind != ItemKind::kParagraphBegin || !shown[item.ref]) continue;
+      const auto format = formats.find(std::string(TagOf(document, item.ref)));
+      if (format == formats.end()) continue;
+      ListEntry entry;
+      entry.format = format->first + settings.suffix;
+      entry.runs = targets->ExpandParagraph(format->second, item.ref).runs;
+      const std::string number =
+          settings.links ? ElementNumber(document, at, around.empty() ? 0 : around.back()) : std::string();
+      if (!number.empty()) entry.link = "openObjectId " + file + ":5 " + number;
+      if (!entry.runs.empty()) entries->push_back(std::move(entry));
+    }
+  }
+}
+
+bool SetEntries(Document* list, const ListSettings& settings, const std::vector<ListEntry>& entries,
+                std::string* problem) {
+  problem->clear();
+  if (list->format != Format::kMif || list->main_flow == 0) {
+    *problem = "the file has no text flow in MIF";
+    return false;
+  }
+  const OwnText own = ReadOwnText(*list, settings);
+  if (own.has_more || own.paragraphs.empty()) {
+    *problem = "its text holds elements, tables, frames, footnotes or hidden text, or nothing at all";
+    return false;
+  }
+  if (IsSame(*list, own, entries)) return false;
+  const MifLayout layout(*list);
+  const auto place = [&](std::size_t i) { return list->paragraphs[own.paragraphs[i]]; };
+  const bool keeps_title = own.first_entry != 0;
+  // Without entries a text still has a paragraph.
+  if (entries.empty() && !keeps_title) {
+    *problem = "there is nothing to list";
+    return false;
+  }
+  const std::uint32_t text_frame = keeps_title ? 0 : list->flows[list->main_flow].text_frame;
+  std::string text;
+  for (const ListEntry& entry : entries) {
+    text += EntryParagraph(*list, layout, entry, &entry == &entries.front() ? text_frame : 0);
+  }
+  const Paragraph last = place(own.paragraphs.size() - 1);
+  const std::uint32_t end = layout.Removal(last.begin, last.end).end;
+  const bool has_entries = own.first_entry < own.paragraphs.size();
+  const std::uint32_t begin = has_entries ? layout.LineBegin(place(own.first_entry).begin) : end;
+  list->replacements.insert_or_assign(begin, Replacement{{begin, end}, std::move(text)});
+  list->modified = true;
+  return true;
+}
+
+}  // namespace qelm::embedded::model

@@ -1,0 +1,154 @@
+// The filter of a book's documents, one after the other, and what follows on the book as a whole.
+#include "filtering/book_filter.h"
+#include "filtering/components.h"
+#include "filtering/dangling.h"
+#include "filtering/delete_empties.h"
+#include "filtering/document_driver.h"
+#include "filtering/restore.h"
+
+namespace qelm::filtering {
+namespace {
+
+using host::Id;
+using host::kNone;
+
+class BookComponents {
+ public:
+  BookComponents(FilterContext& context, Id book)
+      : context_(context),
+        host_(context.host),
+        run_(context.run),
+        book_(book),
+        empties_(context, book),
+        references_(context.host),
+        deletes_empties_(context.run.delete_empties && context.run.mode == LaunchMode::kDuplicate &&
+                         !context.run.dry_run) {}
+
+  void Run();
+
+ private:
+  bool FilterOne(Id component);
+  void Filter(const OpenedComponent& found, FilteredComponent* entry);
+  bool CancelledBetween();
+  void DeleteEmpties();
+  void Update();
+  void Sum();
+
+  FilterContext& context_;
+  host::Host& host_;
+  FilterRun& run_;
+  Id book_;
+  EmptyComponents empties_;
+  DanglingReferences references_;
+  bool deletes_empties_;
+  Ending ending_ = Ending::kCompleted;  // of the book: the first that was not well
+  bool cancelled_ = false;
+};
+
+void BookComponents::Run() {
+  run_.cancel_flag = 0;
+  Id component = host_.books.FirstComponent(book_);
+  while (component != kNone && FilterOne(component)) component = host_.books.NextComponent(book_, component);
+  Sum();
+  run_.ending = ending_;
+  run_.cancelled = cancelled_;
+  run_.result_document = kNone;
+  run_.cancel_flag = component == kNone ? 0 : 1;
+  run_.would_go.clear();
+  if (run_.cancel_flag != 0) return;
+  if (deletes_empties_) DeleteEmpties();
+  for (const std::string& path : run_.removed_files) references_.AddRemovedFile(path);
+  run_.dangling = references_.Find();
+  if (!run_.dry_run) Update();
+}
+
+bool BookComponents::FilterOne(Id component) {
+  FilteredComponent& entry = EntryOf(&run_, component);
+  entry.generated = host_.books.IsGenerated(book_, component);
+  // What was passed over before the book was copied is not in the copy.
+  if (entry.generated || !entry.why.empty()) return true;
+  if (CancelledBetween()) return false;
+  const OpenedComponent found = OpenComponent(host_, book_, component, run_.suppress_opening_alerts);
+  entry.path = found.path;
+  entry.why = found.why;
+  entry.opened = found.document != kNone;
+  if (!entry.opened) return true;
+  Filter(found, &entry);
+  const bool goes_on = run_.cancel_flag == 0;
+  if (!goes_on && run_.mode != LaunchMode::kDuplicate && run_.touched) UndoFilter(context_, found.document);
+  if (goes_on) references_.Add(found.document, run_.would_go);
+  if (goes_on && deletes_empties_) empties_.Look(found.document, &entry);
+  const ComponentStage stage = run_.dry_run ? ComponentStage::kChecked
+                               : goes_on    ? ComponentStage::kDone
+                                            : ComponentStage::kGivenUp;
+  if (context_.component_done && !context_.component_done(found.document, found.opened, stage) && goes_on) {
+    entry.ending = Ending::kNotSaved;
+    if (run_.prompts) {
+      const std::string why(host_.documents.LastError());
+      context_.messenger.AlertFormatted("QELM_MSG_FILTER_57",
+                                        context_.messenger.Format("QELM_MSG_FILTER_57", entry.path, why));
+    }
+  }
+  if (ending_ == Ending::kCompleted) ending_ = entry.ending;
+  return goes_on && entry.ending != Ending::kNotSaved;
+}
+
+void BookComponents::Filter(const OpenedComponent& found, FilteredComponent* entry) {
+  FilterDocument(context_, found.document);
+  static_cast<FilterCounts&>(*entry) = run_;
+  entry->ending = run_.ending;
+  cancelled_ = cancelled_ || run_.cancelled;
+}
+
+// A small document may be over before the walk looks for Esc.
+bool BookComponents::CancelledBetween() {
+  if (!host_.user.EscPressed() || !context_.messenger.Ask("QELM_MSG_FILTER_20")) return false;
+  cancelled_ = true;
+  ending_ = Ending::kByUser;
+  return true;
+}
+
+void BookComponents::DeleteEmpties() {
+  if (empties_.Remove()) return;
+  run_.ending = Ending::kNotDeleted;
+  if (!run_.prompts) return;
+  const std::string why(host_.documents.LastError());
+  context_.messenger.AlertFormatted("QELM_MSG_FILTER_58",
+                                    context_.messenger.Format("QELM_MSG_FILTER_58", why));
+}
+
+void BookComponents::Update() {
+  constexpr std::uint32_t kUpdated =
+      host::kUpdateNumbering | host::kUpdateGeneratedFiles | host::kUpdateCrossReferences;
+  context_.messenger.ShowStatus({"QELM - Filtering", "Please wait...", "Updating the new book...", ""});
+  if (host_.books.Update(book_, kUpdated)) return;
+  run_.not_updated = host_.documents.LastError();
+  if (!run_.prompts) return;
+  context_.messenger.AlertFormatted("QELM_MSG_FILTER_56",
+                                    context_.messenger.Format("QELM_MSG_FILTER_56", run_.not_updated));
+}
+
+void BookComponents::Sum() {
+  FilterCounts sum;
+  for (const FilteredComponent& entry : run_.components) {
+    sum.elements += entry.elements;
+    sum.kept += entry.kept;
+    sum.hidden += entry.hidden;
+    sum.deleted += entry.deleted;
+    sum.left += entry.left;
+  }
+  static_cast<FilterCounts&>(run_) = sum;
+}
+
+}  // namespace
+
+void FilterComponents(FilterContext& context, Id book) { BookComponents(context, book).Run(); }
+
+void FilterBookComponents(FilterContext& context, Id book) {
+  ClearOutcome(&context.run);
+  ClearBookOutcome(&context.run);
+  context.run.result_book = book;
+  FilterComponents(context, book);
+}
+
+}  // namespace qelm::filtering

@@ -1,0 +1,176 @@
+#include "filtering/book_copy.h"
+
+#include "common/paths.h"
+#include "common/utf8.h"
+
+namespace qelm::filtering {
+namespace {
+
+using host::Id;
+using host::kNone;
+using Role = CopiedFile::Role;
+
+constexpr std::size_t kStatusNameLimit = 50;
+
+}  // namespace
+
+BookCopy::BookCopy(host::Host& host, messages::Messenger& messenger, Id book, const std::string& folder,
+                   bool redirect)
+    : host_(host),
+      messenger_(messenger),
+      book_(book),
+      redirect_(redirect),
+      folder_(host.platform.ResolvedPath(folder)),
+      plan_(host, book) {}
+
+std::int32_t BookCopy::Copy() {
+  const std::string source(common::FolderOf(plan_.Files().front().source));
+  if (host_.platform.SameFile(source, folder_)) return kOutputIsSource;
+  if (!plan_.AddShownFiles([this] { return Stopped(); })) return kCopyStopped;
+  plan_.ChooseTargets(folder_);
+  if (!Check()) return kCopyFailed;
+  StagedFiles staged(host_.platform, folder_);
+  if (!staged.Begin()) {
+    Fail("QELM_MSG_FILTER_52", folder_);
+    return kCopyFailed;
+  }
+  for (std::size_t i = 0; i < plan_.Files().size(); ++i) {
+    if (Stopped()) return kCopyStopped;
+    if (!CopyOne(i, &staged)) return kCopyFailed;
+  }
+  if (Stopped()) return kCopyStopped;
+  if (!Place(&staged) || !OpenNewBook()) return kCopyFailed;
+  staged.Keep();
+  return kDone;
+}
+
+bool BookCopy::Check() { return CheckTargets() && CheckSpace(); }
+
+// A copy must not take the place of what is being copied, by whatever way it would come there, nor of a file
+// that is open.
+bool BookCopy::CheckTargets() {
+  for (const CopyPlan::File& file : plan_.Files()) {
+    if (!host_.platform.FileExists(file.target)) continue;
+    if (plan_.FindFile(file.target) != CopyPlan::kNoFile) return Fail("QELM_MSG_FILTER_53", file.target);
+    for (Id open = host_.documents.FirstOpenDocument(); open != kNone;
+         open = host_.documents.NextOpenDocument(open)) {
+      const std::string path(host_.documents.Path(open));
+      if (host_.platform.SameFile(path, file.target)) return Fail("QELM_MSG_FILTER_54", file.target);
+    }
+  }
+  return true;
+}
+
+bool BookCopy::CheckSpace() {
+  std::uint64_t needed = 0;
+  for (const CopyPlan::File& file : plan_.Files()) {
+    needed += host_.platform.FileSize(file.source).value_or(0);
+  }
+  const std::optional<std::uint64_t> free = host_.platform.FreeSpace(folder_);
+  if (!free || needed <= *free) return true;
+  why_ = messenger_.Format("QELM_MSG_FILTER_55", needed, *free);
+  return false;
+}
+
+bool BookCopy::CopyOne(std::size_t number, StagedFiles* staged) {
+  const CopyPlan::File& file = plan_.Files()[number];
+  const std::string name(common::FileName(file.source));
+  messenger_.ShowStatus({"QELM - Filtering",
+                         "Copying:", std::string(common::FirstCharacters(name, kStatusNameLimit)),
+                         "Press Esc to cancel"});
+  const std::string copy = staged->Add(file.source);
+  copies_.push_back(copy);
+  if (copy.empty()) return Fail("QELM_MSG_FILTER_52", file.source);
+  return file.role == Role::kBook ? NameComponents(copy) : Redirect(number, copy);
+}
+
+// Lets the references of a copied document lead where they should. One that needs no change stays, byte for
+// byte, what it was copied from.
+bool BookCopy::Redirect(std::size_t number, const std::string& copy) {
+  const std::vector<CopyPlan::Rewrite> rewrites = plan_.RewritesFor(number, redirect_);
+  const CopyPlan::File& file = plan_.Files()[number];
+  if (rewrites.empty()) return true;
+  host::OpenStatus status = host::OpenStatus::kUnreadable;
+  const Id document = host_.documents.Open(copy, {.visible = false, .suppress_alerts = true}, &status);
+  if (document == kNone) return HostSays(file.source);
+  // References are written relative to where the document says that it is.
+  const bool done = host_.documents.SetPath(document, file.target) && SetLinks(document, rewrites) &&
+                    SaveCopy(document, copy);
+  if (!done) HostSays(file.source);
+  host_.documents.Close(document, true);
+  return done;
+}
+
+bool BookCopy::SetLinks(Id document, const std::vector<CopyPlan::Rewrite>& rewrites) {
+  std::vector<host::Link> links;
+  if (!host_.links.Read(document, &links)) return false;
+  for (const CopyPlan::Rewrite& rewrite : rewrites) {
+    if (rewrite.link >= links.size() || !host_.links.SetPath(document, links[rewrite.link], rewrite.path)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool BookCopy::NameComponents(const std::string& copy) {
+  const std::string& target = plan_.Files().front().target;
+  host::OpenStatus status = host::OpenStatus::kUnreadable;
+  const Id book = host_.documents.Open(copy, {.visible = false, .suppress_alerts = true}, &status);
+  if (book == kNone) return HostSays(plan_.Files().front().source);
+  bool done = host_.documents.SetPath(book, target);
+  // The two books are the same, so a component of one is that of the other.
+  for (Id component = host_.books.FirstComponent(book_); done && component != kNone;
+       component = host_.books.NextComponent(book_, component)) {
+    const std::size_t file = plan_.FindFile(std::string(host_.books.ComponentPath(book_, component)));
+    if (file == CopyPlan::kNoFile) continue;
+    done = host_.books.SetComponentPath(book, component, plan_.Files()[file].target);
+  }
+  done = done && SaveCopy(book, copy);
+  if (!done) HostSays(plan_.Files().front().source);
+  host_.documents.Close(book, true);
+  return done;
+}
+
+bool BookCopy::SaveCopy(Id document, const std::string& copy) {
+  host::SaveOptions options;
+  options.path = copy;
+  return !host_.documents.Switch(document, host::DocumentSwitch::kModified) ||
+         host_.documents.Save(document, options);
+}
+
+bool BookCopy::Place(StagedFiles* staged) {
+  // The book comes last, so that whoever waits for it finds all that it names.
+  for (std::size_t i = plan_.Files().size(); i-- > 0;) {
+    if (!staged->Place(copies_[i], plan_.Files()[i].target)) {
+      return Fail("QELM_MSG_FILTER_52", plan_.Files()[i].target);
+    }
+  }
+  return true;
+}
+
+bool BookCopy::OpenNewBook() {
+  const std::string& target = plan_.Files().front().target;
+  host::OpenStatus status = host::OpenStatus::kUnreadable;
+  const Id book = host_.documents.Open(target, {}, &status);
+  if (book == kNone) return HostSays(target);
+  new_book_ = book;
+  return true;
+}
+
+bool BookCopy::Stopped() {
+  stopped_ = stopped_ || (host_.user.EscPressed() && messenger_.Ask("QELM_MSG_FILTER_20"));
+  return stopped_;
+}
+
+bool BookCopy::Fail(std::string_view id, const std::string& text) {
+  why_ = messenger_.Format(id, text);
+  return false;
+}
+
+bool BookCopy::HostSays(const std::string& path) {
+  why_ = host_.documents.LastError();
+  if (why_.find(path) == std::string::npos) why_ = path + ": " + why_;
+  return false;
+}
+
+}  // namespace qelm::filtering

@@ -1,0 +1,75 @@
+// Copying a book with what it consists of into another folder.
+//
+// What is copied: the book's file, its components, and the graphics and text insets that these show by a
+// relative path or that lie in the book's folder; insets bring what they show in turn. Other files that
+// documents refer to stay where they are. Files in the book's folder keep their names and sub-folders; a file
+// from elsewhere goes into a sub-folder with the name of its own folder.
+//
+// References follow: one that leads to a copied file leads to the copy, and a relative one that leads
+// elsewhere is written anew from where the copy lies. One with an absolute path is changed only when
+// references are to be redirected.
+//
+// The copy comes into the output folder as a whole or not at all (staged_files.h). Files that lie there under
+// names of the copy are replaced, others stay. The sources are only read.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "filtering/copy_plan.h"
+#include "filtering/staged_files.h"
+#include "messages/messenger.h"
+
+namespace qelm::filtering {
+
+// The code by which a copy tells that the user stopped it.
+inline constexpr std::int32_t kCopyStopped = 210;
+
+class BookCopy {
+ public:
+  // The roles and the messenger must outlive this. Nothing is done yet.
+  BookCopy(host::Host& host, messages::Messenger& messenger, host::Id book, const std::string& folder,
+           bool redirect);
+
+  // Takes note of a component and what it refers to. Its document is open; what is copied is its file. False
+  // when the host does not tell what it refers to.
+  bool AddComponent(host::Id component, host::Id document) { return plan_.AddComponent(component, document); }
+
+  // Copies. Components that were not added are not copied; their entries stay. Returns kDone,
+  // kOutputIsSource, kCopyStopped, or kCopyFailed with why() set. The new book is open then, its documents
+  // are not.
+  std::int32_t Copy();
+
+  host::Id NewBook() const { return new_book_; }
+  const std::string& why() const { return why_; }
+  std::vector<CopiedFile> CopiedFiles() const { return plan_.CopiedFiles(); }
+
+ private:
+  bool Check();
+  bool CheckTargets();
+  bool CheckSpace();
+  bool CopyOne(std::size_t number, StagedFiles* staged);
+  bool Redirect(std::size_t number, const std::string& copy);
+  bool SetLinks(host::Id document, const std::vector<CopyPlan::Rewrite>& rewrites);
+  bool NameComponents(const std::string& copy);
+  bool SaveCopy(host::Id document, const std::string& copy);
+  bool Place(StagedFiles* staged);
+  bool OpenNewBook();
+
+  bool Stopped();
+  bool Fail(std::string_view id, const std::string& text);
+  bool HostSays(const std::string& path);
+
+  host::Host& host_;
+  messages::Messenger& messenger_;
+  host::Id book_;
+  bool redirect_;
+  std::string folder_;
+  CopyPlan plan_;
+  std::vector<std::string> copies_;  // where the copy of each file is until it is placed
+  host::Id new_book_ = host::kNone;
+  std::string why_;
+  bool stopped_ = false;
+};
+
+}  // namespace qelm::filtering

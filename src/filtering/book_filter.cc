@@ -1,0 +1,245 @@
+// The filter of the active book: the checks, the copy and the messages around its documents.
+#include "filtering/book_filter.h"
+
+#include <optional>
+
+#include "common/paths.h"
+#include "common/utf8.h"
+#include "filtering/book_copy.h"
+#include "filtering/components.h"
+#include "filtering/document_driver.h"
+#include "filtering/notify.h"
+#include "filtering/run_guards.h"
+#include "messages/document_name.h"
+#include "messages/status_shown.h"
+
+namespace qelm::filtering {
+namespace {
+
+using host::Id;
+using host::kNone;
+
+constexpr std::int64_t kMillisecondsASecond = 1000;
+constexpr std::int64_t kSecondsAMinute = 60;
+constexpr std::size_t kStatusNameLimit = 30;
+constexpr char kTitle[] = "QELM - Filtering";
+constexpr char kEsc[] = "Press Esc to cancel";
+constexpr char kNoEntryText[] = "<none>";
+
+class BookFilter {
+ public:
+  explicit BookFilter(FilterContext& context)
+      : context_(context), host_(context.host), run_(context.run), messenger_(context.messenger) {}
+
+  bool FindBook();
+  void Run();
+
+ private:
+  bool SaveFirst();
+  bool Preprocess();
+  bool PreprocessOne(Id component);
+  bool Check(const OpenedComponent& found, FilteredComponent* entry);
+  bool CancelledBefore();
+  void TellPassedOver();
+  bool CopyBook();
+  void SetEntryTexts(Id book);
+  void Conclude();
+  void Elapsed();
+
+  bool End(Ending ending, std::string_view id);
+  bool EndFormatted(Ending ending, std::string_view id, const std::string& text);
+  void Tell(std::string_view id, const std::string& text) {
+    if (run_.prompts && !run_.dry_run) messenger_.AlertFormatted(id, text);
+  }
+  bool Copies() const { return run_.mode == LaunchMode::kDuplicate && !run_.dry_run; }
+
+  FilterContext& context_;
+  host::Host& host_;
+  FilterRun& run_;
+  messages::Messenger& messenger_;
+  Id book_ = kNone;
+  std::int64_t started_ = 0;
+  std::optional<BookCopy> copy_;
+  std::string fully_filtered_;
+};
+
+bool BookFilter::End(Ending ending, std::string_view id) {
+  return EndFormatted(ending, id, messenger_.Get(id));
+}
+
+bool BookFilter::EndFormatted(Ending ending, std::string_view id, const std::string& text) {
+  run_.ending = ending;
+  run_.cancel_flag = 1;
+  if (run_.prompts) messenger_.AlertFormatted(id, text);
+  return false;
+}
+
+bool BookFilter::FindBook() {
+  book_ = host_.documents.ActiveBook();
+  if (book_ == kNone) return End(Ending::kMissingDocument, "QELM_MSG_GEN_11");
+  if (!context_.scheme.Active()) return End(Ending::kMissingScheme, "QELM_MSG_FILTER_44");
+  return true;
+}
+
+void BookFilter::Run() {
+  started_ = host_.platform.Milliseconds();
+  const messages::StatusShown status(host_.user);
+  ScreenUpdatesOff screen(host_.session, book_, run_.disable_screen_updates && !run_.dry_run);
+  messenger_.ShowStatus({kTitle, "Filtering Book", "Please wait...", kEsc});
+  if (!SaveFirst() || !Preprocess()) return;
+  TellPassedOver();
+  run_.result_book = book_;
+  const bool ready = !Copies() || CopyBook();
+  if (ready) {
+    if (!run_.dry_run) SetEntryTexts(run_.result_book);
+    FilterComponents(context_, run_.result_book);
+  } else if (run_.ending != Ending::kByUser) {
+    return;
+  }
+  host_.documents.Activate(run_.result_book);
+  Conclude();
+}
+
+bool BookFilter::SaveFirst() {
+  const bool saves = run_.save_first && !run_.dry_run;
+  if (saves && !host_.documents.Save(book_, {})) return End(Ending::kNotSaved, "QELM_MSG_FILTER_19");
+  messenger_.ShowStatus(
+      {kTitle, saves ? "Saving and preprocessing files..." : "Preprocessing files...", "", kEsc});
+  return true;
+}
+
+bool BookFilter::Preprocess() {
+  if (Copies()) {
+    copy_.emplace(host_, messenger_, book_, run_.output_folder, run_.redirect_cross_references);
+  }
+  for (Id component = host_.books.FirstComponent(book_); component != kNone;
+       component = host_.books.NextComponent(book_, component)) {
+    if (CancelledBefore() || !PreprocessOne(component)) return false;
+  }
+  return true;
+}
+
+bool BookFilter::CancelledBefore() {
+  if (!host_.user.EscPressed() || !messenger_.Ask("QELM_MSG_FILTER_20")) return false;
+  run_.cancelled = true;
+  End(Ending::kByUser, "QELM_MSG_GEN_13");
+  return true;
+}
+
+bool BookFilter::PreprocessOne(Id component) {
+  FilteredComponent& entry = EntryOf(&run_, component);
+  entry.generated = host_.books.IsGenerated(book_, component);
+  const OpenedComponent found = OpenComponent(host_, book_, component, run_.suppress_opening_alerts);
+  entry.path = found.path;
+  entry.why = found.why;
+  entry.opened = found.document != kNone;
+  if (!entry.opened) return true;
+  const std::string name(common::FirstCharacters(common::FileName(found.path), kStatusNameLimit));
+  messenger_.ShowStatus({kTitle, messenger_.Format("QELM_MSG_FILTER_59", name), "", kEsc});
+  const bool good = Check(found, &entry);
+  const ComponentStage stage = good ? ComponentStage::kChecked : ComponentStage::kGivenUp;
+  if (!context_.component_done || context_.component_done(found.document, found.opened, stage)) return good;
+  return EndFormatted(
+      Ending::kNotSaved, "QELM_MSG_FILTER_42",
+      messenger_.Format("QELM_MSG_FILTER_42", name, std::string(host_.documents.LastError())));
+}
+
+// What is to be known of a component while it is open.
+bool BookFilter::Check(const OpenedComponent& found, FilteredComponent* entry) {
+  if (run_.save_first && !run_.dry_run && !host_.documents.Save(found.document, {})) {
+    const std::string why(host_.documents.LastError());
+    const std::string name = messages::DocumentName(host_.documents, found.document);
+    return EndFormatted(Ending::kNotSaved, "QELM_MSG_FILTER_42",
+                        messenger_.Format("QELM_MSG_FILTER_42", name, why));
+  }
+  if (!entry->generated) {
+    const std::vector<FlowRoot> flows = FlowsOf(host_, context_.scheme, found.document);
+    Verdicts verdicts(context_, found.document);
+    if (!verdicts.Prepare(flows)) return false;
+    const FlowRoot main = MainFlow(host_, found.document);
+    entry->root_filtered = main.root != kNone && !flows.empty() && verdicts.Fails(main.root);
+  }
+  if (entry->root_filtered) {
+    fully_filtered_ = messages::Messenger::FormatText("%s  - %s\n", fully_filtered_,
+                                                      std::string(common::FileName(found.path)));
+  }
+  if (!copy_ || copy_->AddComponent(entry->component, found.document)) return true;
+  const std::string why = found.path + ": " + std::string(host_.documents.LastError());
+  return EndFormatted(Ending::kNotCopied, "QELM_MSG_FILTER_24", messenger_.Format("QELM_MSG_FILTER_24", why));
+}
+
+void BookFilter::TellPassedOver() {
+  const std::string failed = PassedOver(run_);
+  if (failed.empty()) return;
+  const std::string_view id = Copies() ? "QELM_MSG_FILTER_50" : "QELM_MSG_FILTER_51";
+  Tell(id, messenger_.Format(id, failed));
+}
+
+// In mode 3 the texts are those of the new book: the source stays what it is.
+void BookFilter::SetEntryTexts(Id book) {
+  for (const FilteredComponent& entry : run_.components) {
+    if (!entry.opened) continue;
+    const bool none = entry.root_filtered && run_.mode == LaunchMode::kDuplicate;
+    if (entry.root_filtered && !none) continue;
+    host_.books.SetEntryText(book, entry.component, none ? kNoEntryText : "");
+  }
+}
+
+// False when there is no new book: the ending says why, and only kByUser is told later on.
+bool BookFilter::CopyBook() {
+  messenger_.ShowStatus({kTitle, "Transporting book to...", run_.output_folder, kEsc});
+  switch (copy_->Copy()) {
+    case kDone:
+      run_.result_book = copy_->NewBook();
+      run_.copied = copy_->CopiedFiles();
+      return true;
+    case kOutputIsSource:
+      return End(Ending::kOutputIsSource, "QELM_MSG_FILTER_22");
+    case kCopyStopped:
+      run_.cancelled = true;
+      return End(Ending::kByUser, "QELM_MSG_FILTER_23");
+    default:
+      return EndFormatted(Ending::kNotCopied, "QELM_MSG_FILTER_24",
+                          messenger_.Format("QELM_MSG_FILTER_24", copy_->why()));
+  }
+}
+
+void BookFilter::Conclude() {
+  if (run_.ending != Ending::kCompleted) {
+    Tell("QELM_MSG_FILTER_25", messenger_.Get("QELM_MSG_FILTER_25"));
+  } else if (run_.book_completion_prompt) {
+    const bool copied = run_.mode == LaunchMode::kDuplicate;
+    const std::string_view list = copied ? "QELM_MSG_FILTER_26" : "QELM_MSG_FILTER_27";
+    if (!fully_filtered_.empty()) Tell(list, messenger_.Format(list, fully_filtered_));
+    if (copied) Tell("QELM_MSG_FILTER_28", messenger_.Get("QELM_MSG_FILTER_28"));
+  }
+  Elapsed();
+}
+
+void BookFilter::Elapsed() {
+  if (run_.ending == Ending::kByUser) Tell("QELM_MSG_FILTER_29", messenger_.Get("QELM_MSG_FILTER_29"));
+  if (run_.ending != Ending::kCompleted || !run_.book_completion_prompt) return;
+  const std::int64_t seconds = (host_.platform.Milliseconds() - started_) / kMillisecondsASecond;
+  Tell("QELM_MSG_FILTER_14",
+       messenger_.Format("QELM_MSG_FILTER_14", seconds / kSecondsAMinute, seconds % kSecondsAMinute));
+}
+
+}  // namespace
+
+std::int32_t FilterActiveBook(FilterContext& context) {
+  FilterRun& run = context.run;
+  ClearOutcome(&run);
+  ClearBookOutcome(&run);
+  BookFilter filter(context);
+  if (!filter.FindBook()) return ResultOf(run.ending);
+  if (!run.dry_run) Notify(context.host.clients, run, "QELM_Filter_Start");
+  filter.Run();
+  const bool done = run.ending == Ending::kCompleted;
+  if (!run.dry_run) {
+    Notify(context.host.clients, run, done ? "QELM_Filter_Complete" : "QELM_Filter_Cancelled");
+  }
+  const bool cancelled_early = run.ending == Ending::kByUser && run.result_book == kNone;
+  return cancelled_early ? 0 : ResultOf(run.ending);
+}
+
+}  // namespace qelm::filtering

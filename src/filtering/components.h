@@ -1,0 +1,33 @@
+// Going through the documents of a book.
+#pragma once
+
+#include <string>
+
+#include "filtering/document_filter.h"
+
+namespace qelm::filtering {
+
+struct OpenedComponent {
+  std::string path;
+  host::Id document = host::kNone;  // 0: it cannot be opened, or is no document, and
+  std::string why;                  // this is why
+  bool opened = false;              // it was not open before
+};
+
+// Opens the component where it is not open. One that is a book in turn has no document.
+OpenedComponent OpenComponent(host::Host& host, host::Id book, host::Id component, bool suppress_alerts);
+
+// What the run tells of the component, in the order in which components first came up.
+FilteredComponent& EntryOf(FilterRun* run, host::Id component);
+
+// The paths of the components that were passed over, with the reasons, a line each; empty for none. Generated
+// ones are not among them.
+std::string PassedOver(const FilterRun& run);
+
+// Filters the documents of a book and updates it, with what the run knows of its components already.
+void FilterComponents(FilterContext& context, host::Id book);
+
+// Forgets what came of an earlier run over a book.
+void ClearBookOutcome(FilterRun* run);
+
+}  // namespace qelm::filtering

@@ -1,0 +1,65 @@
+// Files that come into a folder all together or not at all.
+//
+//   StagedFiles staged(platform, folder);
+//   if (!staged.Begin()) ...
+//   const std::string copy = staged.Add(source);   // beside the place where it will be
+//   ... change it ...
+//   staged.Place(copy, target); ...
+//   staged.Keep();
+//
+// Files are made in a folder of their own inside the folder, and moved when all of them are ready. What lay
+// at their targets is kept until the end. Without Keep, the destructor puts everything back as it was: what
+// was there before, and only that, is there again. A process that is killed leaves that one inner folder, or,
+// killed while files are moved, in it the files that were replaced.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/interface/platform.h"
+
+namespace qelm::filtering {
+
+class StagedFiles {
+ public:
+  // `folder` is absolute and without detours.
+  StagedFiles(host::Platform& platform, std::string folder)
+      : platform_(platform), folder_(std::move(folder)) {}
+  ~StagedFiles() { Undo(); }
+  StagedFiles(const StagedFiles&) = delete;
+  StagedFiles& operator=(const StagedFiles&) = delete;
+
+  // Makes the folders. False when that is not possible.
+  bool Begin();
+
+  // Copies a file; returns where the copy is, empty when it could not be made.
+  std::string Add(const std::string& source);
+
+  // Moves a file to its target, which lies in the folder or in one below that is made. False when it could
+  // not be done.
+  bool Place(const std::string& staged, const std::string& target);
+
+  // The files stay where they were placed.
+  void Keep();
+
+ private:
+  struct Placed {
+    std::string target;
+    std::string before;  // where the file is that was there; empty: there was none
+  };
+
+  bool MakeFolder(const std::string& folder);
+  void Undo();
+  void Remove(const std::string& file);
+  void RemoveStage();
+
+  host::Platform& platform_;
+  std::string folder_;
+  std::string stage_;                      // empty: not begun
+  std::vector<std::string> staged_;        // files that were made in the stage
+  std::vector<std::string> made_folders_;  // outer ones first
+  std::vector<Placed> placed_;
+  bool kept_ = false;
+};
+
+}  // namespace qelm::filtering

@@ -1,0 +1,179 @@
+// Updating books: numbers that run through the components, and the texts of cross-references.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "embedded/host_session.h"
+#include "support/golden_text.h"
+#include "support/mif_files.h"
+
+namespace qelm::embedded::adapter {
+namespace {
+
+using host::Id;
+using testing::Mif;
+using testing::MifBook;
+using testing::MifFile;
+
+// What the documents of these tests number, and how their references read.
+constexpr std::string_view kCatalogs = R"(<PgfCatalog 
+ <Pgf 
+  <PgfTag `Heading'>
+  <PgfAutoNum Yes>
+  <PgfNumFormat `H:<n+\>.\\t'>
+ > # end of Pgf
+ <Pgf 
+  <PgfTag `Body'>
+ > # end of Pgf
+> # end of PgfCatalog
+<XRefFormats 
+ <XRefFormat 
+  <XRefName `Head'>
+  <XRefDef `<$elemparanumonly\> <Emphasis\><$elemparatext\><Default \xa6  Font\> (<$elemtag\>)'>
+ > # end of XRefFormat
+ <XRefFormat 
+  <XRefName `Under'>
+  <XRefDef `in <$paratext[Heading]\>, No <$attribute[no:Sec]\>'>
+ > # end of XRefFormat
+ <XRefFormat 
+  <XRefName `Odd'>
+  <XRefDef `<$moon\>'>
+ > # end of XRefFormat
+> # end of XRefFormats
+)";
+
+std::string Chapter(const std::string& body) {
+  MifFile file;
+  file.flows = {{.text = body}};
+  file.level = "7.00";
+  const std::vector<testing::MifAttribute> id = {{"id", "FAttrUniqueId", {}, {}}};
+  file.definitions = {{"Title", id}, {"P", id}};
+  std::string text = Mif(file);
+  const std::size_t old = text.find("<PgfCatalog");
+  const std::size_t end = text.find("> # end of PgfCatalog\n", old) + 22;
+  return text.replace(old, end - old, kCatalogs);
+}
+
+class BookUpdateTest : public ::testing::Test, protected testing::HostSession {
+ protected:
+  // Opens a book of chapters a.mif, b.mif, ... whose paragraph numbers go on from one to the next.
+  Id OpenBook(const std::vector<std::string>& bodies) {
+    std::vector<std::string> names;
+    for (const std::string& body : bodies) {
+      names.push_back(std::string(1, static_cast<char>('a' + names.size())) + ".mif");
+      folder.Write(names.back(), Chapter(body));
+    }
+    std::string book = MifBook(names);
+    for (std::size_t at = 0; (at = book.find("<BookComponent", at)) != std::string::npos; ++at) {
+      book.insert(book.find('\n', at) + 1, " <PgfNumbering Continue>\n");
+    }
+    folder.Write("book.mif", book);
+    return OpenFile("book.mif");
+  }
+  // The text of a file, references as they read, paragraph numbers in front.
+  std::string Golden(const std::string& name) {
+    const Id id = OpenFile(name);
+    std::string text = testing::Golden(*embedded.Find(id));
+    host.documents.Close(id, true);
+    return text;
+  }
+  std::string Numbers(const std::string& name) {
+    std::string numbers;
+    const std::string text = folder.Read(name);
+    for (std::size_t at = 0; (at = text.find("<PgfNumString `", at)) != std::string::npos; ++at) {
+      numbers += text.substr(at + 15, text.find('\'', at + 15) - at - 15) + "|";
+    }
+    return numbers;
+  }
+
+  // Puts a component before all others of the book's file.
+  void AddComponent(const std::string& name, const std::string& more) {
+    std::string book = folder.Read("book.mif");
+    book.insert(book.find("<BookComponent"),
+                "<BookComponent \n <FileName `<c\\>" + name + "'>\n" + more + ">\n");
+    folder.Write("book.mif", book);
+  }
+  Id Reopened(Id book) {
+    if (host.books.IsBook(book)) host.documents.Close(book, true);
+    return OpenFile("book.mif");
+  }
+};
+
+constexpr std::uint32_t kBoth = host::kUpdateNumbering | host::kUpdateCrossReferences;
+
+TEST_F(BookUpdateTest, NumbersAndReferencesRunThroughTheBook) {
+  const Id book = OpenBook({
+      "<Doc>\n[Heading]<Title id=\"t1\">Pump</Title>\n[Heading]<Title id=\"t2\">Old</Title>\n"
+      "<P>see <XRef .format=\"Head\" .source=\"t3: Title: x\" .file=\"<c>b.mif\">9 x</XRef>, "
+      "<XRef .format=\"Head\" .source=\"t2: Title\">?</XRef>.</P>\n</Doc>",
+      "<Doc>\n[Heading]<Title id=\"t3\">Valve</Title>\n<Sec no=\"7\">\n<P id=\"p\">text</P>\n</Sec>\n"
+      "<P>back <XRef .format=\"Under\" .source=\"p: P\">?</XRef></P>\n</Doc>",
+  });
+  EXPECT_TRUE(host.books.Update(book, kBoth)) << host.documents.LastError();
+  EXPECT_EQ(Numbers("a.mif") + Numbers("b.mif"), "1.\\t|2.\\t|3.\\t|");
+  EXPECT_NE(Golden("a.mif").find("<XRef>3 Valve (Title)</XRef>"), std::string::npos) << Golden("a.mif");
+  EXPECT_NE(Golden("a.mif").find("<XRef>2 Old (Title)</XRef>."), std::string::npos) << Golden("a.mif");
+  EXPECT_NE(folder.Read("a.mif").find("<FTag `Emphasis'>"), std::string::npos);
+  EXPECT_NE(Golden("b.mif").find("<XRef>in Valve, No 7</XRef>"), std::string::npos) << Golden("b.mif");
+  const std::string once = folder.Read("a.mif");
+  EXPECT_TRUE(host.books.Update(book, kBoth));
+  EXPECT_EQ(folder.Read("a.mif"), once) << "what is up to date stays byte for byte";
+}
+
+TEST_F(BookUpdateTest, WhatCannotBeUpdatedStaysAndIsReported) {
+  const Id book = OpenBook({
+      "<Doc>\n<P>1 <XRef .format=\"Head\" .source=\"none: Title\">gone</XRef></P>\n"
+      "<P>2 <XRef .format=\"Nameless\" .source=\"none: Title\">no format</XRef></P>\n"
+      "<P id=\"p\">3 <XRef .format=\"Odd\" .source=\"p: P\">odd</XRef></P>\n"
+      "<P>4 <XRef .format=\"Head\" .source=\"x: P\" .file=\"<c>away.mif\">away</XRef></P>\n</Doc>",
+  });
+  const std::string before = folder.Read("a.mif");
+  EXPECT_FALSE(host.books.Update(book, kBoth | host::kUpdateOleLinks | host::kUpdateMasterPages));
+  EXPECT_EQ(folder.Read("a.mif"), before);
+  std::string said;
+  for (const std::string& notice : embedded.notices()) said += notice + "\n";
+  for (const char* what :
+       {"\"gone\" to \"none\"", "\"Nameless\"", "<$moon>", "away.mif", "OLE", "master pages"}) {
+    EXPECT_NE(said.find(what), std::string::npos) << what << "\n" << said;
+  }
+  host.books.ShowErrorLog(book);
+  const std::string log = testing::Golden(*embedded.Find(host.documents.ActiveDocument()));
+  EXPECT_NE(log.find("Book error log: " + folder.File("book.mif")), std::string::npos) << log;
+  EXPECT_NE(log.find("the target is not there"), std::string::npos) << log;
+}
+
+TEST_F(BookUpdateTest, OnlyWhatIsAskedForIsUpdated) {
+  const Id book =
+      OpenBook({"<Doc>\n[Heading]<Title id=\"t1\">Pump</Title>\n<P>see <XRef .format=\"Head\" .source=\"t1: "
+                "x\">?</XRef></P>\n</Doc>"});
+  EXPECT_TRUE(host.books.Update(book, host::kUpdateNumbering));
+  EXPECT_EQ(Numbers("a.mif"), "1.\\t|");
+  EXPECT_NE(Golden("a.mif").find("<XRef>?</XRef>"), std::string::npos);
+}
+
+TEST_F(BookUpdateTest, AListIsMadeAsItsReferencePageSays) {
+  MifFile list;
+  list.flows = {{.text = "[Head]Contents\n[HeadingTOC]Old 9\n"},
+                {.text = "[HeadingTOC]\\<$paranumonly>: \\<$paratext> \\<$paratag>\n[OtherTOC]x",
+                 .place = testing::MifFlow::Place::kReference,
+                 .tag = "TOC"}};
+  folder.Write("toc.mif", Mif(list));
+  const Id book = OpenBook({
+      "<Doc>\n[Heading]<Title id=\"t1\">Pump</Title>\n<P>x</P>\n[Heading]<Title>Valve</Title>\n</Doc>",
+      "<Doc>\n[Heading]<Title id=\"t3\">Seal</Title>\n</Doc>",
+  });
+  AddComponent("toc.mif",
+               " <FileNameSuffix `TOC'>\n <DeriveType TOC>\n <DeriveTag `Heading'>\n <DeriveLinks Yes>\n");
+  EXPECT_TRUE(host.books.Update(Reopened(book), kBoth | host::kUpdateGeneratedFiles))
+      << host.documents.LastError();
+  const std::string toc = Golden("toc.mif");
+  EXPECT_EQ(toc,
+            "Contents\n<!Marker/>1: Pump Heading\n<!Marker/>2: Valve Heading\n<!Marker/>3: Seal Heading");
+  EXPECT_NE(folder.Read("toc.mif").find("<MText `openObjectId b.mif:5 "), std::string::npos);
+  const std::string once = folder.Read("toc.mif");
+  EXPECT_TRUE(host.books.Update(Reopened(book), host::kUpdateGeneratedFiles | host::kUpdateNumbering));
+  EXPECT_EQ(folder.Read("toc.mif"), once);
+}
+
+}  // namespace
+}  // namespace qelm::embedded::adapter

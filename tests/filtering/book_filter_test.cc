@@ -1,0 +1,329 @@
+// Filtering and restoring books: what happens to their files, what the user is told, and what is left of a
+// run that did not come to its end.
+#include "filtering/book_filter.h"
+
+#include "filtering/book_session.h"
+#include "support/failing_host.h"
+
+namespace qelm::filtering {
+namespace {
+
+using testing::BookSession;
+using testing::FailingHost;
+using Files = std::map<std::string, std::string>;
+using Texts = std::vector<std::string>;
+
+const std::vector<std::pair<std::string, std::string>> kThree = {
+    {"a.mif", "Doc(P x=('gone') P('a'))"}, {"b.mif", "Doc x=(P('b'))"}, {"parts/c.mif", "Doc(P('c'))"}};
+
+schemes::Scheme NoX() { return testing::Classic({{"x", {}}}); }
+
+FilterRun InMode(LaunchMode mode) {
+  FilterRun wanted = testing::InMode(mode);
+  wanted.target = TargetKind::kBook;
+  return wanted;
+}
+FilterRun Copying() { return InMode(LaunchMode::kDuplicate); }
+
+std::int32_t CountOf(const Texts& texts, const std::string& text) {
+  return static_cast<std::int32_t>(std::count(texts.begin(), texts.end(), text));
+}
+
+TEST(BookFilter, CopyIsFilteredAndTheSourceStays) {
+  BookSession session(kThree);
+  const Files before = session.Files("src");
+  FilterRun wanted = Copying();
+  wanted.delete_empties = false;
+  wanted.notify = true;
+  wanted.notification_client = "Me";
+  EXPECT_EQ(session.Filter(NoX(), wanted), kDone);
+  EXPECT_EQ(session.Files("src"), before);
+  EXPECT_EQ(session.Outline("out/a.mif"), "Doc(P('a'))");
+  EXPECT_EQ(session.Outline("out/b.mif"), "");
+  EXPECT_EQ(session.Outline("out/parts/c.mif"), "Doc(P('c'))");
+  EXPECT_EQ(session.inner().documents.Path(session.run.result_book), session.folder.File("out/book.mif"));
+  EXPECT_EQ(session.inner().documents.ActiveBook(), session.run.result_book);
+  EXPECT_EQ(session.clients.sent, (Texts{"Me:QELM_Filter_Start", "Me:QELM_Filter_Complete"}));
+  ASSERT_EQ(session.run.components.size(), 3U);
+  EXPECT_EQ(session.run.deleted, 2U);
+  EXPECT_EQ(session.run.components[0].deleted, 1U);
+  EXPECT_TRUE(session.run.components[1].root_filtered);
+  EXPECT_EQ(session.inner().books.EntryText(session.run.result_book, 2), "<none>");
+  EXPECT_EQ(session.inner().books.EntryText(session.run.result_book, 1), "");
+}
+
+TEST(BookFilter, TellsWhatIsFullyFilteredAndTheTime) {
+  struct Row {
+    LaunchMode mode;
+    Texts last;
+  };
+  const Row rows[] = {
+      {LaunchMode::kDuplicate, {"QELM_MSG_FILTER_26", "QELM_MSG_FILTER_28", "QELM_MSG_FILTER_14"}},
+      {LaunchMode::kSourceRestoreFirst, {"QELM_MSG_FILTER_27", "QELM_MSG_FILTER_14"}}};
+  for (const Row& row : rows) {
+    for (const bool prompt : {true, false}) {
+      BookSession session(kThree);
+      FilterRun wanted = InMode(row.mode);
+      wanted.book_completion_prompt = prompt;
+      EXPECT_EQ(session.Filter(NoX(), wanted), kDone);
+      std::erase(session.user.shown, "QELM_MSG_FILTER_56");  // whether the book could be updated
+      EXPECT_EQ(session.user.shown, prompt ? row.last : Texts());
+    }
+  }
+}
+
+TEST(BookFilter, SourceModesHideInPlaceAndARestoreShowsAll) {
+  BookSession session(kThree);
+  EXPECT_EQ(session.Filter(NoX(), InMode(LaunchMode::kSourceRestoreFirst)), kDone);
+  EXPECT_EQ(session.Outline("src/a.mif"), "Doc(P('gone'~Hidden) P('a'))");
+  EXPECT_EQ(session.Outline("src/b.mif"), "Doc(P('b'~Hidden))");
+  EXPECT_EQ(session.run.hidden, 2U);
+  EXPECT_TRUE(session.Files("out").empty());
+  EXPECT_EQ(session.Filter(testing::Classic({{"y", {}}}), InMode(LaunchMode::kSourceNoRestore)), kDone);
+  EXPECT_EQ(session.Outline("src/b.mif"), "Doc(P('b'~Hidden))") << "what was hidden before stays hidden";
+
+  session.inner().documents.Activate(session.book);
+  session.run.notify = true;
+  session.run.notification_client = "Me";
+  EXPECT_EQ(session.Restore(), kDone);
+  EXPECT_EQ(session.Outline("src/a.mif"), "Doc(P('gone') P('a'))");
+  EXPECT_EQ(session.Outline("src/b.mif"), "Doc(P('b'))");
+  EXPECT_EQ(session.clients.sent,
+            (Texts{"Me:QELM_Filter_RestoreBook_Start", "Me:QELM_Filter_RestoreBook_Complete"}));
+  session.user.no = {"QELM_MSG_FILTER_33"};
+  EXPECT_EQ(session.Restore(), 0);
+  EXPECT_EQ(session.run.ending, Ending::kDeclined);
+}
+
+TEST(BookFilter, WithoutABookOrASchemeNothingBegins) {
+  BookSession session(kThree);
+  EXPECT_EQ(session.Filter({}, Copying()), kNoActiveScheme);
+  EXPECT_EQ(session.user.shown, Texts{"QELM_MSG_FILTER_44"});
+  session.inner().documents.Close(session.book, true);
+  EXPECT_EQ(session.Filter(NoX(), Copying()), kNoDocument);
+  EXPECT_EQ(session.Restore(), kNoDocument);
+  EXPECT_EQ(CountOf(session.user.shown, "QELM_MSG_GEN_11"), 2);
+}
+
+TEST(BookFilter, OutputFolderThatIsTheSourceIsRefusedHoweverItIsSpelled) {
+  BookSession session(kThree);
+  const std::string source = session.folder.File("src");
+  std::filesystem::create_symlink(source, session.folder.File("link"));
+  const Files before = session.Files("src");
+  for (const std::string& folder : {source, source + "/", source + "/.", source + "/missing/..",
+                                    session.folder.File("src/../src"), session.folder.File("link")}) {
+    session.user.shown.clear();
+    session.inner().documents.Activate(session.book);
+    FilterRun wanted = Copying();
+    wanted.output_folder = folder;
+    EXPECT_EQ(session.Filter(NoX(), wanted), kOutputIsSource) << folder;
+    EXPECT_EQ(session.user.shown, Texts{"QELM_MSG_FILTER_22"});
+    EXPECT_EQ(session.Files("src"), before);
+  }
+}
+
+TEST(BookFilter, CopyNeverReplacesWhatItIsMadeFrom) {
+  // Up there the sub-folder's file would take the place of a file of the book.
+  BookSession session({{"a.mif", "Doc(P('a'))"}, {"src/a.mif", "Doc(P('inner'))"}});
+  const Files before = session.Files("src");
+  FilterRun wanted = Copying();
+  wanted.output_folder = session.folder.path();
+  EXPECT_EQ(session.Filter(NoX(), wanted), kCopyFailed);
+  EXPECT_EQ(session.user.shown, Texts{"QELM_MSG_FILTER_24"});
+  EXPECT_EQ(session.Files("src"), before);
+  EXPECT_EQ(session.folder.Names(), Texts{"src"});
+}
+
+TEST(BookFilter, ComponentsThatCannotBeOpenedAreNamedAndNotCopied) {
+  BookSession session({{"missing.mif", ""}, {"a.mif", "Doc(P x=('gone') P('a'))"}, {"binary.mif", "Doc"}});
+  session.folder.Write("src/binary.mif", "<MakerFile 10.0K>");
+  const Files before = session.Files("src");
+  for (const LaunchMode mode : {LaunchMode::kDuplicate, LaunchMode::kSourceRestoreFirst}) {
+    session.user.texts.clear();
+    session.inner().documents.Activate(session.book);
+    EXPECT_EQ(session.Filter(NoX(), InMode(mode)), kDone);
+    EXPECT_FALSE(session.run.components[0].opened);
+    EXPECT_NE(session.run.components[0].why.find("src/missing.mif"), std::string::npos);
+    EXPECT_NE(session.run.components[2].why.find("src/binary.mif"), std::string::npos);
+    EXPECT_EQ(session.run.components[1].elements, 3U);
+  }
+  EXPECT_EQ(session.Outline("out/a.mif"), "Doc(P('a'))");
+  EXPECT_EQ(session.Files("out").count("binary.mif"), 0U);
+  EXPECT_EQ(session.folder.Read("src/binary.mif"), before.at("binary.mif"));
+  EXPECT_EQ(CountOf(session.user.shown, "QELM_MSG_FILTER_50"), 1);
+  EXPECT_EQ(CountOf(session.user.shown, "QELM_MSG_FILTER_51"), 1);
+}
+
+TEST(BookFilter, EmptiedComponentsGoWithTheirFiles) {
+  BookSession session({{"a.mif", "Doc(P x=('gone'))"},
+                       {"b.mif", "Doc(P('b'))"},
+                       {"c.mif", "Doc x=(P('c'))"},
+                       {"d.mif", "Doc('text' P x=('gone'))"},
+                       {"e.mif", "Doc"}});
+  EXPECT_EQ(session.Filter(NoX(), Copying()), kDone);
+  host::Books& books = session.inner().books;
+  const host::Id book = session.run.result_book;
+  Texts left;
+  for (host::Id at = books.FirstComponent(book); at != host::kNone; at = books.NextComponent(book, at)) {
+    left.push_back(std::filesystem::path(books.ComponentPath(book, at)).filename());
+  }
+  EXPECT_EQ(left, (Texts{"b.mif", "d.mif", "e.mif"})) << "what was empty before the filter is the user's";
+  EXPECT_EQ(session.run.removed_files,
+            (Texts{session.folder.File("out/a.mif"), session.folder.File("out/c.mif")}));
+  EXPECT_EQ(session.Files("out").size(), 4U);
+  EXPECT_TRUE(session.run.components[0].emptied && session.run.components[0].removed);
+}
+
+TEST(BookFilter, FilesThatWereInTheOutputFolderStayOrAreReplaced) {
+  BookSession session(kThree);
+  session.folder.Write("out/a.mif", "of yesterday");
+  session.folder.Write("out/notes.txt", "mine");
+  FilterRun wanted = Copying();
+  wanted.delete_empties = false;
+  EXPECT_EQ(session.Filter(NoX(), wanted), kDone);
+  EXPECT_EQ(session.Outline("out/a.mif"), "Doc(P('a'))");
+  EXPECT_EQ(session.folder.Read("out/notes.txt"), "mine");
+  EXPECT_EQ(session.Files("out").size(), 6U);
+}
+
+// Esc at each poll in turn, until a run comes to its end.
+void CancelEverywhere(LaunchMode mode, const std::function<void(BookSession&)>& check) {
+  for (int poll = 1;; ++poll) {
+    SCOPED_TRACE(poll);
+    BookSession session(kThree);
+    session.folder.Write("out/a.mif", "of yesterday");
+    const Files before = session.Files("src");
+    session.user.esc_at_poll = poll;
+    const std::int32_t result = session.Filter(NoX(), InMode(mode));
+    if (session.user.polls < poll) {
+      EXPECT_EQ(result, kDone);
+      EXPECT_GT(poll, 6) << "at each component at least twice";
+      return;
+    }
+    EXPECT_TRUE(session.run.cancelled);
+    EXPECT_EQ(session.run.ending, Ending::kByUser);
+    EXPECT_EQ(result, session.run.result_book == host::kNone ? 0 : kCancelled);
+    if (mode == LaunchMode::kDuplicate) EXPECT_EQ(session.Files("src"), before);
+    check(session);
+  }
+}
+
+TEST(BookFilter, CancelledCopyLeavesNothingAndACompleteOneStays) {
+  CancelEverywhere(LaunchMode::kDuplicate, [](BookSession& session) {
+    const Files out = session.Files("out");
+    const bool copied = !session.run.copied.empty();
+    EXPECT_EQ(out.size(), copied ? 5U : 1U);
+    EXPECT_EQ(out.at("a.mif") == "of yesterday", !copied);
+    const bool stopped = CountOf(session.user.shown, "QELM_MSG_FILTER_23") != 0;
+    const bool early = CountOf(session.user.shown, "QELM_MSG_GEN_13") != 0;
+    EXPECT_EQ(stopped || early, !copied);
+    EXPECT_EQ(CountOf(session.user.shown, "QELM_MSG_FILTER_29"), early ? 0 : 1);
+    EXPECT_EQ(CountOf(session.user.shown, "QELM_MSG_FILTER_25"), early ? 0 : 1);
+  });
+}
+
+TEST(BookFilter, CancelledInPlaceLeavesWholeFilesOnly) {
+  CancelEverywhere(LaunchMode::kSourceRestoreFirst, [](BookSession& session) {
+    for (const FilteredComponent& entry : session.run.components) {
+      const std::string name = std::filesystem::path(entry.path).filename();
+      if (name != "a.mif") continue;
+      const bool done = entry.ending == Ending::kCompleted;
+      EXPECT_EQ(session.Outline("src/a.mif"),
+                done ? "Doc(P('gone'~Hidden) P('a'))" : "Doc(P('gone') P('a'))");
+    }
+  });
+}
+
+TEST(BookFilter, ComponentThatFailsEndsTheRunAndIsUndone) {
+  const std::vector<std::pair<std::string, std::string>> components = {
+      {"a.mif", "Doc(P x=('gone') P('a'))"},
+      {"b.mif", "Doc(P x=('b') Table(Title x=('t') Body(Row(Cell('1')))))"},
+      {"c.mif", "Doc(P x=('c'))"}};
+  BookSession session(components);
+  const Files before = session.Files("src");
+  session.user.no = {"QELM_MSG_FILTER_32"};
+  EXPECT_EQ(session.Filter(NoX(), InMode(LaunchMode::kSourceRestoreFirst)), kCancelled);
+  EXPECT_EQ(session.run.ending, Ending::kTitleStays);
+  EXPECT_EQ(session.Outline("src/a.mif"), "Doc(P('gone'~Hidden) P('a'))");
+  EXPECT_EQ(session.folder.Read("src/b.mif"), before.at("b.mif"));
+  EXPECT_EQ(session.folder.Read("src/c.mif"), before.at("c.mif"));
+  EXPECT_EQ(session.run.components[2].ending, Ending::kNone);
+  EXPECT_EQ(session.user.shown.back(), "QELM_MSG_FILTER_25");
+}
+
+TEST(BookFilter, SchemeThatCannotBeUsedIsSaidOnceAndBeforeAnything) {
+  BookSession session(kThree);
+  const Files before = session.Files("src");
+  EXPECT_EQ(session.Filter(testing::XPath({"//P[@x=="}), Copying()), 0);
+  EXPECT_EQ(session.run.ending, Ending::kSchemeRefused);
+  EXPECT_EQ(session.user.shown, Texts{"QELM_MSG_FILTER_38"});
+  EXPECT_EQ(session.Files("src"), before);
+  EXPECT_TRUE(session.Files("out").empty());
+}
+
+TEST(BookFilter, DryRunCountsAndWritesNothing) {
+  BookSession session(kThree);
+  const Files before = session.Files("");
+  for (const LaunchMode mode : {LaunchMode::kDuplicate, LaunchMode::kSourceRestoreFirst}) {
+    FilterRun wanted = InMode(mode);
+    wanted.dry_run = true;
+    EXPECT_EQ(session.Filter(NoX(), wanted), kDone);
+    EXPECT_EQ(session.run.hidden + session.run.deleted, 2U);
+    EXPECT_EQ(session.Files(""), before);
+  }
+}
+
+// A session without a callback keeps the documents open, as a person who works with them expects.
+TEST(BookFilter, WithoutACallbackDocumentsStayOpenAndAreNotSaved) {
+  BookSession session(kThree);
+  session.saves = false;
+  const Files before = session.Files("src");
+  EXPECT_EQ(session.Filter(NoX(), InMode(LaunchMode::kSourceRestoreFirst)), kDone);
+  EXPECT_EQ(session.Files("src"), before);
+  const host::Id open = session.inner().books.ComponentDocument(session.book, 1);
+  ASSERT_NE(open, host::kNone);
+  EXPECT_TRUE(session.inner().documents.Switch(open, host::DocumentSwitch::kModified));
+}
+
+// Each operation of the host fails once. The source is never changed by a copying run, and what lies in the
+// output folder is the copy as a whole or what was there before.
+TEST(BookFilter, EveryHostOperationFailsOnce) {
+  std::map<std::string, std::int64_t> calls;
+  {
+    BookSession session(kThree);
+    session.folder.Write("out/a.mif", "of yesterday");
+    FailingHost host(session.checked().roles());
+    EXPECT_EQ(session.FilterThrough(host.roles(), NoX(), Copying()), kDone);
+    calls = host.calls();
+  }
+  for (const auto& [operation, count] : calls) {
+    const bool writes = operation.starts_with("Platform::") || operation.starts_with("Documents::") ||
+                        operation.starts_with("Books::");
+    const std::int64_t last = writes ? count : std::min<std::int64_t>(count, 3);
+    for (std::int64_t n = 1; n <= last; ++n) {
+      SCOPED_TRACE(operation + " " + std::to_string(n));
+      BookSession session(kThree);
+      session.folder.Write("out/a.mif", "of yesterday");
+      const Files before = session.Files("src");
+      FailingHost host(session.checked().roles());
+      host.FailAt(operation, n);
+      const std::int32_t result = session.FilterThrough(host.roles(), NoX(), Copying());
+      EXPECT_EQ(session.Files("src"), before);
+      const Files out = session.Files("out");
+      if (session.run.copied.empty()) {
+        EXPECT_EQ(out, (Files{{"a.mif", "of yesterday"}}));
+      } else {
+        // A component that was passed over is not copied.
+        EXPECT_EQ(out.count("book.mif"), 1U);
+        EXPECT_EQ(out.count("a.mif"), 1U);
+        const bool opened = session.run.components.front().opened;
+        EXPECT_EQ(session.folder.Read("out/a.mif") == "of yesterday", !opened);
+      }
+      EXPECT_EQ(result == kDone, session.run.ending == Ending::kCompleted);
+      if (result != kDone) EXPECT_FALSE(session.user.shown.empty());
+    }
+  }
+}
+
+}  // namespace
+}  // namespace qelm::filtering
