@@ -30,6 +30,14 @@ template <SchemeKind kind>
 std::int32_t SetScheme(Plugin& plugin) {
   return SetActiveScheme(plugin, kind);
 }
+template <TargetKind target>
+std::int32_t Filter(Plugin& plugin) {
+  return FilterOnCommand(plugin, target);
+}
+template <TargetKind target>
+std::int32_t Restore(Plugin& plugin) {
+  return RestoreOnCommand(plugin, target);
+}
 template <ValidationScope scope>
 std::int32_t Validate(Plugin& plugin) {
   return ValidateOnCommand(plugin, scope);
@@ -69,8 +77,8 @@ constexpr std::array<CommandRow, 38> kCommands = {{
      SetScheme<SchemeKind::kColoring>},
     {35, "QELM_Cmd_PrintColoringSchemeParms", "Print Active Scheme Parameters To Console", "", kEveryone,
      PrintParameters<SchemeKind::kColoring>},
-    {9, "QELM_Cmd_FilterDoc", "Filter Document...", "", kEveryone, FilterActive<TargetKind::kDocument>},
-    {10, "QELM_Cmd_FilterBook", "Filter Book...", "", kEveryone, FilterActive<TargetKind::kBook>},
+    {9, "QELM_Cmd_FilterDoc", "Filter Document...", "", kEveryone, Filter<TargetKind::kDocument>},
+    {10, "QELM_Cmd_FilterBook", "Filter Book...", "", kEveryone, Filter<TargetKind::kBook>},
     {39, "QELM_Cmd_BatchFilter", "Batch Filter...", "", kBatch, TellNoBatchFilter},
     {32, "QELM_Cmd_SetFilterScheme", "Set Active Scheme...", "", kEveryone, SetScheme<SchemeKind::kFilter>},
     {33, "QELM_Cmd_PrintFilterSchemeParms", "Print Active Scheme Parameters To Console", "", kEveryone,
@@ -83,8 +91,8 @@ constexpr std::array<CommandRow, 38> kCommands = {{
      SetScheme<SchemeKind::kValidation>},
     {34, "QELM_Cmd_PrintValSchemeParms", "Print Active Scheme Parameters To Console", "", kEveryone,
      PrintParameters<SchemeKind::kValidation>},
-    {16, "QELM_Cmd_RestoreDoc", "Restore Document...", "", kEveryone, RestoreActive<TargetKind::kDocument>},
-    {17, "QELM_Cmd_RestoreBook", "Restore Book...", "", kEveryone, RestoreActive<TargetKind::kBook>},
+    {16, "QELM_Cmd_RestoreDoc", "Restore Document...", "", kEveryone, Restore<TargetKind::kDocument>},
+    {17, "QELM_Cmd_RestoreBook", "Restore Book...", "", kEveryone, Restore<TargetKind::kBook>},
     {25, "QELM_Cmd_CheckTabularScheme", "Check Tabular Scheme Data...", "", kEveryone, CheckTable},
     {18, "QELM_int_Cmd_MigratePloverineSettings", "Migrate Ploverine Settings (DEPRECATED)...", "", kInternal,
      TellNoMigration},

@@ -8,7 +8,6 @@
 #include "host/active_scheme_dialog.h"
 #include "host/contexts.h"
 #include "host/filter_dialog.h"
-#include "host/help_commands.h"
 #include "host/plugin.h"
 #include "schemes/scheme_listing.h"
 #include "schemes/tabular_check.h"
@@ -16,6 +15,7 @@
 namespace qelm {
 namespace {
 
+using filtering::ComponentStage;
 using filtering::TargetKind;
 
 bool MayUncolor(Plugin& plugin) {
@@ -75,6 +75,12 @@ std::int32_t RunValidation(coloring::ValidationContext& context, ValidationScope
   return coloring::ValidateActiveBook(context);
 }
 
+// Texts that the host did not let be marked: the rest of the run is as it should be.
+void TellRefused(Plugin& plugin, std::uint64_t texts) {
+  if (texts == 0) return;
+  plugin.messenger.AlertFormatted("QELM_MSG_GEN_41", plugin.messenger.Format("QELM_MSG_GEN_41", texts));
+}
+
 }  // namespace
 
 void SwitchOffForSession(Plugin& plugin, const char* key, bool* setting) {
@@ -87,13 +93,20 @@ std::int32_t ColorOnCommand(Plugin& plugin, coloring::Command command) {
   coloring::PrepareRun(plugin.settings, &plugin.coloring_run);
   coloring::ColoringContext context{plugin.host, plugin.messenger, plugin.engine, plugin.schemes.coloring,
                                     plugin.coloring_run};
-  return coloring::RunColoring(context, command, /*report=*/true);
+  const std::int32_t result = coloring::RunColoring(context, command, /*report=*/true);
+  TellRefused(plugin, plugin.coloring_run.refused);
+  return result;
 }
 
 std::int32_t ValidateOnCommand(Plugin& plugin, ValidationScope scope) {
   host::Documents& documents = plugin.host.documents;
   const host::Id target =
       scope == ValidationScope::kBook ? documents.ActiveBook() : documents.ActiveDocument();
+  // The report of the run before is closed for the next one, and is nothing to be validated itself.
+  if (target != host::kNone && target == plugin.report.document) {
+    plugin.messenger.Alert("QELM_MSG_GEN_10");
+    return common::kNoDocument;
+  }
   coloring::PrepareValidation(plugin.settings, &plugin.validation_run);
   PluginReport report(plugin);
   coloring::ValidationContext context{plugin.host,           plugin.messenger, plugin.schemes.validation,
@@ -101,40 +114,40 @@ std::int32_t ValidateOnCommand(Plugin& plugin, ValidationScope scope) {
   const std::int32_t result = RunValidation(context, scope);
   report.Save();
   if (target != host::kNone) documents.Activate(target);
+  TellRefused(plugin, plugin.validation_run.unmarked);
   return result;
 }
 
-template <>
-std::int32_t FilterActive<TargetKind::kDocument>(Plugin& plugin) {
+std::int32_t FilterOnCommand(Plugin& plugin, TargetKind target) {
+  host::Documents& documents = plugin.host.documents;
+  const bool for_book = target == TargetKind::kBook;
   filtering::PrepareRun(plugin.settings, &plugin.filter_run);
-  plugin.filter_run.target = TargetKind::kDocument;
-  // Without a document or a scheme there is nothing to ask about; the run says what is missing.
-  const bool possible =
-      plugin.host.documents.ActiveDocument() != host::kNone && plugin.schemes.filter.Active();
-  if (possible && !AskFilter(plugin, TargetKind::kDocument)) return 0;
+  plugin.filter_run.target = target;
+  // Without a target or a scheme there is nothing to ask about; the run says what is missing.
+  const host::Id active = for_book ? documents.ActiveBook() : documents.ActiveDocument();
+  const bool possible = active != host::kNone && plugin.schemes.filter.Active();
+  if (possible && !AskFilter(plugin, target)) return 0;
   filtering::FilterContext context = FilterContextOf(plugin);
-  return filtering::FilterActiveDocument(context);
-}
-
-template <>
-std::int32_t FilterActive<TargetKind::kBook>(Plugin& plugin) {
-  if (!AskFilter(plugin, TargetKind::kBook)) return 0;
-  filtering::FilterContext context = FilterContextOf(plugin);
+  if (!for_book) return filtering::FilterActiveDocument(context);
+  // The files of a new book are there before they are filtered, and would stay so if nobody saved them.
+  if (plugin.filter_run.mode == filtering::LaunchMode::kDuplicate) {
+    context.component_done = [&documents](host::Id document, bool opened, ComponentStage stage) {
+      const bool saved = stage != ComponentStage::kDone || documents.Save(document, {});
+      if (opened && saved) documents.Close(document, /*discard=*/true);
+      return saved;
+    };
+  }
   return filtering::FilterActiveBook(context);
 }
 
-template <>
-std::int32_t RestoreActive<TargetKind::kDocument>(Plugin& plugin) {
+std::int32_t RestoreOnCommand(Plugin& plugin, TargetKind target) {
   filtering::PrepareRun(plugin.settings, &plugin.filter_run);
-  return filtering::RestoreDocument(plugin.host, plugin.messenger, plugin.filter_run, host::kNone,
-                                    plugin.settings.prompt_pre_restore_file, /*notify=*/true);
-}
-
-template <>
-std::int32_t RestoreActive<TargetKind::kBook>(Plugin& plugin) {
-  filtering::PrepareRun(plugin.settings, &plugin.filter_run);
-  return filtering::RestoreBook(plugin.host, plugin.messenger, plugin.filter_run, host::kNone,
-                                plugin.settings.prompt_pre_restore_file);
+  const bool ask = plugin.settings.prompt_pre_restore_file;
+  if (target == TargetKind::kBook) {
+    return filtering::RestoreBook(plugin.host, plugin.messenger, plugin.filter_run, host::kNone, ask);
+  }
+  return filtering::RestoreDocument(plugin.host, plugin.messenger, plugin.filter_run, host::kNone, ask,
+                                    /*notify=*/true);
 }
 
 std::int32_t RestoreWithoutAsking(Plugin& plugin, host::Id document) {

@@ -26,10 +26,11 @@ std::int32_t ColorOnCommand(Plugin& plugin, coloring::Command command);
 // so. The report of the run before is closed.
 std::int32_t ValidateOnCommand(Plugin& plugin, ValidationScope scope);
 
-template <filtering::TargetKind kind>
-std::int32_t FilterActive(Plugin& plugin);
-template <filtering::TargetKind kind>
-std::int32_t RestoreActive(Plugin& plugin);
+// Filters the active document or book as the user sets it up in the dialog. The files of a new book are
+// saved; others stay open with their changes.
+std::int32_t FilterOnCommand(Plugin& plugin, filtering::TargetKind target);
+// Restores it, after a question if PROMPT_PRE_RESTORE_FILE is on.
+std::int32_t RestoreOnCommand(Plugin& plugin, filtering::TargetKind target);
 
 // Restores one document without asking.
 std::int32_t RestoreWithoutAsking(Plugin& plugin, host::Id document);

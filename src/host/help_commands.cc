@@ -67,9 +67,4 @@ std::int32_t TellNoBatchFilter(Plugin& plugin) {
   return 0;
 }
 
-std::int32_t TellNotThere(Plugin& plugin) {
-  plugin.messenger.Alert("QELM_MSG_GEN_40");
-  return 0;
-}
-
 }  // namespace qelm

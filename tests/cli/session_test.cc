@@ -24,8 +24,8 @@ TEST(CommandCommand, ByNumberAndByNameIsTheSame) {
 
 TEST(CommandCommand, WhatIsNoCommandDoesNothing) {
   Program program;
-  for (const char* number : {"0", "23", "40", "-5", "99999999"}) {
-    const ProgramResult result = program.Run({"command", "--json", "--", number, program.document()});
+  for (const char* number : {"0", "23", "40", "99999999"}) {
+    const ProgramResult result = program.Run({"command", number, program.document(), "--json"});
     EXPECT_EQ(result.status, 0) << number;
     EXPECT_EQ(result.Json()["defined"], false) << number;
     EXPECT_TRUE(result.err.empty()) << result.err;
@@ -48,9 +48,9 @@ TEST(MenusCommand, InternalCommandsAndVersionWarningComeAndGo) {
   Program program;
   const auto numbers = [&program](std::vector<std::string> options) {
     options.insert(options.begin(), {"menus", "--json"});
+    const auto json = program.Run(options).Json();
     std::set<int> found;
-    const nlohmann::json result = program.Run(options).Json();
-    for (const auto& command : result["commands"]) found.insert(command["number"].get<int>());
+    for (const auto& command : json["commands"]) found.insert(command["number"].get<int>());
     return found;
   };
   const std::set<int> normal = numbers({});
