@@ -117,6 +117,9 @@ void MenuCommand::SaveChanged(Session& session, Outcome* outcome) const {
       save(id, "");
     }
   }
+  // Open documents are known to the host, the book that a filter made only to its run.
+  const host::Id book = session.plugin().filter_run.result_book;
+  if (book != id_ && changed(book)) save(book, "");
   outcome->members["saved"] = std::move(saved);
 }
 
