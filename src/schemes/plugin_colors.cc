@@ -34,9 +34,8 @@ bool LacksColors(host::Host& host, host::Id document) {
   if (host.catalogs.FindColor(document, kBackground) != host::kNone) return false;
   const std::optional<std::string> content =
       host.platform.ReadFile(std::string(host.documents.Path(document)));
-  return content && std::any_of(kFormats.begin(), kFormats.end(), [&content](std::string_view start) {
-           return content->starts_with(start);
-         });
+  return content && std::any_of(kFormats.begin(), kFormats.end(),
+                                [&content](std::string_view start) { return content->starts_with(start); });
 }
 
 bool AddPluginColors(host::Catalogs& catalogs, host::Id document) {

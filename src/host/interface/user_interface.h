@@ -46,8 +46,8 @@ class UserInterface {
 // Stands for a dialog's title where the label of an item is meant.
 inline constexpr std::int32_t kDialogTitle = -1;
 
-// How items of an open dialog are set and read. Items are numbered from 0 in the order of the resource; a call
-// for an item that a dialog does not have changes nothing and reads as empty, 0 or -1.
+// How items of an open dialog are set and read. Items are numbered from 0 in the order of the resource; a
+// call for an item that a dialog does not have changes nothing and reads as empty, 0 or -1.
 class Dialogs {
  public:
   virtual ~Dialogs() = default;
