@@ -38,7 +38,7 @@ class ComponentFiles {
     host::Documents& documents = session_.roles().documents;
     session_.ShowNotices();
     bool saved = true;
-    if (stage == ComponentStage::kDone && documents.Switch(document, host::DocumentSwitch::kModified)) {
+    if (stage == ComponentStage::kFinished && documents.Switch(document, host::DocumentSwitch::kModified)) {
       const std::string path(documents.Path(document));
       saved = dry_run_ || documents.Save(document, {});
       if (saved) changed_.insert(path);

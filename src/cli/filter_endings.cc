@@ -25,7 +25,7 @@ constexpr FilterEndingText kEndings[] = {
      "the scheme selects more nodes than XPATH_MAX_MATCHES allows"},
     {Ending::kNotSaved, ExitStatus::kFile, "it could not be saved"},
     {Ending::kNotCopied, ExitStatus::kFile, "it could not be copied"},
-    {Ending::kOutputIsSource, ExitStatus::kOperation, "the output folder is the folder of the book"},
+    {Ending::kSameFolder, ExitStatus::kOperation, "the output folder is the folder of the book"},
     {Ending::kMissingDocument, ExitStatus::kFile, "it could not be opened to be filtered"},
     {Ending::kNotHidden, ExitStatus::kOperation, "an element could not be hidden"},
     {Ending::kNotDeleted, ExitStatus::kOperation, "an element could not be deleted"},

@@ -85,7 +85,7 @@ bool BookComponents::FilterOne(Id component) {
   if (goes_on) references_.Add(found.document, run_.would_go);
   if (goes_on && deletes_empties_) empties_.Look(found.document, &entry);
   const ComponentStage stage = run_.dry_run ? ComponentStage::kChecked
-                               : goes_on    ? ComponentStage::kDone
+                               : goes_on    ? ComponentStage::kFinished
                                             : ComponentStage::kGivenUp;
   if (context_.component_done && !context_.component_done(found.document, found.opened, stage) && goes_on) {
     entry.ending = Ending::kNotSaved;

@@ -200,7 +200,7 @@ bool BookFilter::CopyBook() {
       run_.copied = copy_->CopiedFiles();
       return true;
     case kOutputIsSource:
-      return End(Ending::kOutputIsSource, "QELM_MSG_FILTER_22");
+      return End(Ending::kSameFolder, "QELM_MSG_FILTER_22");
     case kCopyStopped:
       run_.cancelled = true;
       return End(Ending::kByUser, "QELM_MSG_FILTER_23");

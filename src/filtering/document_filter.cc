@@ -250,7 +250,7 @@ std::int32_t ResultOf(Ending ending) {
       return kNoActiveScheme;
     case Ending::kNotCopied:
       return kCopyFailed;
-    case Ending::kOutputIsSource:
+    case Ending::kSameFolder:
       return kOutputIsSource;
     default:
       return 0;

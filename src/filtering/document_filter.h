@@ -21,7 +21,7 @@ namespace qelm::filtering {
 // How far a run is with a component of a book.
 enum class ComponentStage : std::uint8_t {
   kChecked,  // it was only looked at
-  kDone,
+  kFinished,
   kGivenUp,  // the run ends in it; what was done in place is undone
 };
 

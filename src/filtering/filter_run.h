@@ -49,7 +49,7 @@ enum class Ending : std::uint8_t {
   kNotHidden,   // the host did not hide what it should have
   kNotDeleted,  // an element could not be deleted
   kNotRestored,
-  kOutputIsSource,  // the output folder is that of the book
+  kSameFolder,  // the output folder is that of the book
 };
 
 // Elements, each counted once. What was visited is kept, hidden, deleted or left; the descendants of hidden

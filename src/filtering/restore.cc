@@ -119,7 +119,7 @@ class BookRestore {
                    : run_.restore_failed ? Ending::kNotRestored
                                          : Ending::kCompleted;
     const bool goes_on = finished && !CancelledBetween();
-    const ComponentStage stage = finished ? ComponentStage::kDone : ComponentStage::kGivenUp;
+    const ComponentStage stage = finished ? ComponentStage::kFinished : ComponentStage::kGivenUp;
     if (component_done_ && !component_done_(found.document, found.opened, stage)) {
       entry.ending = Ending::kNotSaved;
     }

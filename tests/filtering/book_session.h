@@ -95,7 +95,7 @@ class BookSession {
  private:
   static filtering::ComponentSink SaveAndClose(host::Host& roles) {
     return [&roles](host::Id document, bool opened, filtering::ComponentStage stage) {
-      const bool saved = stage != filtering::ComponentStage::kDone || roles.documents.Save(document, {});
+      const bool saved = stage != filtering::ComponentStage::kFinished || roles.documents.Save(document, {});
       if (opened) roles.documents.Close(document, true);
       return saved;
     };
