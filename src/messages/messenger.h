@@ -6,14 +6,13 @@
 // never silent: a text that says so, with the id, takes its place.
 #pragma once
 
-#include <fmt/printf.h>
-
-#include <exception>
+#include <array>
 #include <string>
 #include <string_view>
 
 #include "host/interface/platform.h"
 #include "host/interface/user_interface.h"
+#include "messages/format_text.h"
 #include "messages/language.h"
 #include "messages/open_dialogs.h"
 #include "messages/placeholders.h"
@@ -54,12 +53,8 @@ class Messenger {
   }
   template <typename... Arguments>
   static std::string FormatText(std::string text, const Arguments&... arguments) {
-    if (!PlaceholdersAreSmall(text)) return text;
-    try {
-      return fmt::sprintf(text, arguments...);
-    } catch (const std::exception&) {
-      return text;
-    }
+    const std::array<FormatArgument, sizeof...(Arguments)> values{AsArgument(arguments)...};
+    return FillPlaceholders(std::move(text), values);
   }
 
   // Shows or changes the status dialog, with each line translated through the section "Status".

@@ -124,7 +124,7 @@ TEST(BookFilter, OutputFolderThatIsTheSourceIsRefusedHoweverItIsSpelled) {
 
 TEST(BookFilter, CopyNeverReplacesWhatItIsMadeFrom) {
   // Up there the sub-folder's file would take the place of a file of the book.
-  BookSession session({{"a.mif", "Doc(P('a'))"}, {"src/a.mif", "Doc(P('inner'))"}});
+  BookSession session(testing::Components{{"a.mif", "Doc(P('a'))"}, {"src/a.mif", "Doc(P('inner'))"}});
   const Files before = session.Files("src");
   FilterRun wanted = Copying();
   wanted.output_folder = session.folder.path();
@@ -135,7 +135,8 @@ TEST(BookFilter, CopyNeverReplacesWhatItIsMadeFrom) {
 }
 
 TEST(BookFilter, ComponentsThatCannotBeOpenedAreNamedAndNotCopied) {
-  BookSession session({{"missing.mif", ""}, {"a.mif", "Doc(P x=('gone') P('a'))"}, {"binary.mif", "Doc"}});
+  BookSession session(
+      testing::Components{{"missing.mif", ""}, {"a.mif", "Doc(P x=('gone') P('a'))"}, {"binary.mif", "Doc"}});
   session.folder.Write("src/binary.mif", "<MakerFile 10.0K>");
   const Files before = session.Files("src");
   for (const LaunchMode mode : {LaunchMode::kDuplicate, LaunchMode::kSourceRestoreFirst}) {
@@ -155,11 +156,11 @@ TEST(BookFilter, ComponentsThatCannotBeOpenedAreNamedAndNotCopied) {
 }
 
 TEST(BookFilter, EmptiedComponentsGoWithTheirFiles) {
-  BookSession session({{"a.mif", "Doc(P x=('gone'))"},
-                       {"b.mif", "Doc(P('b'))"},
-                       {"c.mif", "Doc x=(P('c'))"},
-                       {"d.mif", "Doc('text' P x=('gone'))"},
-                       {"e.mif", "Doc"}});
+  BookSession session(testing::Components{{"a.mif", "Doc(P x=('gone'))"},
+                                          {"b.mif", "Doc(P('b'))"},
+                                          {"c.mif", "Doc x=(P('c'))"},
+                                          {"d.mif", "Doc('text' P x=('gone'))"},
+                                          {"e.mif", "Doc"}});
   EXPECT_EQ(session.Filter(NoX(), Copying()), kDone);
   host::Books& books = session.inner().books;
   const host::Id book = session.run.result_book;
@@ -183,7 +184,7 @@ std::string Graphic(const std::string& file, const std::string& attribute = "") 
 
 TEST(BookFilter, ReferencesLeadWhereTheyDidFromTheNewPlace) {
   for (const bool redirect : {false, true}) {
-    BookSession session({{"a.mif", "<Doc>\n<P>a</P>\n</Doc>"}, {"b.mif", "Doc(P('b'))"}});
+    BookSession session(testing::Components{{"a.mif", "<Doc>\n<P>a</P>\n</Doc>"}, {"b.mif", "Doc(P('b'))"}});
     std::string absolute = session.folder.File("src/b.mif");
     for (std::size_t at = 0; (at = absolute.find('/', at)) != std::string::npos;)
       absolute.replace(at, 1, "<c>");
@@ -216,7 +217,7 @@ TEST(BookFilter, ReferencesLeadWhereTheyDidFromTheNewPlace) {
 }
 
 TEST(BookFilter, GeneratedComponentsStayWithWhatTheyShow) {
-  BookSession session({{"a.mif", "Doc(P x=('gone') P('a'))"}});
+  BookSession session(testing::Components{{"a.mif", "Doc(P x=('gone') P('a'))"}});
   session.folder.Write("src/toc.mif",
                        testing::Mif("<Doc>\n<P x=\"1\">a</P>\n" + Graphic("<c>line.png") + "</Doc>"));
   session.folder.Write("src/line.png", "line");
@@ -263,7 +264,7 @@ void CancelEverywhere(LaunchMode mode, const std::function<void(BookSession&)>& 
     EXPECT_TRUE(session.run.cancelled);
     EXPECT_EQ(session.run.ending, Ending::kByUser);
     EXPECT_EQ(result, session.run.result_book == host::kNone ? 0 : kCancelled);
-    if (mode == LaunchMode::kDuplicate) EXPECT_EQ(session.Files("src"), before);
+    EXPECT_TRUE(mode != LaunchMode::kDuplicate || session.Files("src") == before);
     check(session);
   }
 }
@@ -385,7 +386,7 @@ TEST(BookFilter, EveryHostOperationFailsOnce) {
         }
       }
       EXPECT_EQ(result == kDone, session.run.ending == Ending::kCompleted);
-      if (result != kDone) EXPECT_FALSE(session.user.shown.empty());
+      EXPECT_TRUE(result == kDone || !session.user.shown.empty());
     }
   }
 }

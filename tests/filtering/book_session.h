@@ -19,11 +19,13 @@
 
 namespace qelm::testing {
 
+using Components = std::vector<std::pair<std::string, std::string>>;
+
 class BookSession {
  public:
   // Writes src/book.mif with these components, each a name and an outline (outline.h) or, with "<" at its
   // beginning, the notation of mif_files.h; nothing is written for an empty text. Opens the book.
-  explicit BookSession(const std::vector<std::pair<std::string, std::string>>& components)
+  explicit BookSession(const Components& components)
       : embedded_({}, user, dialogs_, clients, platform_), checking_(embedded_.roles()) {
     std::vector<std::string> names;
     for (const auto& [name, outline] : components) {

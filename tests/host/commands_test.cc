@@ -14,7 +14,7 @@ namespace {
 
 using testing::HostSession;
 
-constexpr char kDocument[] = R"(
+constexpr char kText[] = R"(
 <Doc>
   <P Audience="admin">for admins</P>
   <P Audience="nobody">for nobody</P>
@@ -27,7 +27,7 @@ enum class Target { kNone, kDocument, kBook };
 
 void OpenTarget(HostSession& session, Target target) {
   if (target == Target::kNone) return;
-  const host::Id document = session.OpenMif("doc.mif", kDocument);
+  const host::Id document = session.OpenMif("doc.mif", kText);
   ASSERT_NE(document, host::kNone);
   if (target == Target::kDocument) return;
   session.inner().documents.Close(document, true);
@@ -123,7 +123,7 @@ TEST(Commands, TheRightOnesExist) {
                         {"BATCH", 18, {1, 18, 24, 38}},
                         {"INTERNAL", 19, {}}};
   for (const Case& one : cases) {
-    HostSession session({{"QELM_LICENSE_TYPE", one.licence}}, one.host);
+    HostSession session(testing::Settings{{"QELM_LICENSE_TYPE", one.licence}}, one.host);
     for (const CommandRow& command : AllCommands()) {
       const bool defined = session.plugin().defined_commands[static_cast<std::size_t>(command.number)];
       EXPECT_EQ(defined, !one.missing.contains(command.number)) << one.licence << " " << command.number;
@@ -133,22 +133,22 @@ TEST(Commands, TheRightOnesExist) {
 }
 
 TEST(Commands, AStartThatFailedLeavesNone) {
-  HostSession session({{"MAIN_SETTINGS_PATH", "DEFAULT"}});
+  HostSession session(testing::Settings{{"MAIN_SETTINGS_PATH", "DEFAULT"}});
   session.plugin().defined_commands.reset();
   for (const CommandRow& command : AllCommands()) EXPECT_EQ(session.Command(command.number), "");
 }
 
 TEST(About, TellsVersionAndWarnsOfWhatIsNotForUsers) {
-  struct Row {
+  struct Case {
     std::vector<std::pair<std::string, std::string>> settings;
     const char* told;
     bool warning;
   };
-  const Row rows[] = {
+  const Case cases[] = {
       {{}, "QELM plugin version 1.0 for Adobe(R) FrameMaker(R), built on ", false},
       {{{"QELM_DEBUG_MODE", "DoPrompts"}}, "*** !WARNING!  Debug mode is on! ***\n\n", true},
       {{{"QELM_LICENSE_TYPE", "INTERNAL"}}, "*** !WARNING!  Internal version! ***\n\n", true}};
-  for (const Row& row : rows) {
+  for (const Case& row : cases) {
     HostSession session(row.settings);
     const std::string shown = session.Command(19);
     EXPECT_NE(shown.find(row.told), std::string::npos) << shown;
@@ -246,7 +246,7 @@ TEST(MainSettings, ASchemeThatIsGoneIsNoLongerActive) {
 
 TEST(Validate, TheReportIsSavedAndTheDocumentStaysActive) {
   HostSession session;
-  const host::Id document = session.OpenMif("doc.mif", kDocument);
+  const host::Id document = session.OpenMif("doc.mif", kText);
   session.ActivateAll();
   for (int run = 0; run < 2; ++run) {
     EXPECT_EQ(session.Command(12), "QELM_MSG_VAL_GEN_3");

@@ -20,10 +20,12 @@
 
 namespace qelm::testing {
 
+// Local settings for a session.
+using Settings = std::vector<std::pair<std::string, std::string>>;
+
 class HostSession {
  public:
-  explicit HostSession(std::vector<std::pair<std::string, std::string>> settings = {},
-                       std::int32_t host_version = 18);
+  explicit HostSession(Settings settings = {}, std::int32_t host_version = 18);
   // Expects that the contract with the host was kept.
   ~HostSession();
   HostSession(const HostSession&) = delete;

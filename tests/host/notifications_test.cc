@@ -60,7 +60,7 @@ TEST(OpenedDocument, StaysAsItIsAfterANoAndWithTheSettingOff) {
   EXPECT_EQ(session.Shown(), "QELM_MSG_GEN_26");
   EXPECT_FALSE(session.inner().documents.Switch(document, host::DocumentSwitch::kModified));
 
-  HostSession silent({{"PROMPT_OPENED_PREVIOUSLY_FILTERED_DOC_WARNING", "0"}});
+  HostSession silent(testing::Settings{{"PROMPT_OPENED_PREVIOUSLY_FILTERED_DOC_WARNING", "0"}});
   silent.OpenMif("doc.mif", kFiltered, {"Hidden"});
   EXPECT_EQ(silent.Shown(), "");
 }
@@ -78,7 +78,7 @@ TEST(OpenedDocument, IsPassedOverWhileACommandRuns) {
 }
 
 TEST(AutoValidation, ChecksTheObjectOrTheSelection) {
-  HostSession session({{"VAL_AUTO_VALIDATION_ENABLED", "1"}});
+  HostSession session(testing::Settings{{"VAL_AUTO_VALIDATION_ENABLED", "1"}});
   const host::Id document = session.OpenMif("doc.mif", kAudience);
   session.ActivateAll();
   host::Elements& elements = session.inner().elements;
