@@ -195,6 +195,7 @@ void Session::SetParameters() {
 }
 
 void Session::ShowNotices() {
+  if (!host_) return;  // nothing was started: a session file without a step that needs it
   const std::vector<std::string>& notices = host_->notices();
   for (; notices_shown_ < notices.size(); ++notices_shown_) {
     events_.Write("notice", {{"text", notices[notices_shown_]}});

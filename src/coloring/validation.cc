@@ -101,10 +101,15 @@ class BookRun {
   bool Validate(Id component) {
     const std::string path(host_.books.ComponentPath(book_, component));
     Id document = host_.books.ComponentDocument(book_, component);
-    const bool opened = document == kNone;
-    if (opened) {
-      host::OpenStatus status = host::OpenStatus::kOpened;
+    host::OpenStatus status = host::OpenStatus::kAlreadyOpen;
+    if (document == kNone) {
       document = host_.documents.Open(path, {.visible = false, .suppress_alerts = true}, &status);
+    }
+    const bool opened = document != kNone && status != host::OpenStatus::kAlreadyOpen;
+    if (host_.books.IsBook(document)) {
+      // A book in a book has no text of its own; the one that is being checked may even name itself.
+      if (opened) host_.documents.Close(document, true);
+      document = kNone;
     }
     if (document == kNone) {
       // What the host generates is made anew from the others, and has nothing of its own to check.

@@ -51,10 +51,13 @@ std::int32_t BookCopy::Copy() {
 bool BookCopy::Check() { return CheckTargets() && CheckSpace(); }
 
 // A copy must not take the place of what is being copied, by whatever way it would come there, nor of a file
-// that is open.
+// that is open. Files of the same names are replaced where an earlier copy of the book lies, and nowhere
+// else: in any other folder they are somebody's.
 bool BookCopy::CheckTargets() {
+  const bool copied_before = host_.platform.FileExists(plan_.Files().front().target);
   for (const CopyPlan::File& file : plan_.Files()) {
     if (!host_.platform.FileExists(file.target)) continue;
+    if (!copied_before) return Fail("QELM_MSG_FILTER_60", file.target);
     if (plan_.FindFile(file.target) != CopyPlan::kNoFile) return Fail("QELM_MSG_FILTER_53", file.target);
     for (Id open = host_.documents.FirstOpenDocument(); open != kNone;
          open = host_.documents.NextOpenDocument(open)) {

@@ -65,16 +65,16 @@ bool EmptyComponents::RemoveEntries(bool* changed) {
   return true;
 }
 
-// Insets and generated components that stay were not filtered: they show what they showed in the source, and
-// that may be insets again.
+// Insets, generated components, and emptied ones that something still leads to, stay as they are: they show
+// what they showed in the source, and that may be insets again.
 void EmptyComponents::KeepWhatIsShown() {
   const std::vector<CopiedFile>& copied = context_.run.copied;
   std::vector<std::size_t> unfiltered;
   std::vector<bool> seen(copied.size(), false);
   const auto see = [&](std::size_t i) {
-    if (!seen[i] && (copied[i].role == Role::kInset || generated_.contains(copied[i].target))) {
-      unfiltered.push_back(i);
-    }
+    const std::string& path = copied[i].target;
+    const bool stays = copied[i].role == Role::kInset || generated_.contains(path) || removed_.contains(path);
+    if (!seen[i] && stays) unfiltered.push_back(i);
     seen[i] = true;
   };
   for (std::size_t i = 0; i < copied.size(); ++i) {

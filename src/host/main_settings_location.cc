@@ -64,6 +64,10 @@ class Location {
   bool IsMainSettings() {
     const bool is = !host_.books.IsBook(document_) && schemes::HasXPathCategories(plugin_.engine, document_);
     if (!is) AlertWith("QELM_MSG_STGS_EDIT_14", path_);
+    if (is && schemes::IsOldMainSettings(host_, document_)) {
+      plugin_.messenger.AlertFormatted("QELM_MSG_CONVERT_10",
+                                       plugin_.messenger.Format("QELM_MSG_CONVERT_10", path_, path_));
+    }
     return is;
   }
 

@@ -18,6 +18,8 @@ bool Plugin::Initialize(const StartOptions& options) {
     ready = StartUp(*this, options);
   } catch (const std::exception& problem) {
     messenger.Alert(std::string(kCannotInitialize) + "\n\n" + problem.what());
+  } catch (...) {
+    messenger.Alert(kCannotInitialize);
   }
   host.user.HideStatus();
   return ready;

@@ -3,8 +3,9 @@
 // What a language lacks is an error where the text is wanted, so a file that was made or brought up to date
 // has every text: a text that has an id of its own comes in English, with a comment that says so, and works
 // at once; a text that is its own id (a label) comes without a translation, and is shown as it stands. What
-// is in the file already is not touched, neither translations nor comments, order or line ends. A translation
-// that an older version had, and that is commented out ("#~"), comes back when its placeholders still fit.
+// is in the file already is not touched, neither translations nor comments, order or line ends; an entry that
+// is marked fuzzy or has no text stays so, and the check of languages names it. A translation that an older
+// version had, and that is commented out ("#~"), comes back when its placeholders still fit.
 #pragma once
 
 #include <cstddef>

@@ -156,6 +156,7 @@ TEST(RunCommand, ExitStatusTellsWhatWentWrong) {
     int status;
   };
   const Row rows[] = {{"open doc.mif\nexpect active doc.mif\n", 0},
+                      {"# no step starts the session\n", 0},
                       {"open doc.mif\nexpect alert Hello\n", 1},
                       {"open missing.mif\n", 3},
                       {"copy missing.mif $WORK/a.mif\n", 3},

@@ -235,9 +235,14 @@ TEST(BookFilter, GeneratedComponentsStayWithWhatTheyShow) {
   EXPECT_EQ(session.run.deleted, 1U);
 }
 
+// Leaves an earlier copy of the book, of which only this much is there.
+void CopyOfYesterday(BookSession& session) {
+  for (const char* name : {"out/a.mif", "out/book.mif"}) session.folder.Write(name, "of yesterday");
+}
+
 TEST(BookFilter, FilesThatWereInTheOutputFolderStayOrAreReplaced) {
   BookSession session(kThree);
-  session.folder.Write("out/a.mif", "of yesterday");
+  CopyOfYesterday(session);
   session.folder.Write("out/notes.txt", "mine");
   FilterRun wanted = Copying();
   wanted.delete_empties = false;
@@ -245,6 +250,11 @@ TEST(BookFilter, FilesThatWereInTheOutputFolderStayOrAreReplaced) {
   EXPECT_EQ(session.Outline("out/a.mif"), "Doc(P('a'))");
   EXPECT_EQ(session.folder.Read("out/notes.txt"), "mine");
   EXPECT_EQ(session.Files("out").size(), 6U);
+
+  BookSession other(kThree);
+  other.folder.Write("out/a.mif", "of another book");
+  EXPECT_EQ(other.Filter(NoX(), wanted), kCopyFailed) << "no earlier copy lies there";
+  EXPECT_EQ(other.Files("out"), (Files{{"a.mif", "of another book"}}));
 }
 
 // Esc at each poll in turn, until a run comes to its end.
@@ -252,7 +262,7 @@ void CancelEverywhere(LaunchMode mode, const std::function<void(BookSession&)>& 
   for (int poll = 1;; ++poll) {
     SCOPED_TRACE(poll);
     BookSession session(kThree);
-    session.folder.Write("out/a.mif", "of yesterday");
+    CopyOfYesterday(session);
     const Files before = session.Files("src");
     session.user.esc_at_poll = poll;
     const std::int32_t result = session.Filter(NoX(), InMode(mode));
@@ -273,7 +283,7 @@ TEST(BookFilter, CancelledCopyLeavesNothingAndACompleteOneStays) {
   CancelEverywhere(LaunchMode::kDuplicate, [](BookSession& session) {
     const Files out = session.Files("out");
     const bool copied = !session.run.copied.empty();
-    EXPECT_EQ(out.size(), copied ? 5U : 1U);
+    EXPECT_EQ(out.size(), copied ? 5U : 2U);
     EXPECT_EQ(out.at("a.mif") == "of yesterday", !copied);
     const bool stopped = CountOf(session.user.shown, "QELM_MSG_FILTER_23") != 0;
     const bool early = CountOf(session.user.shown, "QELM_MSG_GEN_13") != 0;
@@ -352,7 +362,7 @@ TEST(BookFilter, EveryHostOperationFailsOnce) {
   std::map<std::string, std::int64_t> calls;
   {
     BookSession session(kThree);
-    session.folder.Write("out/a.mif", "of yesterday");
+    CopyOfYesterday(session);
     FailingHost host(session.checked().roles());
     EXPECT_EQ(session.FilterThrough(host.roles(), NoX(), Copying()), kDone);
     calls = host.calls();
@@ -367,7 +377,7 @@ TEST(BookFilter, EveryHostOperationFailsOnce) {
     for (std::int64_t n = 1; n <= last; ++n) {
       SCOPED_TRACE(operation + " " + std::to_string(n));
       BookSession session(kThree);
-      session.folder.Write("out/a.mif", "of yesterday");
+      CopyOfYesterday(session);
       const Files before = session.Files("src");
       FailingHost host(session.checked().roles());
       host.FailAt(operation, n);
@@ -375,7 +385,7 @@ TEST(BookFilter, EveryHostOperationFailsOnce) {
       EXPECT_EQ(session.Files("src"), before);
       const Files out = session.Files("out");
       if (session.run.copied.empty()) {
-        EXPECT_EQ(out, (Files{{"a.mif", "of yesterday"}}));
+        EXPECT_EQ(out, (Files{{"a.mif", "of yesterday"}, {"book.mif", "of yesterday"}}));
       } else {
         EXPECT_EQ(out.count("book.mif"), 1U);
         EXPECT_EQ(out.count("a.mif"), 1U);

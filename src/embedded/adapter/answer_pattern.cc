@@ -16,6 +16,10 @@ std::optional<std::regex> ParseRegex(std::string_view text) {
   const std::string_view flags = text.substr(end + 1);
   if (!flags.empty() && flags != "i") return std::nullopt;
   auto syntax = std::regex::ECMAScript | std::regex::nosubs;
+#ifdef __GLIBCXX__
+  // Never tries the same place twice, so no pattern can keep a run from ending; back references are refused.
+  syntax |= std::regex_constants::__polynomial;
+#endif
   if (!flags.empty()) syntax |= std::regex::icase;
   std::regex result;
   result.imbue(std::locale::classic());
