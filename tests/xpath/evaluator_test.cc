@@ -1,3 +1,5 @@
+#include <fmt/format.h>
+
 #include "fixture.h"
 
 namespace qelm::xpath {

@@ -1,3 +1,5 @@
+#include <fmt/format.h>
+
 #include "xpath/explain.h"
 
 #include "fixture.h"
