@@ -16,6 +16,7 @@ host::Id NextInTree(host::Elements& elements, host::Id document, host::Id top, h
     if (node == top) return host::kNone;
     if (const host::Id next = elements.NextSibling(document, node); next != host::kNone) return next;
     node = elements.Parent(document, node);
+    if (node == host::kNone) return host::kNone;  // the host no longer knows where the element is
   }
 }
 

@@ -147,6 +147,7 @@ void ElementRules::Carry(std::int32_t attribute, Values values) {
 }
 
 void ElementRules::Leave() {
+  if (levels_.empty()) return;  // one was not entered: the host did not tell what it is
   for (; carried_.size() > levels_.back(); carried_.pop_back()) {
     const Carried& carried = carried_.back();
     nearest_[static_cast<std::size_t>(carried.attribute)] = carried.covered;

@@ -244,10 +244,9 @@ SettingsFormat FormatOf(host::Host& host, host::Id document) {
   }
   SettingsWriter reader(host, document);
   const bool known = host.definitions.FindDefinition(document, kBackgroundForm.tag) != host::kNone;
-  // A conversion that broke off has given a background to some of the rules.
-  const bool all_have_one =
-      reader.All(kBackgroundForm.tag).size() >= reader.All(kRuleSettingsForm.tag).size();
-  return known && all_have_one ? SettingsFormat::kCurrent : SettingsFormat::k300;
+  const bool has_rules = !reader.All(kRuleSettingsForm.tag).empty();
+  const bool has_backgrounds = !reader.All(kBackgroundForm.tag).empty();
+  return !known || (has_rules && !has_backgrounds) ? SettingsFormat::k300 : SettingsFormat::kCurrent;
 }
 
 ConversionResult ConvertTo300(host::Host& host, messages::Messenger& messenger,
