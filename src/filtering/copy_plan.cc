@@ -120,10 +120,14 @@ void CopyPlan::LearnSpelling(std::size_t file) {
 
 bool CopyPlan::IsBelowBook(const std::string& path) const { return !Below(book_folder_, path).empty(); }
 
+// What lies below the book keeps its place, so it chooses before what comes from elsewhere.
 void CopyPlan::ChooseTargets(const std::string& folder) {
-  for (std::size_t i = 0; i < files_.size(); ++i) {
-    files_[i].target = TargetFor(files_[i].source, folder);
-    by_target_.emplace(files_[i].target, i);
+  for (const bool below : {true, false}) {
+    for (std::size_t i = 0; i < files_.size(); ++i) {
+      if (IsBelowBook(files_[i].source) != below) continue;
+      files_[i].target = TargetFor(files_[i].source, folder);
+      by_target_.emplace(files_[i].target, i);
+    }
   }
 }
 

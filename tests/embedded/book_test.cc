@@ -99,6 +99,20 @@ TEST(Book, OnlyWhatWasChangedIsWritten) {
   EXPECT_NE(moved.find("<XRefSrcFile `<c\\>lists<c\\>toc.mif'>"), std::string::npos) << "it follows";
 }
 
+TEST(Book, ReferencesFollowTheFileThatTheyWereReadFor) {
+  std::string error;
+  const std::string refs = "<BookXRef <XRefSrcFile `<c\\>a.fm'>>\n<BookXRef <XRefSrcFile `<c\\>b.fm'>>\n";
+  const std::string files =
+      "<BookComponent <FileName `<c\\>a.fm'>>\n<BookComponent <FileName `<c\\>b.fm'>>\n";
+  const auto book = BuildBook("<Book 8.0>\n" + files + refs, &error);
+  ASSERT_NE(book, nullptr) << error;
+  SetComponentFile(book.get(), 0, "b.fm");
+  SetComponentFile(book.get(), 1, "c.fm");
+  EXPECT_NE(
+      BookPieces(*book).Joined().find("<XRefSrcFile `<c\\>b.fm'>>\n<BookXRef <XRefSrcFile `<c\\>c.fm'>"),
+      std::string::npos);
+}
+
 TEST(Book, ComponentGoesWithItsElementAndTheOthersAreCountedAnew) {
   std::string error;
   const auto book = BuildBook(std::string(kBook), &error);

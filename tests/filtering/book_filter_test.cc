@@ -257,6 +257,14 @@ TEST(BookFilter, FilesThatWereInTheOutputFolderStayOrAreReplaced) {
   EXPECT_EQ(other.Files("out"), (Files{{"a.mif", "of another book"}}));
 }
 
+TEST(BookFilter, FilesFromElsewhereGiveWayToTheBooksOwn) {
+  BookSession session(
+      testing::Components{{"../other/m.mif", "Doc(P('outer'))"}, {"other/m.mif", "Doc(P('inner'))"}});
+  EXPECT_EQ(session.Filter(NoX(), Copying()), kDone);
+  EXPECT_EQ(session.Outline("out/other/m.mif"), "Doc(P('inner'))");
+  EXPECT_EQ(session.Outline("out/other-2/m.mif"), "Doc(P('outer'))");
+}
+
 // Esc at each poll in turn, until a run comes to its end.
 void CancelEverywhere(LaunchMode mode, const std::function<void(BookSession&)>& check) {
   for (int poll = 1;; ++poll) {

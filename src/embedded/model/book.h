@@ -10,8 +10,9 @@
 namespace qelm::embedded::model {
 
 struct Component {
-  std::string file;  // FileName decoded: a device-independent path
-  std::string path;  // the same as a path of the platform, relative or absolute
+  std::string file;       // FileName decoded: a device-independent path
+  std::string read_file;  // the name before it was changed
+  std::string path;       // the same as a path of the platform, relative or absolute
   bool generated = false;
   bool excluded = false;
   bool is_group = false;  // names no file: a group or folder, which may hold other components

@@ -128,10 +128,10 @@ void SetComponentFile(Book* book, std::size_t index, std::string_view path) {
   Component& component = book->components[index];
   const std::string file = DeviceIndependentPath(path);
   if (component.file == file) return;
+  // By the name that was read: another component may have that of this one by now.
+  if (!component.file_changed) component.read_file = component.file;
   for (BookReference& reference : book->references) {
-    if ((reference.new_file ? *reference.new_file : reference.file) == component.file) {
-      reference.new_file = file;
-    }
+    if (reference.file == component.read_file) reference.new_file = file;
   }
   component.file = file;
   component.path = path;
