@@ -37,6 +37,8 @@ class NullDocuments : public host::Documents {
   host::ViewMode View(host::Id) override { return host::ViewMode::kWysiwyg; }
   bool SetView(host::Id, host::ViewMode) override { return false; }
   bool ImportFormats(host::Id, host::Id, std::uint32_t) override { return false; }
+  std::string Metadata(host::Id) override { return {}; }
+  bool SetMetadata(host::Id, std::string_view) override { return false; }
   std::int32_t ErrorCode() override { return 0; }
   std::string_view LastError() override { return {}; }
 };

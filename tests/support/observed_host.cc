@@ -123,6 +123,8 @@ class ObservedDocuments : public Observed<Documents> {
   CALL1(ViewMode, View, Id)
   CALL2(bool, SetView, Id, ViewMode)
   CALL3(bool, ImportFormats, Id, Id, std::uint32_t)
+  CALL1(std::string, Metadata, Id)
+  CALL2(bool, SetMetadata, Id, std::string_view)
   CALL0(std::int32_t, ErrorCode)
   CALL0(std::string_view, LastError)
 };

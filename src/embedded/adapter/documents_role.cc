@@ -86,6 +86,12 @@ class DocumentsRole : public host::Documents {
 
   bool ImportFormats(Id target, Id source, std::uint32_t flags) override;
 
+  std::string Metadata(Id) override { return {}; }
+  bool SetMetadata(Id id, std::string_view) override {
+    return workspace_.Fail(Error::kRefused,
+                           std::string(Path(id)) + ": metadata cannot be kept in this version.");
+  }
+
   std::int32_t ErrorCode() override { return workspace_.error_code(); }
   std::string_view LastError() override { return workspace_.last_error(); }
 

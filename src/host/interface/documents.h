@@ -108,6 +108,12 @@ class Documents {
   // document: its text then goes back to its defined formats. False with the error code set on failure.
   virtual bool ImportFormats(Id target, Id source, std::uint32_t flags) = 0;
 
+  // The XMP packet of a document or book, which goes into the PDF that is saved; empty when there is none.
+  // Setting hands one over: what it says replaces what was said of the same fields, the other fields stay.
+  // False with the error code set when the id is invalid or the packet cannot be kept.
+  virtual std::string Metadata(Id document_or_book) = 0;
+  virtual bool SetMetadata(Id document_or_book, std::string_view packet) = 0;
+
   // The host's error code, set by the last operation that failed, 0 when none has; and what it means in
   // words, naming file and place where they are known. The view holds until the next operation.
   virtual std::int32_t ErrorCode() = 0;
