@@ -10,6 +10,7 @@
 #include "embedded/model/files.h"
 #include "embedded/model/import_catalogs.h"
 #include "embedded/model/locate.h"
+#include "embedded/model/metadata.h"
 
 namespace qelm::embedded::adapter {
 namespace {
@@ -87,11 +88,11 @@ class DocumentsRole : public host::Documents {
 
   bool ImportFormats(Id target, Id source, std::uint32_t flags) override;
 
-  std::string Metadata(Id) override { return {}; }
-  bool SetMetadata(Id id, std::string_view) override {
-    return workspace_.Fail(Error::kRefused,
-                           std::string(Path(id)) + ": metadata cannot be kept in this version.");
+  std::string Metadata(Id id) override {
+    OpenFile* file = workspace_.File(id);
+    return file == nullptr ? std::string() : model::MetadataPacket(file->Tree());
   }
+  bool SetMetadata(Id id, std::string_view packet) override;
 
   std::int32_t ErrorCode() override { return workspace_.error_code(); }
   std::string_view LastError() override { return workspace_.last_error(); }
@@ -353,6 +354,17 @@ bool DocumentsRole::SetSwitch(Id document, host::DocumentSwitch which, bool on) 
       file->iconified = on;
       break;
   }
+  return true;
+}
+
+bool DocumentsRole::SetMetadata(Id id, std::string_view packet) {
+  OpenFile* file = workspace_.File(id);
+  if (file == nullptr) return workspace_.FailId(id);
+  std::string why;
+  if (!model::SetMetadata(&file->Tree(), packet, &why)) {
+    return workspace_.Fail(Error::kRefused, file->path + ": " + why);
+  }
+  MarkEdited(file, EditOf::kLooks);
   return true;
 }
 

@@ -7,6 +7,9 @@
 #include <ctime>
 #include <filesystem>
 
+#include "embedded/model/metadata.h"
+#include "embedded/model/xmp_packet.h"
+
 namespace qelm::embedded::render {
 namespace {
 
@@ -76,6 +79,40 @@ constexpr FactBlock kFactBlocks[] = {
     {"filename",
      [](const Document& d, const PageFacts&) { return std::filesystem::path(d.path).filename().string(); }},
 };
+
+// "2009-11-23T12:32:17.0Z", as metadata has it; hours are those of the text.
+std::optional<PrintTime> ReadTime(std::string_view text) {
+  constexpr std::array<std::size_t, 6> kBegins = {0, 5, 8, 11, 14, 17};
+  constexpr std::array<std::size_t, 6> kLengths = {4, 2, 2, 2, 2, 2};
+  std::array<int, 6> parts{};
+  for (std::size_t i = 0; i < parts.size(); ++i) {
+    const std::string_view part = text.substr(std::min(kBegins[i], text.size()), kLengths[i]);
+    const auto read = std::from_chars(part.data(), part.data() + part.size(), parts[i]);
+    if (read.ec != std::errc() && i < 3) return std::nullopt;
+  }
+  using namespace std::chrono;
+  const year_month_day date{year(parts[0]), month(static_cast<unsigned>(parts[1])),
+                            day(static_cast<unsigned>(parts[2]))};
+  if (!date.ok() || parts[3] > 23 || parts[3] < 0) return std::nullopt;
+  PrintTime time;
+  time.year = parts[0];
+  time.month = parts[1];
+  time.day = parts[2];
+  time.weekday = static_cast<int>(weekday(sys_days(date)).c_encoding());
+  time.hour = parts[3];
+  time.minute = parts[4];
+  time.second = parts[5];
+  return time;
+}
+
+// Variables that tell when the document was made or changed take it from its metadata, where it says so.
+PrintTime TimeOf(const Document& document, std::string_view variable, const PrintTime& now) {
+  const bool creation = variable.starts_with("Creation Date");
+  if (!creation && !variable.starts_with("Modification Date")) return now;
+  const std::string text =
+      model::PacketProperty(model::MetadataPacket(document), creation ? "CreateDate" : "ModifyDate");
+  return ReadTime(text).value_or(now);
+}
 
 class Expander {
  public:
@@ -173,7 +210,8 @@ std::vector<TextRun> VariableRuns(const Document& document, std::string_view nam
                                   const PrintTime& time) {
   const auto found = document.variables.find(name);
   if (found == document.variables.end()) return {{std::string(name), std::nullopt}};
-  return Expander(document, facts, time).Run(found->second);
+  const PrintTime moment = TimeOf(document, name, time);
+  return Expander(document, facts, moment).Run(found->second);
 }
 
 std::string VariableText(const Document& document, std::string_view name, const PageFacts& facts,
