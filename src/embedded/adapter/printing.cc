@@ -4,7 +4,9 @@
 #include "embedded/model/book_numbering.h"
 #include "embedded/model/files.h"
 #include "embedded/model/locate.h"
+#include "embedded/model/metadata.h"
 #include "embedded/render/page_design.h"
+#include "embedded/render/pdf_metadata.h"
 
 namespace qelm::embedded::adapter {
 namespace {
@@ -141,7 +143,11 @@ std::optional<std::string> PrintPdf(Workspace& workspace, host::Documents& docum
   std::string pdf = print.Finish(why);
   for (const std::string& notice : print.Notices()) workspace.Notice(notice);
   if (pdf.empty()) return std::nullopt;
-  return pdf;
+  std::string warning;
+  std::optional<std::string> described =
+      render::PutMetadata(std::move(pdf), model::MetadataPacket(file->Tree()), &warning, why);
+  if (!warning.empty()) workspace.Notice(file->path + ": " + warning);
+  return described;
 }
 
 std::optional<std::string> PrintPage(Workspace& workspace, OpenFile* file, std::size_t page, double dpi,
