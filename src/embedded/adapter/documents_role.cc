@@ -338,7 +338,7 @@ bool DocumentsRole::SetSwitch(Id document, host::DocumentSwitch which, bool on) 
     case host::DocumentSwitch::kShowAllConditions:
       if (file->Tree().show_all == on) break;
       file->Tree().show_all = on;
-      MarkEdited(file, EditOf::kLooks);
+      MarkEdited(file, EditOf::kVisibility);
       break;
     case host::DocumentSwitch::kElementBoundaries:
       file->element_boundaries = on;
