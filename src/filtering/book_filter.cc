@@ -133,12 +133,8 @@ bool BookFilter::CancelledBefore() {
 }
 
 bool BookFilter::PreprocessOne(Id component) {
-  FilteredComponent& entry = EntryOf(&run_, component);
-  entry.generated = host_.books.IsGenerated(book_, component);
-  const OpenedComponent found = OpenComponent(host_, book_, component, run_.suppress_opening_alerts);
-  entry.path = found.path;
-  entry.why = found.why;
-  entry.opened = found.document != kNone;
+  OpenedComponent found;
+  FilteredComponent& entry = OpenForRun(host_, &run_, book_, component, &found);
   if (!entry.opened) return true;
   const std::string name(common::FirstCharacters(common::FileName(found.path), kStatusNameLimit));
   messenger_.ShowStatus({kTitle, messenger_.Format("QELM_MSG_FILTER_59", name), "", kEsc});

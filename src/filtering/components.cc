@@ -40,6 +40,17 @@ FilteredComponent& EntryOf(FilterRun* run, Id component) {
   return entry;
 }
 
+FilteredComponent& OpenForRun(host::Host& host, FilterRun* run, Id book, Id component,
+                              OpenedComponent* found) {
+  FilteredComponent& entry = EntryOf(run, component);
+  entry.generated = host.books.IsGenerated(book, component);
+  *found = OpenComponent(host, book, component, run->suppress_opening_alerts);
+  entry.path = found->path;
+  entry.why = found->why;
+  entry.opened = found->document != kNone;
+  return entry;
+}
+
 std::string PassedOver(const FilterRun& run) {
   std::string lines;
   for (const FilteredComponent& entry : run.components) {

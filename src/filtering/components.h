@@ -20,6 +20,10 @@ OpenedComponent OpenComponent(host::Host& host, host::Id book, host::Id componen
 // What the run tells of the component, in the order in which components first came up.
 FilteredComponent& EntryOf(FilterRun* run, host::Id component);
 
+// Opens a component for the run, and notes in its entry, which it returns, what came of that.
+FilteredComponent& OpenForRun(host::Host& host, FilterRun* run, host::Id book, host::Id component,
+                              OpenedComponent* found);
+
 // The paths of the components that were passed over, with the reasons, a line each; empty for none. Generated
 // ones are not among them.
 std::string PassedOver(const FilterRun& run);
