@@ -4,9 +4,11 @@
 
 #include "embedded/mif/reader.h"
 #include "embedded/model/files.h"
+#include "embedded/model/metadata.h"
 #include "embedded/model/text_access.h"
 #include "embedded/model/xml_builder.h"
 #include "embedded/model/xml_marks.h"
+#include "embedded/model/xmp_packet.h"
 #include "embedded/xml/encoding.h"
 #include "embedded/xml/names.h"
 #include "embedded/xml/reader.h"
@@ -214,6 +216,9 @@ void Writer::Prolog(const Flow& flow) {
     if (!color.name.empty() && !IsReservedColor(color.name)) line(ColorMark(color));
   }
   Variables(flow);
+  // What FrameMaker itself notes in every document is nothing to carry along.
+  const std::string packet = MetadataPacket(document_);
+  if (!PacketFields(packet).empty()) line(MetadataMark(packet));
 }
 
 // The definitions of the variables that occur come along, so that they are variables again on the way back.
