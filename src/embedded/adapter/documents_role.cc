@@ -4,6 +4,7 @@
 
 #include "embedded/adapter/element_properties.h"
 #include "embedded/adapter/file_places.h"
+#include "embedded/adapter/printing.h"
 #include "embedded/adapter/roles.h"
 #include "embedded/model/book_edit.h"
 #include "embedded/model/files.h"
@@ -117,6 +118,7 @@ class DocumentsRole : public host::Documents {
     return workspace_.Fail(Error::kCannotSave, path + ": " + std::string(why));
   }
   bool SaveTo(Id id, OpenFile* file, const host::SaveOptions& options);
+  bool SaveAsPdf(const std::string& path, OpenFile* file, const host::SaveOptions& options);
   model::Pieces Bytes(OpenFile* file, Format format);
   static std::string Converted(const model::Document& tree, Format format);
   bool ImportFromOther(OpenFile* file, const OpenFile& from, std::uint32_t flags);
@@ -222,8 +224,7 @@ bool DocumentsRole::Save(Id id, const host::SaveOptions& options) {
 bool DocumentsRole::SaveTo(Id id, OpenFile* file, const host::SaveOptions& options) {
   const std::string path = options.path.empty() ? file->path : AbsolutePath(options.path);
   if (path.empty()) return FailSave("document " + std::to_string(id), "the document has no name yet.");
-  if (options.format == host::SaveFormat::kPdf)
-    return FailSave(path, "PDF cannot be written in this version.");
+  if (options.format == host::SaveFormat::kPdf) return SaveAsPdf(path, file, options);
   const Id there = workspace_.FindPath(path);
   if (there != host::kNone && there != id) return FailSave(path, "a document of that name is open.");
   const Format own = file->Tree().format;
@@ -248,6 +249,15 @@ bool DocumentsRole::SaveTo(Id id, OpenFile* file, const host::SaveOptions& optio
   file->edited = file->edited || file->Tree().modified;
   file->Tree().modified = false;
   return true;
+}
+
+// A PDF is another file: the document keeps its path and what is to be saved of it.
+bool DocumentsRole::SaveAsPdf(const std::string& path, OpenFile* file, const host::SaveOptions& options) {
+  std::string why;
+  const std::optional<std::string> pdf = PrintPdf(workspace_, *this, file, options, &why);
+  if (!pdf) return FailSave(path, why);
+  if (workspace_.platform().ReplaceFile(path, *pdf)) return true;
+  return FailSave(path, "the file cannot be written" + workspace_.FileErrorSuffix());
 }
 
 model::Pieces DocumentsRole::Bytes(OpenFile* file, Format format) {

@@ -12,9 +12,11 @@ struct Rgb {
   double red = 0;
   double green = 0;
   double blue = 0;
+  friend bool operator==(const Rgb&, const Rgb&) = default;
 };
 
-// The color of the catalog; black for 0.
+// The color of the catalog; one that only text names has the look that every document knows by that name.
+// Black for 0.
 Rgb ColorOf(const model::Document& document, model::Id color);
 // By name; black for one that the document does not have.
 Rgb ColorNamed(const model::Document& document, std::string_view name);
