@@ -65,10 +65,6 @@ std::string Finished(MifStory* story) {
   return story->Whole();
 }
 
-bool IsTablePart(ElementKind kind) {
-  return kind >= ElementKind::kTableTitle && kind <= ElementKind::kTableCell;
-}
-
 class Converter {
  public:
   explicit Converter(const Document& document)

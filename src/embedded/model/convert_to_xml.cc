@@ -30,6 +30,11 @@ bool IsNeutral(ElementKind kind) {
          kind == ElementKind::kTableCell || kind == ElementKind::kTableTitle;
 }
 
+// Names and numbers are ASCII; a byte that is not is damage, which XML has no way to write.
+void AppendAscii(std::string_view text, std::string* out) {
+  for (const char c : text) out->push_back(static_cast<unsigned char>(c) < 0x80 ? c : '?');
+}
+
 // A statement on one line and in UTF-8, without what belongs to the element and to the file it stood in.
 std::string Transcoded(std::string_view statement, mif::Encoding encoding) {
   std::string result;
@@ -45,14 +50,15 @@ std::string Transcoded(std::string_view statement, mif::Encoding encoding) {
       continue;
     }
     if (!result.empty()) result.push_back(' ');
-    result.append("<").append(name);
+    result.push_back('<');
+    AppendAscii(name, &result);
     if (reader.kind() == mif::Piece::kGroup) continue;
     result.push_back(' ');
     if (mif::IsString(reader.data())) {
       const std::string text = mif::DecodeString(reader.data(), encoding);
       result.append("`").append(mif::Encode(text, mif::Encoding::kUtf8)).append("'");
     } else {
-      result.append(reader.data());
+      AppendAscii(reader.data(), &result);
     }
     result.push_back('>');
   }

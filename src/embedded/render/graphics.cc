@@ -327,7 +327,9 @@ void Graphics::Painter::NamedBox(cairo_t* cr, const Rect& place, const std::stri
   if (place.width <= 0 || place.height <= 0) return;
   cairo_save(cr);
   cairo_rectangle(cr, place.x, place.y, place.width, place.height);
-  cairo_clip_preserve(cr);
+  cairo_clip(cr);
+  // The line lies within the place.
+  cairo_rectangle(cr, place.x + 0.5, place.y + 0.5, place.width - 1, place.height - 1);
   cairo_set_source_rgb(cr, 0.6, 0.6, 0.6);
   cairo_set_line_width(cr, 1);
   cairo_stroke(cr);

@@ -57,9 +57,16 @@ void OnSize(GdkPixbufLoader* loader, int width, int height, gpointer data) {
   if (check->too_large) gdk_pixbuf_loader_set_size(loader, 0, 0);
 }
 
+// Called when there is room for the pixels. What a damaged image lacks is blank, not what was in memory.
+void OnPrepared(GdkPixbufLoader* loader, gpointer) {
+  GdkPixbuf* const pixels = gdk_pixbuf_loader_get_pixbuf(loader);
+  if (pixels != nullptr) gdk_pixbuf_fill(pixels, gdk_pixbuf_get_has_alpha(pixels) != FALSE ? 0 : 0xFFFFFFFFU);
+}
+
 Pixbuf Decode(std::string_view bytes, SizeCheck check, std::string* why) {
   const std::unique_ptr<GdkPixbufLoader, ObjectDeleter> loader(gdk_pixbuf_loader_new());
   g_signal_connect(loader.get(), "size-prepared", G_CALLBACK(OnSize), &check);
+  g_signal_connect(loader.get(), "area-prepared", G_CALLBACK(OnPrepared), nullptr);
   GError* error = nullptr;
   const auto* const data = reinterpret_cast<const guchar*>(bytes.data());
   const bool written = gdk_pixbuf_loader_write(loader.get(), data, bytes.size(), &error) != FALSE;
@@ -164,7 +171,35 @@ cairo_surface_t* MakeJpegSurface(std::string_view bytes, std::string* why) {
   return surface;
 }
 
+// The preview of an EPS file for systems without PostScript, a TIFF; empty when there is none.
+std::string_view EpsPreview(std::string_view bytes) {
+  constexpr std::size_t kHeader = 30;
+  const auto number = [&](std::size_t at) {
+    std::size_t value = 0;
+    for (std::size_t i = 4; i-- > 0;) value = value << 8U | static_cast<unsigned char>(bytes[at + i]);
+    return value;
+  };
+  if (bytes.size() < kHeader) return {};
+  const std::size_t begin = number(20);
+  return begin < bytes.size() ? bytes.substr(begin, number(24)) : std::string_view();
+}
+
+// Readers of PNG take what there is of a file that was cut off.
+bool IsCutOff(std::string_view bytes) {
+  return bytes.starts_with("\x89PNG") && bytes.find("IEND") == std::string_view::npos;
+}
+
 cairo_surface_t* MakeImage(std::string_view bytes, const SizeCheck& check, bool as_file, std::string* why) {
+  const bool has_preview = bytes.starts_with("\xC5\xD0\xD3\xC6");
+  if (has_preview) bytes = EpsPreview(bytes);
+  if (bytes.starts_with("%!PS") || (has_preview && bytes.empty())) {
+    *why = "PostScript is not drawn";
+    return nullptr;
+  }
+  if (IsCutOff(bytes)) {
+    *why = "the file ends before the picture does";
+    return nullptr;
+  }
   if (as_file) {
     cairo_surface_t* const jpeg = MakeJpegSurface(bytes, why);
     if (jpeg != nullptr || !why->empty()) return jpeg;

@@ -1,0 +1,88 @@
+// Names that a batch gives, and the packets by which it hands metadata over.
+#include "filtering/batch_names.h"
+
+#include <gtest/gtest.h>
+
+#include "filtering/metadata_packet.h"
+
+namespace qelm::filtering {
+namespace {
+
+NameValues Values() {
+  NameValues values;
+  values.scheme_name = "A/B: \"c\"?.";
+  values.scheme_number = 7;
+  values.folder_name = "out";
+  values.source_name = "pump.book";
+  values.time = {2026, 3, 4, 5, 6, 7};
+  return values;
+}
+
+TEST(BatchNames, PatternsBecomePaths) {
+  const std::pair<std::string_view, std::string_view> rows[] = {
+      {"C:\\out\\<scheme_num>-<scheme_name>", "C:/out/7-A_B_ _c__"},
+      {"<book_name>\\<src_file_name>/<folder_name>", "pump.book/pump.book/out"},
+      {"<year>_<month>_<day>__<hour>_<min>_<sec>", "2026_03_04__05_06_07"},
+      {"<minute>.<second>", "06.07"},
+      {"<Scheme_Name>|<other>", "_Scheme_Name_|_other_"},
+  };
+  for (const auto& [pattern, path] : rows) EXPECT_EQ(PathByPattern(pattern, Values()), path) << pattern;
+}
+
+TEST(BatchNames, FilesGetTheirExtensionOnce) {
+  const std::pair<std::string_view, std::string_view> rows[] = {
+      {"<book_name>.pdf", "pump.book.pdf"},
+      {"<book_name>", "pump.book.pdf"},
+      {"x.PDF", "x.pdf"},
+      {"a/b", "a_b.pdf"},
+      {" ", "pump.book.pdf"},
+      {".pdf", "_.pdf"},
+  };
+  for (const auto& [pattern, name] : rows) EXPECT_EQ(FileNameByPattern(pattern, Values(), ".pdf"), name);
+  EXPECT_EQ(FileNameByPattern("<book_name>.pdf", Values(), ".xml"), "pump.book.pdf.xml");
+}
+
+TEST(BatchNames, ASchemeThatIsCalledLikeAPlaceholderIsOnlyAName) {
+  NameValues values = Values();
+  values.scheme_name = "<book_name>";
+  EXPECT_EQ(PathByPattern("<scheme_name>", values), "_book_name_");
+  values.scheme_name = "..";
+  EXPECT_EQ(PathByPattern("out/<scheme_name>", values), "out/_");
+  values.scheme_name = std::string(199, 'x') + "\u00e4";
+  EXPECT_EQ(PathByPattern("<scheme_name>", values), std::string(199, 'x')) << "cut at a character";
+}
+
+constexpr char kBegin[] =
+    "<?xpacket begin='' id='W5M0MpCehiHzreSzNTczkc9d'?><x:xapmeta xmlns:x='adobe:ns:meta/' "
+    "x:xaptk='XMP toolkit 2.8.1-28, framework 1.5'><rdf:RDF "
+    "xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#' xmlns:iX='http://ns.adobe.com/iX/1.0/'>"
+    "<rdf:Description about='' ";
+constexpr char kEnd[] = "</rdf:Description></rdf:RDF></x:xapmeta><?xpacket end='w'?>";
+constexpr char kDublinCore[] = "xmlns:dc='http://purl.org/dc/elements/1.1/'>";
+
+TEST(MetadataPacket, SaysOneFieldAsItIsGiven) {
+  const std::string dc = kDublinCore;
+  const std::pair<std::string_view, std::string> rows[] = {
+      {"Keywords", "xmlns:pdf='http://ns.adobe.com/pdf/1.3/' pdf:Keywords='a'b<c'>"},
+      {"Job Reference",
+       "xmlns:xapBJ='http://ns.adobe.com/xap/1.0/bj/'><xapBJ:JobRef><rdf:Bag><rdf:li>a'b<c</rdf:li></rdf:Bag>"
+       "</xapBJ:JobRef>"},
+      {"Web Statement",
+       "xmlns:xapRights='http://ns.adobe.com/xap/1.0/rights/' xapRights:Marked='False' "
+       "xapRights:WebStatement='a'b<c'>"},
+      {"Author", dc + "<dc:creator><rdf:Seq><rdf:li>a'b<c</rdf:li></rdf:Seq></dc:creator>"},
+      {"Title", dc + "<dc:title><rdf:Alt><rdf:li xml:lang='x-default'>a'b<c</rdf:li></rdf:Alt></dc:title>"},
+      {"Subject",
+       dc +
+           "<dc:description><rdf:Alt><rdf:li xml:lang='x-default'>a'b<c</rdf:li></rdf:Alt></dc:description>"},
+      {"Copyright",
+       dc + "<dc:rights><rdf:Alt><rdf:li xml:lang='x-default'>a'b<c</rdf:li></rdf:Alt></dc:rights>"},
+      {"author", dc},
+  };
+  for (const auto& [field, description] : rows) {
+    EXPECT_EQ(MetadataPacket(field, "a'b<c"), kBegin + description + kEnd) << field;
+  }
+}
+
+}  // namespace
+}  // namespace qelm::filtering
