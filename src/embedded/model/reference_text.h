@@ -24,6 +24,9 @@ struct TextRun {
   friend bool operator==(const TextRun&, const TextRun&) = default;
 };
 
+// Whether a name in brackets ends the character format before it ("Default Para Font").
+bool EndsCharacterFormat(std::string_view name);
+
 struct ReferenceText {
   std::vector<TextRun> runs;
   std::string problem;  // why there is no text; empty when there is
@@ -44,6 +47,10 @@ class ReferenceTargets {
   ReferenceText Expand(std::string_view format, const std::string& target);
   // The same with a paragraph as the target.
   ReferenceText ExpandParagraph(std::string_view format, std::uint32_t paragraph);
+  // The same with a place in the text, such as that of a marker, whose page is asked for.
+  ReferenceText ExpandAtItem(std::string_view format, std::uint32_t item);
+  // The body page on which an item is, counted from 1; -1 where none is recorded.
+  std::int32_t PageOfItem(std::uint32_t item) const;
 
  private:
   struct Place {

@@ -1,0 +1,46 @@
+// A document that is open for as long as this is there: one that was not open before is closed then.
+#pragma once
+
+#include <string>
+
+#include "embedded/adapter/workspace.h"
+#include "host/interface/documents.h"
+
+namespace qelm::embedded::adapter {
+
+class OpenedDocument {
+ public:
+  OpenedDocument(Workspace& workspace, host::Documents& documents, const std::string& path)
+      : workspace_(workspace), documents_(documents) {
+    host::OpenOptions options;
+    options.visible = false;
+    options.suppress_alerts = true;
+    host::OpenStatus status = host::OpenStatus::kUnreadable;
+    id_ = documents.Open(path, options, &status);
+    was_open_ = status == host::OpenStatus::kAlreadyOpen;
+  }
+  ~OpenedDocument() {
+    if (id_ != host::kNone && !was_open_) documents_.Close(id_, true);
+  }
+  OpenedDocument(const OpenedDocument&) = delete;
+  OpenedDocument& operator=(const OpenedDocument&) = delete;
+
+  // Null for what cannot be opened or is a book.
+  OpenFile* File() { return id_ == host::kNone ? nullptr : workspace_.DocumentFile(id_); }
+
+  // Brings the changes into the document, and writes it unless it was open.
+  bool Finish() {
+    OpenFile* file = File();
+    MarkEdited(file);
+    if (!SettleDocument(file)) return false;
+    return was_open_ || documents_.Save(id_, {});
+  }
+
+ private:
+  Workspace& workspace_;
+  host::Documents& documents_;
+  Id id_ = host::kNone;
+  bool was_open_ = false;
+};
+
+}  // namespace qelm::embedded::adapter
