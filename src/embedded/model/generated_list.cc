@@ -126,7 +126,7 @@ OwnText ReadOwnText(const Document& list, const ListSettings& settings) {
 
 std::string Plain(const ListEntry& entry) {
   std::string text;
-  for (const TextRun& run : entry.runs) text += run.text;
+  for (const StyledRun& run : entry.runs) text += run.text;
   return text;
 }
 
@@ -155,7 +155,7 @@ std::string EntryParagraph(const Document& list, const MifLayout& layout, const 
   std::string format;
   auto link = entry.run_links.begin();
   for (std::size_t i = 0; i < entry.runs.size(); ++i) {
-    const TextRun& part = entry.runs[i];
+    const StyledRun& part = entry.runs[i];
     for (; link != entry.run_links.end() && link->first == i; ++link) run.Marker("Hypertext", link->second);
     if (part.format && *part.format != format) {
       format = *part.format;
@@ -265,12 +265,12 @@ void CollectParagraphs(const Document& document, ReferenceTargets* targets, cons
 }
 
 // The text of the marker is no format: what it holds stands as it is.
-std::vector<TextRun> MarkerRuns(std::string_view format, const ListedMarker& marker,
-                                ReferenceTargets* targets) {
-  std::vector<TextRun> runs;
+std::vector<StyledRun> MarkerRuns(std::string_view format, const ListedMarker& marker,
+                                  ReferenceTargets* targets) {
+  std::vector<StyledRun> runs;
   while (true) {
     const std::size_t at = std::min(format.find(kMarkerText), format.size());
-    std::vector<TextRun> part = targets->ExpandAtItem(format.substr(0, at), marker.item).runs;
+    std::vector<StyledRun> part = targets->ExpandAtItem(format.substr(0, at), marker.item).runs;
     std::move(part.begin(), part.end(), std::back_inserter(runs));
     if (at == format.size()) return runs;
     runs.push_back({marker.text, std::nullopt});

@@ -33,7 +33,7 @@ ListKind KindOf(const ListSettings& settings);
 
 struct ListEntry {
   std::string format;  // the paragraph format of the entry
-  std::vector<TextRun> runs;
+  std::vector<StyledRun> runs;
   std::string link;                                            // a hypertext command; empty: none
   std::vector<std::pair<std::size_t, std::string>> run_links;  // commands before a run, in order
 };

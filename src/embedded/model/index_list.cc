@@ -100,7 +100,7 @@ void IndexList::Collect(const Document& document, ReferenceTargets* targets, con
       record.levels = std::move(entry.levels);
       record.pages = entry.pages;
       record.reference = page;
-      for (TextRun& run : record.reference.runs) {
+      for (StyledRun& run : record.reference.runs) {
         if (!run.format) run.format = entry.page_format;
       }
       records_.push_back(std::move(record));

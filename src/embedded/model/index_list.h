@@ -46,7 +46,7 @@ class IndexList {
   };
   // A page on which an entry stands.
   struct PageReference {
-    std::vector<TextRun> runs;
+    std::vector<StyledRun> runs;
     std::string link;
     std::string type;            // of the marker
     std::uint32_t document = 0;  // the pages of a document are numbered in their order
@@ -55,7 +55,7 @@ class IndexList {
   // The runs of the levels are in `levels`; the keys tell whether two entries are the same.
   struct Record {
     std::vector<std::string> keys;
-    std::vector<std::vector<TextRun>> levels;
+    std::vector<std::vector<StyledRun>> levels;
     EntryPages pages = EntryPages::kOne;
     PageReference reference;
   };

@@ -17,8 +17,8 @@ constexpr PagesBlock kPagesBlocks[] = {
 bool IsBlank(char c) { return c == ' ' || c == '\t'; }
 
 // Blanks around a level do not count.
-void Trim(std::vector<TextRun>* runs) {
-  for (TextRun& run : *runs) {
+void Trim(std::vector<StyledRun>* runs) {
+  for (StyledRun& run : *runs) {
     while (!run.text.empty() && IsBlank(run.text.front())) run.text.erase(0, 1);
     if (!run.text.empty()) break;
   }
@@ -26,7 +26,7 @@ void Trim(std::vector<TextRun>* runs) {
     while (!run->text.empty() && IsBlank(run->text.back())) run->text.pop_back();
     if (!run->text.empty()) break;
   }
-  std::erase_if(*runs, [](const TextRun& run) { return run.text.empty(); });
+  std::erase_if(*runs, [](const StyledRun& run) { return run.text.empty(); });
 }
 
 class MarkerReader {
@@ -49,7 +49,7 @@ class MarkerReader {
   std::size_t at_ = 0;
   std::vector<MarkerEntry> entries_;
   MarkerEntry entry_;
-  std::vector<TextRun> run_;  // of the level at hand
+  std::vector<StyledRun> run_;  // of the level at hand
   std::optional<std::string> format_;
   EntryPages pages_ = EntryPages::kOne;
 };
@@ -134,9 +134,9 @@ std::vector<MarkerEntry> MarkerReader::Read() {
 
 std::vector<MarkerEntry> ReadIndexMarker(std::string_view text) { return MarkerReader(text).Read(); }
 
-std::string PlainText(const std::vector<TextRun>& runs) {
+std::string PlainText(const std::vector<StyledRun>& runs) {
   std::string text;
-  for (const TextRun& run : runs) text += run.text;
+  for (const StyledRun& run : runs) text += run.text;
   return text;
 }
 

@@ -19,8 +19,8 @@ namespace qelm::embedded::model {
 enum class EntryPages : unsigned char { kOne, kRangeBegins, kRangeEnds, kNone };
 
 struct MarkerEntry {
-  std::vector<std::vector<TextRun>> levels;  // at least one, the last one not empty
-  std::vector<std::string> sort_as;          // by level; missing or empty: as the level reads
+  std::vector<std::vector<StyledRun>> levels;  // at least one, the last one not empty
+  std::vector<std::string> sort_as;            // by level; missing or empty: as the level reads
   EntryPages pages = EntryPages::kOne;
   std::optional<std::string> page_format;  // the character format that was in force at the end
 };
@@ -28,6 +28,6 @@ struct MarkerEntry {
 std::vector<MarkerEntry> ReadIndexMarker(std::string_view text);
 
 // The text of runs without their formats.
-std::string PlainText(const std::vector<TextRun>& runs);
+std::string PlainText(const std::vector<StyledRun>& runs);
 
 }  // namespace qelm::embedded::model

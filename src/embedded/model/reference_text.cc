@@ -38,7 +38,7 @@ bool EndsCharacterFormat(std::string_view name) {
 
 std::string ReferenceText::Plain() const {
   std::string text;
-  for (const TextRun& run : runs) text += run.text;
+  for (const StyledRun& run : runs) text += run.text;
   return text;
 }
 
@@ -134,7 +134,7 @@ ReferenceText ReferenceTargets::ExpandAt(std::string_view format, const Place& p
       return result;
     }
   }
-  std::erase_if(result.runs, [](const TextRun& run) { return run.text.empty(); });
+  std::erase_if(result.runs, [](const StyledRun& run) { return run.text.empty(); });
   return result;
 }
 
@@ -376,7 +376,7 @@ bool SetReferenceText(Document* document, std::uint32_t index, const ReferenceTe
   start.indentation = layout.Indentation(ends.begin);
   MifRun run(*document, layout, formattings, &no_numbers, start);
   bool own_format = false;
-  for (const TextRun& part : text.runs) {
+  for (const StyledRun& part : text.runs) {
     if (part.format) {
       run.Statement("<Font \n <FTag " + layout.Quoted(*part.format) + ">\n <FLocked No>\n> # end of Font");
       own_format = true;

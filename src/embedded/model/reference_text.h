@@ -18,17 +18,17 @@
 
 namespace qelm::embedded::model {
 
-struct TextRun {
+struct StyledRun {
   std::string text;
   std::optional<std::string> format;  // a character format, "" for none; missing: as around
-  friend bool operator==(const TextRun&, const TextRun&) = default;
+  friend bool operator==(const StyledRun&, const StyledRun&) = default;
 };
 
 // Whether a name in brackets ends the character format before it ("Default Para Font").
 bool EndsCharacterFormat(std::string_view name);
 
 struct ReferenceText {
-  std::vector<TextRun> runs;
+  std::vector<StyledRun> runs;
   std::string problem;  // why there is no text; empty when there is
 
   std::string Plain() const;
