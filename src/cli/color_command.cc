@@ -151,7 +151,9 @@ void ColoringCommand::SaveComponents(Session& session, Outcome* outcome) {
     const std::string path = ShownPath(component.path);
     components.push_back(
         {{"path", path}, {"opened", opened}, {"result", component.result}, {"changed", changed}});
+    if (!opened) components.back()["error"] = component.why;
     outcome->text += "  " + path + ": " + FateOf(component, changed) + "\n";
+    if (!opened) outcome->text += "    " + component.why + "\n";
   }
   outcome->members["components"] = std::move(components);
 }

@@ -24,32 +24,44 @@ class ConvertCommand : public Command {
  private:
   std::string input_;
   std::string output_;
+  std::size_t page_ = 0;
+  double dpi_ = 96;
 };
 
 CLI::App* ConvertCommand::Define(CLI::App& program) {
   CLI::App* command = AddCommand(
-      program, {"convert", "Write a document as MIF or XML",
-                "The ending of OUT says the format: .mif and .fm for MIF, .xml for XML. In its own format\n"
-                "a document is written byte for byte as it is.",
-                "qelm convert operation.mif operation.xml"});
-  command->add_option("IN", input_, "The document (MIF or XML)")->required();
+      program,
+      {"convert", "Write a document as MIF, XML, PDF or PNG",
+       "The ending of OUT says the format: .mif and .fm for MIF, .xml for XML, .pdf for pages, .png for\n"
+       "one page. In its own format a document is written byte for byte as it is. Books become PDF.",
+       "qelm convert operation.mif operation.pdf"});
+  command->add_option("IN", input_, "The document (MIF or XML), for PDF a book as well")->required();
   command->add_option("OUT", output_, "Where the result goes; its ending says the format")->required();
+  command->add_option("--page", page_, "For .png: which page, from 1")->check(CLI::PositiveNumber);
+  command->add_option("--dpi", dpi_, "For .png: dots an inch")
+      ->check(CLI::Range(10.0, 1200.0))
+      ->capture_default_str();
   return command;
 }
 
 Outcome ConvertCommand::Run(Session& session) {
   const std::string ending = Ending(output_);
-  if (ending == ".pdf" || ending == ".png") {
-    throw Failure(ExitStatus::kUsage,
-                  output_ + ": this version cannot write pages (PDF, PNG); it writes MIF and XML");
+  const bool known =
+      ending == ".mif" || ending == ".fm" || ending == ".xml" || ending == ".pdf" || ending == ".png";
+  if (!known) {
+    throw Failure(ExitStatus::kUsage, output_ +
+                                          ": the format is not clear from the name; it has to end in .mif, "
+                                          ".fm, .xml, .pdf or .png");
   }
-  if (ending != ".mif" && ending != ".fm" && ending != ".xml") {
-    throw Failure(ExitStatus::kUsage,
-                  output_ + ": the format is not clear from the name; it has to end in .mif, .fm or .xml");
-  }
-  const host::Id document = session.OpenDocument(input_);
+  if (page_ != 0 && ending != ".png") throw Failure(ExitStatus::kUsage, "--page is for one page as .png");
+  const host::Id document = ending == ".pdf" ? session.Open(input_) : session.OpenDocument(input_);
   Outcome outcome;
-  outcome.output = session.Save(document, output_);
+  if (ending == ".png") {
+    outcome.output = session.SavePage(document, output_, page_ == 0 ? 1 : page_, dpi_);
+  } else {
+    outcome.output = session.Save(document, output_,
+                                  ending == ".pdf" ? host::SaveFormat::kPdf : host::SaveFormat::kDocument);
+  }
   outcome.text = input_ + " -> " + outcome.output + "\n";
   return outcome;
 }

@@ -145,6 +145,7 @@ std::string FilterText(const FilterRun& run, const std::string& target, const st
     if (!entry.removed && entry.root_filtered) fate += "; its highest-level element fails the scheme";
     text += "  " + ShownPath(entry.path) + ": " + fate + "\n";
   }
+  for (const std::string& link : run.unchanged_links) text += "not changed: " + link + "\n";
   for (const std::string& path : run.removed_files) text += "  " + ShownPath(path) + ": removed\n";
   return text;
 }
@@ -174,7 +175,7 @@ Outcome FilterBook(Session& session, host::Id book, const std::string& scheme) {
   if (run.mode == LaunchMode::kDuplicate && !run.dry_run) {
     outcome.output = SaveNewBook(session, run.result_book);
   }
-  if (PassedOver(run) != 0) outcome.status = ExitStatus::kFound;
+  if (PassedOver(run) != 0 || !run.unchanged_links.empty()) outcome.status = ExitStatus::kFound;
   outcome.members = {{"scheme", scheme}, {"mode", ModeName(run.mode)}, {"dry_run", run.dry_run}};
   outcome.members.update(CountsJson(run));
   outcome.members["components"] = ComponentsJson(run, files);
@@ -182,6 +183,7 @@ Outcome FilterBook(Session& session, host::Id book, const std::string& scheme) {
   for (const filtering::CopiedFile& file : run.copied) copied.push_back(file.target);
   outcome.members["copied"] = PathsJson(copied);
   outcome.members["removed_files"] = PathsJson(run.removed_files);
+  outcome.members["unchanged_links"] = run.unchanged_links;
   outcome.members["dangling"] = DanglingJson(run.dangling);
   outcome.members["not_updated"] = run.not_updated.empty() ? Json(nullptr) : Json(run.not_updated);
   outcome.text = FilterText(run, session.target(), outcome.output) + DanglingText(run.dangling);

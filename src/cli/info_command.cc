@@ -6,6 +6,7 @@
 #include "cli/command.h"
 #include "cli/link_table.h"
 #include "cli/session.h"
+#include "embedded/model/xmp_packet.h"
 
 namespace qelm::cli {
 namespace {
@@ -102,6 +103,16 @@ Json ColorsJson(const model::Document& document) {
   Json colors = Json::array();
   for (std::size_t i = 1; i < document.colors.size(); ++i) colors.push_back(document.colors[i].name);
   return colors;
+}
+
+// What a PDF of the document or book says of it.
+Json MetadataJson(Session& session, host::Id id) {
+  Json metadata = Json::object();
+  const std::string packet = session.roles().documents.Metadata(id);
+  for (const model::MetadataField& field : model::PacketFields(packet)) {
+    metadata[std::string(field.name)] = field.value;
+  }
+  return metadata;
 }
 
 Json DocumentJson(const model::Document& document) {
@@ -257,11 +268,15 @@ Outcome InfoCommand::Run(Session& session) {
     return outcome;
   }
   outcome.members = book ? BookJson(session, id) : DocumentJson(*session.host().Find(id));
+  outcome.members["metadata"] = MetadataJson(session, id);
   const Json& info = outcome.members;
   outcome.text =
       target_ + ": " + Upper(info["format"].get<std::string>()) + " " + info["kind"].get<std::string>();
   if (info["version"].is_string()) outcome.text += ", version " + info["version"].get<std::string>();
   outcome.text += "\n" + (book ? BookText(info) : DocumentText(info));
+  for (const auto& [name, value] : info["metadata"].items()) {
+    AppendList(name, {value.get<std::string>()}, &outcome.text);
+  }
   return outcome;
 }
 

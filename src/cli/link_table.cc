@@ -31,6 +31,7 @@ struct Row {
 
 // A file, as far as links into it need it.
 struct Target {
+  bool read = false;  // it was opened, or that was tried
   bool readable = false;
   std::string reason;  // why it is not
   // By kind and name; of a file that is still open the host is asked.
@@ -57,16 +58,22 @@ class Table {
   Json Result();
 
  private:
-  void AddFile(const std::string& path, bool is_component);
+  // What is known of a path, for which the file system is asked once.
+  struct Place {
+    bool exists = false;
+    Target* target = nullptr;
+  };
+  const Place& PlaceOf(const std::string& path);
+  void AddFile(const std::string& path, Target* target, bool is_component);
   void AddLinks(Id document);
   void AddNames(Id document, Target* target);
   State StateOf(const Row& row);
-  const Target& TargetIn(const std::string& path);
   Json RowJson(const Row& row);
 
   host::Host& host_;
   std::vector<Row> rows_;
   std::unordered_map<std::string, Target> targets_;  // by the file's identity
+  std::unordered_map<std::string, Place> places_;    // by path
   Json unread_ = Json::array();
   std::size_t counts_[std::size(kStates)] = {};
 };
@@ -94,8 +101,8 @@ void Table::AddNames(Id document, Target* target) {
 
 void Table::AddDocument(Id document) {
   AddLinks(document);
-  Target& target = targets_[Identity(std::string(host_.documents.Path(document)))];
-  target.readable = true;
+  Target& target = *PlaceOf(std::string(host_.documents.Path(document))).target;
+  target.read = target.readable = true;
   target.document = document;
 }
 
@@ -104,13 +111,15 @@ void Table::AddBook(Id book) {
   for (Id component = host_.books.FirstComponent(book); component != kNone;
        component = host_.books.NextComponent(book, component)) {
     const std::string path(host_.books.ComponentPath(book, component));
-    if (!targets_.contains(Identity(path))) AddFile(path, true);
+    Target* target = PlaceOf(path).target;
+    if (!target->read) AddFile(path, target, true);
   }
 }
 
 // Opens a file that was not read yet, takes what is needed of it, and closes it.
-void Table::AddFile(const std::string& path, bool is_component) {
-  Target& target = targets_[Identity(path)];
+void Table::AddFile(const std::string& path, Target* found, bool is_component) {
+  Target& target = *found;
+  target.read = true;
   host::OpenOptions options;
   options.visible = false;
   options.suppress_alerts = true;
@@ -131,20 +140,22 @@ void Table::AddFile(const std::string& path, bool is_component) {
   }
 }
 
-const Target& Table::TargetIn(const std::string& path) {
-  const std::string identity = Identity(path);
-  if (!targets_.contains(identity)) AddFile(path, false);
-  return targets_[identity];
+const Table::Place& Table::PlaceOf(const std::string& path) {
+  const auto [found, is_new] = places_.try_emplace(path);
+  if (is_new) found->second = {host_.platform.FileExists(path), &targets_[Identity(path)]};
+  return found->second;
 }
 
 State Table::StateOf(const Row& row) {
   const Link& link = row.link;
   if (link.command == "URL") return State::kUnchecked;
   const std::string& path = link.path.empty() ? row.source : link.path;
-  if (!host_.platform.FileExists(path)) return State::kFileMissing;
+  const Place& place = PlaceOf(path);
+  if (!place.exists) return State::kFileMissing;
   // Pictures, and texts of other programs, are not opened here.
   if (link.target.empty() && link.kind != LinkKind::kCrossReference) return State::kResolved;
-  const Target& target = TargetIn(path);
+  if (!place.target->read) AddFile(path, place.target, false);
+  const Target& target = *place.target;
   if (!target.readable) return State::kUnreadable;
   const bool known = target.document != kNone ? host_.links.HasTarget(target.document, link.kind, link.target)
                                               : target.names.contains(KeyOf(link.kind, link.target));
@@ -168,7 +179,7 @@ Json Table::RowJson(const Row& row) {
             {"hidden", row.link.hidden}};
   if (row.link.command == "URL") json["path"] = "";
   if (!row.link.command.empty()) json["command"] = row.link.command;
-  if (state == State::kUnreadable) json["reason"] = TargetIn(json["path"]).reason;
+  if (state == State::kUnreadable) json["reason"] = PlaceOf(json["path"]).target->reason;
   return json;
 }
 

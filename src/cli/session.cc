@@ -223,7 +223,7 @@ host::Id Session::OpenDocument(const std::string& path) {
                 path + ": this is a book; this command works on documents only, not on books yet");
 }
 
-std::string Session::Save(host::Id document, const std::string& path) {
+std::string Session::Save(host::Id document, const std::string& path, host::SaveFormat format) {
   if (environment_.esc && environment_.esc()) {
     throw Failure(ExitStatus::kCancelled, "cancelled; nothing was written");
   }
@@ -231,12 +231,21 @@ std::string Session::Save(host::Id document, const std::string& path) {
   const std::string name = path.empty() ? NameOf(document) : path;
   host::SaveOptions options;
   options.path = path;
+  options.format = format;
   const std::int64_t start = platform_.Milliseconds();
   if (!documents.Save(document, options)) {
     throw Failure(ExitStatus::kFile, WithPath(name, documents.LastError()));
   }
   Say("wrote " + name + " in " + std::to_string(platform_.Milliseconds() - start) + " ms");
   return name;
+}
+
+std::string Session::SavePage(host::Id document, const std::string& path, std::size_t page, double dpi) {
+  std::string why;
+  if (!host_->SavePage(document, path, page, dpi, &why)) {
+    throw Failure(ExitStatus::kFile, WithPath(path, why));
+  }
+  return path;
 }
 
 std::string Session::NameOf(host::Id document) {

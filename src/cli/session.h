@@ -45,7 +45,10 @@ class Session {
 
   // Writes the document to `path`, empty for its own. A press of Esc that nothing has seen yet still counts:
   // then nothing is written. Returns the path that was written. Throws Failure.
-  std::string Save(host::Id document, const std::string& path);
+  std::string Save(host::Id document, const std::string& path,
+                   host::SaveFormat format = host::SaveFormat::kDocument);
+  // Writes one page of a document, its place from 1, as PNG with that many dots an inch.
+  std::string SavePage(host::Id document, const std::string& path, std::size_t page, double dpi);
 
   // Shows what the host noticed of files since the last call.
   void ShowNotices();

@@ -1,6 +1,7 @@
 #include "coloring/book_coloring.h"
 
 #include "coloring/uncoloring.h"
+#include "messages/component_document.h"
 
 namespace qelm::coloring {
 namespace {
@@ -17,7 +18,9 @@ class BookRun {
 
  private:
   bool Check();
-  Id Open(Id component);
+  messages::OpenedComponent Open(Id component) {
+    return messages::OpenComponent(host_, book_, component, run_.suppress_opening_alerts);
+  }
   std::int32_t RunOne(ColoredComponent* component);
   bool Cancelled();
 
@@ -28,27 +31,16 @@ class BookRun {
   Id book_;
 };
 
-Id BookRun::Open(Id component) {
-  if (const Id open = host_.books.ComponentDocument(book_, component); open != kNone) return open;
-  const std::string path(host_.books.ComponentPath(book_, component));
-  host::OpenOptions options;
-  options.suppress_alerts = run_.suppress_opening_alerts;
-  host::OpenStatus status = host::OpenStatus::kOpened;
-  const Id document = host_.documents.Open(path, options, &status);
-  // A book inside a book is not a document with text.
-  return host_.books.IsBook(document) ? kNone : document;
-}
-
 // Whether every component that is not generated can be found and opened. They stay open for the run.
 bool BookRun::Check() {
   std::string failed;
   for (Id component = host_.books.FirstComponent(book_); component != kNone;
        component = host_.books.NextComponent(book_, component)) {
-    if (host_.books.IsGenerated(book_, component) || Open(component) != kNone) continue;
-    const std::string path(host_.books.ComponentPath(book_, component));
-    const std::string why(host_.documents.LastError());
+    if (host_.books.IsGenerated(book_, component)) continue;
+    const messages::OpenedComponent found = Open(component);
+    if (found.document != kNone) continue;
     if (!failed.empty()) failed += "\n";
-    failed += why.find(path) == std::string::npos ? path + ": " + why : why;
+    failed += found.why;
   }
   if (failed.empty()) return true;
   return context_.messenger.AskFormatted("QELM_MSG_COLORING_5",
@@ -81,8 +73,10 @@ std::int32_t BookRun::Run() {
        component = host_.books.NextComponent(book_, component)) {
     if (host_.books.IsGenerated(book_, component)) continue;
     ColoredComponent& entry = run_.components.emplace_back();
-    entry.path = host_.books.ComponentPath(book_, component);
-    entry.document = Open(component);
+    messages::OpenedComponent found = Open(component);
+    entry.path = std::move(found.path);
+    entry.why = std::move(found.why);
+    entry.document = found.document;
     if (entry.document == kNone) continue;
     result = RunOne(&entry);
     if (result == common::kCancelled) break;

@@ -46,7 +46,8 @@ enum class Ending : std::uint8_t {
 
 struct ColoredComponent {
   std::string path;
-  host::Id document = host::kNone;  // 0: it could not be opened, and was passed over
+  host::Id document = host::kNone;  // 0: it could not be opened, and was passed over, and
+  std::string why;                  // this is why, in the host's words
   std::int32_t result = 0;
   Ending ending = Ending::kNone;  // its own, whatever became of the others
 };

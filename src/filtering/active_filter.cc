@@ -54,8 +54,6 @@ class ActiveFilter {
   std::string why_;  // what the host says about a failure; empty when it was not the host's
 };
 
-std::string Normal(std::string_view path) { return std::filesystem::path(path).lexically_normal().string(); }
-
 bool ActiveFilter::FindDocument() {
   document_ = host_.documents.ActiveDocument();
   const bool active_scheme = context_.scheme.Active();
@@ -139,10 +137,9 @@ bool ActiveFilter::Duplicate() {
 // A document that is open would be replaced behind the user's back, and the source must stay untouched, so a
 // copy never goes where an open document lies.
 bool ActiveFilter::IsOpen(const std::string& path) {
-  const std::string normal = Normal(path);
   for (Id open = host_.documents.FirstOpenDocument(); open != kNone;
        open = host_.documents.NextOpenDocument(open)) {
-    if (Normal(host_.documents.Path(open)) == normal) return true;
+    if (host_.platform.SameFile(std::string(host_.documents.Path(open)), path)) return true;
   }
   return false;
 }

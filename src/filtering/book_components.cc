@@ -74,10 +74,8 @@ bool BookComponents::FilterOne(Id component) {
   // What was passed over before the book was copied is not in the copy.
   if (entry.generated || !entry.why.empty()) return true;
   if (CancelledBetween()) return false;
-  const OpenedComponent found = OpenComponent(host_, book_, component, run_.suppress_opening_alerts);
-  entry.path = found.path;
-  entry.why = found.why;
-  entry.opened = found.document != kNone;
+  OpenedComponent found;
+  OpenForRun(host_, &run_, book_, component, &found);
   if (!entry.opened) return PassOver(&entry);
   Filter(found, &entry);
   const bool goes_on = run_.cancel_flag == 0;

@@ -35,7 +35,7 @@ std::int32_t BookCopy::Copy() {
   if (!Check()) return kCopyFailed;
   StagedFiles staged(host_.platform, folder_);
   if (!staged.Begin()) {
-    Fail("QELM_MSG_FILTER_52", folder_);
+    FailFile(folder_);
     return kCopyFailed;
   }
   for (std::size_t i = 0; i < plan_.Files().size(); ++i) {
@@ -45,6 +45,7 @@ std::int32_t BookCopy::Copy() {
   if (Stopped()) return kCopyStopped;
   if (!Place(&staged) || !OpenNewBook()) return kCopyFailed;
   staged.Keep();
+  made_folders_ = staged.made_folders();
   return kDone;
 }
 
@@ -87,7 +88,7 @@ bool BookCopy::CopyOne(std::size_t number, StagedFiles* staged) {
                          "Press Esc to cancel"});
   const std::string copy = staged->Add(file.source);
   copies_.push_back(copy);
-  if (copy.empty()) return Fail("QELM_MSG_FILTER_52", file.source);
+  if (copy.empty()) return FailFile(file.source);
   return file.role == Role::kBook ? NameComponents(copy) : Redirect(number, copy);
 }
 
@@ -101,20 +102,23 @@ bool BookCopy::Redirect(std::size_t number, const std::string& copy) {
   const Id document = host_.documents.Open(copy, {.visible = false, .suppress_alerts = true}, &status);
   if (document == kNone) return HostSays(file.source);
   // References are written relative to where the document says that it is.
-  const bool done = host_.documents.SetPath(document, file.target) && SetLinks(document, rewrites) &&
-                    SaveCopy(document, copy);
+  const bool done = host_.documents.SetPath(document, file.target) &&
+                    SetLinks(document, rewrites, file.target) && SaveCopy(document, copy);
   if (!done) HostSays(file.source);
   host_.documents.Close(document, true);
   return done;
 }
 
-bool BookCopy::SetLinks(Id document, const std::vector<CopyPlan::Rewrite>& rewrites) {
+// A link that the host cannot change stays and is named; the book is no worse than it was for it.
+bool BookCopy::SetLinks(Id document, const std::vector<CopyPlan::Rewrite>& rewrites,
+                        const std::string& target) {
   std::vector<host::Link> links;
   if (!host_.links.Read(document, &links)) return false;
   for (const CopyPlan::Rewrite& rewrite : rewrites) {
-    if (rewrite.link >= links.size() || !host_.links.SetPath(document, links[rewrite.link], rewrite.path)) {
-      return false;
-    }
+    if (rewrite.link >= links.size()) return false;
+    const host::Link& link = links[rewrite.link];
+    if (host_.links.SetPath(document, link, rewrite.path)) continue;
+    unchanged_links_.push_back(target + ": " + std::string(LinkKindName(link.kind)) + " to " + rewrite.path);
   }
   return true;
 }
@@ -128,14 +132,27 @@ bool BookCopy::NameComponents(const std::string& copy) {
   // The two books are the same, so a component of one is that of the other.
   for (Id component = host_.books.FirstComponent(book_); done && component != kNone;
        component = host_.books.NextComponent(book_, component)) {
-    const std::size_t file = plan_.FindFile(std::string(host_.books.ComponentPath(book_, component)));
-    if (file == CopyPlan::kNoFile) continue;
-    done = host_.books.SetComponentPath(book, component, plan_.Files()[file].target);
+    const std::string source(host_.books.ComponentPath(book_, component));
+    const std::size_t file = plan_.FindFile(source);
+    if (file == CopyPlan::kNoFile) {
+      // A copy that named a source as its own for any other reason would have it filtered.
+      done = !left_out_.contains(component) || NameLeftOut(book, component, source);
+      continue;
+    }
+    const std::string& path = plan_.Files()[file].target;
+    done = host_.books.SetComponentPath(book, component, path);
   }
   done = done && SaveCopy(book, copy);
   if (!done) HostSays(plan_.Files().front().source);
   host_.documents.Close(book, true);
   return done;
+}
+
+// What was not copied is named where it is, unless it is nowhere. One that is found already is named by a
+// path that does not count from the book.
+bool BookCopy::NameLeftOut(Id book, Id component, const std::string& source) {
+  if (!host_.platform.FileExists(source) || host_.books.ComponentPath(book, component) == source) return true;
+  return host_.books.SetComponentPath(book, component, source);
 }
 
 bool BookCopy::SaveCopy(Id document, const std::string& copy) {
@@ -149,7 +166,7 @@ bool BookCopy::Place(StagedFiles* staged) {
   // The book comes last, so that whoever waits for it finds all that it names.
   for (std::size_t i = plan_.Files().size(); i-- > 0;) {
     if (!staged->Place(copies_[i], plan_.Files()[i].target)) {
-      return Fail("QELM_MSG_FILTER_52", plan_.Files()[i].target);
+      return FailFile(plan_.Files()[i].target);
     }
   }
   return true;
@@ -171,6 +188,13 @@ bool BookCopy::Stopped() {
 
 bool BookCopy::Fail(std::string_view id, const std::string& text) {
   why_ = messenger_.Format(id, text);
+  return false;
+}
+
+bool BookCopy::FailFile(const std::string& path) {
+  const std::string reason = host_.platform.LastError();
+  Fail("QELM_MSG_FILTER_52", path);
+  if (!reason.empty()) why_ += " (" + reason + ")";
   return false;
 }
 

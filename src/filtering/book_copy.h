@@ -15,6 +15,7 @@
 
 #include <cstdint>
 #include <string>
+#include <unordered_set>
 
 #include "filtering/copy_plan.h"
 #include "filtering/staged_files.h"
@@ -35,6 +36,9 @@ class BookCopy {
   // when the host does not tell what it refers to.
   bool AddComponent(host::Id component, host::Id document) { return plan_.AddComponent(component, document); }
 
+  // Takes note of a component that is not copied because it cannot be opened: the copy names it where it is.
+  void LeaveOut(host::Id component) { left_out_.insert(component); }
+
   // Copies. Components that were not added are not copied; their entries stay. Returns kDone,
   // kOutputIsSource, kCopyStopped, or kCopyFailed with why() set. The new book is open then, its documents
   // are not.
@@ -43,6 +47,10 @@ class BookCopy {
   host::Id NewBook() const { return new_book_; }
   const std::string& why() const { return why_; }
   std::vector<CopiedFile> CopiedFiles() const { return plan_.CopiedFiles(); }
+  // Folders that were made for the copy, outer ones first.
+  const std::vector<std::string>& made_folders() const { return made_folders_; }
+  // Links that could not be changed, each in words: they lead where they led, seen from the new place.
+  const std::vector<std::string>& unchanged_links() const { return unchanged_links_; }
 
  private:
   bool Check();
@@ -50,14 +58,16 @@ class BookCopy {
   bool CheckSpace();
   bool CopyOne(std::size_t number, StagedFiles* staged);
   bool Redirect(std::size_t number, const std::string& copy);
-  bool SetLinks(host::Id document, const std::vector<CopyPlan::Rewrite>& rewrites);
+  bool SetLinks(host::Id document, const std::vector<CopyPlan::Rewrite>& rewrites, const std::string& target);
   bool NameComponents(const std::string& copy);
+  bool NameLeftOut(host::Id book, host::Id component, const std::string& source);
   bool SaveCopy(host::Id document, const std::string& copy);
   bool Place(StagedFiles* staged);
   bool OpenNewBook();
 
   bool Stopped();
   bool Fail(std::string_view id, const std::string& text);
+  bool FailFile(const std::string& path);
   bool HostSays(const std::string& path);
 
   host::Host& host_;
@@ -66,9 +76,12 @@ class BookCopy {
   bool redirect_;
   std::string folder_;
   CopyPlan plan_;
+  std::unordered_set<host::Id> left_out_;
   std::vector<std::string> copies_;  // where the copy of each file is until it is placed
   host::Id new_book_ = host::kNone;
   std::string why_;
+  std::vector<std::string> made_folders_;
+  std::vector<std::string> unchanged_links_;
   bool stopped_ = false;
 };
 

@@ -42,6 +42,9 @@ class BookFilter {
   bool CancelledBefore();
   void TellPassedOver();
   bool CopyBook();
+  void TellUnchanged();
+  bool GoesElsewhere();
+  std::string FullyFiltered() const;
   void SetEntryTexts(Id book);
   void Conclude();
   void Elapsed();
@@ -63,7 +66,6 @@ class BookFilter {
   Id book_ = kNone;
   std::int64_t started_ = 0;
   std::optional<BookCopy> copy_;
-  std::string fully_filtered_;
 };
 
 bool BookFilter::End(Ending ending, std::string_view id) {
@@ -96,6 +98,7 @@ void BookFilter::Run() {
   messenger_.ShowStatus({kTitle, "Filtering Book", "Please wait...", kEsc});
   if (!SaveFirst() || !Preprocess()) return;
   TellPassedOver();
+  if (!GoesElsewhere()) return;
   run_.result_book = book_;
   const bool ready = !Copies() || CopyBook();
   if (ready) {
@@ -135,12 +138,9 @@ bool BookFilter::CancelledBefore() {
 }
 
 bool BookFilter::PreprocessOne(Id component) {
-  FilteredComponent& entry = EntryOf(&run_, component);
-  entry.generated = host_.books.IsGenerated(book_, component);
-  const OpenedComponent found = OpenComponent(host_, book_, component, run_.suppress_opening_alerts);
-  entry.path = found.path;
-  entry.why = found.why;
-  entry.opened = found.document != kNone;
+  OpenedComponent found;
+  FilteredComponent& entry = OpenForRun(host_, &run_, book_, component, &found);
+  if (!entry.opened && copy_) copy_->LeaveOut(component);
   if (!entry.opened) return true;
   const std::string name(common::FirstCharacters(common::FileName(found.path), kStatusNameLimit));
   messenger_.ShowStatus({kTitle, messenger_.Format("QELM_MSG_FILTER_59", name), "", kEsc});
@@ -167,10 +167,6 @@ bool BookFilter::Check(const OpenedComponent& found, FilteredComponent* entry) {
     const FlowRoot main = MainFlow(host_, found.document);
     entry->root_filtered = main.root != kNone && !flows.empty() && verdicts.Fails(main.root);
   }
-  if (entry->root_filtered) {
-    fully_filtered_ = messages::Messenger::FormatText("%s  - %s\n", fully_filtered_,
-                                                      std::string(common::FileName(found.path)));
-  }
   if (!copy_ || copy_->AddComponent(entry->component, found.document)) return true;
   const std::string why = found.path + ": " + std::string(host_.documents.LastError());
   return EndFormatted(Ending::kNotCopied, "QELM_MSG_FILTER_24", messenger_.Format("QELM_MSG_FILTER_24", why));
@@ -193,6 +189,20 @@ void BookFilter::SetEntryTexts(Id book) {
   }
 }
 
+void BookFilter::TellUnchanged() {
+  std::string lines;
+  for (const std::string& link : run_.unchanged_links) lines += (lines.empty() ? "" : "\n") + link;
+  if (!lines.empty()) Tell("QELM_MSG_FILTER_70", messenger_.Format("QELM_MSG_FILTER_70", lines));
+}
+
+// A run that only counts says what would be refused.
+bool BookFilter::GoesElsewhere() {
+  const bool matters = run_.dry_run && run_.mode == LaunchMode::kDuplicate && !run_.output_folder.empty();
+  const std::string own(common::FolderOf(host_.documents.Path(book_)));
+  if (!matters || !host_.platform.SameFile(own, run_.output_folder)) return true;
+  return End(Ending::kSameFolder, "QELM_MSG_FILTER_22");
+}
+
 // False when there is no new book: the ending says why, and only kByUser is told later on.
 bool BookFilter::CopyBook() {
   messenger_.ShowStatus({kTitle, "Transporting book to...", run_.output_folder, kEsc});
@@ -200,6 +210,9 @@ bool BookFilter::CopyBook() {
     case kDone:
       run_.result_book = copy_->NewBook();
       run_.copied = copy_->CopiedFiles();
+      run_.made_folders = copy_->made_folders();
+      run_.unchanged_links = copy_->unchanged_links();
+      TellUnchanged();
       return true;
     case kOutputIsSource:
       return End(Ending::kSameFolder, "QELM_MSG_FILTER_22");
@@ -212,13 +225,24 @@ bool BookFilter::CopyBook() {
   }
 }
 
+// A line for each component that is in the book and of which everything failed the scheme.
+std::string BookFilter::FullyFiltered() const {
+  std::string list;
+  for (const FilteredComponent& entry : run_.components) {
+    if (!entry.root_filtered || entry.removed) continue;
+    list = messages::Messenger::FormatText("%s  - %s\n", list, std::string(common::FileName(entry.path)));
+  }
+  return list;
+}
+
 void BookFilter::Conclude() {
   if (run_.ending != Ending::kCompleted) {
     Tell("QELM_MSG_FILTER_25");
   } else if (run_.book_completion_prompt) {
     const bool copied = run_.mode == LaunchMode::kDuplicate;
     const std::string_view list = copied ? "QELM_MSG_FILTER_26" : "QELM_MSG_FILTER_27";
-    if (!fully_filtered_.empty()) Tell(list, messenger_.Format(list, fully_filtered_));
+    const std::string filtered = FullyFiltered();
+    if (!filtered.empty()) Tell(list, messenger_.Format(list, filtered));
     if (copied) Tell("QELM_MSG_FILTER_28");
   }
   Elapsed();

@@ -1,42 +1,24 @@
 #include "filtering/components.h"
 
-#include <algorithm>
-
 namespace qelm::filtering {
 
 using host::Id;
 using host::kNone;
 
-OpenedComponent OpenComponent(host::Host& host, Id book, Id component, bool suppress_alerts) {
-  OpenedComponent result;
-  result.path = host.books.ComponentPath(book, component);
-  result.document = host.books.ComponentDocument(book, component);
-  if (result.document != kNone) return result;
-  host::OpenOptions options;
-  options.suppress_alerts = suppress_alerts;
-  host::OpenStatus status = host::OpenStatus::kUnreadable;
-  result.document = host.documents.Open(result.path, options, &status);
-  if (result.document == kNone) {
-    result.why = host.documents.LastError();
-    if (result.why.find(result.path) == std::string::npos) result.why = result.path + ": " + result.why;
-    return result;
-  }
-  result.opened = status != host::OpenStatus::kAlreadyOpen;
-  if (!host.books.IsBook(result.document)) return result;
-  if (result.opened) host.documents.Close(result.document, true);
-  result.document = kNone;
-  result.opened = false;
-  result.why = result.path + ": this is a book, and its documents are not those of the book that names it.";
-  return result;
+FilteredComponent& EntryOf(FilterRun* run, Id component) {
+  const auto [found, is_new] = run->component_places.try_emplace(component, run->components.size());
+  if (is_new) run->components.emplace_back().component = component;
+  return run->components[found->second];
 }
 
-FilteredComponent& EntryOf(FilterRun* run, Id component) {
-  const auto found =
-      std::find_if(run->components.begin(), run->components.end(),
-                   [&](const FilteredComponent& entry) { return entry.component == component; });
-  if (found != run->components.end()) return *found;
-  FilteredComponent& entry = run->components.emplace_back();
-  entry.component = component;
+FilteredComponent& OpenForRun(host::Host& host, FilterRun* run, Id book, Id component,
+                              OpenedComponent* found) {
+  FilteredComponent& entry = EntryOf(run, component);
+  entry.generated = host.books.IsGenerated(book, component);
+  *found = messages::OpenComponent(host, book, component, run->suppress_opening_alerts);
+  entry.path = found->path;
+  entry.why = found->why;
+  entry.opened = found->document != kNone;
   return entry;
 }
 
@@ -53,7 +35,10 @@ std::string PassedOver(const FilterRun& run) {
 void ClearBookOutcome(FilterRun* run) {
   run->result_book = kNone;
   run->components.clear();
+  run->component_places.clear();
   run->copied.clear();
+  run->made_folders.clear();
+  run->unchanged_links.clear();
   run->removed_files.clear();
   run->not_updated.clear();
 }

@@ -4,21 +4,18 @@
 #include <string>
 
 #include "filtering/document_filter.h"
+#include "messages/component_document.h"
 
 namespace qelm::filtering {
 
-struct OpenedComponent {
-  std::string path;
-  host::Id document = host::kNone;  // 0: it cannot be opened, or is no document, and
-  std::string why;                  // this is why
-  bool opened = false;              // it was not open before
-};
-
-// Opens the component where it is not open. One that is a book in turn has no document.
-OpenedComponent OpenComponent(host::Host& host, host::Id book, host::Id component, bool suppress_alerts);
+using messages::OpenedComponent;
 
 // What the run tells of the component, in the order in which components first came up.
 FilteredComponent& EntryOf(FilterRun* run, host::Id component);
+
+// Opens a component for the run, and notes in its entry, which it returns, what came of that.
+FilteredComponent& OpenForRun(host::Host& host, FilterRun* run, host::Id book, host::Id component,
+                              OpenedComponent* found);
 
 // The paths of the components that were passed over, with the reasons, a line each; empty for none. Generated
 // ones are not among them.

@@ -1,10 +1,10 @@
 #include "filtering/copy_plan.h"
 
 #include <algorithm>
-#include <array>
 #include <filesystem>
 
 #include "common/paths.h"
+#include "filtering/plain_path.h"
 
 namespace qelm::filtering {
 namespace {
@@ -15,12 +15,17 @@ using host::kNone;
 using host::LinkKind;
 using Role = CopiedFile::Role;
 
-std::string Normal(std::string_view path) { return fs::path(path).lexically_normal().string(); }
-
 // The names under which a file may be found that is called so: documents are often saved as MIF after others
 // came to refer to them.
-std::array<std::string, 3> NamesFor(const std::string& path) {
-  return {path, fs::path(path).replace_extension(".mif").string(), path + ".mif"};
+std::vector<std::string> NamesFor(const std::string& path) {
+  constexpr std::string_view kOwn[] = {".fm", ".book", ".bk", ".FM", ".BOOK", ".BK"};
+  std::vector<std::string> names{path};
+  const std::string extension = fs::path(path).extension().string();
+  if (std::find(std::begin(kOwn), std::end(kOwn), extension) != std::end(kOwn)) {
+    names.push_back(fs::path(path).replace_extension(".mif").string());
+  }
+  names.push_back(path + ".mif");
+  return names;
 }
 
 // What leads from `from` to `path`; empty for nothing.
@@ -33,14 +38,14 @@ std::string Below(const std::string& from, const std::string& path) {
 }  // namespace
 
 CopyPlan::CopyPlan(host::Host& host, Id book) : host_(host) {
-  const std::string path = Normal(host.documents.Path(book));
+  const std::string path = PlainPath(host.platform, std::string(host.documents.Path(book)));
   book_folder_ = common::FolderOf(path);
   AddFile(Role::kBook, path);
 }
 
 std::size_t CopyPlan::AddFile(Role role, const std::string& source) {
   const auto [entry, is_new] = by_source_.try_emplace(host_.platform.ResolvedPath(source), files_.size());
-  if (is_new) files_.push_back({role, kNone, Normal(source), {}, {}});
+  if (is_new) files_.push_back({role, kNone, PlainPath(host_.platform, source), {}, {}});
   return entry->second;
 }
 
@@ -65,7 +70,7 @@ bool CopyPlan::ReadReferences(std::size_t file, Id document) {
     if (link.path.empty()) continue;
     const bool inset = link.kind == LinkKind::kTextInset;
     const bool shown = inset || link.kind == LinkKind::kGraphic;
-    files_[file].references.push_back({i, Intern(Normal(link.path)), false, shown, inset});
+    files_[file].references.push_back({i, Intern(PlainPath(host_.platform, link.path)), false, shown, inset});
   }
   return true;
 }
@@ -189,7 +194,7 @@ std::string CopyPlan::NewPath(const File& file, const Reference& reference, bool
   if (copied == kNoFile && !host_.platform.FileExists(path)) return {};
   const std::string& wanted = copied == kNoFile ? path : files_[copied].target;
   // Where it leads as it is written, read at its new place.
-  const fs::path relative = fs::path(path).lexically_relative(fs::path(file.source).parent_path());
+  const fs::path relative = RelativePath(host_.platform, std::string(common::FolderOf(file.source)), path);
   const std::string leads =
       reference.absolute ? path
                          : (fs::path(file.target).parent_path() / relative).lexically_normal().string();

@@ -1,8 +1,8 @@
 #include "filtering/dangling.h"
 
 #include <array>
-#include <filesystem>
 
+#include "filtering/plain_path.h"
 #include "messages/element_places.h"
 
 namespace qelm::filtering {
@@ -13,8 +13,6 @@ using host::kNone;
 using host::Link;
 using host::LinkKind;
 using host::LinkTarget;
-
-std::string Normal(std::string_view path) { return std::filesystem::path(path).lexically_normal().string(); }
 
 std::string KeyOf(LinkKind kind, std::string_view name) {
   std::string key(1, static_cast<char>('0' + static_cast<int>(kind)));
@@ -71,7 +69,7 @@ void DanglingReferences::Add(Id document, const std::vector<Id>& would_go) {
   std::vector<Link> links;
   if (!host_.links.Read(document, &links) || (links.empty() && single_)) return;
   const std::string path(host_.documents.Path(document));
-  const std::string own = Normal(path);
+  const std::string own = PlainPath(host_.platform, path);
   const std::vector<bool> gone = GoneElements(host_, document, would_go);
   Names& names = files_[own];
   AddTargets(document, gone, &names);
@@ -87,18 +85,20 @@ void DanglingReferences::Add(Id document, const std::vector<Id>& would_go) {
   }
 }
 
-void DanglingReferences::AddRemovedFile(const std::string& path) { files_[Normal(path)].file_gone = true; }
+void DanglingReferences::AddRemovedFile(const std::string& path) {
+  files_[PlainPath(host_.platform, path)].file_gone = true;
+}
 
 std::vector<DanglingReference> DanglingReferences::Find() {
   std::vector<DanglingReference> found;
   for (Kept& kept : kept_) {
     DanglingReference& reference = kept.reference;
-    const auto file = files_.find(Normal(reference.path));
+    const auto file = files_.find(PlainPath(host_.platform, reference.path));
     if (!kept.dangling && file == files_.end()) continue;
     const bool dangling = kept.dangling || file->second.file_gone ||
                           file->second.gone.contains(KeyOf(reference.kind, reference.target));
     // A file that went took its own references with it.
-    const auto source = files_.find(Normal(reference.source));
+    const auto source = files_.find(PlainPath(host_.platform, reference.source));
     const bool is_left = source == files_.end() || !source->second.file_gone;
     if (dangling && is_left) found.push_back(std::move(reference));
   }

@@ -99,6 +99,14 @@ void EmptyComponents::RemoveFiles() {
     if (referred_.contains(context_.host.platform.ResolvedPath(file.target))) continue;
     if (CloseAndRemove(file.target)) context_.run.removed_files.push_back(file.target);
   }
+  if (!context_.run.removed_files.empty()) RemoveFolders();
+}
+
+void EmptyComponents::RemoveFolders() {
+  const std::vector<std::string>& made = context_.run.made_folders;
+  for (auto folder = made.rbegin(); folder != made.rend(); ++folder) {
+    context_.host.platform.RemoveFolder(*folder);
+  }
 }
 
 bool EmptyComponents::CloseAndRemove(const std::string& path) {

@@ -3,7 +3,8 @@
 // A component is emptied when the filter deleted something in it and its main flow has no element left below
 // the highest one, and no text. Its entry and its element leave the book. Then files of the new book go to
 // which nothing refers any more: those of the components that were taken out, and graphics and insets that
-// stood only in what was deleted. A file goes only when it came with this copy of the book.
+// stood only in what was deleted. A file goes only when it came with this copy of the book, and a folder that
+// was made for the copy goes when nothing is left in it.
 #pragma once
 
 #include <unordered_set>
@@ -31,6 +32,7 @@ class EmptyComponents {
   void KeepWhatIsShown();
   void RemoveFiles();
   bool CloseAndRemove(const std::string& path);
+  void RemoveFolders();
 
   FilterContext& context_;
   host::Id book_;

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "common/result_codes.h"
@@ -129,11 +130,14 @@ struct FilterRun : FilterCounts {
   std::vector<DanglingReference> dangling;  // references in what is left to what went
 
   // What came of a book; the counts above are then sums.
-  host::Id result_book = host::kNone;         // in mode 3 the new one
-  std::vector<FilteredComponent> components;  // in the order of the book
-  std::vector<CopiedFile> copied;             // what mode 3 put into the output folder
-  std::vector<std::string> removed_files;     // of them, those that went as nothing refers to them any more
-  std::string not_updated;                    // why the book could not be updated; empty: it was
+  host::Id result_book = host::kNone;                          // in mode 3 the new one
+  std::vector<FilteredComponent> components;                   // in the order of the book
+  std::unordered_map<host::Id, std::size_t> component_places;  // of each component in that list
+  std::vector<CopiedFile> copied;                              // what mode 3 put into the output folder
+  std::vector<std::string> made_folders;     // of the output folder, outer ones first, that it made
+  std::vector<std::string> unchanged_links;  // in the copy, that could not be made to lead where they should
+  std::vector<std::string> removed_files;    // of them, those that went as nothing refers to them any more
+  std::string not_updated;                   // why the book could not be updated; empty: it was
 };
 
 }  // namespace qelm::filtering

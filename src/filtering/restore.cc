@@ -103,12 +103,8 @@ class BookRestore {
  private:
   // False when the user cancelled, or what was restored could not be saved.
   bool Restore(Id component) {
-    FilteredComponent& entry = EntryOf(&run_, component);
-    entry.generated = host_.books.IsGenerated(book_, component);
-    const OpenedComponent found = OpenComponent(host_, book_, component, run_.suppress_opening_alerts);
-    entry.path = found.path;
-    entry.why = found.why;
-    entry.opened = found.document != kNone;
+    OpenedComponent found;
+    FilteredComponent& entry = OpenForRun(host_, &run_, book_, component, &found);
     if (!entry.opened) return true;
     const std::string name(common::FileName(found.path));
     messenger_.ShowStatus({"QELM - Filtering", "Processing:", name, "Press Esc to cancel"});

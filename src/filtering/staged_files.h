@@ -39,6 +39,9 @@ class StagedFiles {
   // not be done.
   bool Place(const std::string& staged, const std::string& target);
 
+  // The folders that were made for the files, outer ones first.
+  const std::vector<std::string>& made_folders() const { return made_folders_; }
+
   // The files stay where they were placed.
   void Keep();
 

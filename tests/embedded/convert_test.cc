@@ -238,6 +238,16 @@ TEST(Convert, LineEndsInTheSourceAreBlanks) {
   EXPECT_EQ(text("<a>one&#10;two&#xA;\r\nthree</a>"), "one\ntwo\n three");
 }
 
+// Bytes that are no text where MIF has names and words, in an object that XML keeps as it is written.
+TEST(Convert, DamageInAnObjectDoesNotSpoilTheXml) {
+  const auto mif = OpenMif(
+      "<MIFFile 10.0>\n<Para <ParaLine <ElementBegin <ETag `Doc'>> <Variable <Vari\x9a <Word \xff>>>"
+      "<String `x'> <ElementEnd `Doc'>>>\n");
+  ASSERT_NE(mif, nullptr);
+  std::string error;
+  EXPECT_NE(BuildXml(ConvertToXml(*mif), &error), nullptr) << error << "\n" << ConvertToXml(*mif);
+}
+
 TEST(Convert, NamesThatAreNoXmlNamesComeBack) {
   const auto mif = OpenMif(testing::Mif("<Doc 1st=\"x\">\n<P>a</P>\n</Doc>"));
   ASSERT_NE(mif, nullptr);

@@ -22,7 +22,11 @@ struct HostSession {
   embedded::adapter::NoDialogs dialogs{events};
   embedded::adapter::RecordedClients clients{events};
   embedded::adapter::EmbeddedHost embedded{
-      {.plugin_folder = folder.path(), .file_error = {}}, user, dialogs, clients, platform};
+      {.plugin_folder = folder.path(), .file_error = [this] { return platform.LastError(); }},
+      user,
+      dialogs,
+      clients,
+      platform};
   host::Host& host = embedded.roles();
 
   // Opens a file of the folder; 0 when that fails.

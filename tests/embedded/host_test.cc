@@ -6,15 +6,10 @@
 #include <random>
 #include <sstream>
 
-#include "embedded/adapter/clients.h"
-#include "embedded/adapter/dialogs.h"
-#include "embedded/adapter/embedded_host.h"
-#include "embedded/adapter/platform.h"
-#include "embedded/adapter/user_interface.h"
+#include "embedded/host_session.h"
 #include "embedded/model/files.h"
 #include "support/golden_text.h"
 #include "support/mif_files.h"
-#include "support/temp_folder.h"
 
 namespace qelm::embedded::adapter {
 namespace {
@@ -29,10 +24,10 @@ using testing::Mif;
 using testing::MifFile;
 using testing::MifFlow;
 
-class HostTest : public ::testing::Test {
+class HostTest : public ::testing::Test, public testing::HostSession {
  protected:
   std::string Write(const std::string& name, const std::string& content) {
-    return temporary.Write(name, content);
+    return folder.Write(name, content);
   }
   Id Open(const std::string& path, const host::OpenOptions& options = {}) {
     const Id id = host.documents.Open(path, options, &status);
@@ -52,7 +47,7 @@ class HostTest : public ::testing::Test {
   std::string Text(Id document) { return Golden(*embedded.Find(document)); }
   // What the document reads like after it was saved and opened again.
   std::string Reread(Id document) {
-    const std::string path = folder + "/reread" + std::to_string(++written_) + ".mif";
+    const std::string path = folder.path() + "/reread" + std::to_string(++written_) + ".mif";
     std::ofstream(path) << "";
     EXPECT_TRUE(SaveAs(document, path)) << host.documents.LastError();
     EXPECT_TRUE(host.documents.Close(document, true));
@@ -81,23 +76,6 @@ class HostTest : public ::testing::Test {
     properties.conditions = {host.catalogs.CreateCondition(document, condition)};
     return properties;
   }
-
-  testing::TempFolder temporary;
-  const std::string& folder = temporary.path();
-  PosixPlatform platform;
-  std::stringstream no_input, messages;
-  EventLog events;
-  ScriptedUserInterface user{
-      ScriptedUserInterface::Options{.in = no_input, .messages = messages, .events = events}};
-  NoDialogs dialogs{events};
-  RecordedClients clients{events};
-  EmbeddedHost embedded{
-      {.plugin_folder = "/plugins/QELM", .file_error = [this] { return platform.LastError(); }},
-      user,
-      dialogs,
-      clients,
-      platform};
-  host::Host& host = embedded.roles();
   OpenStatus status = OpenStatus::kOpened;
 
  private:
@@ -158,8 +136,8 @@ TEST_F(HostTest, SavedWithoutChangeIsTheSameToTheByte) {
   for (const char c : Mif(kManual)) with_crlf += c == '\n' ? "\r\n" : std::string(1, c);
   for (const std::string& source : {Mif(kManual), with_crlf, testing::MifBook({"<c>a.fm"})}) {
     const Id id = OpenText(source);
-    EXPECT_TRUE(SaveAs(id, folder + "/out.mif")) << host.documents.LastError();
-    EXPECT_EQ(Content(folder + "/out.mif"), source);
+    EXPECT_TRUE(SaveAs(id, folder.path() + "/out.mif")) << host.documents.LastError();
+    EXPECT_EQ(Content(folder.path() + "/out.mif"), source);
     EXPECT_TRUE(host.documents.Close(id, false));
   }
 }
@@ -169,10 +147,10 @@ TEST_F(HostTest, SavedASecondTimeElsewhereTheEditsAreStillThere) {
     const bool xml = name.ends_with(".xml");
     const Id id = OpenText(xml ? "<Doc><p a='1'/></Doc>" : Mif("<Doc>text</Doc>"));
     ASSERT_TRUE(host.editing.SetAttributes(id, Find(id, "Doc"), {{"b", {"2"}}}));
-    ASSERT_TRUE(SaveAs(id, folder + "/first-" + name)) << host.documents.LastError();
-    ASSERT_TRUE(SaveAs(id, folder + "/second-" + name)) << host.documents.LastError();
-    EXPECT_EQ(Content(folder + "/second-" + name), Content(folder + "/first-" + name));
-    EXPECT_NE(Content(folder + "/second-" + name).find(xml ? "b=\"2\"" : "<AttrName `b'>"),
+    ASSERT_TRUE(SaveAs(id, folder.path() + "/first-" + name)) << host.documents.LastError();
+    ASSERT_TRUE(SaveAs(id, folder.path() + "/second-" + name)) << host.documents.LastError();
+    EXPECT_EQ(Content(folder.path() + "/second-" + name), Content(folder.path() + "/first-" + name));
+    EXPECT_NE(Content(folder.path() + "/second-" + name).find(xml ? "b=\"2\"" : "<AttrName `b'>"),
               std::string::npos);
   }
 }
@@ -182,7 +160,8 @@ TEST_F(HostTest, WhatWasEditedBeforeASaveStaysWhenMoreIsAdded) {
     const Id id = OpenText(xml ? "<Doc><P>a</P><P>b</P><P>c</P></Doc>"
                                : Mif("<Doc><P>a</P>\n<P>b</P>\n<P>c</P></Doc>"));
     ASSERT_TRUE(host.editing.DeleteElement(id, Find(id, "P")));
-    ASSERT_TRUE(SaveAs(id, folder + (xml ? "/first.xml" : "/first.mif"))) << host.documents.LastError();
+    ASSERT_TRUE(SaveAs(id, folder.path() + (xml ? "/first.xml" : "/first.mif")))
+        << host.documents.LastError();
     const Id definition = host.definitions.FindDefinition(id, "P");
     const Id added = host.editing.InsertElement(id, Find(id, "Doc"), kNone, definition);
     ASSERT_NE(added, kNone) << host.documents.LastError();
@@ -193,7 +172,7 @@ TEST_F(HostTest, WhatWasEditedBeforeASaveStaysWhenMoreIsAdded) {
     if (host.elements.ReadTexts(id, elements, &texts)) {
       EXPECT_EQ(texts.text.substr(texts.begins[0], texts.ends[0] - texts.begins[0]), "d");
     }
-    const std::string path = folder + (xml ? "/second.xml" : "/second.mif");
+    const std::string path = folder.path() + (xml ? "/second.xml" : "/second.mif");
     ASSERT_TRUE(SaveAs(id, path)) << host.documents.LastError();
     std::string buffer;
     const Id again = Open(path);
@@ -211,8 +190,8 @@ TEST_F(HostTest, WhatCannotBeOpenedSaysWhy) {
     OpenStatus status;
     std::string text;
   } rows[] = {
-      {folder + "/missing.mif", OpenStatus::kNotFound, "no such file"},
-      {folder, OpenStatus::kIsFolder, "folder"},
+      {folder.path() + "/missing.mif", OpenStatus::kNotFound, "no such file"},
+      {folder.path(), OpenStatus::kIsFolder, "folder"},
       {Write("empty.mif", ""), OpenStatus::kEmpty, "empty"},
       {Write("binary.fm", "<MakerFile 10.0Z\x01\x02"), OpenStatus::kBinaryFormat, "save it as MIF"},
       {Write("other.mif", "Version 300\nCharset \"Neutral\"\n"), OpenStatus::kUnknownFormat, "neither MIF"},
@@ -252,10 +231,10 @@ TEST_F(HostTest, IdsAreGivenOnceAndAreDeadAfterClosing) {
 
 TEST_F(HostTest, OneFileIsOneDocument) {
   const std::string path = Write("a.mif", Mif("<Doc>a</Doc>"));
-  std::filesystem::create_symlink(path, folder + "/link.mif");
+  std::filesystem::create_symlink(path, folder.path() + "/link.mif");
   const Id id = Open(path, {.visible = false});
   EXPECT_EQ(host.documents.ActiveDocument(), kNone);
-  EXPECT_EQ(Open(folder + "/./link.mif"), id);
+  EXPECT_EQ(Open(folder.path() + "/./link.mif"), id);
   EXPECT_EQ(status, OpenStatus::kAlreadyOpen);
   EXPECT_EQ(host.documents.ActiveDocument(), id);
   const Id copy = Open(path, {.as_new = true});
@@ -263,20 +242,20 @@ TEST_F(HostTest, OneFileIsOneDocument) {
   EXPECT_EQ(host.documents.Path(copy), "");
   EXPECT_FALSE(host.documents.Save(copy, {}));
   EXPECT_FALSE(SaveAs(copy, path)) << "another document lies there";
-  EXPECT_TRUE(SaveAs(copy, folder + "/copy.mif"));
-  EXPECT_EQ(host.documents.Path(copy), folder + "/copy.mif");
+  EXPECT_TRUE(SaveAs(copy, folder.path() + "/copy.mif"));
+  EXPECT_EQ(host.documents.Path(copy), folder.path() + "/copy.mif");
 }
 
 TEST_F(HostTest, AFailedSaveLeavesDocumentAndFile) {
   const Id id = OpenText(Mif("<Doc>a</Doc>"));
   ASSERT_TRUE(host.editing.SetAttributes(id, Find(id, "Doc"), {{"a", {"1"}}}));
   const std::string before(host.documents.Path(id));
-  EXPECT_FALSE(SaveAs(id, folder + "/missing/out.mif"));
+  EXPECT_FALSE(SaveAs(id, folder.path() + "/missing/out.mif"));
   EXPECT_NE(host.documents.LastError().find("missing/out.mif: the file cannot be written: No such file"),
             std::string::npos)
       << host.documents.LastError();
-  EXPECT_FALSE(SaveAs(id, folder + "/out.pdf", host::SaveFormat::kPdf));
-  EXPECT_FALSE(std::filesystem::exists(folder + "/out.pdf"));
+  EXPECT_FALSE(SaveAs(id, folder.path() + "/out.pdf", host::SaveFormat::kPdf));
+  EXPECT_FALSE(std::filesystem::exists(folder.path() + "/out.pdf"));
   EXPECT_EQ(host.documents.Path(id), before);
   EXPECT_TRUE(host.documents.Switch(id, host::DocumentSwitch::kModified));
   EXPECT_FALSE(host.documents.Close(id, false));
@@ -289,32 +268,33 @@ TEST_F(HostTest, TheNameOfTheTargetSaysTheFormat) {
   const Id id = Open(Write("a.fm", xml));
   EXPECT_EQ(Text(id), "<Doc a=\"1\"><P>one<Em></Em> two</P></Doc>");
   EXPECT_TRUE(host.documents.Save(id, {}));
-  EXPECT_EQ(Content(folder + "/a.fm"), xml) << "saved in its place, a document keeps its format";
-  EXPECT_TRUE(SaveAs(id, folder + "/b.mif"));
-  EXPECT_EQ(host.documents.Path(id), folder + "/a.fm") << "a copy in another format is not the document";
-  const Id mif = Open(folder + "/b.mif");
+  EXPECT_EQ(Content(folder.path() + "/a.fm"), xml) << "saved in its place, a document keeps its format";
+  EXPECT_TRUE(SaveAs(id, folder.path() + "/b.mif"));
+  EXPECT_EQ(host.documents.Path(id), folder.path() + "/a.fm")
+      << "a copy in another format is not the document";
+  const Id mif = Open(folder.path() + "/b.mif");
   EXPECT_EQ(embedded.Find(mif)->format, model::Format::kMif);
   EXPECT_EQ(Text(mif), "<Doc a=\"1\"><P>one<Em></Em> two</P></Doc>");
-  EXPECT_TRUE(SaveAs(mif, folder + "/c.xml"));
-  EXPECT_TRUE(SaveAs(mif, folder + "/report", host::SaveFormat::kXml));
-  EXPECT_EQ(Content(folder + "/report"), Content(folder + "/c.xml"));
-  const Id back = Open(folder + "/c.xml");
+  EXPECT_TRUE(SaveAs(mif, folder.path() + "/c.xml"));
+  EXPECT_TRUE(SaveAs(mif, folder.path() + "/report", host::SaveFormat::kXml));
+  EXPECT_EQ(Content(folder.path() + "/report"), Content(folder.path() + "/c.xml"));
+  const Id back = Open(folder.path() + "/c.xml");
   EXPECT_EQ(embedded.Find(back)->format, model::Format::kXml);
   EXPECT_EQ(Text(back), "<Doc a=\"1\"><P>one<Em></Em> two</P></Doc>");
   EXPECT_TRUE(host.editing.DeleteElement(back, Find(back, "Doc")));
-  EXPECT_FALSE(SaveAs(back, folder + "/d.xml")) << "XML without an element is none";
+  EXPECT_FALSE(SaveAs(back, folder.path() + "/d.xml")) << "XML without an element is none";
   const Id book = Open(Write("d.book", testing::MifBook({"<c>b.fm"})));
-  EXPECT_FALSE(SaveAs(book, folder + "/d.xml"));
-  EXPECT_FALSE(std::filesystem::exists(folder + "/d.xml"));
+  EXPECT_FALSE(SaveAs(book, folder.path() + "/d.xml"));
+  EXPECT_FALSE(std::filesystem::exists(folder.path() + "/d.xml"));
 }
 
 TEST_F(HostTest, MifIsFoundInPlaceOfABinaryFile) {
   Write("ch1.mif", Mif("<Doc>a</Doc>"));
-  const Id id = Open(folder + "/ch1.fm");
-  EXPECT_EQ(host.documents.Path(id), folder + "/ch1.mif");
+  const Id id = Open(folder.path() + "/ch1.fm");
+  EXPECT_EQ(host.documents.Path(id), folder.path() + "/ch1.mif");
   ASSERT_EQ(embedded.notices().size(), 1U);
   EXPECT_NE(embedded.notices()[0].find("ch1.fm"), std::string::npos);
-  EXPECT_EQ(Open(folder + "/ch1.mif"), id);
+  EXPECT_EQ(Open(folder.path() + "/ch1.mif"), id);
 }
 
 TEST_F(HostTest, BooksFindTheirComponents) {
@@ -326,10 +306,10 @@ TEST_F(HostTest, BooksFindTheirComponents) {
   const Id first = host.books.FirstComponent(book);
   const Id second = host.books.NextComponent(book, first);
   EXPECT_EQ(host.books.NextComponent(book, second), kNone);
-  EXPECT_EQ(host.books.ComponentPath(book, first), folder + "/ch1.mif");
-  EXPECT_EQ(host.books.ComponentPath(book, first), folder + "/ch1.mif");
+  EXPECT_EQ(host.books.ComponentPath(book, first), folder.path() + "/ch1.mif");
+  EXPECT_EQ(host.books.ComponentPath(book, first), folder.path() + "/ch1.mif");
   EXPECT_EQ(embedded.notices().size(), 1U) << "once, however often it is asked for";
-  EXPECT_EQ(host.books.ComponentPath(book, second), folder + "/ch2.fm");
+  EXPECT_EQ(host.books.ComponentPath(book, second), folder.path() + "/ch2.fm");
   EXPECT_EQ(host.books.ComponentDocument(book, first), kNone);
   const Id chapter = Open(std::string(host.books.ComponentPath(book, first)));
   EXPECT_EQ(host.books.ComponentDocument(book, first), chapter);
@@ -337,14 +317,14 @@ TEST_F(HostTest, BooksFindTheirComponents) {
             host.definitions.FindDefinition(book, "Book"));
   ASSERT_TRUE(host.books.SetEntryText(book, first, "<none>"));
   EXPECT_EQ(host.books.EntryText(book, first), "<none>");
-  ASSERT_TRUE(host.books.SetComponentPath(book, second, folder + "/parts/../deep/ch2.mif"));
-  EXPECT_EQ(host.books.ComponentPath(book, second), folder + "/deep/ch2.mif");
+  ASSERT_TRUE(host.books.SetComponentPath(book, second, folder.path() + "/parts/../deep/ch2.mif"));
+  EXPECT_EQ(host.books.ComponentPath(book, second), folder.path() + "/deep/ch2.mif");
   ASSERT_TRUE(host.books.RemoveComponent(book, first));
   EXPECT_EQ(host.books.FirstComponent(book), second) << "it keeps its id";
   EXPECT_FALSE(host.books.RemoveComponent(book, first));
   EXPECT_TRUE(host.documents.Switch(book, host::DocumentSwitch::kModified));
   ASSERT_TRUE(host.documents.Save(book, {}));
-  const std::string saved = Content(folder + "/pump.book");
+  const std::string saved = Content(folder.path() + "/pump.book");
   EXPECT_EQ(saved.find("ch1.fm"), std::string::npos);
   EXPECT_NE(saved.find("<c\\>deep<c\\>ch2.mif"), std::string::npos);
 }

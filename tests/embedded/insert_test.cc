@@ -7,15 +7,10 @@
 #include <set>
 #include <sstream>
 
-#include "embedded/adapter/clients.h"
-#include "embedded/adapter/dialogs.h"
-#include "embedded/adapter/embedded_host.h"
-#include "embedded/adapter/platform.h"
-#include "embedded/adapter/user_interface.h"
+#include "embedded/host_session.h"
 #include "embedded/model/files.h"
 #include "support/golden_text.h"
 #include "support/mif_files.h"
-#include "support/temp_folder.h"
 
 namespace qelm::embedded::adapter {
 namespace {
@@ -25,7 +20,7 @@ using host::kNone;
 using testing::Golden;
 using testing::Mif;
 
-class InsertTest : public ::testing::Test {
+class InsertTest : public ::testing::Test, public testing::HostSession {
  protected:
   Id Open(const std::string& path, bool as_new = false) {
     host::OpenStatus status = host::OpenStatus::kOpened;
@@ -34,14 +29,14 @@ class InsertTest : public ::testing::Test {
     return id;
   }
   Id OpenText(const std::string& content, const std::string& extension = ".mif") {
-    return Open(temporary.Write("document" + std::to_string(++written_) + extension, content));
+    return Open(folder.Write("document" + std::to_string(++written_) + extension, content));
   }
   std::string Saved(Id document, const std::string& extension = ".mif") {
     const std::string name = "saved" + std::to_string(++written_) + extension;
     host::SaveOptions options;
-    options.path = temporary.File(name);
+    options.path = folder.File(name);
     EXPECT_TRUE(host.documents.Save(document, options)) << host.documents.LastError();
-    return temporary.Read(name);
+    return folder.Read(name);
   }
   // The document in the notation of mif_files.h, read from what is saved.
   std::string Reread(Id document) {
@@ -137,22 +132,6 @@ class InsertTest : public ::testing::Test {
     }
     return texts;
   }
-
-  testing::TempFolder temporary;
-  PosixPlatform platform;
-  std::stringstream no_input, messages;
-  EventLog events;
-  ScriptedUserInterface user{
-      ScriptedUserInterface::Options{.in = no_input, .messages = messages, .events = events}};
-  NoDialogs dialogs{events};
-  RecordedClients clients{events};
-  EmbeddedHost embedded{
-      {.plugin_folder = "/plugins/QELM", .file_error = [this] { return platform.LastError(); }},
-      user,
-      dialogs,
-      clients,
-      platform};
-  host::Host& host = embedded.roles();
 
  private:
   int written_ = 0;
@@ -361,17 +340,17 @@ TEST_F(InsertTest, WhatIsRefusedChangesNothing) {
 
 TEST_F(InsertTest, ANewDocumentHasNoNameUntilItGetsOne) {
   const std::string source = Mif("<Doc>a</Doc>");
-  const std::string path = temporary.Write("template.fm", source);
+  const std::string path = folder.Write("template.fm", source);
   const Id first = Open(path, true);
   const Id second = Open(path, true);
   EXPECT_NE(first, second);
   EXPECT_EQ(host.documents.Path(first), "");
   EXPECT_FALSE(host.documents.Save(first, {}));
-  EXPECT_TRUE(host.documents.SetPath(first, temporary.File("report.fm")));
-  EXPECT_FALSE(host.documents.SetPath(second, temporary.File("report.fm"))) << "one of that name is open";
-  EXPECT_EQ(temporary.Names(), std::vector<std::string>{"template.fm"}) << "a name is no file";
+  EXPECT_TRUE(host.documents.SetPath(first, folder.File("report.fm")));
+  EXPECT_FALSE(host.documents.SetPath(second, folder.File("report.fm"))) << "one of that name is open";
+  EXPECT_EQ(folder.Names(), std::vector<std::string>{"template.fm"}) << "a name is no file";
   EXPECT_TRUE(host.documents.Save(first, {}));
-  EXPECT_EQ(temporary.Read("report.fm"), source);
+  EXPECT_EQ(folder.Read("report.fm"), source);
 }
 
 TEST_F(InsertTest, AttributesOfNewElementsStandInThem) {

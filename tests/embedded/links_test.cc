@@ -200,8 +200,53 @@ TEST_F(LinksTest, ReferencesOfXmlAreItsAttributes) {
            "<P><?qelm object <Marker <MTypeName `Hypertext'><MText `openlink x.mif:y'>>?></P></D>");
   EXPECT_EQ(Listed(document), "xref P [] b\nxref P [] a\nxref P [] c\nhypertext P openlink [x.mif] y\n");
   EXPECT_EQ(Targets(document), "xref a\nxref b\n");
-  EXPECT_FALSE(host.links.SetPath(document, Links(document)[3], folder.File("z.mif")));
+  EXPECT_FALSE(host.links.SetPath(document, Links(document)[0], folder.File("z.mif")));
   EXPECT_NE(std::string(host.documents.LastError()).find("main.xml"), std::string::npos);
+}
+
+// The instructions that hold links of MIF are written anew, in the file's encoding, and nothing else.
+TEST_F(LinksTest, PathsInTheInstructionsOfXmlChange) {
+  const std::string bytes =
+      "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n<D><?qelm graphic img/a.png?><P>x</P>\n"
+      "<P><?qelm object <XRef <XRefSrcText `1: P'><XRefSrcFile `<c\\>b.mif'>>?>2<?qelm object-end?>\n"
+      "<?qelm object <Marker <MTypeName `Hypertext'><MText `openlink x.mif:y: z'>>?></P></D>\n";
+  const Id document = Open("main.xml", bytes);
+  for (const host::Link& link : Links(document)) {
+    ASSERT_TRUE(host.links.SetPath(document, link, folder.File("\xC3\xBC.mif"))) << link.path;
+  }
+  EXPECT_EQ(Links(document)[1].path, folder.File("\xC3\xBC.mif")) << "before it is saved";
+  ASSERT_TRUE(host.editing.DeleteElement(document, Find(document, "P")));
+  std::string expected = Replaced(bytes, "<P>x</P>", "");
+  for (const char* const old : {"img/a.png", "b.mif", "x.mif"}) {
+    const bool code = std::string_view(old) == "b.mif";
+    expected = Replaced(expected, old, "\xFC.mif");
+    if (code) EXPECT_NE(expected.find("<c\\>\xFC.mif"), std::string::npos);
+  }
+  EXPECT_EQ(Saved(document), expected);
+}
+
+TEST_F(LinksTest, BothSpellingsOfAGraphicChange) {
+  const std::string graphic = "<ImportObFile `img/a.png'>\n   <ImportObFileDI `<c\\>img<c\\>a.png'>";
+  const std::string bytes = Replaced(Mif("<Doc>\n<P><Graphic .file=\"<c>img<c>a.png\"/></P>\n</Doc>"),
+                                     "<ImportObFileDI `<c\\>img<c\\>a.png'>", graphic);
+  const Id document = Open("main.mif", bytes);
+  ASSERT_TRUE(host.links.SetPath(document, Links(document)[0], folder.File("b.png")));
+  EXPECT_EQ(Saved(document),
+            Replaced(bytes, graphic, "<ImportObFile `b.png'>\n   <ImportObFileDI `<c\\>b.png'>"));
+}
+
+// "docs" leads to "deep/real", from where "../x.mif" is "deep/x.mif" and not the file beside "docs".
+TEST_F(LinksTest, PathsThatGoUpFromALinkedFolder) {
+  folder.Write("deep/real/a.mif",
+               Mif("<Doc>\n<P><XRef .source=\"1: x\" .file=\"<u><c>x.mif\">1</XRef></P>\n</Doc>"));
+  folder.Write("deep/x.mif", "x");
+  folder.Write("x.mif", "x");
+  std::filesystem::create_directory_symlink(folder.File("deep/real"), folder.File("docs"));
+  const Id document = OpenFile("docs/a.mif");
+  EXPECT_EQ(Links(document)[0].path, folder.File("deep/x.mif"));
+  ASSERT_TRUE(host.links.SetPath(document, Links(document)[0], folder.File("x.mif")));
+  ASSERT_TRUE(host.documents.Save(document, {}));
+  EXPECT_NE(folder.Read("docs/a.mif").find("`<u\\><u\\><c\\>x.mif'"), std::string::npos);
 }
 
 TEST(HypertextTest, CommandsNameFilesAndPlaces) {
@@ -217,6 +262,10 @@ TEST(HypertextTest, CommandsNameFilesAndPlaces) {
       {"gotolink C:\\docs\\b.fm:name", "gotolink|C:\\docs\\b.fm|name", "gotolink n/c.fm:name"},
       {"gotopage b.fm:3", "gotopage|b.fm|", "gotopage n/c.fm:3"},
       {"openObjectId b.fm:5 12", "openObjectId|b.fm|5 12", "openObjectId n/c.fm:5 12"},
+      {"openlink b.fm:name: with", "openlink|b.fm|name: with", "openlink n/c.fm:name: with"},
+      {"gotolink <v>C:<c>b.fm:a:b", "gotolink|<v>C:<c>b.fm|a:b", "gotolink <c>n<c>c.fm:a:b"},
+      {"gotolink chapter:one", "gotolink|chapter|one", "gotolink n/c.fm:one"},
+      {"message openfile d/b.pdf", "openfile|d/b.pdf|", "message openfile n/c.fm"},
       {"message URL http://a.b:80/c", "URL||http://a.b:80/c", ""},
       {"https://a.b/c", "URL||https://a.b/c", ""},
       {"newlink a:b", "newlink||a:b", ""},

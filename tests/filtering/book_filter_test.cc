@@ -65,6 +65,7 @@ TEST(BookFilter, TellsWhatIsFullyFilteredAndTheTime) {
       BookSession session(kThree);
       FilterRun wanted = InMode(row.mode);
       wanted.book_completion_prompt = prompt;
+      wanted.delete_empties = false;
       EXPECT_EQ(session.Filter(NoX(), wanted), kDone);
       std::erase(session.user.shown, "QELM_MSG_FILTER_56");  // whether the book could be updated
       EXPECT_EQ(session.user.shown, prompt ? row.last : Texts());
@@ -93,6 +94,36 @@ TEST(BookFilter, SourceModesHideInPlaceAndARestoreShowsAll) {
   session.user.no = {"QELM_MSG_FILTER_33"};
   EXPECT_EQ(session.Restore(), 0);
   EXPECT_EQ(session.run.ending, Ending::kDeclined);
+}
+
+TEST(BookFilter, ADryRunRefusesTheSourceFolderToo) {
+  BookSession session(kThree);
+  FilterRun wanted = Copying();
+  wanted.dry_run = true;
+  wanted.output_folder = session.folder.File("src/.");
+  EXPECT_EQ(session.Filter(NoX(), wanted), kOutputIsSource);
+}
+
+// The nested book is not copied; the copy names it where it is.
+TEST(BookFilter, WhatIsNotCopiedIsNamedFromTheNewPlace) {
+  BookSession session({{"a.mif", "Doc(P('a'))"}, {"b.book", ""}, {"none.mif", ""}});
+  session.folder.Write("src/b.book", "<Book 7.0>\n");
+  EXPECT_EQ(session.Filter(NoX(), Copying()), kDone);
+  const host::Id copy = session.run.result_book;
+  EXPECT_EQ(session.inner().books.ComponentPath(copy, 2), session.folder.File("src/b.book"));
+  EXPECT_NE(session.folder.Read("out/book.mif").find("<u\\><c\\>src<c\\>b.book"), std::string::npos);
+  EXPECT_EQ(session.inner().books.ComponentPath(copy, 3), session.folder.File("out/none.mif"));
+}
+
+// What goes with an emptied component leaves no folder behind that the copy made.
+TEST(BookFilter, AnEmptiedFolderGoes) {
+  BookSession session({{"a.mif", "Doc(P('a'))"},
+                       {"parts/b.mif", "<Doc>\n<P x=\"1\"><Graphic .file=\"<c>img<c>g.png\"/></P>\n</Doc>"}});
+  session.folder.Write("src/parts/img/g.png", "x");
+  EXPECT_EQ(session.Filter(NoX(), Copying()), kDone);
+  EXPECT_EQ(session.run.removed_files.size(), 2U);
+  EXPECT_FALSE(std::filesystem::exists(session.folder.File("out/parts")));
+  EXPECT_EQ(CountOf(session.user.shown, "QELM_MSG_FILTER_26"), 0);
 }
 
 TEST(BookFilter, WithoutABookOrASchemeNothingBegins) {

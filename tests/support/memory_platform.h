@@ -9,6 +9,7 @@
 
 #include "host/interface/platform.h"
 #include "host/interface/user_interface.h"
+#include "support/menu_taker.h"
 
 namespace qelm::testing {
 
@@ -82,7 +83,7 @@ class MemoryPlatform : public host::Platform {
   bool Start(const std::string&, const std::vector<std::string>&) override { return false; }
 };
 
-class RecordingUser : public host::UserInterface {
+class RecordingUser : public MenuTaker {
  public:
   std::vector<std::string> notes;
   std::vector<std::string> questions;
@@ -101,13 +102,6 @@ class RecordingUser : public host::UserInterface {
   void HideStatus() override {}
   bool EscPressed() override { return false; }
   void Print(std::string_view text) override { console.append(text); }
-  host::Id DefineMenu(std::string_view, std::string_view) override { return 1; }
-  host::Id DefineCommand(std::int32_t, std::string_view, std::string_view, std::string_view) override {
-    return 1;
-  }
-  bool AddToMenu(std::string_view, host::Id) override { return true; }
-  bool AddSeparator(std::string_view) override { return true; }
-  bool EnableCommand(host::Id, bool) override { return true; }
 };
 
 }  // namespace qelm::testing

@@ -7,12 +7,13 @@
 #include <vector>
 
 #include "host/interface/user_interface.h"
+#include "support/menu_taker.h"
 
 namespace qelm::testing {
 
 // Remembers the ids of the messages shown and asked; answers "no" to some, "yes" to the rest; presses Esc at
 // one poll.
-class TestUser : public host::UserInterface {
+class TestUser : public MenuTaker {
  public:
   std::set<std::string> no;
   std::function<bool(const std::string&)> answer;  // in place of `no`, from the whole text
@@ -32,13 +33,6 @@ class TestUser : public host::UserInterface {
   void HideStatus() override { status.push_back(""); }
   bool EscPressed() override { return ++polls == esc_at_poll; }
   void Print(std::string_view) override {}
-  host::Id DefineMenu(std::string_view, std::string_view) override { return 1; }
-  host::Id DefineCommand(std::int32_t, std::string_view, std::string_view, std::string_view) override {
-    return 1;
-  }
-  bool AddToMenu(std::string_view, host::Id) override { return true; }
-  bool AddSeparator(std::string_view) override { return true; }
-  bool EnableCommand(host::Id, bool) override { return true; }
 
  private:
   // Without a language, a message says that its text is missing, and ends with its id.

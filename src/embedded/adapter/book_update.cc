@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <map>
 
+#include "embedded/adapter/opened.h"
 #include "embedded/mif/strings.h"
 #include "embedded/model/book_numbering.h"
 #include "embedded/model/files.h"
@@ -58,42 +59,6 @@ struct List {
   model::ListSettings settings;
   std::unordered_map<std::string, std::string> formats;
   std::vector<model::ListEntry> entries;
-};
-
-// A document that is open for as long as this is there; one that was not open before is closed, and saved
-// when it was changed.
-class Opened {
- public:
-  Opened(Workspace& workspace, host::Documents& documents, const std::string& path)
-      : workspace_(workspace), documents_(documents) {
-    host::OpenOptions options;
-    options.visible = false;
-    options.suppress_alerts = true;
-    host::OpenStatus status = host::OpenStatus::kUnreadable;
-    id_ = documents.Open(path, options, &status);
-    was_open_ = status == host::OpenStatus::kAlreadyOpen;
-  }
-  ~Opened() {
-    if (id_ != host::kNone && !was_open_) documents_.Close(id_, true);
-  }
-  Opened(const Opened&) = delete;
-  Opened& operator=(const Opened&) = delete;
-
-  OpenFile* File() { return id_ == host::kNone ? nullptr : workspace_.DocumentFile(id_); }
-
-  // Brings the changes into the document, and writes it unless it was open.
-  bool Finish() {
-    OpenFile* file = File();
-    MarkEdited(file);
-    if (!SettleDocument(file)) return false;
-    return was_open_ || documents_.Save(id_, {});
-  }
-
- private:
-  Workspace& workspace_;
-  host::Documents& documents_;
-  Id id_ = host::kNone;
-  bool was_open_ = false;
 };
 
 class Updater {

@@ -87,7 +87,7 @@ std::string_view BooksRole::ComponentPath(Id book, Id id) {
   std::string& known = file->component_paths[id - 1];
   if (!known.empty()) return known;
   const model::Located located = model::LocateComponent(file->path, component->path);
-  path_ = located.path;
+  path_ = PlainPath(located.path);
   if (!located.exists) return path_;
   if (located.elsewhere) {
     workspace_.Notice(file->path + ": the book names " + component->path + ", which is not there; " + path_ +
@@ -124,10 +124,8 @@ void BooksRole::ShowErrorLog(Id book) {
 bool BooksRole::SetComponentPath(Id book, Id id, const std::string& path) {
   if (Component(book, id) == nullptr) return workspace_.FailId(book);
   OpenFile* file = workspace_.File(book);
-  const std::filesystem::path target = std::filesystem::path(AbsolutePath(path)).lexically_normal();
-  const std::filesystem::path folder = std::filesystem::path(file->path).parent_path().lexically_normal();
-  const std::filesystem::path relative = target.lexically_relative(folder);
-  model::SetComponentFile(file->book.get(), id - 1, (relative.empty() ? target : relative).string());
+  const std::string folder = std::filesystem::path(PlainPath(file->path)).parent_path().string();
+  model::SetComponentFile(file->book.get(), id - 1, RelativePath(folder, PlainPath(AbsolutePath(path))));
   if (id <= file->component_paths.size()) file->component_paths[id - 1].clear();
   return true;
 }

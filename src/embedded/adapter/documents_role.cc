@@ -5,11 +5,13 @@
 #include "embedded/adapter/delivery.h"
 #include "embedded/adapter/element_properties.h"
 #include "embedded/adapter/file_places.h"
+#include "embedded/adapter/printing.h"
 #include "embedded/adapter/roles.h"
 #include "embedded/model/book_edit.h"
 #include "embedded/model/files.h"
 #include "embedded/model/import_catalogs.h"
 #include "embedded/model/locate.h"
+#include "embedded/model/metadata.h"
 
 namespace qelm::embedded::adapter {
 namespace {
@@ -87,11 +89,11 @@ class DocumentsRole : public host::Documents {
 
   bool ImportFormats(Id target, Id source, std::uint32_t flags) override;
 
-  std::string Metadata(Id) override { return {}; }
-  bool SetMetadata(Id id, std::string_view) override {
-    return workspace_.Fail(Error::kRefused,
-                           std::string(Path(id)) + ": metadata cannot be kept in this version.");
+  std::string Metadata(Id id) override {
+    OpenFile* file = workspace_.File(id);
+    return file == nullptr ? std::string() : model::MetadataPacket(file->Tree());
   }
+  bool SetMetadata(Id id, std::string_view packet) override;
 
   std::int32_t ErrorCode() override { return workspace_.error_code(); }
   std::string_view LastError() override { return workspace_.last_error(); }
@@ -118,6 +120,7 @@ class DocumentsRole : public host::Documents {
   }
   bool SaveTo(Id id, OpenFile* file, const host::SaveOptions& options);
   bool SaveDelivered(Id id, OpenFile* file, const std::string& path);
+  bool SaveAsPdf(const std::string& path, OpenFile* file, const host::SaveOptions& options);
   model::Pieces Bytes(OpenFile* file, Format format);
   bool ImportFromOther(OpenFile* file, const OpenFile& from, std::uint32_t flags);
 
@@ -225,8 +228,7 @@ bool DocumentsRole::Save(Id id, const host::SaveOptions& options) {
 bool DocumentsRole::SaveTo(Id id, OpenFile* file, const host::SaveOptions& options) {
   const std::string path = options.path.empty() ? file->path : AbsolutePath(options.path);
   if (path.empty()) return FailSave("document " + std::to_string(id), "the document has no name yet.");
-  if (options.format == host::SaveFormat::kPdf)
-    return FailSave(path, "PDF cannot be written in this version.");
+  if (options.format == host::SaveFormat::kPdf) return SaveAsPdf(path, file, options);
   const Id there = workspace_.FindPath(path);
   if (there != host::kNone && there != id) return FailSave(path, "a document of that name is open.");
   if (options.format == host::SaveFormat::kXml && !options.structure_application.empty()) {
@@ -270,6 +272,15 @@ bool DocumentsRole::SaveDelivered(Id id, OpenFile* file, const std::string& path
   if (text.empty()) return FailSave(path, why);
   return workspace_.platform().ReplaceFile(path, text) ||
          FailSave(path, "the file cannot be written" + workspace_.FileErrorSuffix());
+}
+
+// A PDF is another file: the document keeps its path and what is to be saved of it.
+bool DocumentsRole::SaveAsPdf(const std::string& path, OpenFile* file, const host::SaveOptions& options) {
+  std::string why;
+  const std::optional<std::string> pdf = PrintPdf(workspace_, *this, file, options, &why);
+  if (!pdf) return FailSave(path, why);
+  if (workspace_.platform().ReplaceFile(path, *pdf)) return true;
+  return FailSave(path, "the file cannot be written" + workspace_.FileErrorSuffix());
 }
 
 model::Pieces DocumentsRole::Bytes(OpenFile* file, Format format) {
@@ -352,6 +363,17 @@ bool DocumentsRole::SetSwitch(Id document, host::DocumentSwitch which, bool on) 
       file->iconified = on;
       break;
   }
+  return true;
+}
+
+bool DocumentsRole::SetMetadata(Id id, std::string_view packet) {
+  OpenFile* file = workspace_.File(id);
+  if (file == nullptr) return workspace_.FailId(id);
+  std::string why;
+  if (!model::SetMetadata(&file->Tree(), packet, &why)) {
+    return workspace_.Fail(Error::kRefused, file->path + ": " + why);
+  }
+  MarkEdited(file, EditOf::kLooks);
   return true;
 }
 

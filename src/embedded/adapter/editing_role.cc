@@ -13,20 +13,6 @@ using model::ItemKind;
 
 constexpr const char* kCannotBeWritten = "what was changed in the document cannot be written.";
 
-bool IsTablePart(ElementKind kind) {
-  switch (kind) {
-    case ElementKind::kTableTitle:
-    case ElementKind::kTableHeading:
-    case ElementKind::kTableBody:
-    case ElementKind::kTableFooting:
-    case ElementKind::kTableRow:
-    case ElementKind::kTableCell:
-      return true;
-    default:
-      return false;
-  }
-}
-
 // Whether an item keeps its place among its like when a document is brought up to date.
 bool IsSolid(const model::Item& item) {
   const bool boundary = item.kind == ItemKind::kElementBegin || item.kind == ItemKind::kElementEnd;

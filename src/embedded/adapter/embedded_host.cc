@@ -1,5 +1,6 @@
 #include "embedded/adapter/embedded_host.h"
 
+#include "embedded/adapter/printing.h"
 #include "embedded/adapter/roles.h"
 
 namespace qelm::embedded::adapter {
@@ -45,6 +46,17 @@ host::Host& EmbeddedHost::roles() { return roles_->all; }
 model::Document* EmbeddedHost::Find(Id document) { return workspace_->Document(document); }
 
 model::Book* EmbeddedHost::FindBook(Id book) { return workspace_->Book(book); }
+
+bool EmbeddedHost::SavePage(Id document, const std::string& path, std::size_t page, double dpi,
+                            std::string* why) {
+  OpenFile* file = workspace_->DocumentFile(document);
+  if (file == nullptr) return false;
+  const std::optional<std::string> png = PrintPage(*workspace_, file, page, dpi, why);
+  if (!png) return false;
+  if (workspace_->platform().ReplaceFile(path, *png)) return true;
+  *why = "the file cannot be written" + workspace_->FileErrorSuffix();
+  return false;
+}
 
 const std::vector<std::string>& EmbeddedHost::notices() const { return workspace_->notices(); }
 

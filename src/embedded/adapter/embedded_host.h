@@ -58,6 +58,10 @@ class EmbeddedHost {
   model::Document* Find(host::Id document);
   model::Book* FindBook(host::Id book);
 
+  // Writes one page of an open document, its place from 1, as PNG with that many dots an inch. False, with
+  // `why`, when there is no such document or page or the file cannot be written.
+  bool SavePage(host::Id document, const std::string& path, std::size_t page, double dpi, std::string* why);
+
   // What users should know though nothing failed, oldest first: files that were found under another name, and
   // what was not in order in a file that could be opened all the same. Each names its file.
   const std::vector<std::string>& notices() const;

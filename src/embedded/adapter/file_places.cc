@@ -11,6 +11,36 @@ std::string AbsolutePath(const std::string& path) {
   return error ? path : absolute.string();
 }
 
+namespace {
+
+bool GoesUp(const std::filesystem::path& path) {
+  return std::find(path.begin(), path.end(), "..") != path.end();
+}
+
+// With links resolved as far as the path exists.
+std::filesystem::path Resolved(const std::filesystem::path& path) {
+  std::error_code error;
+  std::filesystem::path resolved = std::filesystem::weakly_canonical(path, error);
+  return error ? path.lexically_normal() : resolved;
+}
+
+}  // namespace
+
+std::string PlainPath(const std::string& path) {
+  const std::filesystem::path spelled(path);
+  std::filesystem::path plain = spelled.lexically_normal();
+  if (!GoesUp(spelled)) return plain.string();
+  const std::filesystem::path resolved = Resolved(spelled);
+  return (Resolved(plain) == resolved ? plain : resolved).string();
+}
+
+std::string RelativePath(const std::string& folder, const std::string& file) {
+  std::filesystem::path relative = std::filesystem::path(file).lexically_relative(folder);
+  // Whoever goes up from a folder that is a link comes out where the link leads.
+  if (GoesUp(relative)) relative = Resolved(file).lexically_relative(Resolved(folder));
+  return relative.empty() ? file : relative.string();
+}
+
 model::Format FormatOfName(const std::string& path, model::Format other) {
   std::string extension = std::filesystem::path(path).extension().string();
   std::transform(extension.begin(), extension.end(), extension.begin(),

@@ -10,6 +10,13 @@ namespace qelm::embedded::adapter {
 // The path made absolute against the working folder; links and ".." stay as they are.
 std::string AbsolutePath(const std::string& path);
 
+// The path without "." and "..". Where a link makes ".." lead elsewhere than the spelling says, links are
+// resolved; else they stay.
+std::string PlainPath(const std::string& path);
+
+// What leads from a folder to a file, both plain and absolute; the file itself where nothing does.
+std::string RelativePath(const std::string& folder, const std::string& file);
+
 // The format that the extension of a name asks for: .xml for XML, .mif and .fm for MIF; `other` for any other
 // name.
 model::Format FormatOfName(const std::string& path, model::Format other);

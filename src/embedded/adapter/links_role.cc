@@ -32,8 +32,7 @@ class Places {
   const std::string& Of(const std::string& file) {
     const auto [found, is_new] = known_.try_emplace(file);
     if (is_new) {
-      const std::string path = model::LocateComponent(document_, file).path;
-      found->second = std::filesystem::path(path).lexically_normal().string();
+      found->second = PlainPath(model::LocateComponent(document_, file).path);
     }
     return found->second;
   }
@@ -94,21 +93,18 @@ bool LinksRole::SetPath(Id document, const host::Link& link, const std::string& 
   // What else waits to be brought in does not move the statements, as long as it waits.
   OpenFile* file = workspace_.File(document);
   if (file == nullptr || !file->document) return workspace_.FailId(document);
-  if (file->document->format == model::Format::kXml) {
-    return workspace_.Fail(Error::kNotSupported,
-                           file->path + ": the files that links of an XML document name cannot be changed.");
-  }
   if (file->path.empty() || path.empty() || link.object == host::kNone) {
     return workspace_.Fail(Error::kInvalidArgument, file->path + ": a link needs a file to point to.");
   }
-  namespace fs = std::filesystem;
-  const fs::path own = fs::path(file->path).lexically_normal();
-  const fs::path wanted = fs::path(AbsolutePath(path)).lexically_normal();
+  const std::string own = PlainPath(file->path);
+  const std::string wanted = PlainPath(AbsolutePath(path));
   const bool inside = wanted == own && link.kind == LinkKind::kCrossReference;
-  const std::string relative = inside ? std::string() : wanted.lexically_relative(own.parent_path()).string();
+  const std::string folder = std::filesystem::path(own).parent_path().string();
+  const std::string relative = inside ? std::string() : RelativePath(folder, wanted);
   if (!model::SetLinkFile(file->document.get(), static_cast<model::LinkKind>(link.kind), link.object - 1,
                           relative)) {
-    return workspace_.FailId(document);
+    return workspace_.Fail(Error::kInvalidArgument,
+                           file->path + ": the link to " + link.path + " is none whose file can be changed.");
   }
   MarkEdited(file);
   return true;

@@ -49,8 +49,7 @@ class PosixPlatform : public host::Platform {
   // Gives a variable a value for this platform only; the process keeps its own.
   void SetEnvironment(std::string_view name, std::string_view value);
 
-  // Why the last operation on a file failed, in words without the path ("Permission denied").
-  const std::string& LastError() const { return last_error_; }
+  std::string LastError() override { return last_error_; }
 
  private:
   bool Fail(int error);

@@ -57,4 +57,20 @@ struct Additions {
   }
 };
 
+// Calls `run` for each run of new children of `parent`, with the last child of the source before it (0: none)
+// and the run's first.
+template <typename Elements, typename Run>
+void ForEachNewRun(const Elements& elements, const Additions& additions, Id parent, Run&& run) {
+  Id last_before = 0;
+  for (Id child = elements[parent].first_child; child != 0;) {
+    if (!additions.IsNew(child)) {
+      last_before = child;
+      child = elements[child].next;
+      continue;
+    }
+    run(last_before, child);
+    while (child != 0 && additions.IsNew(child)) child = elements[child].next;
+  }
+}
+
 }  // namespace qelm::embedded::model

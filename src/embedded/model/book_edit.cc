@@ -36,6 +36,9 @@ class BookSaver {
       if (reference.new_file) WriteString(reference.file_data, *reference.new_file);
     }
     RemoveElements();
+    for (const auto& [statement, edit] : book_.tree.replacements) {
+      splice_.Replace(edit.place.begin, edit.place.end, edit.text);
+    }
     return splice_.Apply(source_);
   }
 

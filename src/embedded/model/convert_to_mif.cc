@@ -5,6 +5,7 @@
 
 #include "embedded/mif/reader.h"
 #include "embedded/model/files.h"
+#include "embedded/model/metadata.h"
 #include "embedded/model/text_access.h"
 #include "embedded/model/xml_marks.h"
 #include "embedded/model/xml_tags.h"
@@ -62,10 +63,6 @@ std::string_view WholeStatement(std::string_view statement) {
 std::string Finished(MifStory* story) {
   story->Finish();
   return story->Whole();
-}
-
-bool IsTablePart(ElementKind kind) {
-  return kind >= ElementKind::kTableTitle && kind <= ElementKind::kTableCell;
 }
 
 class Converter {
@@ -147,7 +144,7 @@ std::string Converter::Run() {
     out += "<VariableFormats \n" + variables_text_ + "> # end of VariableFormats\n";
   out += "<Document \n <DPageSize  8.5\" 11.0\">\n <DShowAllConditions ";
   out += document_.show_all ? "Yes" : "No";
-  out += ">\n> # end of Document\n";
+  out += ">\n" + MetadataStatements(MetadataPacket(document_)) + "> # end of Document\n";
   if (!frames_text_.empty()) out += "<AFrames \n" + frames_text_ + "> # end of AFrames\n";
   if (!tables_text_.empty()) out += "<Tbls \n" + tables_text_ + "> # end of Tbls\n";
   out += kPages;

@@ -4,9 +4,11 @@
 
 #include "embedded/mif/reader.h"
 #include "embedded/model/files.h"
+#include "embedded/model/metadata.h"
 #include "embedded/model/text_access.h"
 #include "embedded/model/xml_builder.h"
 #include "embedded/model/xml_marks.h"
+#include "embedded/model/xmp_packet.h"
 #include "embedded/xml/encoding.h"
 #include "embedded/xml/names.h"
 #include "embedded/xml/reader.h"
@@ -28,6 +30,11 @@ bool IsNeutral(ElementKind kind) {
          kind == ElementKind::kTableCell || kind == ElementKind::kTableTitle;
 }
 
+// Names and numbers are ASCII; a byte that is not is damage, which XML has no way to write.
+void AppendAscii(std::string_view text, std::string* out) {
+  for (const char c : text) out->push_back(static_cast<unsigned char>(c) < 0x80 ? c : '?');
+}
+
 // A statement on one line and in UTF-8, without what belongs to the element and to the file it stood in.
 std::string Transcoded(std::string_view statement, mif::Encoding encoding) {
   std::string result;
@@ -43,14 +50,15 @@ std::string Transcoded(std::string_view statement, mif::Encoding encoding) {
       continue;
     }
     if (!result.empty()) result.push_back(' ');
-    result.append("<").append(name);
+    result.push_back('<');
+    AppendAscii(name, &result);
     if (reader.kind() == mif::Piece::kGroup) continue;
     result.push_back(' ');
     if (mif::IsString(reader.data())) {
       const std::string text = mif::DecodeString(reader.data(), encoding);
       result.append("`").append(mif::Encode(text, mif::Encoding::kUtf8)).append("'");
     } else {
-      result.append(reader.data());
+      AppendAscii(reader.data(), &result);
     }
     result.push_back('>');
   }
@@ -208,6 +216,9 @@ void Writer::Prolog(const Flow& flow) {
     if (!color.name.empty() && !IsReservedColor(color.name)) line(ColorMark(color));
   }
   Variables(flow);
+  // What FrameMaker itself notes in every document is nothing to carry along.
+  const std::string packet = MetadataPacket(document_);
+  if (!PacketFields(packet).empty()) line(MetadataMark(packet));
 }
 
 // The definitions of the variables that occur come along, so that they are variables again on the way back.

@@ -169,18 +169,8 @@ bool DeleteRange(Document* document, std::uint32_t begin, std::uint32_t end) {
 
 bool DeleteElement(Document* document, Id id) {
   const Element& element = document->elements[id];
-  if (element.deleted || element.is_virtual) return false;
-  switch (element.kind) {
-    case ElementKind::kTableTitle:
-    case ElementKind::kTableHeading:
-    case ElementKind::kTableBody:
-    case ElementKind::kTableFooting:
-    case ElementKind::kTableRow:
-    case ElementKind::kTableCell:
-      return false;
-    default:
-      return DeleteRange(document, element.first_item, element.end_item);
-  }
+  if (element.deleted || element.is_virtual || IsTablePart(element.kind)) return false;
+  return DeleteRange(document, element.first_item, element.end_item);
 }
 
 bool DeleteRow(Document* document, std::uint32_t row_part) {

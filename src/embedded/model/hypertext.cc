@@ -1,5 +1,7 @@
 #include "embedded/model/hypertext.h"
 
+#include <algorithm>
+
 #include "embedded/model/book.h"
 
 namespace qelm::embedded::model {
@@ -43,21 +45,54 @@ bool IsAddress(std::string_view text) {
   return text.starts_with("mailto:") || text.find("://") != std::string_view::npos;
 }
 
-// Where the file in front of a name ends: at the last colon, that of a drive excepted.
-std::size_t FileEnd(std::string_view rest) {
-  const std::size_t colon = rest.rfind(':');
-  const bool is_drive = colon == 1 && rest.size() > 2 && (rest[2] == '\\' || rest[2] == '/');
-  return is_drive ? std::string_view::npos : colon;
+// Where the name of a file ends that is written with the codes of device-independent paths: at the first
+// colon behind them. A volume has a colon of its own before the next code.
+std::size_t IndependentFileEnd(std::string_view rest) {
+  std::size_t codes_end = 0;
+  for (std::size_t at = 0; at + 2 < rest.size(); ++at) {
+    const bool is_code =
+        rest[at] == '<' && rest[at + 2] == '>' && std::string_view("rvhcu").find(rest[at + 1]) < 5;
+    if (is_code) codes_end = at + 3;
+  }
+  return rest.find(':', codes_end);
 }
 
-// `message URL ADDRESS`.
+// Whether a path ends in an extension of letters and digits (".fm").
+bool EndsInExtension(std::string_view path) {
+  const std::size_t dot = path.find_last_of("./\\");
+  if (dot == std::string_view::npos || path[dot] != '.' || dot == 0 || dot + 1 == path.size()) return false;
+  return std::all_of(path.begin() + static_cast<std::ptrdiff_t>(dot) + 1, path.end(), [](char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+  });
+}
+
+// Where the file in front of a name ends: at the first colon behind its extension, as names may have colons
+// too; of a file without one at the last colon. That of a drive is none.
+std::size_t FileEnd(std::string_view rest) {
+  if (rest.starts_with('<')) return IndependentFileEnd(rest);
+  const bool has_drive = rest.size() > 2 && rest[1] == ':' && (rest[2] == '\\' || rest[2] == '/');
+  std::size_t last = std::string_view::npos;
+  for (std::size_t colon = rest.find(':', has_drive ? 2 : 0); colon != std::string_view::npos;
+       colon = rest.find(':', colon + 1)) {
+    last = colon;
+    if (EndsInExtension(rest.substr(0, colon))) break;
+  }
+  return last;
+}
+
+// `message URL ADDRESS` and `message openfile FILE`.
 Hypertext ReadMessage(std::string_view rest) {
   Hypertext result;
   const std::string_view word = TakeWord(&rest);
-  if (word != "URL" && word != "url") return result;
-  result.kind = Hypertext::Kind::kAddress;
-  result.command = "URL";
-  result.target = rest;
+  if (word == "openfile" && !rest.empty()) {
+    result.kind = Hypertext::Kind::kLink;
+    result.command = word;
+    result.file = rest;
+  } else if (word == "URL" || word == "url") {
+    result.kind = Hypertext::Kind::kAddress;
+    result.command = "URL";
+    result.target = rest;
+  }
   return result;
 }
 

@@ -5,7 +5,10 @@
 //   openlink FILE:firstpage   the same, in a window of its own
 //   gotopage FILE:3           goes to a page
 //   openObjectId FILE:5 NUMBER  goes to the object of that number
+//   message openfile FILE       opens a file
 //   message URL http://...    opens an address; an address alone means the same
+//
+// A name may have colons (`openlink b.fm:one: two`): the file ends behind its extension.
 #pragma once
 
 #include <string>

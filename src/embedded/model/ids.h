@@ -31,6 +31,11 @@ enum class ElementKind : std::uint8_t {
   kText,
 };
 
+// Whether an element of that kind stands for a part of a table, which is more than its element.
+constexpr bool IsTablePart(ElementKind kind) {
+  return kind >= ElementKind::kTableTitle && kind <= ElementKind::kTableCell;
+}
+
 enum class FlowKind : std::uint8_t { kBody, kMaster, kReference, kHidden, kFrame };
 
 enum class Underlining : std::uint8_t { kNone, kSingle, kDouble, kNumeric };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 
 #include "embedded/mif/reader.h"
 #include "embedded/model/book.h"
@@ -67,12 +68,24 @@ std::array<Leaf, 2> GraphicLeaves(std::string_view statement) {
   return leaves;
 }
 
+bool NamesFile(const Leaf& leaf) {
+  return !mif::Inside(leaf.data).empty() && mif::Inside(leaf.data) != kEmbedded;
+}
+
 // What names the file of a graphic: the device-independent path before the other one.
 const Leaf* GraphicFile(const std::array<Leaf, 2>& leaves) {
   for (const Leaf& leaf : leaves) {
-    if (!mif::Inside(leaf.data).empty() && mif::Inside(leaf.data) != kEmbedded) return &leaf;
+    if (NamesFile(leaf)) return &leaf;
   }
   return nullptr;
+}
+
+// What an instruction of our own says.
+model::Mark OwnMark(std::string_view instruction) {
+  constexpr std::string_view kOpen = "<?qelm ";
+  if (!instruction.starts_with(kOpen) || !instruction.ends_with("?>")) return {};
+  instruction.remove_prefix(kOpen.size());
+  return ReadMark("qelm", instruction.substr(0, instruction.size() - 2));
 }
 
 // Goes over a document once, and gathers its links, or what links may name.
@@ -255,13 +268,11 @@ void Walk::BeginPart(const Item& item) {
 
 // An XML document keeps objects that it has no words for in instructions.
 void Walk::Mark(const Item& item) {
-  const std::string_view raw = document_.At(item);
-  const xml::Encoding encoding = xml::DetectEncoding(document_.source);
-  std::string text = xml::ToUtf8(raw, encoding);
-  constexpr std::string_view kOpen = "<?qelm ";
-  if (!text.starts_with(kOpen) || !text.ends_with("?>")) return;
+  const auto edit = document_.replacements.find(item.begin);
   const model::Mark mark =
-      ReadMark("qelm", std::string_view(text).substr(kOpen.size(), text.size() - kOpen.size() - 2));
+      OwnMark(edit != document_.replacements.end()
+                  ? edit->second.text
+                  : xml::ToUtf8(document_.At(item), xml::DetectEncoding(document_.source)));
   if (mark.kind == MarkKind::kObject) Object(mark.name, item, mif::Encoding::kUtf8);
   if (mark.kind != MarkKind::kGraphic || links_ == nullptr || item.Is(kDeleted)) return;
   Link link;
@@ -452,82 +463,131 @@ std::string_view TargetOfSourceText(std::string_view source_text, bool is_elemen
 
 namespace {
 
-Span PlaceOf(const Document& document, std::string_view bytes) {
-  const auto begin = static_cast<std::uint32_t>(bytes.data() - document.source.data());
-  return {begin, begin + static_cast<std::uint32_t>(bytes.size())};
+// What changes in a statement. Places count from its beginning.
+struct Edit {
+  std::string_view bytes;  // the statement, and whatever follows it
+  mif::Encoding encoding;
+
+  // A leaf with another string, the rest of it as it stands.
+  Replacement WithString(const Leaf& leaf, std::string_view text) const {
+    const auto begin = static_cast<std::uint32_t>(leaf.statement.data() - bytes.data());
+    Replacement edit{{begin, begin + static_cast<std::uint32_t>(leaf.statement.size())}, {}};
+    edit.text = leaf.statement;
+    const auto at = static_cast<std::size_t>(leaf.data.data() - leaf.statement.data());
+    edit.text.replace(at, leaf.data.size(), "`" + mif::Encode(text, encoding) + "'");
+    return edit;
+  }
+  // A cross-reference without a statement for the file gets one behind its text.
+  Replacement WithNewFile(const Leaf& text, std::string_view path) const {
+    const auto end = static_cast<std::uint32_t>(text.statement.data() + text.statement.size() - bytes.data());
+    return {{end, end}, " <XRefSrcFile `" + mif::Encode(path, encoding) + "'>"};
+  }
+  // Two changes as one, with what is between them.
+  Replacement Joined(Replacement first, Replacement second) const {
+    if (second.place.begin < first.place.begin) std::swap(first, second);
+    first.text.append(bytes.substr(first.place.end, second.place.begin - first.place.end));
+    first.text.append(second.text);
+    first.place.end = second.place.end;
+    return first;
+  }
+};
+
+// A graphic has its path in two spellings. Programs differ in which of them they read, so both are changed.
+std::optional<Replacement> GraphicEdit(const Edit& edit, std::string_view path) {
+  const auto [independent, legacy] = GraphicLeaves(edit.bytes);
+  std::optional<Replacement> first;
+  std::optional<Replacement> second;
+  if (NamesFile(independent)) first = edit.WithString(independent, DeviceIndependentPath(path));
+  if (NamesFile(legacy)) second = edit.WithString(legacy, path);
+  return first && second ? edit.Joined(*first, *second) : first ? first : second;
 }
 
-// A leaf with another string, the rest of it as it stands.
-Replacement WithString(const Document& document, const Leaf& leaf, std::string_view text) {
-  Replacement edit;
-  edit.place = PlaceOf(document, leaf.statement);
-  edit.text = leaf.statement;
-  const auto at = static_cast<std::size_t>(leaf.data.data() - leaf.statement.data());
-  edit.text.replace(at, leaf.data.size(), "`" + mif::Encode(text, document.encoding) + "'");
-  return edit;
-}
-
-// A cross-reference without a statement for the file gets one behind its text.
-Replacement WithNewFile(const Document& document, const Leaf& text, std::string_view path) {
-  Replacement edit;
-  edit.place = PlaceOf(document, text.statement);
-  edit.text = text.statement;
-  edit.text.append(" <XRefSrcFile `").append(mif::Encode(path, document.encoding)).append("'>");
-  return edit;
-}
-
-bool EditOf(const Document& document, LinkKind kind, std::uint32_t statement, std::string_view path,
-            Replacement* edit) {
-  const std::string_view bytes = std::string_view(document.source).substr(statement);
+// The change that points the statement with which `bytes` begin to another file.
+std::optional<Replacement> EditOf(LinkKind kind, std::string_view bytes, mif::Encoding encoding,
+                                  std::string_view path) {
+  const Edit edit{bytes, encoding};
   const std::string independent = DeviceIndependentPath(path);
   switch (kind) {
     case LinkKind::kCrossReference: {
       const auto [text, is_element, file] = ReferenceLeaves(bytes);
-      if (!file.Found() && !text.Found()) return false;
-      *edit =
-          file.Found() ? WithString(document, file, independent) : WithNewFile(document, text, independent);
-      return true;
+      if (file.Found()) return edit.WithString(file, independent);
+      return text.Found() ? std::optional(edit.WithNewFile(text, independent)) : std::nullopt;
     }
     case LinkKind::kHypertext: {
       const auto [type, text] = MarkerLeaves(bytes);
-      const std::string command = WithFile(mif::DecodeString(text.data, document.encoding), path);
-      if (command.empty()) return false;
-      *edit = WithString(document, text, command);
-      return true;
+      const std::string command = WithFile(mif::DecodeString(text.data, encoding), path);
+      return command.empty() ? std::nullopt : std::optional(edit.WithString(text, command));
     }
     case LinkKind::kTextInset: {
       const auto [file, flow] = InsetLeaves(bytes);
-      if (!file.Found()) return false;
-      *edit = WithString(document, file, independent);
-      return true;
+      return file.Found() ? std::optional(edit.WithString(file, independent)) : std::nullopt;
     }
-    case LinkKind::kGraphic: {
-      const auto leaves = GraphicLeaves(bytes);
-      const Leaf* file = GraphicFile(leaves);
-      if (file == nullptr) return false;
-      *edit = WithString(document, *file, file == &leaves[0] ? independent : std::string(path));
-      return true;
-    }
+    case LinkKind::kGraphic:
+      return GraphicEdit(edit, path);
   }
-  return false;
+  return std::nullopt;
 }
 
 // The statement with which a link of that kind begins.
 constexpr std::array<std::string_view, 4> kStatements = {"XRef", "Marker", "TextInset", "ImportObject"};
 
+bool IsStatementOf(LinkKind kind, std::string_view bytes) {
+  mif::Reader reader(bytes);
+  return reader.Next() && reader.begin() == 0 && reader.kind() == mif::Piece::kGroup &&
+         reader.name() == kStatements[static_cast<std::size_t>(kind)];
+}
+
+std::optional<Replacement> MifEdit(const Document& document, LinkKind kind, std::uint32_t statement,
+                                   std::string_view path) {
+  const std::string_view bytes = std::string_view(document.source).substr(statement);
+  if (!IsStatementOf(kind, bytes)) return std::nullopt;
+  std::optional<Replacement> edit = EditOf(kind, bytes, document.encoding, path);
+  if (edit) edit->place = {edit->place.begin + statement, edit->place.end + statement};
+  return edit;
+}
+
+// The instruction that begins there.
+Span InstructionAt(const Document& document, std::uint32_t begin, xml::Encoding encoding) {
+  const std::uint32_t unit = xml::UnitSize(encoding);
+  std::uint32_t at = begin;
+  for (; at + 2 * unit <= document.source.size(); at += unit) {
+    const bool ends = xml::AsciiAt(document.source, at, encoding) == '?' &&
+                      xml::AsciiAt(document.source, at + unit, encoding) == '>';
+    if (ends) return {begin, at + 2 * unit};
+  }
+  return {begin, begin};
+}
+
+// The whole instruction is written anew, in UTF-8, which the saver puts into the file's own encoding.
+std::optional<Replacement> XmlEdit(const Document& document, LinkKind kind, std::uint32_t instruction,
+                                   std::string_view path) {
+  const xml::Encoding encoding = xml::DetectEncoding(document.source);
+  const Span place = InstructionAt(document, instruction, encoding);
+  const model::Mark mark = OwnMark(xml::ToUtf8(document.At(place), encoding));
+  if (mark.kind == MarkKind::kGraphic && kind == LinkKind::kGraphic) {
+    const bool independent = mark.name.starts_with('<');
+    return Replacement{place, GraphicMark(independent ? DeviceIndependentPath(path) : std::string(path))};
+  }
+  if (mark.kind != MarkKind::kObject || !IsStatementOf(kind, mark.name)) return std::nullopt;
+  const std::optional<Replacement> edit = EditOf(kind, mark.name, mif::Encoding::kUtf8, path);
+  if (!edit) return std::nullopt;
+  std::string statement = mark.name;
+  statement.replace(edit->place.begin, edit->place.end - edit->place.begin, edit->text);
+  return Replacement{place, ObjectMark(statement)};
+}
+
 }  // namespace
 
 bool SetLinkFile(Document* document, LinkKind kind, std::uint32_t statement, std::string_view path) {
-  if (document->format != Format::kMif || statement >= document->source.size()) return false;
-  mif::Reader reader(std::string_view(document->source).substr(statement));
-  const bool is_link = reader.Next() && reader.begin() == 0 && reader.kind() == mif::Piece::kGroup &&
-                       reader.name() == kStatements[static_cast<std::size_t>(kind)];
-  Replacement edit;
-  if (!is_link || !EditOf(*document, kind, statement, path, &edit)) return false;
-  if (edit.text == document->At(edit.place)) {
+  if (statement >= document->source.size()) return false;
+  const bool is_xml = document->format == Format::kXml;
+  std::optional<Replacement> edit =
+      is_xml ? XmlEdit(*document, kind, statement, path) : MifEdit(*document, kind, statement, path);
+  if (!edit) return false;
+  if (edit->text == document->At(edit->place)) {
     document->replacements.erase(statement);
   } else {
-    document->replacements.insert_or_assign(statement, std::move(edit));
+    document->replacements.insert_or_assign(statement, std::move(*edit));
   }
   return true;
 }

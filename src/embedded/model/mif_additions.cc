@@ -427,16 +427,8 @@ void AdditionsWriter::SaveParent(Id parent) {
     SaveRun(parent, 0, document_.elements[parent].first_child, own_text);
     return;
   }
-  Id last_before = 0;
-  for (Id child = document_.elements[parent].first_child; child != 0;) {
-    if (!additions_.IsNew(child)) {
-      last_before = child;
-      child = document_.elements[child].next;
-      continue;
-    }
-    SaveRun(parent, last_before, child, own_text);
-    while (child != 0 && additions_.IsNew(child)) child = document_.elements[child].next;
-  }
+  ForEachNewRun(document_.elements, additions_, parent,
+                [&](Id last_before, Id first) { SaveRun(parent, last_before, first, own_text); });
 }
 
 // Writes the new children from `first` on that stand behind `last_before`.

@@ -114,16 +114,8 @@ void XmlAdditions::SaveParent(Id parent) {
     SaveRun(parent, 0, element.first_child);
     return;
   }
-  Id last_before = 0;
-  for (Id child = document_.elements[parent].first_child; child != 0;) {
-    if (!additions_.IsNew(child)) {
-      last_before = child;
-      child = document_.elements[child].next;
-      continue;
-    }
-    SaveRun(parent, last_before, child);
-    while (child != 0 && additions_.IsNew(child)) child = document_.elements[child].next;
-  }
+  ForEachNewRun(document_.elements, additions_, parent,
+                [&](Id last_before, Id first) { SaveRun(parent, last_before, first); });
 }
 
 // The line end and indentation before an element that stands first in its line, where that is layout and no

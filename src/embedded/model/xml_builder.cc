@@ -343,6 +343,7 @@ bool Gatherer::Prolog(const Event& event, const Mark& mark) {
       return true;
     }
     case MarkKind::kObject:
+    case MarkKind::kMetadata:
       break;
     default:
       return false;

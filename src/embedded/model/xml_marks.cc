@@ -161,6 +161,8 @@ Mark ReadOwnMark(std::string_view data) {
     mark = Named(MarkKind::kGraphic, data);
   } else if (word == "paragraph") {
     mark.kind = MarkKind::kParagraph;
+  } else if (word == "metadata") {
+    mark = Named(MarkKind::kMetadata, data);
   }
   return mark;
 }

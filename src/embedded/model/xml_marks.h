@@ -13,6 +13,7 @@
 //   anyway
 //   <?qelm kind NAME table-row?>     elements of that name are of that kind
 //   <?qelm color 0 100 100 0 NAME?>  a color in percent of cyan, magenta, yellow and black
+//   <?qelm metadata PACKET?>         the XMP packet of the document (metadata.h)
 //   <?qelm object STATEMENT?>        a MIF statement that comes back on the way to MIF; also in the text,
 //   where
 //                                    <?qelm object-end?> ends what it generated
@@ -43,6 +44,7 @@ enum class MarkKind : std::uint8_t {
   kObjectEnd,
   kGraphic,
   kParagraph,
+  kMetadata,
 };
 
 struct Mark {

@@ -90,7 +90,17 @@ class Saver {
   bool IsExpanded(std::uint32_t index) const { return index >= expanded_begin_ && index < expanded_end_; }
   const std::vector<Id>& Set(std::uint16_t index) const { return document_.condition_sets[index]; }
   std::string_view ConditionName(Id id) const { return document_.conditions[id].name; }
+  // What was replaced goes with what is copied: an instruction, never in parts.
   void CopyTo(std::uint32_t offset) {
+    while (next_replacement_ != document_.replacements.end()) {
+      const Replacement& edit = next_replacement_->second;
+      if (edit.place.begin >= offset) break;
+      ++next_replacement_;
+      if (edit.place.begin < copied_) continue;
+      out_.Refer(source_.substr(copied_, edit.place.begin - copied_));
+      copied_ = edit.place.end;
+      Emit(edit.text);
+    }
     if (offset <= copied_) return;
     out_.Refer(source_.substr(copied_, offset - copied_));
     copied_ = offset;
@@ -110,6 +120,7 @@ class Saver {
   std::string encoded_;
   std::uint32_t copied_ = 0;  // the source up to here is written or left out
   std::uint32_t at_ = 0;      // the item
+  std::map<std::uint32_t, Replacement>::const_iterator next_replacement_ = document_.replacements.begin();
   std::vector<Story> stories_;
   std::vector<XmlEdit> edits_;  // of what stands before the root, in order
   std::size_t next_edit_ = 0;

@@ -129,6 +129,13 @@ std::vector<XmlEdit> Prolog::Run() {
   } else if (says_yes && (!document_.show_all || (had_hidden && !has_hidden))) {
     Change(said, "");
   }
+  for (const auto& [statement, edit] : document_.replacements) {
+    if (edit.place.Empty()) {
+      Add(edit.text);
+    } else {
+      Change(edit.place, edit.text);
+    }
+  }
   if (!added_.empty()) edits_.push_back({place, place, added_});
   std::stable_sort(edits_.begin(), edits_.end(),
                    [](const XmlEdit& a, const XmlEdit& b) { return a.begin < b.begin; });

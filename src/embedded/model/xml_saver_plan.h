@@ -18,9 +18,9 @@ struct XmlEdit {
   std::string text;
 };
 
-// Conditions whose state changed, the show-all switch, and new colors, in the order of their places. A mark
-// that says nothing any more goes with its line when it has one to itself, so that the line that was made for
-// it goes too.
+// Conditions whose state changed, the show-all switch, new colors, and replaced instructions (of metadata),
+// in the order of their places. A mark that says nothing any more goes with its line when it has one to
+// itself, so that the line that was made for it goes too.
 std::vector<XmlEdit> PrologEdits(const Document& document, xml::Encoding encoding);
 
 // Parts: rows that need other marks, and tables in which marks around rows go. Marks around a row count for

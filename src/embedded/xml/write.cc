@@ -61,46 +61,39 @@ bool AppendReference(std::string_view name, std::string* text) {
   return false;
 }
 
+// What neither text nor a value may hold as it is. A carriage return would come back as a line end.
+std::string_view Escape(char c) {
+  switch (c) {
+    case '<':
+      return "&lt;";
+    case '>':
+      return "&gt;";
+    case '&':
+      return "&amp;";
+    case '\r':
+      return "&#13;";
+    default:
+      return {};
+  }
+}
+
 }  // namespace
 
-void AppendText(std::string_view text, std::string* out) {
-  AppendWith(text, out, [](char c) -> std::string_view {
-    switch (c) {
-      case '<':
-        return "&lt;";
-      case '>':
-        return "&gt;";
-      case '&':
-        return "&amp;";
-      case '\r':
-        return "&#13;";
-      default:
-        return {};
-    }
-  });
-}
+void AppendText(std::string_view text, std::string* out) { AppendWith(text, out, Escape); }
 
 void AppendValue(std::string_view value, char quote, std::string* out) {
   AppendWith(value, out, [quote](char c) -> std::string_view {
     switch (c) {
-      case '<':
-        return "&lt;";
-      case '>':
-        return "&gt;";
-      case '&':
-        return "&amp;";
       case '\t':
         return "&#9;";
       case '\n':
         return "&#10;";
-      case '\r':
-        return "&#13;";
       case '"':
         return quote == '"' ? std::string_view("&quot;") : std::string_view();
       case '\'':
         return quote == '\'' ? std::string_view("&apos;") : std::string_view();
       default:
-        return {};
+        return Escape(c);
     }
   });
 }

@@ -66,6 +66,9 @@ class Platform {
   virtual std::int64_t CalendarSeconds() = 0;
   // Milliseconds of a clock that never goes back.
   virtual std::int64_t Milliseconds() = 0;
+  // Why the last operation on a file failed, in words without the path ("Permission denied"); empty where
+  // that is not known.
+  virtual std::string LastError() { return {}; }
   // Starts an external program and does not wait for it. False when it cannot be started.
   virtual bool Start(const std::string& program, const std::vector<std::string>& arguments) = 0;
 };

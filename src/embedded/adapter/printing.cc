@@ -1,0 +1,163 @@
+#include "embedded/adapter/printing.h"
+
+#include "embedded/adapter/opened.h"
+#include "embedded/model/book_numbering.h"
+#include "embedded/model/files.h"
+#include "embedded/model/locate.h"
+#include "embedded/render/page_design.h"
+
+namespace qelm::embedded::adapter {
+namespace {
+
+// A document as it is laid out: itself, or the MIF of what is XML.
+class Printable {
+ public:
+  explicit Printable(OpenFile* file) : document_(file->document.get()) {
+    if (document_->format == model::Format::kMif) return;
+    std::string error;
+    converted_ = model::BuildMif(model::ConvertToMif(*document_), &error);
+    document_ = converted_.get();
+  }
+  const model::Document* get() const { return document_; }
+
+ private:
+  const model::Document* document_;
+  std::unique_ptr<model::Document> converted_;
+};
+
+// The numbers that the file has: those of a document that goes on from others in its book.
+void TakeStoredNumbers(const model::Document& document, std::vector<model::ParagraphNumber>* numbers) {
+  for (std::size_t i = 1; i < numbers->size(); ++i) {
+    model::ParagraphNumber& number = (*numbers)[i];
+    if (!number.numbered) continue;
+    const std::string stored = model::StoredNumber(document, document.paragraphs[i]);
+    if (stored != number.text) number.text = number.only = stored;
+  }
+}
+
+bool GoesOn(const model::Document& document) {
+  return document.At(document.document_statement).find("<PgfNumbering Continue>") != std::string_view::npos;
+}
+
+render::PrintSource SourceOf(const model::Document& document, const std::string& path) {
+  render::PrintSource source;
+  source.document = &document;
+  source.path = path;
+  source.places = model::DocumentPlaces(document);
+  model::Counters counters;
+  source.numbers = model::NumberParagraphs(document, source.places, &counters);
+  if (GoesOn(document)) TakeStoredNumbers(document, &source.numbers);
+  source.first_page = render::ReadPageNumbering(document).first;
+  return source;
+}
+
+render::PrintOptions OptionsFor(const OpenFile& file, const host::SaveOptions& options) {
+  constexpr double kUnitsAPoint = 65536;
+  render::PrintOptions print;
+  print.page_width = options.pdf_page_width / kUnitsAPoint;
+  print.page_height = options.pdf_page_height / kUnitsAPoint;
+  print.time = render::CurrentTime();
+  const std::size_t slash = file.path.find_last_of('/');
+  print.title = file.path.substr(slash == std::string::npos ? 0 : slash + 1);
+  print.title = print.title.substr(0, print.title.find('.'));
+  return print;
+}
+
+class BookPrinter {
+ public:
+  BookPrinter(Workspace& workspace, host::Documents& documents, OpenFile* book, render::PdfPrint* print)
+      : workspace_(workspace), documents_(documents), book_(book), print_(print) {}
+
+  // Every component is opened twice: links may lead to what comes later.
+  std::size_t Run() {
+    for (const model::Component& component : book_->book->components) {
+      if (!IsPrinted(component)) continue;
+      Opened opened(workspace_, documents_, PathOf(component));
+      OpenFile* file = opened.File();
+      if (file == nullptr) {
+        workspace_.Notice(std::string(documents_.LastError()) + " It is left out of " + book_->path + ".");
+        continue;
+      }
+      print_->Announce(*Printable(file).get(), file->path);
+    }
+    for (const model::Component& component : book_->book->components) {
+      if (IsPrinted(component)) Add(component);
+    }
+    return pages_;
+  }
+
+ private:
+  static bool IsPrinted(const model::Component& component) {
+    return !component.excluded && !component.is_group && !component.removed;
+  }
+  std::string PathOf(const model::Component& component) const {
+    return model::LocateComponent(book_->path, component.path).path;
+  }
+  void Add(const model::Component& component);
+
+  Workspace& workspace_;
+  host::Documents& documents_;
+  OpenFile* book_;
+  render::PdfPrint* print_;
+  model::BookCounters counters_;
+  std::int64_t next_page_ = 1;
+  std::size_t pages_ = 0;
+};
+
+void BookPrinter::Add(const model::Component& component) {
+  Opened opened(workspace_, documents_, PathOf(component));
+  OpenFile* file = opened.File();
+  if (file == nullptr || !SettleDocument(file)) return;
+  const Printable printable(file);
+  const model::Document& document = *printable.get();
+  render::PrintSource source;
+  source.document = &document;
+  source.path = file->path;
+  source.places = model::NextComponent(book_->book->tree, component.span, document, &counters_);
+  source.numbers = model::NumberParagraphs(document, source.places, &counters_.paragraphs);
+  const render::PageNumbering own = render::ReadPageNumbering(document);
+  source.first_page = own.continues && pages_ > 0 ? next_page_ : own.first;
+  const std::size_t pages = print_->Add(source);
+  next_page_ = source.first_page + static_cast<std::int64_t>(pages);
+  pages_ += pages;
+}
+
+}  // namespace
+
+std::optional<std::string> PrintPdf(Workspace& workspace, host::Documents& documents, OpenFile* file,
+                                    const host::SaveOptions& options, std::string* why) {
+  render::PdfPrint print(OptionsFor(*file, options));
+  std::size_t pages = 0;
+  if (file->book) {
+    pages = BookPrinter(workspace, documents, file, &print).Run();
+    if (pages == 0) *why = "none of the components of the book can be opened.";
+  } else {
+    const Printable printable(file);
+    print.Announce(*printable.get(), file->path);
+    pages = print.Add(SourceOf(*printable.get(), file->path));
+    if (pages == 0) *why = "there is not enough memory for the pages.";
+  }
+  if (pages == 0) return std::nullopt;
+  std::string pdf = print.Finish(why);
+  for (const std::string& notice : print.Notices()) workspace.Notice(notice);
+  if (pdf.empty()) return std::nullopt;
+  return pdf;
+}
+
+std::optional<std::string> PrintPage(Workspace& workspace, OpenFile* file, std::size_t page, double dpi,
+                                     std::string* why) {
+  const Printable printable(file);
+  std::vector<std::string> notices;
+  std::string png = render::PrintPng(SourceOf(*printable.get(), file->path), OptionsFor(*file, {}), page, dpi,
+                                     &notices, why);
+  for (const std::string& notice : notices) workspace.Notice(notice);
+  if (png.empty()) return std::nullopt;
+  return png;
+}
+
+std::vector<render::PageAt> LayOutPages(OpenFile* file) {
+  if (!file->document || file->document->format != model::Format::kMif) return {};
+  return render::FindPages(SourceOf(*file->document, file->path));
+}
+
+}  // namespace qelm::embedded::adapter

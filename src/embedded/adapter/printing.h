@@ -1,0 +1,27 @@
+// Documents and books on paper: PDF, one page as PNG, and the page numbers that layout finds.
+//
+// XML is laid out as the MIF that it would be written as. Components of a book are printed one after the
+// other, each open only while it is; one that cannot be opened is named in a notice and passed over.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "embedded/adapter/workspace.h"
+#include "embedded/render/print.h"
+#include "host/interface/documents.h"
+
+namespace qelm::embedded::adapter {
+
+// The PDF of a document or book. Nothing, with `why`, when there is none to write.
+std::optional<std::string> PrintPdf(Workspace& workspace, host::Documents& documents, OpenFile* file,
+                                    const host::SaveOptions& options, std::string* why);
+
+// One page of a document as PNG: its place from 1, and dots an inch.
+std::optional<std::string> PrintPage(Workspace& workspace, OpenFile* file, std::size_t page, double dpi,
+                                     std::string* why);
+
+// Where the pages of a document begin when it is laid out. Empty for XML, whose text has no place in MIF yet.
+std::vector<render::PageAt> LayOutPages(OpenFile* file);
+
+}  // namespace qelm::embedded::adapter

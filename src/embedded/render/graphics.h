@@ -1,0 +1,83 @@
+// Graphic objects: what anchored frames and pages show besides text.
+//
+// Lines, shapes, text lines and images are drawn as the document has them, rotated and cut off at their
+// frame. An image is read once, however often it is shown. What cannot be shown - a missing file, a format
+// that is not known, a picture that is too large - is a box with its name in it, and is said in missing().
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <set>
+#include <string>
+
+#include "embedded/model/document.h"
+#include "embedded/render/geometry.h"
+
+typedef struct _cairo cairo_t;
+
+namespace qelm::embedded::render {
+
+// Where an anchored frame stands (MIF reference, "FrameType").
+enum class FrameKind : std::uint8_t {
+  kInline,
+  kTop,
+  kBelow,
+  kBottom,
+  kLeft,
+  kRight,
+  kInside,
+  kOutside,
+  kNear,
+  kFar,
+  kRunIn,
+  kNotAnchored,
+};
+enum class FrameAlignment : std::uint8_t { kLeft, kCenter, kRight, kInside, kOutside };
+
+struct FramePlace {
+  double width = 0;
+  double height = 0;
+  FrameKind kind = FrameKind::kInline;
+  FrameAlignment alignment = FrameAlignment::kCenter;
+  double baseline_offset = 0;   // upward from the baseline of the anchor's line
+  double near_side_offset = 0;  // away from the text
+  bool floating = false;        // may go to a later page than its anchor
+  bool cropped = false;         // cut off at the column's edge
+  bool beside_frame = false;    // of the kinds beside the text: stands beside the text frame, not the column
+};
+
+class Graphics {
+ public:
+  // `folder`: what relative paths of images stand on. The document must outlive this and stay as it is.
+  Graphics(const model::Document& document, std::string folder);
+  ~Graphics();
+  Graphics(const Graphics&) = delete;
+  Graphics& operator=(const Graphics&) = delete;
+
+  // `frame`: index into Document::frames.
+  FramePlace Place(std::uint32_t frame) const;
+
+  // Called for each text frame: its flow and where it stands. The context is set up so that the place is
+  // upright. Empty: text frames are not drawn.
+  using DrawText = std::function<void(model::Id flow, const Rect& place)>;
+
+  // Draws the objects of an anchored frame with the frame's upper left corner at x, y.
+  void DrawFrame(cairo_t* cr, std::uint32_t frame, double x, double y, const DrawText& text);
+  // Draws the objects of a page: an index into Document::pages. Text frames of the main flow and of master
+  // pages are left to the layout; of a body page, `text` is called for none (PageDesign::own_text has them).
+  void DrawMasterPage(cairo_t* cr, std::uint32_t page);
+  void DrawBodyPage(cairo_t* cr, std::uint32_t page);
+  // Draws a frame of the reference pages by its name, as paragraph formats name one above or below them.
+  // False when there is none of that name. Its size is ReferenceFrame's.
+  bool DrawReferenceFrame(cairo_t* cr, std::string_view name, double x, double y);
+  FramePlace ReferenceFrame(std::string_view name) const;  // height 0 when there is none
+
+  // The images that could not be shown, with the reason, each said once.
+  const std::set<std::string>& missing() const;
+
+ private:
+  class Painter;
+  std::unique_ptr<Painter> painter_;
+};
+
+}  // namespace qelm::embedded::render

@@ -1,0 +1,300 @@
+#include "embedded/render/page_design.h"
+
+#include <algorithm>
+#include <charconv>
+#include <unordered_map>
+#include <utility>
+
+#include "embedded/mif/reader.h"
+#include "embedded/model/mif_scan.h"
+#include "embedded/render/drawings.h"
+
+namespace qelm::embedded::render {
+
+using mif::Piece;
+
+namespace {
+
+constexpr double kPlainMargin = 72;
+
+// What the Document statement says of pages.
+struct PageSettings {
+  double width = 0;
+  double height = 0;
+  bool double_sided = false;
+  std::string_view parity;
+  PageNumbering numbering;
+};
+
+PageSettings ReadSettings(const model::Document& document, double unit) {
+  PageSettings settings;
+  if (document.document_statement.Empty()) return settings;
+  mif::Reader reader(document.At(document.document_statement));
+  if (!reader.Next() || reader.kind() != Piece::kGroup) return settings;
+  model::Children(&reader, [&] {
+    const std::string_view name = reader.name();
+    const std::string_view data = reader.data();
+    if (name == "DPageSize") {
+      const std::vector<double> size = Lengths(data, unit);
+      if (size.size() >= 2) std::tie(settings.width, settings.height) = std::tie(size[0], size[1]);
+    } else if (name == "DTwoSides") {
+      settings.double_sided = data == "Yes";
+    } else if (name == "DParity") {
+      settings.parity = data;
+    } else if (name == "DStartPage") {
+      std::from_chars(data.data(), data.data() + data.size(), settings.numbering.first);
+    } else if (name == "DPageNumStyle") {
+      settings.numbering.style = data;
+    } else if (name == "ContPageNum") {
+      settings.numbering.continues = data == "Yes";
+    }
+  });
+  return settings;
+}
+
+// Whether a flow's paragraphs may stand in an area at the side.
+bool HasSideHeads(const model::Document& document, model::Id flow) {
+  mif::Reader reader(document.At(document.flows[flow].span));
+  while (reader.Next() && reader.token() != mif::Token::kPara) {
+    if (reader.name() == "TFSideheads") return reader.data() == "Yes";
+  }
+  return false;
+}
+
+}  // namespace
+
+class PageDesigns::Builder {
+ public:
+  Builder(const model::Document& document, PageDesigns* designs)
+      : document_(document), drawings_(document), designs_(*designs) {}
+
+  void Run();
+
+ private:
+  void FollowFlows();
+  PageDesign Plain() const;
+  PageDesign Master(std::uint32_t page, bool left) const;
+  Sides Record(std::uint32_t page) const;
+  PageDesign OnSide(std::uint32_t page, bool left) const;
+  void AddColumns(const Object& frame, bool side_heads, PageDesign* design) const;
+  void SetSize(std::uint32_t page, PageDesign* design) const;
+  // The text frames of a page with their places on the page: those of one of the main flows, in the order of
+  // the text, and those in which other flows begin.
+  struct PageFrames {
+    std::vector<Object> main;
+    std::vector<BackgroundFlow> other;
+  };
+  PageFrames FramesOf(std::uint32_t page) const;
+  std::uint32_t FindMaster(std::string_view name) const;
+  bool IsMain(model::Id flow) const;
+  std::uint32_t SideMaster(bool left) const;
+
+  struct FlowPlace {
+    model::Id flow = 0;
+    std::uint32_t place = 0;  // among the flow's frames
+  };
+
+  const model::Document& document_;
+  Drawings drawings_;
+  PageDesigns& designs_;
+  std::unordered_map<std::uint32_t, FlowPlace> flow_of_;  // by the number of a text frame
+  std::unordered_map<std::string_view, std::uint32_t> masters_;
+  std::uint32_t right_ = model::kNoIndex;
+  std::uint32_t left_ = model::kNoIndex;
+  bool side_heads_ = false;
+};
+
+// A text frame says which one its flow goes on in; a flow says in which one it begins.
+void PageDesigns::Builder::FollowFlows() {
+  std::unordered_map<std::uint32_t, std::uint32_t> next;
+  for (const TextShape& shape : drawings_.text_frames) next[shape.number] = shape.next;
+  for (model::Id flow = 1; flow < document_.flows.size(); ++flow) {
+    std::uint32_t number = document_.flows[flow].text_frame;
+    for (std::uint32_t place = 0; number != 0; ++place) {
+      if (!flow_of_.try_emplace(number, FlowPlace{flow, place}).second) break;
+      const auto found = next.find(number);
+      number = found == next.end() ? 0 : found->second;
+    }
+  }
+}
+
+// On a master page the main flow is a template of the same name, through which text connects from page to
+// page.
+bool PageDesigns::Builder::IsMain(model::Id flow) const {
+  if (flow == document_.main_flow) return flow != 0;
+  const model::Flow& other = document_.flows[flow];
+  if (other.kind != model::FlowKind::kMaster || !other.auto_connect) return false;
+  return document_.main_flow == 0 || other.name == document_.flows[document_.main_flow].name;
+}
+
+// Frames that lie in others have their places in those.
+PageDesigns::Builder::PageFrames PageDesigns::Builder::FramesOf(std::uint32_t page) const {
+  PageFrames frames;
+  std::vector<std::pair<std::uint32_t, Object>> main;
+  std::vector<Point> around{{}};
+  const Range range = drawings_.pages[page].objects;
+  for (std::uint32_t i = range.begin; i < range.end; ++i) {
+    Object object = drawings_.objects[i];
+    const Point origin = around.back();
+    object.place.x += origin.x;
+    object.place.y += origin.y;
+    if (object.kind == ObjectKind::kFrameBegin) around.push_back({object.place.x, object.place.y});
+    if (object.kind == ObjectKind::kFrameEnd) around.pop_back();
+    if (object.kind != ObjectKind::kTextFrame) continue;
+    const auto found = flow_of_.find(drawings_.text_frames[object.detail].number);
+    if (found == flow_of_.end()) continue;
+    if (IsMain(found->second.flow)) {
+      main.push_back({found->second.place, object});
+    } else if (found->second.place == 0) {
+      // Such text is laid out in its first frame; it only runs on in others where it is long.
+      frames.other.push_back({found->second.flow, object.place, object.angle});
+    }
+  }
+  std::stable_sort(main.begin(), main.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+  for (const auto& frame : main) frames.main.push_back(frame.second);
+  return frames;
+}
+
+void PageDesigns::Builder::AddColumns(const Object& frame, bool side_heads, PageDesign* design) const {
+  const TextShape& shape = drawings_.text_frames[frame.detail];
+  Rect text = frame.place;
+  Rect side = frame.place;
+  const double taken = shape.side_head_width + shape.side_head_gap;
+  const bool has_side = side_heads && taken < text.width;
+  if (has_side) {
+    const bool at_left = shape.side_head_side == TextShape::Side::kLeft ||
+                         (shape.side_head_side == TextShape::Side::kInside && !design->left) ||
+                         (shape.side_head_side == TextShape::Side::kOutside && design->left);
+    side.width = shape.side_head_width;
+    text.width -= taken;
+    if (at_left) {
+      text.x += taken;
+    } else {
+      side.x += text.width + shape.side_head_gap;
+    }
+  }
+  const auto columns = static_cast<double>(shape.columns);
+  const double width = std::max(0.0, (text.width - (columns - 1) * shape.gap) / columns);
+  for (std::uint32_t i = 0; i < shape.columns; ++i) {
+    design->columns.push_back({text.x + i * (width + shape.gap), text.y, width, text.height});
+    if (has_side) design->side_heads.push_back(side);
+  }
+  design->balanced = design->balanced || shape.balanced;
+}
+
+void PageDesigns::Builder::SetSize(std::uint32_t page, PageDesign* design) const {
+  const Drawings::PageShape& shape = drawings_.pages[page];
+  if (shape.width <= 0 || shape.height <= 0) return;
+  design->width = shape.width;
+  design->height = shape.height;
+}
+
+PageDesign PageDesigns::Builder::Plain() const {
+  PageDesign design;
+  design.width = designs_.width_;
+  design.height = designs_.height_;
+  const double margin = std::min({kPlainMargin, design.width / 8, design.height / 8});
+  design.columns.push_back({margin, margin, design.width - 2 * margin, design.height - 2 * margin});
+  return design;
+}
+
+// `page` may be none: a plain page.
+PageDesign PageDesigns::Builder::Master(std::uint32_t page, bool left) const {
+  PageDesign design = Plain();
+  design.left = left;
+  if (page == model::kNoIndex) return design;
+  design.master = page;
+  design.master_name = drawings_.pages[page].name;
+  SetSize(page, &design);
+  const PageFrames frames = FramesOf(page);
+  if (!frames.main.empty()) design.columns.clear();
+  for (const Object& frame : frames.main) AddColumns(frame, side_heads_, &design);
+  design.background = frames.other;
+  return design;
+}
+
+std::uint32_t PageDesigns::Builder::FindMaster(std::string_view name) const {
+  const auto found = masters_.find(name);
+  return found == masters_.end() ? model::kNoIndex : found->second;
+}
+
+std::uint32_t PageDesigns::Builder::SideMaster(bool left) const {
+  return left && left_ != model::kNoIndex ? left_ : right_;
+}
+
+PageDesign PageDesigns::Builder::OnSide(std::uint32_t page, bool left) const {
+  const std::string_view background = drawings_.pages[page].background;
+  std::uint32_t master = background == "None" ? model::kNoIndex : FindMaster(background);
+  if (background.empty() || background == "Default") master = SideMaster(left);
+  PageDesign design = Master(master, left);
+  design.page = page;
+  SetSize(page, &design);
+  design.columns.clear();
+  design.side_heads.clear();
+  design.balanced = false;
+  const PageFrames frames = FramesOf(page);
+  for (const Object& frame : frames.main) AddColumns(frame, side_heads_, &design);
+  design.own_text = frames.other;
+  return design;
+}
+
+PageDesigns::Sides PageDesigns::Builder::Record(std::uint32_t page) const {
+  return {OnSide(page, false), OnSide(page, true)};
+}
+
+void PageDesigns::Builder::Run() {
+  const PageSettings settings = ReadSettings(document_, drawings_.unit);
+  if (settings.width > 0 && settings.height > 0) {
+    designs_.width_ = settings.width;
+    designs_.height_ = settings.height;
+  }
+  designs_.double_sided_ = settings.double_sided;
+  if (settings.parity == "FirstLeft") designs_.first_side_ = FirstSide::kLeft;
+  if (settings.parity == "FirstRight") designs_.first_side_ = FirstSide::kRight;
+  side_heads_ = document_.main_flow != 0 && document_.format == model::Format::kMif &&
+                HasSideHeads(document_, document_.main_flow);
+  FollowFlows();
+  for (std::uint32_t i = 0; i < drawings_.pages.size(); ++i) {
+    if (document_.pages[i].kind != model::FlowKind::kMaster) continue;
+    masters_.try_emplace(drawings_.pages[i].name, i);
+    if (drawings_.pages[i].right_master && right_ == model::kNoIndex) right_ = i;
+    if (drawings_.pages[i].left_master && left_ == model::kNoIndex) left_ = i;
+  }
+  if (right_ == model::kNoIndex) right_ = left_;
+  designs_.further_ = {Master(SideMaster(false), false), Master(SideMaster(true), true)};
+  for (std::uint32_t i = 0; i < drawings_.pages.size(); ++i) {
+    if (document_.pages[i].kind == model::FlowKind::kBody) designs_.recorded_.push_back(Record(i));
+  }
+}
+
+PageNumbering ReadPageNumbering(const model::Document& document) {
+  PageNumbering numbering = ReadSettings(document, 72).numbering;
+  // Some documents of a book hold a number that no page has, and take theirs from the component before.
+  constexpr std::int64_t kMost = 1'000'000;
+  if (numbering.first < -kMost || numbering.first > kMost) numbering.first = 1;
+  return numbering;
+}
+
+PageDesigns::PageDesigns(const model::Document& document) { Builder(document, this).Run(); }
+
+bool PageDesigns::IsLeft(std::size_t ordinal, std::int64_t number) const {
+  if (!double_sided_) return false;
+  const bool odd = ordinal % 2 != 0;
+  switch (first_side_) {
+    case FirstSide::kLeft:
+      return odd;
+    case FirstSide::kRight:
+      return !odd;
+    case FirstSide::kByNumber:
+      break;
+  }
+  return number % 2 == 0;
+}
+
+const PageDesign& PageDesigns::Design(std::size_t ordinal, std::int64_t number) const {
+  const bool recorded = ordinal != 0 && ordinal <= recorded_.size();
+  const Sides& sides = recorded ? recorded_[ordinal - 1] : further_;
+  return IsLeft(ordinal, number) ? sides.left : sides.right;
+}
+
+}  // namespace qelm::embedded::render

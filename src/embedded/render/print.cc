@@ -1,0 +1,318 @@
+#include "embedded/render/print.h"
+
+#include <cairo-pdf.h>
+#include <cairo.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <filesystem>
+
+#include "embedded/model/text_access.h"
+#include "embedded/render/drawing.h"
+#include "embedded/render/flow_layout.h"
+#include "embedded/render/link_table.h"
+#include "embedded/render/outline.h"
+
+namespace qelm::embedded::render {
+namespace {
+
+// One document on its way to pages.
+struct Job {
+  Job(const PrintSource& source, const PrintOptions& options, Fonts& fonts)
+      : graphics(*source.document, std::filesystem::path(source.path).parent_path().string()),
+        setting(*source.document, fonts, graphics),
+        designs(*source.document),
+        numbering(ReadPageNumbering(*source.document)),
+        first_page(source.first_page) {
+    setting.time = options.time;
+    setting.numbers = source.numbers;
+    setting.facts.places = source.places;
+    DrawObjectsInLines(fonts.context());
+  }
+
+  std::size_t Run(PageSink* sink, std::vector<FlowLayout::PageStart>* starts = nullptr) {
+    FlowLayout layout(setting, designs, numbering.style, first_page, sink);
+    const std::size_t pages = layout.Run();
+    if (starts != nullptr) *starts = layout.page_starts();
+    return pages;
+  }
+  // How many pages there are, where some text asks for it, is known when they were laid out once.
+  void CountPages();
+
+  Graphics graphics;
+  Setting setting;
+  PageDesigns designs;
+  PageNumbering numbering;
+  std::int64_t first_page;
+};
+
+class Counter : public PageSink {
+ public:
+  bool Take(LaidPage&&) override { return true; }
+};
+
+// Whether text shows a variable that says how many pages there are.
+bool AsksForLast(const model::Document& document) {
+  constexpr std::array<std::string_view, 2> kBlocks = {"$lastpagenum", "$pagecount"};
+  std::unordered_set<std::string_view> asking;
+  for (const auto& [name, definition] : document.variables) {
+    for (const std::string_view block : kBlocks) {
+      if (definition.find(block) != std::string_view::npos) asking.insert(name);
+    }
+  }
+  return !asking.empty() &&
+         std::any_of(document.items.begin(), document.items.end(), [&](const model::Item& item) {
+           return item.kind == model::ItemKind::kVariable && !item.Is(model::kDeleted) &&
+                  asking.contains(model::Substatement(document, item, "VariableName"));
+         });
+}
+
+void Job::CountPages() {
+  if (!AsksForLast(setting.document)) return;
+  Counter counter;
+  const std::size_t pages = Run(&counter);
+  setting.facts.count = std::to_string(pages);
+  setting.facts.last = model::NumberIn(
+      numbering.style, first_page + static_cast<std::int64_t>(std::max<std::size_t>(pages, 1)) - 1);
+}
+
+std::string DateText(const PrintTime& time) {
+  const auto digits = [](int value, std::size_t width) {
+    std::string text = std::to_string(value);
+    return std::string(width - std::min(width, text.size()), '0') + text;
+  };
+  return digits(time.year, 4) + "-" + digits(time.month, 2) + "-" + digits(time.day, 2) + "T" +
+         digits(time.hour, 2) + ":" + digits(time.minute, 2) + ":" + digits(time.second, 2);
+}
+
+cairo_status_t Append(void* closure, const unsigned char* data, unsigned int length) {
+  static_cast<std::string*>(closure)->append(reinterpret_cast<const char*>(data), length);
+  return CAIRO_STATUS_SUCCESS;
+}
+
+void AddNotices(const Job& job, const std::string& path, std::vector<std::string>* notices) {
+  for (const std::string& missing : job.graphics.missing()) notices->push_back(path + ": " + missing);
+}
+
+}  // namespace
+
+class PdfPrint::Work {
+ public:
+  explicit Work(const PrintOptions& options) : options_(options) {}
+  ~Work() {
+    if (cr_ != nullptr) cairo_destroy(cr_);
+    if (surface_ != nullptr) cairo_surface_destroy(surface_);
+  }
+
+  std::size_t Add(const PrintSource& source);
+  std::string Finish(std::string* why);
+
+  LinkTable links;
+  Fonts fonts;
+  std::vector<std::string> notices;
+
+ private:
+  class Sink;
+  // Begins a page. It ends with the next one, so that places can still be put on the last.
+  void Open(double width, double height);
+  void PlaceName(const std::string& name);
+  void AddHeading(int level, const std::string& title, double y);
+
+  PrintOptions options_;
+  std::string bytes_;
+  cairo_surface_t* surface_ = nullptr;
+  cairo_t* cr_ = nullptr;
+  int pages_ = 0;
+  std::unordered_set<std::string> placed_;
+  struct Heading {
+    int level;
+    int id;
+  };
+  std::vector<Heading> headings_;  // the last one and those around it
+};
+
+class PdfPrint::Work::Sink : public PageSink {
+ public:
+  Sink(Work& work, Job& job, std::size_t document)
+      : work_(work), job_(job), outline_(job.setting), document_(document) {}
+
+  bool Take(LaidPage&& page) override {
+    const PrintOptions& options = work_.options_;
+    const double width = options.page_width > 0 ? options.page_width : page.design->width;
+    const double height = options.page_height > 0 ? options.page_height : page.design->height;
+    work_.Open(width, height);
+    ++work_.pages_;
+    if (page.ordinal == 1) work_.PlaceName(LinkTable::PlaceName(document_, {}));
+    DrawPage(job_.setting, work_.cr_, page, true);
+    for (const LaidPage::Begin& begin : page.begins) {
+      const int level = outline_.Level(begin.paragraph->story(), begin.paragraph->format());
+      if (level > 0) work_.AddHeading(level, Outline::Title(begin.paragraph->story()), begin.y);
+    }
+    return cairo_status(work_.cr_) == CAIRO_STATUS_SUCCESS;
+  }
+
+ private:
+  Work& work_;
+  Job& job_;
+  Outline outline_;
+  std::size_t document_;
+};
+
+void PdfPrint::Work::Open(double width, double height) {
+  if (surface_ != nullptr) {
+    cairo_show_page(cr_);
+    cairo_pdf_surface_set_size(surface_, width, height);
+    return;
+  }
+  surface_ = cairo_pdf_surface_create_for_stream(Append, &bytes_, width, height);
+  cr_ = cairo_create(surface_);
+  const std::string date = DateText(options_.time);
+  cairo_pdf_surface_set_metadata(surface_, CAIRO_PDF_METADATA_CREATE_DATE, date.c_str());
+  cairo_pdf_surface_set_metadata(surface_, CAIRO_PDF_METADATA_MOD_DATE, date.c_str());
+  if (!options_.title.empty()) {
+    cairo_pdf_surface_set_metadata(surface_, CAIRO_PDF_METADATA_TITLE, options_.title.c_str());
+  }
+}
+
+void PdfPrint::Work::PlaceName(const std::string& name) {
+  if (!placed_.insert(name).second) return;
+  const std::string attributes = "name='" + name + "' x=0 y=0";
+  cairo_tag_begin(cr_, CAIRO_TAG_DEST, attributes.c_str());
+  cairo_tag_end(cr_, CAIRO_TAG_DEST);
+}
+
+void PdfPrint::Work::AddHeading(int level, const std::string& title, double y) {
+  if (title.empty()) return;
+  while (!headings_.empty() && headings_.back().level >= level) headings_.pop_back();
+  const int parent = headings_.empty() ? CAIRO_PDF_OUTLINE_ROOT : headings_.back().id;
+  const std::string place =
+      "page=" + std::to_string(pages_) + " pos=[0 " + std::to_string(std::lround(y)) + "]";
+  const auto flags =
+      static_cast<cairo_pdf_outline_flags_t>(headings_.empty() ? CAIRO_PDF_OUTLINE_FLAG_OPEN : 0);
+  const int id = cairo_pdf_surface_add_outline(surface_, parent, title.c_str(), place.c_str(), flags);
+  headings_.push_back({level, id});
+}
+
+std::size_t PdfPrint::Work::Add(const PrintSource& source) {
+  Job job(source, options_, fonts);
+  const std::size_t index = links.Find(source.path);
+  if (index != LinkTable::npos) {
+    job.setting.link = [this, index](std::string_view file, std::string_view target) {
+      return links.Attributes(index, file, target);
+    };
+    job.setting.FindPlaces([index](std::string_view target) { return LinkTable::PlaceName(index, target); });
+  }
+  job.CountPages();
+  job.setting.placed = std::move(placed_);
+  Sink sink(*this, job, index == LinkTable::npos ? 0 : index);
+  headings_.clear();
+  const std::size_t pages = job.Run(&sink);
+  placed_.insert(job.setting.placed.begin(), job.setting.placed.end());
+  AddNotices(job, source.path, &notices);
+  return cr_ != nullptr && cairo_status(cr_) == CAIRO_STATUS_SUCCESS ? pages : 0;
+}
+
+// A link whose place did not come to stand on a page - the text it lies in is not shown after all - would
+// keep the PDF from being made, so it leads to the end.
+std::string PdfPrint::Work::Finish(std::string* why) {
+  if (surface_ == nullptr) Open(612, 792);
+  std::vector<std::string> names(links.used().begin(), links.used().end());
+  std::sort(names.begin(), names.end());
+  for (const std::string& name : names) PlaceName(name);
+  cairo_show_page(cr_);
+  cairo_surface_finish(surface_);
+  const cairo_status_t status = cairo_surface_status(surface_);
+  if (status != CAIRO_STATUS_SUCCESS) {
+    *why = cairo_status_to_string(status);
+    return {};
+  }
+  return std::move(bytes_);
+}
+
+PdfPrint::PdfPrint(const PrintOptions& options) : work_(std::make_unique<Work>(options)) {}
+PdfPrint::~PdfPrint() = default;
+
+void PdfPrint::Announce(const model::Document& document, const std::string& path) {
+  work_->links.Add(document, path);
+}
+
+std::size_t PdfPrint::Add(const PrintSource& source) { return work_->Add(source); }
+
+std::string PdfPrint::Finish(std::string* why) { return work_->Finish(why); }
+
+std::vector<std::string> PdfPrint::Notices() const {
+  std::vector<std::string> notices = work_->fonts.notices();
+  notices.insert(notices.end(), work_->notices.begin(), work_->notices.end());
+  return notices;
+}
+
+namespace {
+
+class PngSink : public PageSink {
+ public:
+  PngSink(Job& job, std::size_t wanted, double dpi) : job_(job), wanted_(wanted), dpi_(dpi) {}
+
+  bool Take(LaidPage&& page) override {
+    for (const auto& [part, number] : page.note_numbers) job_.setting.note_numbers[part] = number;
+    if (page.ordinal != wanted_) return true;
+    const double scale = dpi_ / 72;
+    const auto pixels = [scale](double points) {
+      return static_cast<int>(std::lround(std::clamp(points * scale, 1.0, 32000.0)));
+    };
+    cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, pixels(page.design->width),
+                                                          pixels(page.design->height));
+    cairo_t* cr = cairo_create(surface);
+    cairo_set_source_rgb(cr, 1, 1, 1);
+    cairo_paint(cr);
+    cairo_scale(cr, scale, scale);
+    DrawPage(job_.setting, cr, page, false);
+    cairo_destroy(cr);
+    status_ = cairo_surface_write_to_png_stream(surface, Append, &png_);
+    cairo_surface_destroy(surface);
+    return false;
+  }
+
+  std::string png_;
+  cairo_status_t status_ = CAIRO_STATUS_SUCCESS;
+
+ private:
+  Job& job_;
+  std::size_t wanted_;
+  double dpi_;
+};
+
+}  // namespace
+
+std::string PrintPng(const PrintSource& source, const PrintOptions& options, std::size_t page, double dpi,
+                     std::vector<std::string>* notices, std::string* why) {
+  Fonts fonts;
+  Job job(source, options, fonts);
+  job.CountPages();
+  PngSink sink(job, page, dpi);
+  const std::size_t pages = job.Run(&sink);
+  *notices = fonts.notices();
+  AddNotices(job, source.path, notices);
+  if (sink.status_ != CAIRO_STATUS_SUCCESS) {
+    *why = cairo_status_to_string(sink.status_);
+    return {};
+  }
+  if (sink.png_.empty())
+    *why = "there is no page " + std::to_string(page) + "; the document has " + std::to_string(pages) + ".";
+  return std::move(sink.png_);
+}
+
+std::vector<PageAt> FindPages(const PrintSource& source) {
+  Fonts fonts;
+  Job job(source, PrintOptions(), fonts);
+  Counter counter;
+  std::vector<FlowLayout::PageStart> starts;
+  job.Run(&counter, &starts);
+  std::vector<PageAt> pages;
+  for (FlowLayout::PageStart& start : starts) {
+    pages.push_back({start.item, start.number, std::move(start.text)});
+  }
+  return pages;
+}
+
+}  // namespace qelm::embedded::render

@@ -1,0 +1,288 @@
+#include "embedded/render/story.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "embedded/model/book.h"
+#include "embedded/model/links.h"
+#include "embedded/model/text_access.h"
+
+namespace qelm::embedded::render {
+namespace {
+
+using model::Item;
+using model::ItemKind;
+
+constexpr std::string_view kReplacement = "\xEF\xBF\xBC";
+constexpr std::string_view kLineSeparator = "\xE2\x80\xA8";
+
+std::uint32_t SizeOf(const std::string& text) { return static_cast<std::uint32_t>(text.size()); }
+
+// Line ends within a paragraph end its lines and not the paragraph.
+void AppendLine(std::string_view text, std::string* line) {
+  for (const char c : text) {
+    if (c == '\n' || c == '\r') {
+      line->append(kLineSeparator);
+    } else {
+      line->push_back(c);
+    }
+  }
+}
+
+}  // namespace
+
+StoryReader::StoryReader(Setting& setting, std::uint32_t first, std::uint32_t end, std::uint32_t depth)
+    : setting_(setting), document_(setting.document), at_(first), end_(end), depth_(depth) {
+  const auto place = std::lower_bound(setting.places.begin(), setting.places.end(), first,
+                                      [](const Place& one, std::uint32_t item) { return one.item < item; });
+  place_ = static_cast<std::size_t>(place - setting.places.begin());
+}
+
+bool StoryReader::Next(StoryParagraph* paragraph) {
+  *paragraph = {};
+  if (!ReadParagraph(paragraph)) return false;
+  const ParagraphFormat* format = &setting_.formats.Paragraph(paragraph->state);
+  while (format->style == PlacementStyle::kRunIn && at_ < end_) {
+    StoryParagraph next;
+    if (!ReadParagraph(&next)) break;
+    // The head ends in a mark of its own unless it has one.
+    if (!paragraph->text.empty() &&
+        std::string_view(".:;?!").find(paragraph->text.back()) == std::string_view::npos) {
+      paragraph->text += format->run_in_mark;
+    } else {
+      paragraph->text += " ";
+    }
+    if (!paragraph->runs.empty()) paragraph->runs.back().end = SizeOf(paragraph->text);
+    const std::uint32_t shift = SizeOf(paragraph->text);
+    for (StoryRun& run : next.runs) run.end += shift;
+    for (StoryObject& object : next.objects) object.at += shift;
+    for (StoryPlace& place : next.places) place.at += shift;
+    for (auto& [begin, item] : next.item_starts) begin += shift;
+    for (StoryLink& link : next.links) link.begin += shift, link.end += shift;
+    next.text.insert(0, paragraph->text);
+    const auto join = [](auto* head, auto* tail) {
+      head->insert(head->end(), std::make_move_iterator(tail->begin()), std::make_move_iterator(tail->end()));
+      *tail = std::move(*head);
+    };
+    join(&paragraph->runs, &next.runs);
+    join(&paragraph->item_starts, &next.item_starts);
+    join(&paragraph->objects, &next.objects);
+    join(&paragraph->places, &next.places);
+    join(&paragraph->links, &next.links);
+    join(&paragraph->markers, &next.markers);
+    join(&paragraph->tables, &next.tables);
+    next.first_item = paragraph->first_item;
+    *paragraph = std::move(next);
+    format = &setting_.formats.Paragraph(paragraph->state);
+  }
+  return true;
+}
+
+// The mark that ends the paragraph says which it is; one that is hidden or was deleted ends nothing.
+bool StoryReader::ReadParagraph(StoryParagraph* paragraph) {
+  paragraph->first_item = at_;
+  bool any = false;
+  std::uint32_t last_mark = 0;
+  while (at_ < end_) {
+    const Item& item = document_.items[at_];
+    if (item.kind == ItemKind::kParagraphEnd) {
+      last_mark = item.ref;
+      AddPlaces(paragraph, at_);
+      ++at_;
+      if (item.Is(model::kDeleted) || !setting_.shown[item.conditions]) continue;
+      paragraph->paragraph = item.ref;
+      any = true;
+      break;
+    }
+    const bool counts = model::HasConditions(item.kind);
+    const bool seen = !item.Is(model::kDeleted) && (!counts || setting_.shown[item.conditions]);
+    std::uint32_t next = model::EndOfItem(document_, at_);
+    if (seen) {
+      AddPlaces(paragraph, at_);
+      if (!Visit(item, paragraph)) next = at_ + 1;
+    } else if (item.kind == ItemKind::kReferenceBegin) {
+      reference_.clear();
+    }
+    at_ = next;
+  }
+  if (!any && !paragraph->text.empty()) {
+    paragraph->paragraph = last_mark;
+    any = true;
+  }
+  if (!any && paragraph->tables.empty()) return false;
+  Finish(paragraph);
+  return true;
+}
+
+// False when what follows an anchor is to be read as part of this text.
+bool StoryReader::Visit(const Item& item, StoryParagraph* paragraph) {
+  switch (item.kind) {
+    case ItemKind::kString:
+    case ItemKind::kCharacter: {
+      std::string text;
+      model::AppendItemText(document_, item, &text);
+      AddText(paragraph, item, text);
+      break;
+    }
+    case ItemKind::kVariable:
+      AddVariable(paragraph, item);
+      break;
+    case ItemKind::kFrameAnchor:
+      if (item.ref != 0) AddObject(paragraph, item, StoryObject::Kind::kFrame);
+      break;
+    case ItemKind::kNoteAnchor:
+      if (item.ref == 0) break;
+      if (depth_ >= kDeepestNesting) return false;
+      AddObject(paragraph, item, StoryObject::Kind::kNote);
+      break;
+    case ItemKind::kTableAnchor:
+      if (item.ref == 0 || document_.parts[item.ref].deleted) break;
+      if (depth_ >= kDeepestNesting) return false;
+      paragraph->tables.push_back(item.ref);
+      break;
+    case ItemKind::kMarker:
+      ReadMarker(paragraph, item);
+      break;
+    case ItemKind::kReferenceBegin: {
+      const model::ReferenceStatement reference = model::ReadReference(document_, item.begin);
+      reference_ = setting_.link ? setting_.link(reference.file, reference.target) : std::string();
+      reference_begin_ = SizeOf(paragraph->text);
+      break;
+    }
+    case ItemKind::kReferenceEnd:
+      if (!reference_.empty() && SizeOf(paragraph->text) > reference_begin_) {
+        paragraph->links.push_back({reference_begin_, SizeOf(paragraph->text), std::move(reference_)});
+      }
+      reference_.clear();
+      break;
+    default:
+      break;
+  }
+  return true;
+}
+
+void StoryReader::AddRun(StoryParagraph* paragraph, const Item& item, std::optional<std::string> format) {
+  const std::uint32_t end = SizeOf(paragraph->text);
+  paragraph->item_starts.emplace_back(end, at_ + 1);
+  std::vector<StoryRun>& runs = paragraph->runs;
+  const bool same = !runs.empty() && runs.back().font == item.font &&
+                    runs.back().conditions == item.conditions && runs.back().format == format;
+  if (same) {
+    runs.back().end = end;
+  } else {
+    runs.push_back({end, 0, item.font, item.conditions, std::move(format)});
+  }
+}
+
+void StoryReader::AddText(StoryParagraph* paragraph, const Item& item, std::string_view text) {
+  if (text.empty()) return;
+  if (!hotspot_.empty() && item.font != hotspot_font_) EndHotspot(paragraph);
+  AppendLine(text, &paragraph->text);
+  AddRun(paragraph, item, std::nullopt);
+}
+
+void StoryReader::AddVariable(StoryParagraph* paragraph, const Item& item) {
+  const std::string name = model::Substatement(document_, item, "VariableName");
+  for (const model::TextRun& run : VariableRuns(document_, name, setting_.facts, setting_.time)) {
+    if (run.text.empty()) continue;
+    AppendLine(run.text, &paragraph->text);
+    AddRun(paragraph, item, run.format);
+  }
+}
+
+void StoryReader::AddObject(StoryParagraph* paragraph, const Item& item, StoryObject::Kind kind) {
+  paragraph->objects.push_back({SizeOf(paragraph->text), kind, item.ref, at_});
+  paragraph->text += kReplacement;
+  AddRun(paragraph, item, std::nullopt);
+}
+
+void StoryReader::ReadMarker(StoryParagraph* paragraph, const Item& item) {
+  const std::string type = model::Substatement(document_, item, "MTypeName");
+  if (type.starts_with("Header/Footer")) {
+    paragraph->markers.push_back({type, model::Substatement(document_, item, "MText")});
+  }
+  if (type != "Hypertext" || !setting_.link) return;
+  const std::string text = model::Substatement(document_, item, "MText");
+  const model::Hypertext command = model::ReadHypertext(text);
+  std::string attributes;
+  if (command.kind == model::Hypertext::Kind::kAddress) {
+    attributes = setting_.link("URL", command.target);
+  } else if (command.kind == model::Hypertext::Kind::kLink) {
+    attributes = setting_.link(model::PlatformPath(command.file), command.target);
+  }
+  if (attributes.empty()) return;
+  EndHotspot(paragraph);
+  hotspot_ = std::move(attributes);
+  hotspot_font_ = item.font;
+  hotspot_begin_ = SizeOf(paragraph->text);
+  // The marker may stand anywhere in the text that it makes active.
+  if (!paragraph->runs.empty() && paragraph->runs.back().font == item.font) {
+    hotspot_begin_ = paragraph->runs.size() < 2 ? 0 : paragraph->runs[paragraph->runs.size() - 2].end;
+  }
+}
+
+void StoryReader::EndHotspot(StoryParagraph* paragraph) {
+  if (!hotspot_.empty() && SizeOf(paragraph->text) > hotspot_begin_) {
+    paragraph->links.push_back({hotspot_begin_, SizeOf(paragraph->text), std::move(hotspot_)});
+  }
+  hotspot_.clear();
+}
+
+void StoryReader::AddPlaces(StoryParagraph* paragraph, std::uint32_t item) {
+  while (place_ < setting_.places.size() && setting_.places[place_].item <= item) {
+    const Place& place = setting_.places[place_++];
+    if (place.item == item) paragraph->places.push_back({SizeOf(paragraph->text), place.name});
+  }
+}
+
+void StoryReader::Finish(StoryParagraph* paragraph) {
+  EndHotspot(paragraph);
+  paragraph->end_item = at_;
+  if (paragraph->paragraph != 0) last_state_ = document_.paragraphs[paragraph->paragraph].state;
+  paragraph->state = last_state_;
+  for (StoryRun& run : paragraph->runs) run.paragraph_state = paragraph->state;
+  PutNumber(paragraph);
+}
+
+// The number stands before the text or behind it, in a character format of its own; a footnote has the number
+// of the note there.
+void StoryReader::PutNumber(StoryParagraph* paragraph) {
+  const ParagraphFormat& format = setting_.formats.Paragraph(paragraph->state);
+  const std::uint32_t note = std::exchange(note_, 0);
+  std::string number;
+  if (note != 0) {
+    const NoteStyle& style = depth_ > 1 ? setting_.table_notes : setting_.notes;
+    number = std::string(kReplacement) + style.number_suffix;
+  } else if (paragraph->paragraph < setting_.numbers.size() &&
+             setting_.numbers[paragraph->paragraph].numbered) {
+    AppendLine(setting_.numbers[paragraph->paragraph].text, &number);
+  }
+  if (number.empty()) return;
+  StoryRun run;
+  run.paragraph_state = paragraph->state;
+  if (!format.number_font.empty()) run.format = std::string(format.number_font);
+  if (format.number_at_end && note == 0) {
+    paragraph->text += number;
+    run.end = SizeOf(paragraph->text);
+    paragraph->runs.push_back(std::move(run));
+    return;
+  }
+  const std::uint32_t shift = SizeOf(number);
+  paragraph->number_length = shift;
+  paragraph->text.insert(0, number);
+  run.end = shift;
+  for (StoryRun& other : paragraph->runs) other.end += shift;
+  for (StoryObject& object : paragraph->objects) object.at += shift;
+  for (StoryPlace& place : paragraph->places) place.at += shift;
+  for (auto& [begin, item] : paragraph->item_starts) begin += shift;
+  // What is active from the text's beginning is so with its number.
+  for (StoryLink& link : paragraph->links) {
+    if (link.begin != 0) link.begin += shift;
+    link.end += shift;
+  }
+  paragraph->runs.insert(paragraph->runs.begin(), std::move(run));
+  if (note == 0) return;
+  paragraph->objects.insert(paragraph->objects.begin(), {0, StoryObject::Kind::kNoteNumber, note, 0});
+}
+
+}  // namespace qelm::embedded::render
