@@ -20,7 +20,7 @@ constexpr std::array kCommands = {
     &MakeValidateCommand, &MakeCheckTableCommand, &MakeXPathCommand,    &MakeSchemesCommand,
     &MakeInfoCommand,     &MakeDumpCommand,       &MakeConvertCommand,  &MakeMenuCommand,
     &MakeMenusCommand,    &MakeRunCommand,        &MakeSettingsCommand, &MakeLanguagesCommand,
-    &MakeUpdateCommand,
+    &MakeUpdateCommand,   &MakeBatchCommand,
 };
 
 constexpr std::string_view kDescription =

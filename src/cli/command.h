@@ -67,6 +67,7 @@ std::unique_ptr<Command> MakeColorCommand();
 std::unique_ptr<Command> MakeUncolorCommand();
 std::unique_ptr<Command> MakeFilterCommand();
 std::unique_ptr<Command> MakeRestoreCommand();
+std::unique_ptr<Command> MakeBatchCommand();
 std::unique_ptr<Command> MakeValidateCommand();
 std::unique_ptr<Command> MakeCheckTableCommand();
 std::unique_ptr<Command> MakeXPathCommand();

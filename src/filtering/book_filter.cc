@@ -71,6 +71,7 @@ class BookFilter {
 bool BookFilter::End(Ending ending, std::string_view id) {
   run_.ending = ending;
   run_.cancel_flag = 1;
+  run_.why = messenger_.Get(id);
   if (run_.prompts) messenger_.Alert(id);
   return false;
 }
@@ -78,6 +79,7 @@ bool BookFilter::End(Ending ending, std::string_view id) {
 bool BookFilter::EndFormatted(Ending ending, std::string_view id, const std::string& text) {
   run_.ending = ending;
   run_.cancel_flag = 1;
+  run_.why = text;
   if (run_.prompts) messenger_.AlertFormatted(id, text);
   return false;
 }

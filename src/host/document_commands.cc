@@ -3,9 +3,11 @@
 #include "coloring/coloring.h"
 #include "coloring/validation.h"
 #include "coloring/validation_report.h"
+#include "filtering/batch_filter.h"
 #include "filtering/book_filter.h"
 #include "filtering/restore.h"
 #include "host/active_scheme_dialog.h"
+#include "host/batch_dialog.h"
 #include "host/contexts.h"
 #include "host/filter_dialog.h"
 #include "host/plugin.h"
@@ -138,6 +140,16 @@ std::int32_t FilterOnCommand(Plugin& plugin, TargetKind target) {
     };
   }
   return filtering::FilterActiveBook(context);
+}
+
+std::int32_t BatchOnCommand(Plugin& plugin) {
+  host::Documents& documents = plugin.host.documents;
+  const host::Id document = documents.ActiveDocument();
+  filtering::BatchRequest request = filtering::BatchDefaults(plugin.settings);
+  request.source = documents.Path(document != host::kNone ? document : documents.ActiveBook());
+  if (!AskBatch(plugin, &request)) return 0;
+  filtering::BatchContext context = BatchContextOf(plugin);
+  return filtering::RunBatchFilter(context, request).result;
 }
 
 std::int32_t RestoreOnCommand(Plugin& plugin, TargetKind target) {
