@@ -80,5 +80,6 @@ std::unique_ptr<Command> MakeRunCommand();
 std::unique_ptr<Command> MakeSettingsCommand();
 std::unique_ptr<Command> MakeLanguagesCommand();
 std::unique_ptr<Command> MakeUpdateCommand();
+std::unique_ptr<Command> MakeCallCommand();
 
 }  // namespace qelm::cli
