@@ -20,7 +20,7 @@ constexpr std::array kCommands = {
     &MakeValidateCommand, &MakeCheckTableCommand, &MakeXPathCommand,    &MakeSchemesCommand,
     &MakeInfoCommand,     &MakeDumpCommand,       &MakeConvertCommand,  &MakeMenuCommand,
     &MakeMenusCommand,    &MakeRunCommand,        &MakeSettingsCommand, &MakeLanguagesCommand,
-    &MakeUpdateCommand,   &MakeCallCommand,
+    &MakeUpdateCommand,   &MakeCallCommand,       &MakeServeCommand,
 };
 
 constexpr std::string_view kDescription =
