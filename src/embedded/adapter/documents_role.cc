@@ -63,6 +63,7 @@ class DocumentsRole : public host::Documents {
   Id NextOpenDocument(Id document) override {
     return document == host::kNone ? host::kNone : DocumentFrom(document + 1);
   }
+  Id FindOpen(const std::string& path) override { return workspace_.FindPath(path); }
 
   Id Open(const std::string& path, const host::OpenOptions& options, OpenStatus* status) override;
   bool Save(Id id, const host::SaveOptions& options) override;
