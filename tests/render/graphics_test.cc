@@ -98,6 +98,18 @@ TEST(Graphics, ObjectsStandWhereTheirStatementsSay) {
   }
 }
 
+// The catalog need not have what every document has, and has the say where it does.
+TEST(Graphics, ReservedColorsNeedNoCatalog) {
+  const auto document = WithFrame(
+      "<Rectangle <Fill 0> <ObColor `White'> <ShapeRect 0 0 90 pt 90 pt>>"
+      "<Rectangle <ObColor `Blue'> <ShapeRect 0 0 20 pt 20 pt>>"
+      "<Rectangle <ObColor `nobody knows'> <ShapeRect 40 pt 0 20 pt 20 pt>>");
+  const Picture picture(*document, "");
+  EXPECT_EQ(picture.At(70, 70), "FFFFFF");
+  EXPECT_EQ(picture.At(10, 10), "0000FF");
+  EXPECT_EQ(picture.At(50, 10), "000000");
+}
+
 TEST(Graphics, TextFramesAreHandedOut) {
   const auto document = WithFrame("<TextRect <ID 9> <Pen 15> <Fill 15> <ShapeRect 5 pt 6 pt 30 pt 20 pt>>");
   std::vector<double> places;

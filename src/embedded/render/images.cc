@@ -411,7 +411,8 @@ cairo_surface_t* Images::Find(std::uint32_t index, const ImportedImage& image, b
     bytes_ += entry.bytes;
     MakeRoom();
   } else {
-    entry.why = NameOf(image) + ": " + entry.why;
+    const std::string named = image.file.empty() ? NameOf(image) : model::PlatformPath(image.file);
+    entry.why = named + ": " + entry.why;
   }
   *why = entry.why;
   return entry.surface;

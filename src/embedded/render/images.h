@@ -37,12 +37,12 @@ class Images {
   Images(const Images&) = delete;
   Images& operator=(const Images&) = delete;
 
-  // The image, null when it cannot be shown; `why` then says so, with its name. `index` tells it from other
+  // The image, null when it cannot be shown; `why` then says so, with its file. `index` tells it from other
   // images of the document. A PDF (`as_file`) takes the bytes of a JPEG instead of its pixels. The surface
   // holds until the next call.
   cairo_surface_t* Find(std::uint32_t index, const ImportedImage& image, bool as_file, std::string* why);
 
-  // What to call an image in a message and in the box that stands for it.
+  // What to call an image in the box that stands for it.
   static std::string NameOf(const ImportedImage& image);
 
  private:
