@@ -57,10 +57,16 @@ void OnSize(GdkPixbufLoader* loader, int width, int height, gpointer data) {
   if (check->too_large) gdk_pixbuf_loader_set_size(loader, 0, 0);
 }
 
-// Called when there is room for the pixels. What a damaged image lacks is blank, not what was in memory.
+// Called when there is room for the pixels. What a damaged image lacks is blank, not what was in memory;
+// other formats come here with their pixels made.
 void OnPrepared(GdkPixbufLoader* loader, gpointer) {
+  constexpr std::array<std::string_view, 3> kInPieces = {"png", "jpeg", "bmp"};
   GdkPixbuf* const pixels = gdk_pixbuf_loader_get_pixbuf(loader);
-  if (pixels != nullptr) gdk_pixbuf_fill(pixels, gdk_pixbuf_get_has_alpha(pixels) != FALSE ? 0 : 0xFFFFFFFFU);
+  GdkPixbufFormat* const format = gdk_pixbuf_loader_get_format(loader);
+  if (pixels == nullptr || format == nullptr) return;
+  const std::unique_ptr<gchar, decltype(&g_free)> name(gdk_pixbuf_format_get_name(format), g_free);
+  if (std::find(kInPieces.begin(), kInPieces.end(), name.get()) == kInPieces.end()) return;
+  gdk_pixbuf_fill(pixels, gdk_pixbuf_get_has_alpha(pixels) != FALSE ? 0 : 0xFFFFFFFFU);
 }
 
 Pixbuf Decode(std::string_view bytes, SizeCheck check, std::string* why) {
@@ -374,15 +380,20 @@ void Images::MakeRoom() {
   }
 }
 
+// Looking for a file that is not there goes through folders, so each is looked for once.
+const std::string& Images::PathOf(const std::string& file) {
+  const auto [found, is_new] = paths_.try_emplace(file);
+  if (is_new && !file.empty()) {
+    found->second = model::LocateComponent(folder_ + "/document", model::PlatformPath(file)).path;
+  }
+  return found->second;
+}
+
 cairo_surface_t* Images::Find(std::uint32_t index, const ImportedImage& image, bool as_file,
                               std::string* why) {
-  std::string path;
-  if (!image.file.empty()) {
-    path = model::LocateComponent(folder_ + "/document", model::PlatformPath(image.file)).path;
-  }
+  const std::string& path = PathOf(image.file);
   // The same file at many places is one image; data in the document is told apart by its place.
-  const bool embedded = document_.At(image.span).find("\n=") != std::string_view::npos;
-  std::string key = embedded || path.empty() ? "#" + std::to_string(index) : path;
+  std::string key = image.embedded || path.empty() ? "#" + std::to_string(index) : path;
   // A JPEG for a file has no pixels.
   if (as_file) key += '*';
   if (const auto found = index_.find(key); found != index_.end()) {
@@ -393,7 +404,7 @@ cairo_surface_t* Images::Find(std::uint32_t index, const ImportedImage& image, b
   Entry& entry = entries_.emplace_front();
   entry.key = std::move(key);
   index_.emplace(entry.key, entries_.begin());
-  if (path.empty() && !embedded) {
+  if (path.empty() && !image.embedded) {
     entry.why = "no file is named";
   } else {
     Read(image, path, as_file, &entry);

@@ -54,12 +54,14 @@ class Images {
   };
   void Read(const ImportedImage& image, const std::string& path, bool as_file, Entry* entry) const;
   void MakeRoom();
+  const std::string& PathOf(const std::string& file);
 
   const model::Document& document_;
   std::string folder_;
   std::list<Entry> entries_;  // the one used last in front
   std::unordered_map<std::string_view, std::list<Entry>::iterator> index_;
   std::size_t bytes_ = 0;
+  std::unordered_map<std::string, std::string> paths_;  // by the name that the document has
 };
 
 }  // namespace qelm::embedded::render
