@@ -360,7 +360,8 @@ void Graphics::Painter::Image(cairo_t* cr, const Object& object) {
   cairo_rectangle(cr, 0, 0, width, height);
   cairo_clip(cr);
   cairo_set_source_surface(cr, surface, 0, 0);
-  cairo_pattern_set_extend(cairo_get_source(cr), CAIRO_EXTEND_PAD);
+  // On a screen the edges would fade into what is behind; a file would get pixels instead of a JPEG.
+  if (!as_file) cairo_pattern_set_extend(cairo_get_source(cr), CAIRO_EXTEND_PAD);
   cairo_pattern_set_filter(cairo_get_source(cr), CAIRO_FILTER_GOOD);
   cairo_paint(cr);
   cairo_restore(cr);

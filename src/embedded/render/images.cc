@@ -35,6 +35,10 @@ std::string TakeMessage(GError* error) {
   return text;
 }
 
+std::string TooLarge() {
+  return "it has more than " + std::to_string(kMostPixels / 1'000'000) + " million pixels";
+}
+
 // ---------------------------------------------------------------------------------------------------------------
 // Reading pixels.
 
@@ -81,7 +85,7 @@ Pixbuf Decode(std::string_view bytes, SizeCheck check, std::string* why) {
   GdkPixbuf* const pixels = gdk_pixbuf_loader_get_pixbuf(loader.get());
   const std::string message = written && closed ? std::string() : TakeMessage(error);
   if (check.too_large) {
-    *why = "it has more than " + std::to_string(kMostPixels / 1'000'000) + " million pixels";
+    *why = TooLarge();
     return nullptr;
   }
   if (!written || !closed || pixels == nullptr) {
@@ -163,16 +167,18 @@ void AttachBytes(cairo_surface_t* surface, const char* type, std::string_view by
   if (status == CAIRO_STATUS_SUCCESS) static_cast<void>(kept.release());
 }
 
-// A surface whose pixels nobody looks at; memory that is not touched takes no room.
+// A PDF stretches the JPEG over the surface that it is attached to, however large that is, and never looks at
+// its pixels: one is enough.
 cairo_surface_t* MakeJpegSurface(std::string_view bytes, std::string* why) {
   const std::optional<JpegSize> size = ReadJpegSize(bytes);
   // Four inks come in more than one meaning; those are made into pixels.
-  if (!size || (size->components != 1 && size->components != 3)) return nullptr;
-  if (std::int64_t{size->width} * size->height > kMostPixels || size->width == 0 || size->height == 0) {
-    *why = "it has more than " + std::to_string(kMostPixels / 1'000'000) + " million pixels";
+  const bool plain = size && (size->components == 1 || size->components == 3);
+  if (!plain || size->width == 0 || size->height == 0) return nullptr;
+  if (std::int64_t{size->width} * size->height > kMostPixels) {
+    *why = TooLarge();
     return nullptr;
   }
-  cairo_surface_t* const surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, size->width, size->height);
+  cairo_surface_t* const surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, 1, 1);
   AttachBytes(surface, CAIRO_MIME_TYPE_JPEG, bytes);
   return surface;
 }
@@ -363,11 +369,14 @@ void Images::Read(const ImportedImage& image, const std::string& path, bool as_f
     }
     entry->why.clear();
     entry->surface = MakeImage(bytes, check, as_file, &entry->why);
+    entry->bytes = bytes.size();
   }
   if (entry->surface != nullptr || path.empty()) return;
   if (!entry->why.empty()) return;
   const std::optional<std::string> file = ReadImageFile(path, &entry->why);
-  if (file) entry->surface = MakeImage(*file, check, as_file, &entry->why);
+  if (!file) return;
+  entry->surface = MakeImage(*file, check, as_file, &entry->why);
+  entry->bytes = file->size();
 }
 
 void Images::MakeRoom() {
@@ -417,8 +426,8 @@ cairo_surface_t* Images::Find(std::uint32_t index, const ImportedImage& image, b
   if (entry.surface != nullptr) {
     entry.why.clear();
     AttachBytes(entry.surface, CAIRO_MIME_TYPE_UNIQUE_ID, entry.key);
-    entry.bytes = static_cast<std::size_t>(cairo_image_surface_get_stride(entry.surface)) *
-                  static_cast<std::size_t>(cairo_image_surface_get_height(entry.surface));
+    entry.bytes += static_cast<std::size_t>(cairo_image_surface_get_stride(entry.surface)) *
+                   static_cast<std::size_t>(cairo_image_surface_get_height(entry.surface));
     bytes_ += entry.bytes;
     MakeRoom();
   } else {
