@@ -164,8 +164,10 @@ PageDesigns::Builder::PageFrames PageDesigns::Builder::FramesOf(std::uint32_t pa
 
 void PageDesigns::Builder::AddColumns(const Object& frame, bool side_heads, PageDesign* design) const {
   const TextShape& shape = drawings_.text_frames[frame.detail];
-  Rect text = frame.place;
-  Rect side = frame.place;
+  // Where a hand-written file gives no size, there is only the page's.
+  const bool has_size = frame.place.width >= 1 && frame.place.height >= 1;
+  Rect text = has_size ? frame.place : Plain().columns.front();
+  Rect side = text;
   const double taken = shape.side_head_width + shape.side_head_gap;
   const bool has_side = side_heads && taken < text.width;
   if (has_side) {
