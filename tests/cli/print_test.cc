@@ -86,7 +86,7 @@ TEST_F(Pages, LinksLeadToWhatIsShown) {
        "<P><Marker .type=\"Hypertext\" .text=\"message URL https://example.com/a'b\"/>web</P>\n"
        "</Doc>"}};
   file.hidden = {"Secret"};
-  file.definitions = {{"P", {{"Id", "FAttrUniqueId"}}}, {"Em", {{"Id", "FAttrUniqueId"}}}};
+  file.definitions = {{"P", {{"Id", "FAttrUniqueId", {}, {}}}}, {"Em", {{"Id", "FAttrUniqueId", {}, {}}}}};
   const std::string pdf = Printed(program.folder.Write("links.mif", testing::Mif(file)));
   EXPECT_NE(Output("qpdf --check " + pdf).find("No syntax or stream encoding errors"), std::string::npos);
   const std::string plain = Output("qpdf --qdf --object-streams=disable " + pdf + " -");

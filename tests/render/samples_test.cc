@@ -50,6 +50,14 @@ std::string VisibleText(const LaidOut& laid) {
   return text;
 }
 
+constexpr const char* kSymbolFonts[] = {"<FFamily `Wingdings'>", "<FFamily `ZapfDingbats'>",
+                                        "<FFamily `Symbol'>"};
+
+std::ptrdiff_t Characters(const std::string& text) {
+  return std::count_if(text.begin(), text.end(),
+                       [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; });
+}
+
 TEST(Samples, EveryCharacterIsOnAPageOnce) {
   testing::EachSample([](const std::filesystem::path& path, const std::string& bytes) {
     SCOPED_TRACE(path.string());
@@ -61,6 +69,19 @@ TEST(Samples, EveryCharacterIsOnAPageOnce) {
       }
     }
     std::string visible = VisibleText(laid);
+    const auto records = PageDesigns(*laid.document).recorded();
+    if (records > 5) {
+      EXPECT_NEAR(static_cast<double>(laid.pages.size()), static_cast<double>(records),
+                  static_cast<double>(records) * 0.15);
+    }
+    // Symbols are other characters than the letters that the file has for them, and as many.
+    const bool symbols =
+        std::any_of(std::begin(kSymbolFonts), std::end(kSymbolFonts),
+                    [&](const char* family) { return bytes.find(family) != std::string::npos; });
+    if (symbols) {
+      EXPECT_EQ(Characters(seen), Characters(visible));
+      return;
+    }
     if (laid.setting->note_numbers.empty()) {
       // Without footnotes the order is that of the text as well.
       const auto differ = std::mismatch(seen.begin(), seen.end(), visible.begin(), visible.end()).first;
@@ -70,11 +91,6 @@ TEST(Samples, EveryCharacterIsOnAPageOnce) {
     std::sort(seen.begin(), seen.end());
     std::sort(visible.begin(), visible.end());
     EXPECT_EQ(seen, visible);
-    const auto records = PageDesigns(*laid.document).recorded();
-    if (records > 5) {
-      EXPECT_NEAR(static_cast<double>(laid.pages.size()), static_cast<double>(records),
-                  static_cast<double>(records) * 0.15);
-    }
   });
 }
 
