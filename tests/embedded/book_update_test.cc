@@ -36,6 +36,10 @@ constexpr std::string_view kCatalogs = R"(<PgfCatalog
   <XRefDef `in <$paratext[Heading]\>, No <$attribute[no:Sec]\>'>
  > # end of XRefFormat
  <XRefFormat 
+  <XRefName `Page'>
+  <XRefDef `p. <$elempagenum\>'>
+ > # end of XRefFormat
+ <XRefFormat 
   <XRefName `Odd'>
   <XRefDef `<$moon\>'>
  > # end of XRefFormat
@@ -118,6 +122,31 @@ TEST_F(BookUpdateTest, NumbersAndReferencesRunThroughTheBook) {
   const std::string once = folder.Read("a.mif");
   EXPECT_TRUE(host.books.Update(book, kBoth));
   EXPECT_EQ(folder.Read("a.mif"), once) << "what is up to date stays byte for byte";
+}
+
+// The first chapter has two pages.
+TEST_F(BookUpdateTest, PageNumbersGoOnOrBeginAnew) {
+  OpenBook({"<Doc>\n<P>a<!Page/>b</P>\n</Doc>",
+            "<Doc>\n<P id=\"t\">c <XRef .format=\"Page\" .source=\"t: P\">?</XRef></P>\n</Doc>",
+            "<Doc>\n</Doc>"});
+  std::string book = folder.Read("book.mif");
+  std::size_t at = 0;
+  for (const char* const pages :
+       {"Restart>\n <PageNumStart 3>\n <PageNumStyle LCRoman", "Continue", "ReadFromFile"}) {
+    at = book.find("<BookComponent", at) + 15;
+    book.insert(at, std::string("\n <PageNumbering ") + pages + ">");
+  }
+  folder.Write("book.mif", book);
+  EXPECT_TRUE(host.books.Update(Reopened(OpenFile("book.mif")), kBoth)) << host.documents.LastError();
+  std::string numbers;
+  for (const char* const name : {"a.mif", "b.mif", "c.mif"}) {
+    const std::string text = folder.Read(name);
+    for (std::size_t page = 0; (page = text.find("<PageNum `", page)) != std::string::npos; ++page) {
+      numbers += text.substr(page + 10, text.find('\'', page) - page - 10) + " ";
+    }
+  }
+  EXPECT_EQ(numbers, "iii iv 5 1 ");
+  EXPECT_NE(Golden("b.mif").find("<XRef>p. 5</XRef>"), std::string::npos) << Golden("b.mif");
 }
 
 TEST_F(BookUpdateTest, WhatCannotBeUpdatedStaysAndIsReported) {

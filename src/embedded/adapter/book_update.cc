@@ -14,6 +14,7 @@
 #include "embedded/model/links.h"
 #include "embedded/model/locate.h"
 #include "embedded/model/master_pages.h"
+#include "embedded/model/page_numbering.h"
 #include "embedded/model/reference_text.h"
 
 namespace qelm::embedded::adapter {
@@ -65,6 +66,12 @@ class Updater {
   bool Asked(host::BookUpdate flag) const { return (flags_ & flag) != 0; }
   void FindComponents();
   void Number(Component* component);
+  model::Span StatementOf(const Component& component) {
+    return workspace_.Book(book_)->components[component.id - 1].span;
+  }
+  void SkipPages(const Component& component) {
+    model::SkipPages(workspace_.Book(book_)->tree, StatementOf(component), &pages_);
+  }
   Numbered Numbers(const model::Document& document, const Component* component);
   std::size_t References(OpenFile* file, Component* component, const Numbered& numbers);
   std::size_t OwnReference(OpenFile* file, std::uint32_t item, const model::ReferenceStatement& reference,
@@ -92,6 +99,7 @@ class Updater {
   UpdateOutcome outcome_;
   std::vector<Component> components_;
   model::BookCounters counters_;
+  model::PageCounter pages_;
   // By file, target and format: what is shown.
   using Question = std::pair<std::string, std::string>;
   std::map<std::string, std::map<Question, model::ReferenceText>> answers_;
@@ -158,10 +166,10 @@ void Updater::Number(Component* component) {
   OpenFile* file = opened.File();
   if (file == nullptr) {
     Find(std::string(documents_.LastError()));
-    return;
+    return SkipPages(*component);
   }
   component->readable = true;
-  if (file->document->format != model::Format::kMif) return;
+  if (file->document->format != model::Format::kMif) return SkipPages(*component);
   if (!SettleDocument(file)) {
     Find(file->path + ": what was changed in the document cannot be brought into it.");
     return;
@@ -169,7 +177,13 @@ void Updater::Number(Component* component) {
   component->before = counters_;
   const Numbered numbers = Numbers(*file->document, component);
   std::size_t changed = 0;
-  if (Asked(host::kUpdateNumbering)) changed += model::SetNumbers(file->document.get(), numbers.paragraphs);
+  if (Asked(host::kUpdateNumbering)) {
+    changed += model::SetNumbers(file->document.get(), numbers.paragraphs);
+    const model::Book& book = *workspace_.Book(book_);
+    const std::vector<std::string> pages =
+        model::NextPages(book.tree, StatementOf(*component), *file->document, &pages_);
+    changed += model::SetPageNumbers(file->document.get(), pages);
+  }
   if (Asked(host::kUpdateCrossReferences)) changed += References(file, component, numbers);
   if (Asked(host::kUpdateMasterPages)) changed += MasterPages(file);
   if (changed != 0 && !opened.Finish()) Find(std::string(documents_.LastError()));

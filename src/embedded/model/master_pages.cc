@@ -289,7 +289,7 @@ Background ReadBackground(const Document& document, const Page& page) {
   return background;
 }
 
-bool SetBackground(Document* document, const Page& page, const Background& old, const std::string& name) {
+bool SetBackground(Document* document, const Background& old, const std::string& name) {
   if (old.name == name || (old.statement.Empty() && (name == kDefaultPage || old.behind == 0))) return false;
   const MifLayout layout(*document);
   const std::string statement = "<PageBackground " + layout.Quoted(name) + ">";
@@ -297,7 +297,8 @@ bool SetBackground(Document* document, const Page& page, const Background& old, 
   if (old.statement.Empty()) {
     edit = {{old.behind, old.behind}, std::string(layout.LineEnd()) + " " + statement};
   }
-  document->replacements.insert_or_assign(page.span.begin, std::move(edit));
+  const std::uint32_t key = old.statement.Empty() ? old.behind : old.statement.begin;
+  document->replacements.insert_or_assign(key, std::move(edit));
   document->modified = true;
   return true;
 }
@@ -343,7 +344,7 @@ std::size_t ApplyMasterPages(Document* document, const std::vector<MasterPageRul
     if (rule != nullptr) name = sides.IsLeft(page.ordinal) && !rule->left.empty() ? rule->left : rule->right;
     if (!known.contains(name)) {
       missing.insert(name);
-    } else if (SetBackground(document, page, old, name)) {
+    } else if (SetBackground(document, old, name)) {
       ++changed;
     }
   }
