@@ -67,6 +67,7 @@ std::unique_ptr<Command> MakeColorCommand();
 std::unique_ptr<Command> MakeUncolorCommand();
 std::unique_ptr<Command> MakeFilterCommand();
 std::unique_ptr<Command> MakeRestoreCommand();
+std::unique_ptr<Command> MakeBatchCommand();
 std::unique_ptr<Command> MakeValidateCommand();
 std::unique_ptr<Command> MakeCheckTableCommand();
 std::unique_ptr<Command> MakeXPathCommand();
@@ -80,5 +81,7 @@ std::unique_ptr<Command> MakeRunCommand();
 std::unique_ptr<Command> MakeSettingsCommand();
 std::unique_ptr<Command> MakeLanguagesCommand();
 std::unique_ptr<Command> MakeUpdateCommand();
+std::unique_ptr<Command> MakeCallCommand();
+std::unique_ptr<Command> MakeServeCommand();
 
 }  // namespace qelm::cli

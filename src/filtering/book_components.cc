@@ -87,11 +87,9 @@ bool BookComponents::FilterOne(Id component) {
                                             : ComponentStage::kGivenUp;
   if (context_.component_done && !context_.component_done(found.document, found.opened, stage) && goes_on) {
     entry.ending = Ending::kNotSaved;
-    if (run_.prompts) {
-      const std::string why(host_.documents.LastError());
-      context_.messenger.AlertFormatted("QELM_MSG_FILTER_57",
-                                        context_.messenger.Format("QELM_MSG_FILTER_57", entry.path, why));
-    }
+    const std::string why(host_.documents.LastError());
+    run_.why = context_.messenger.Format("QELM_MSG_FILTER_57", entry.path, why);
+    if (run_.prompts) context_.messenger.AlertFormatted("QELM_MSG_FILTER_57", run_.why);
   }
   if (ending_ == Ending::kCompleted) ending_ = entry.ending;
   return goes_on && entry.ending != Ending::kNotSaved;
@@ -101,11 +99,8 @@ bool BookComponents::FilterOne(Id component) {
 bool BookComponents::PassOver(FilteredComponent* entry) {
   if (run_.mode != LaunchMode::kDuplicate || run_.dry_run) return true;
   entry->ending = ending_ = Ending::kMissingDocument;
-  if (run_.prompts) {
-    const std::string& why = entry->why;
-    context_.messenger.AlertFormatted("QELM_MSG_FILTER_51",
-                                      context_.messenger.Format("QELM_MSG_FILTER_51", why));
-  }
+  run_.why = context_.messenger.Format("QELM_MSG_FILTER_51", entry->why);
+  if (run_.prompts) context_.messenger.AlertFormatted("QELM_MSG_FILTER_51", run_.why);
   return false;
 }
 

@@ -219,6 +219,7 @@ void ClearOutcome(FilterRun* run) {
   run->cancel_flag = 0;
   run->cancelled = run->restore_cancelled = run->restore_failed = run->touched = run->root_filtered = false;
   run->ending = Ending::kNone;
+  run->why.clear();
   run->result_document = kNone;
   run->would_go.clear();
   run->dangling.clear();

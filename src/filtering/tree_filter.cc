@@ -264,9 +264,9 @@ void TreeFilter::Count(Id element, std::uint64_t* counter) {
 void TreeFilter::Fail(Ending ending, std::string_view id, Id element, const std::string& why) {
   run_.ending = ending;
   run_.cancel_flag = 1;
-  if (!run_.prompts) return;
   const std::string document = messages::DocumentName(host_.documents, document_);
-  context_.messenger.AlertFormatted(id, context_.messenger.Format(id, document, Tag(element), why));
+  run_.why = context_.messenger.Format(id, document, Tag(element), why);
+  if (run_.prompts) context_.messenger.AlertFormatted(id, run_.why);
 }
 
 std::string TreeFilter::Tag(Id element) { return schemes::ElementTag(host_, document_, element); }

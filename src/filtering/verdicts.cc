@@ -68,6 +68,7 @@ bool Verdicts::EvaluateOne(Id root, const std::string& expression, xpath::MatchL
 bool Verdicts::Refuse(Ending ending, std::string_view id, const std::string& text) {
   context_.run.ending = ending;
   context_.run.cancel_flag = 1;
+  context_.run.why = text;
   if (context_.run.prompts) context_.messenger.AlertFormatted(id, text);
   return false;
 }

@@ -79,7 +79,7 @@ constexpr std::array<CommandRow, 38> kCommands = {{
      PrintParameters<SchemeKind::kColoring>},
     {9, "QELM_Cmd_FilterDoc", "Filter Document...", "", kEveryone, Filter<TargetKind::kDocument>},
     {10, "QELM_Cmd_FilterBook", "Filter Book...", "", kEveryone, Filter<TargetKind::kBook>},
-    {39, "QELM_Cmd_BatchFilter", "Batch Filter...", "", kBatch, TellNoBatchFilter},
+    {39, "QELM_Cmd_BatchFilter", "Batch Filter...", "", kBatch, BatchOnCommand},
     {32, "QELM_Cmd_SetFilterScheme", "Set Active Scheme...", "", kEveryone, SetScheme<SchemeKind::kFilter>},
     {33, "QELM_Cmd_PrintFilterSchemeParms", "Print Active Scheme Parameters To Console", "", kEveryone,
      PrintParameters<SchemeKind::kFilter>},

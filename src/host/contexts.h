@@ -2,6 +2,8 @@
 // run gets its log and its uncoloring.
 #pragma once
 
+#include "filtering/batch_run.h"
+#include "calls/calls.h"
 #include "filtering/document_filter.h"
 #include "host/plugin.h"
 
@@ -9,5 +11,10 @@ namespace qelm {
 
 // The context of a filter run, by the active filter scheme. The plug-in outlives it.
 filtering::FilterContext FilterContextOf(Plugin& plugin);
+
+// The context of a batch, by the session's main settings document. The plug-in outlives it.
+filtering::BatchContext BatchContextOf(Plugin& plugin);
+// The context of a call. The plug-in outlives it.
+calls::CallContext CallContextOf(Plugin& plugin);
 
 }  // namespace qelm

@@ -10,6 +10,8 @@ namespace qelm {
 // The numbers of the plug-in's dialogs. Those of the editors (0 to 12) have names where this version has the
 // dialog.
 inline constexpr std::int32_t kFilterDialogNumber = 4;
+inline constexpr std::int32_t kBatchSourceDialogNumber = 11;
+inline constexpr std::int32_t kBatchStepsDialogNumber = 12;
 inline constexpr std::int32_t kLastEditorNumber = 12;
 inline constexpr std::int32_t kListEditorNumber = 1001;  // the message box has it too
 inline constexpr std::int32_t kItemEntryNumber = 1222;

@@ -3,9 +3,11 @@
 #include "coloring/coloring.h"
 #include "coloring/validation.h"
 #include "coloring/validation_report.h"
+#include "filtering/batch_filter.h"
 #include "filtering/book_filter.h"
 #include "filtering/restore.h"
 #include "host/active_scheme_dialog.h"
+#include "host/batch_dialog.h"
 #include "host/contexts.h"
 #include "host/filter_dialog.h"
 #include "host/plugin.h"
@@ -15,7 +17,6 @@
 namespace qelm {
 namespace {
 
-using filtering::ComponentStage;
 using filtering::TargetKind;
 
 bool MayUncolor(Plugin& plugin) {
@@ -131,13 +132,19 @@ std::int32_t FilterOnCommand(Plugin& plugin, TargetKind target) {
   if (!for_book) return filtering::FilterActiveDocument(context);
   // The files of a new book are there before they are filtered, and would stay so if nobody saved them.
   if (plugin.filter_run.mode == filtering::LaunchMode::kDuplicate) {
-    context.component_done = [&documents](host::Id document, bool opened, ComponentStage stage) {
-      const bool saved = stage != ComponentStage::kFinished || documents.Save(document, {});
-      if (opened && saved) documents.Close(document, /*discard=*/true);
-      return saved;
-    };
+    context.component_done = filtering::SavingComponents(documents);
   }
   return filtering::FilterActiveBook(context);
+}
+
+std::int32_t BatchOnCommand(Plugin& plugin) {
+  host::Documents& documents = plugin.host.documents;
+  const host::Id document = documents.ActiveDocument();
+  filtering::BatchRequest request = filtering::BatchDefaults(plugin.settings);
+  request.source = documents.Path(document != host::kNone ? document : documents.ActiveBook());
+  if (!AskBatch(plugin, &request)) return 0;
+  filtering::BatchContext context = BatchContextOf(plugin);
+  return filtering::RunBatchFilter(context, request).result;
 }
 
 std::int32_t RestoreOnCommand(Plugin& plugin, TargetKind target) {

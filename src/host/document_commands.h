@@ -29,6 +29,9 @@ std::int32_t ValidateOnCommand(Plugin& plugin, ValidationScope scope);
 // Filters the active document or book as the user sets it up in the dialog. The files of a new book are
 // saved; others stay open with their changes.
 std::int32_t FilterOnCommand(Plugin& plugin, filtering::TargetKind target);
+// Filters a source by many schemes, as the user sets it up in the dialog. The active document or book is
+// proposed as the source.
+std::int32_t BatchOnCommand(Plugin& plugin);
 // Restores it, after a question if PROMPT_PRE_RESTORE_FILE is on.
 std::int32_t RestoreOnCommand(Plugin& plugin, filtering::TargetKind target);
 

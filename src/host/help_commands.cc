@@ -62,9 +62,4 @@ std::int32_t TellNoMigration(Plugin& plugin) {
   return 0;
 }
 
-std::int32_t TellNoBatchFilter(Plugin& plugin) {
-  plugin.messenger.Alert("QELM_MSG_GEN_39");
-  return 0;
-}
-
 }  // namespace qelm

@@ -19,6 +19,5 @@ std::int32_t RunSelfTest(Plugin& plugin);
 
 // What this version does not have.
 std::int32_t TellNoMigration(Plugin& plugin);
-std::int32_t TellNoBatchFilter(Plugin& plugin);
 
 }  // namespace qelm

@@ -62,7 +62,7 @@ const std::vector<Row> kRows = {
     {35, {"GEN_29"}, {""}},
     {9, {"FILTER_30", "FILTER_44", "FILTER_30"}, {"FILTER_30", "DIALOG_1", "FILTER_30"}},
     {10, {"GEN_11", "GEN_11", "FILTER_44"}, {"GEN_11", "GEN_11", "DIALOG_1"}},
-    {39, {"GEN_39"}, {}},
+    {39, {"DIALOG_1"}, {}},
     {32, {"DIALOG_1"}, {}},
     {33, {"GEN_29"}, {""}},
     {11, {"GEN_1", "VAL_GEN_1", "GEN_1"}, {"GEN_1", "VAL_GEN_9", "GEN_1"}},

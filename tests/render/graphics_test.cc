@@ -98,6 +98,18 @@ TEST(Graphics, ObjectsStandWhereTheirStatementsSay) {
   }
 }
 
+// The catalog need not have what every document has, and has the say where it does.
+TEST(Graphics, ReservedColorsNeedNoCatalog) {
+  const auto document = WithFrame(
+      "<Rectangle <Fill 0> <ObColor `White'> <ShapeRect 0 0 90 pt 90 pt>>"
+      "<Rectangle <ObColor `Blue'> <ShapeRect 0 0 20 pt 20 pt>>"
+      "<Rectangle <ObColor `nobody knows'> <ShapeRect 40 pt 0 20 pt 20 pt>>");
+  const Picture picture(*document, "");
+  EXPECT_EQ(picture.At(70, 70), "FFFFFF");
+  EXPECT_EQ(picture.At(10, 10), "0000FF");
+  EXPECT_EQ(picture.At(50, 10), "000000");
+}
+
 TEST(Graphics, TextFramesAreHandedOut) {
   const auto document = WithFrame("<TextRect <ID 9> <Pen 15> <Fill 15> <ShapeRect 5 pt 6 pt 30 pt 20 pt>>");
   std::vector<double> places;
@@ -138,6 +150,9 @@ std::string Import(const std::string& file) {
 TEST(Graphics, ImagesComeFromFilesAndFromTheDocument) {
   testing::TempFolder folder;
   folder.Write("art/red.png", Encoded("png", 4, 4));
+  folder.Write("red.svg",
+               "<svg xmlns='http://www.w3.org/2000/svg' width='4' height='4'><rect width='4' height='4' "
+               "fill='red'/></svg>");
   std::string facet = "<ImportObject <Fill 15>\n=FrameVector\n&%v\n&<MakerVector>\\x00\\x\n=PNG\n&%v\n&\\x";
   for (const char c : Encoded("png", 4, 4)) {
     char digits[3];
@@ -146,7 +161,8 @@ TEST(Graphics, ImagesComeFromFilesAndFromTheDocument) {
     if (facet.size() % 80 < 2) facet += "\n&";
   }
   facet += "\\x\n=EndInset\n\n<ImportObFile `2.0 internal inset'> <ShapeRect 10 pt 10 pt 50 pt 50 pt>>";
-  for (const std::string& object : {Import("<c\\>art<c\\>red.png"), Import("<c\\>art<c\\>Red.PNG"), facet}) {
+  for (const std::string& object :
+       {Import("<c\\>art<c\\>red.png"), Import("<c\\>art<c\\>Red.PNG"), Import("red.svg"), facet}) {
     const auto document = WithFrame(object);
     const Picture picture(*document, folder.path());
     EXPECT_EQ(picture.At(30, 30), "FF0000") << object;

@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <limits>
 
+#include "embedded/adapter/delivery.h"
 #include "embedded/adapter/element_properties.h"
 #include "embedded/adapter/file_places.h"
 #include "embedded/adapter/printing.h"
@@ -62,6 +63,7 @@ class DocumentsRole : public host::Documents {
   Id NextOpenDocument(Id document) override {
     return document == host::kNone ? host::kNone : DocumentFrom(document + 1);
   }
+  Id FindOpen(const std::string& path) override { return workspace_.FindPath(path); }
 
   Id Open(const std::string& path, const host::OpenOptions& options, OpenStatus* status) override;
   bool Save(Id id, const host::SaveOptions& options) override;
@@ -118,9 +120,9 @@ class DocumentsRole : public host::Documents {
     return workspace_.Fail(Error::kCannotSave, path + ": " + std::string(why));
   }
   bool SaveTo(Id id, OpenFile* file, const host::SaveOptions& options);
+  bool SaveDelivered(Id id, OpenFile* file, const std::string& path);
   bool SaveAsPdf(const std::string& path, OpenFile* file, const host::SaveOptions& options);
   model::Pieces Bytes(OpenFile* file, Format format);
-  static std::string Converted(const model::Document& tree, Format format);
   bool ImportFromOther(OpenFile* file, const OpenFile& from, std::uint32_t flags);
 
   Workspace& workspace_;
@@ -185,7 +187,10 @@ Id DocumentsRole::Build(const std::string& path, std::string bytes, const host::
   }
   auto file = std::make_unique<OpenFile>();
   std::string error;
-  if (kind == FileKind::kMifBook) {
+  if (std::shared_ptr<const model::Document> same = workspace_.SameBytes(bytes)) {
+    file->document = std::make_unique<model::Document>(model::CopyOf(same));
+    file->document->path.clear();
+  } else if (kind == FileKind::kMifBook) {
     file->book = model::BuildBook(std::move(bytes), &error);
   } else if (kind == FileKind::kXml) {
     file->document = model::BuildXml(std::move(bytes), &error);
@@ -227,6 +232,9 @@ bool DocumentsRole::SaveTo(Id id, OpenFile* file, const host::SaveOptions& optio
   if (options.format == host::SaveFormat::kPdf) return SaveAsPdf(path, file, options);
   const Id there = workspace_.FindPath(path);
   if (there != host::kNone && there != id) return FailSave(path, "a document of that name is open.");
+  if (options.format == host::SaveFormat::kXml && !options.structure_application.empty()) {
+    return SaveDelivered(id, file, path);
+  }
   const Format own = file->Tree().format;
   // A document may lie under any name; saved where it is, it stays what it is.
   Format format = there == id ? own : FormatOfName(path, own);
@@ -249,6 +257,22 @@ bool DocumentsRole::SaveTo(Id id, OpenFile* file, const host::SaveOptions& optio
   file->edited = file->edited || file->Tree().modified;
   file->Tree().modified = false;
   return true;
+}
+
+// XML for others, which leaves the document what and where it is.
+bool DocumentsRole::SaveDelivered(Id id, OpenFile* file, const std::string& path) {
+  if (file->document && HasNoRoot(*file->document)) {
+    return FailSave(path, "the document has no elements, and XML cannot be without one.");
+  }
+  if (file->document && !file->document->replacements.empty() && !SettleDocument(file)) {
+    return FailSave(path, "what was changed in the document cannot be written.");
+  }
+  std::string why;
+  const std::string text = file->book ? DeliveredBook(workspace_, *this, id, path, &why)
+                                      : DeliveredDocument(*file->document, path);
+  if (text.empty()) return FailSave(path, why);
+  return workspace_.platform().ReplaceFile(path, text) ||
+         FailSave(path, "the file cannot be written" + workspace_.FileErrorSuffix());
 }
 
 // A PDF is another file: the document keeps its path and what is to be saved of it.
@@ -274,20 +298,6 @@ model::Pieces DocumentsRole::Bytes(OpenFile* file, Format format) {
     pieces = format == Format::kXml ? model::XmlPieces(tree) : model::MifPieces(tree);
   }
   return pieces;
-}
-
-// Conversion goes by elements in the order of their ids, so a tree that insertions brought out of order is
-// built anew.
-std::string DocumentsRole::Converted(const model::Document& tree, Format format) {
-  if (!tree.order.empty()) {
-    const bool is_xml = tree.format == Format::kXml;
-    std::string bytes = (is_xml ? model::XmlPieces(tree) : model::MifPieces(tree)).Joined();
-    std::string error;
-    const std::unique_ptr<model::Document> in_order =
-        is_xml ? model::BuildXml(std::move(bytes), &error) : model::BuildMif(std::move(bytes), &error);
-    if (in_order) return Converted(*in_order, format);
-  }
-  return format == Format::kXml ? model::ConvertToXml(tree) : model::ConvertToMif(tree);
 }
 
 bool DocumentsRole::Close(Id id, bool discard) {

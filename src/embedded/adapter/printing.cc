@@ -1,6 +1,6 @@
 #include "embedded/adapter/printing.h"
 
-#include "embedded/adapter/opened.h"
+#include "embedded/adapter/opened_document.h"
 #include "embedded/model/book_numbering.h"
 #include "embedded/model/files.h"
 #include "embedded/model/locate.h"
@@ -74,7 +74,7 @@ class BookPrinter {
   std::size_t Run() {
     for (const model::Component& component : book_->book->components) {
       if (!IsPrinted(component)) continue;
-      Opened opened(workspace_, documents_, PathOf(component));
+      OpenedDocument opened(workspace_, documents_, PathOf(component));
       OpenFile* file = opened.File();
       if (file == nullptr) {
         workspace_.Notice(std::string(documents_.LastError()) + " It is left out of " + book_->path + ".");
@@ -107,7 +107,7 @@ class BookPrinter {
 };
 
 void BookPrinter::Add(const model::Component& component) {
-  Opened opened(workspace_, documents_, PathOf(component));
+  OpenedDocument opened(workspace_, documents_, PathOf(component));
   OpenFile* file = opened.File();
   if (file == nullptr || !SettleDocument(file)) return;
   const Printable printable(file);

@@ -243,25 +243,33 @@ ResourceDialogs::Press ResourceDialogs::PressNothing(Showing& showing) {
 }
 
 std::string ResourceDialogs::ChooseFile(std::string_view title, const std::string& start) {
+  return Choose("file", title, start);
+}
+
+std::string ResourceDialogs::ChooseFolder(std::string_view title, const std::string& start) {
+  return Choose("folder", title, start);
+}
+
+std::string ResourceDialogs::Choose(std::string_view what, std::string_view title, const std::string& start) {
   std::string_view by = "default";
-  std::string path = ChosenFile(title, start, &by);
+  std::string path = ChosenPath(what, title, start, &by);
   if (!path.empty()) {
     std::error_code ignored;
     path = std::filesystem::absolute(path, ignored).lexically_normal().string();
-    if (!platform_.FileExists(path)) {
-      user_.Note(path + ": there is no such file, so none was chosen.");
+    if (what == "file" ? !platform_.FileExists(path) : !platform_.FolderExists(path)) {
+      user_.Note(path + ": there is no such " + std::string(what) + ", so none was chosen.");
       path.clear();
     }
   }
   ordered_json event{{"title", title}, {"start", start}, {"chosen", nullptr}, {"by", by}};
   if (!path.empty()) event["chosen"] = path;
-  events_.Write("file", std::move(event));
+  events_.Write(what, std::move(event));
   return path;
 }
 
 // What was typed or prepared, as it stands; empty for none.
-std::string ResourceDialogs::ChosenFile(std::string_view title, const std::string& start,
-                                        std::string_view* by) {
+std::string ResourceDialogs::ChosenPath(std::string_view what, std::string_view title,
+                                        const std::string& start, std::string_view* by) {
   for (DialogAnswers* answers : user_.PreparedForDialogs()) {
     if (std::optional<std::string> path = answers->NextFile(title)) {
       *by = "file";
@@ -270,13 +278,13 @@ std::string ResourceDialogs::ChosenFile(std::string_view title, const std::strin
   }
   std::ostream& messages = user_.Messages();
   if (!user_.Interactive() || user_.AnswerForAll()) {
-    messages << "Nobody was there to choose a file (\"" << title << "\"); none was chosen (see --answers)."
-             << std::endl;
+    messages << "Nobody was there to choose a " << what << " (\"" << title
+             << "\"); none was chosen (see --answers)." << std::endl;
     return {};
   }
   messages << title << '\n';
   if (!start.empty()) messages << "  beginning at " << start << '\n';
-  messages << "file (nothing for none): " << std::flush;
+  messages << what << " (nothing for none): " << std::flush;
   std::string line;
   if (!std::getline(user_.In(), line)) return {};
   *by = "person";

@@ -51,6 +51,7 @@ class ResourceDialogs : public host::Dialogs {
   void SetList(host::Id dialog, std::int32_t item, const std::vector<std::string>& lines) override;
   void ShowItem(host::Id dialog, std::int32_t item, bool shown) override;
   std::string ChooseFile(std::string_view title, const std::string& start) override;
+  std::string ChooseFolder(std::string_view title, const std::string& start) override;
 
  private:
   // A button that was pressed, and who did it.
@@ -80,7 +81,9 @@ class ResourceDialogs : public host::Dialogs {
   void Remember(Showing& showing, std::int32_t item);
   void RecordAnswer(Showing& showing, const Press& press, bool stays_open);
   std::int32_t SendEvent(const DialogState& dialog, std::int32_t item);
-  std::string ChosenFile(std::string_view title, const std::string& start, std::string_view* by);
+  std::string Choose(std::string_view what, std::string_view title, const std::string& start);
+  std::string ChosenPath(std::string_view what, std::string_view title, const std::string& start,
+                         std::string_view* by);
 
   ScriptedUserInterface& user_;
   host::Platform& platform_;

@@ -48,6 +48,20 @@ std::string Workspace::Identity(const std::string& path) {
   return error ? path : resolved.string();
 }
 
+std::shared_ptr<const model::Document> Workspace::SameBytes(std::string_view bytes) {
+  for (const std::unique_ptr<OpenFile>& file : files_) {
+    if (!file || !file->document || file->edited || file->revision != 1 || file->document->modified) continue;
+    model::Document& document = *file->document;
+    if (document.source.size() != bytes.size() || document.source != bytes) continue;
+    if (document.origin != nullptr && document.origin->source == bytes) return document.origin;
+    // The open document becomes a copy too: it may be edited and closed, what copies refer to may not.
+    auto origin = std::make_shared<const model::Document>(std::move(document));
+    document = model::CopyOf(origin);
+    return origin;
+  }
+  return nullptr;
+}
+
 void Workspace::Activate(Id id) {
   std::erase(front_, id);
   front_.push_back(id);

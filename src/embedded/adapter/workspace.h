@@ -151,6 +151,10 @@ class Workspace {
   Id Active() const { return front_.empty() ? host::kNone : front_.back(); }
   void Activate(Id id);
 
+  // What an open document was read from these bytes and not edited since, for a copy; null when there is
+  // none.
+  std::shared_ptr<const model::Document> SameBytes(std::string_view bytes);
+
   // Records an error; returns false.
   bool Fail(Error error, std::string text);
   bool FailId(Id document);

@@ -69,10 +69,17 @@ Id Document::InternCondition(std::string_view name) {
 Id Document::InternColor(std::string_view name) { return InternNamed(this, name, &colors, &color_index); }
 
 void Document::TakeNamesFrom(Document* other) {
+  origin = other->origin;
   lasting_.splice(lasting_.end(), other->lasting_);
   CopyNames(other->definitions, &definitions, &definition_index);
   CopyNames(other->conditions, &conditions, &condition_index);
   CopyNames(other->colors, &colors, &color_index);
+}
+
+Document CopyOf(const std::shared_ptr<const Document>& origin) {
+  Document copy(*origin);
+  copy.origin = origin;
+  return copy;
 }
 
 std::uint16_t Document::InternConditions(const std::vector<Id>& set) {

@@ -11,6 +11,7 @@
 #include <deque>
 #include <list>
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -314,6 +315,10 @@ class Document {
   std::unordered_map<std::string_view, Id> condition_index;
   std::unordered_map<std::string_view, Id> color_index;
 
+  // The document that this one is a copy of, and to whose bytes and texts it refers; null for one that was
+  // read.
+  std::shared_ptr<const Document> origin;
+
   // Text that is not in the source as it reads: decoded strings, names that edits brought. Never moves.
   std::string_view Keep(std::string text) { return arena_.emplace_back(std::move(text)); }
   // The same for names that callers may hold for as long as the document is open, whatever is done to it.
@@ -337,8 +342,23 @@ class Document {
   }
 
  private:
-  std::deque<std::string> arena_;
-  std::list<std::string> lasting_;
+  // What a document keeps for itself; a copy of the document refers to that of its origin.
+  template <typename Texts>
+  struct Own : Texts {
+    Own() = default;
+    Own(const Own&) : Texts() {}
+    Own(Own&&) noexcept = default;
+    Own& operator=(const Own&) = delete;
+    Own& operator=(Own&&) noexcept = default;
+    ~Own() = default;
+  };
+
+  Own<std::deque<std::string>> arena_;
+  Own<std::list<std::string>> lasting_;
 };
+
+// A copy that is edited and saved by itself and costs much less than reading the bytes once more. The origin
+// must not change any more.
+Document CopyOf(const std::shared_ptr<const Document>& origin);
 
 }  // namespace qelm::embedded::model

@@ -21,7 +21,7 @@ namespace {
 // One document on its way to pages.
 struct Job {
   Job(const PrintSource& source, const PrintOptions& options, Fonts& fonts)
-      : graphics(*source.document, std::filesystem::path(source.path).parent_path().string()),
+      : graphics(*source.document, std::filesystem::path(source.path).parent_path().string(), &fonts),
         setting(*source.document, fonts, graphics),
         designs(*source.document),
         numbering(ReadPageNumbering(*source.document)),

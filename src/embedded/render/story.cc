@@ -187,7 +187,7 @@ void StoryReader::AddText(StoryParagraph* paragraph, const Item& item, std::stri
 void StoryReader::AddVariable(StoryParagraph* paragraph, const Item& item) {
   const std::string name = model::Substatement(document_, item, "VariableName");
   if (!setting_.table_goes_on && name == kContinuation) return;
-  for (const model::TextRun& run : VariableRuns(document_, name, setting_.facts, setting_.time)) {
+  for (const model::StyledRun& run : VariableRuns(document_, name, setting_.facts, setting_.time)) {
     if (run.text.empty()) continue;
     AppendLine(run.text, &paragraph->text);
     AddRun(paragraph, item, run.format);

@@ -78,6 +78,8 @@ class Dialogs {
   // Lets the user choose a file that exists, beginning at `start` (a file or a folder; empty: the host's own
   // choice). Returns its absolute path, empty when the user chose none.
   virtual std::string ChooseFile(std::string_view title, const std::string& start) = 0;
+  // The same for a folder. A host without a way to choose one chooses none.
+  virtual std::string ChooseFolder(std::string_view, const std::string&) { return {}; }
 };
 
 // Other clients of the host.

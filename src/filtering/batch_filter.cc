@@ -1,0 +1,269 @@
+#include "filtering/batch_filter.h"
+
+#include <filesystem>
+#include <unordered_map>
+
+#include "common/paths.h"
+#include "filtering/batch_names.h"
+#include "filtering/batch_scheme.h"
+#include "filtering/filter_run.h"
+#include "filtering/report/report.h"
+#include "messages/status_shown.h"
+#include "schemes/main_settings.h"
+#include "schemes/scheme_loading.h"
+
+namespace qelm::filtering {
+namespace {
+
+using host::Id;
+using host::kNone;
+
+constexpr std::int64_t kMillisecondsASecond = 1000;
+constexpr std::int64_t kSecondsAMinute = 60;
+constexpr char kTitle[] = "QELM - Batch Filtering";
+constexpr char kEsc[] = "Press Esc to cancel";
+
+std::string WithoutEndSeparator(std::string path) {
+  while (path.size() > 1 && path.back() == common::kPathSeparator) path.pop_back();
+  return path;
+}
+
+// A folder that is written without a root is meant from the source's own.
+std::string FromSource(const BatchRequest& request, const std::string& folder) {
+  std::string path = folder;
+  if (!common::IsAbsolutePath(path)) path = common::JoinPath(common::FolderOf(request.source), path);
+  return WithoutEndSeparator(std::filesystem::path(path).lexically_normal().string());
+}
+
+std::string OutputFolder(const BatchRequest& request, const BatchScheme& scheme) {
+  NameValues values;
+  values.scheme_name = scheme.name;
+  values.scheme_number = scheme.number;
+  values.source_name = NameWithoutExtension(request.source);
+  values.folder_name = common::FileName(common::FolderOf(request.source));
+  values.time = request.time;
+  return FromSource(request, PathByPattern(request.output_pattern, values));
+}
+
+std::string ReportPath(const BatchRequest& request) {
+  NameValues values;
+  values.source_name = NameWithoutExtension(request.source);
+  values.time = request.time;
+  const std::string name = PathByPattern(request.settings.bf_report_filename_pattern, values);
+  if (common::IsAbsolutePath(name)) return name;
+  const std::string folder =
+      request.report_folder.empty() ? FixedFolder(request.output_pattern) : request.report_folder;
+  return common::JoinPath(FromSource(request, folder), name);
+}
+
+// Two schemes that write into one folder would each destroy what the other made.
+void NameFolders(const BatchRequest& request, std::vector<BatchScheme>* schemes) {
+  std::unordered_map<std::string, std::string> owners;
+  for (BatchScheme& scheme : *schemes) {
+    scheme.folder = OutputFolder(request, scheme);
+    const auto [owner, is_new] = owners.try_emplace(scheme.folder, scheme.name);
+    if (!is_new) scheme.shares_with = owner->second;
+  }
+}
+
+class Batch {
+ public:
+  Batch(BatchContext& context, const BatchRequest& request, const BatchHooks& hooks)
+      : context_(context),
+        host_(context.host),
+        messenger_(context.messenger),
+        request_(request),
+        hooks_(hooks),
+        roles_(RolesForReports(context.host)),
+        started_(context.host.platform.Milliseconds()) {
+    if (request_.time.year == 0) request_.time = host_.platform.Now();
+    if (!common::IsAbsolutePath(request_.source)) {
+      request_.source = host_.platform.ResolvedPath(request_.source);
+    }
+  }
+
+  BatchRun Run();
+
+ private:
+  void OpenReportFile();
+  void Schemes();
+  void Header(const std::vector<BatchScheme>& schemes);
+  bool RunScheme(const BatchScheme& scheme, std::size_t count);
+  BatchOutcome OutcomeOf(const BatchScheme& scheme);
+  void Total();
+  void Finish();
+  void Write(const std::vector<BatchStep>& steps);
+
+  BatchContext& context_;
+  host::Host& host_;
+  messages::Messenger& messenger_;
+  BatchRequest request_;
+  const BatchHooks& hooks_;
+  ReportRoles roles_;
+  std::int64_t started_;
+  Report report_;
+  BatchSchemes found_;
+  std::optional<BatchSource> source_;
+  BatchRun run_;
+};
+
+BatchRun Batch::Run() {
+  const Id document = host_.documents.ActiveDocument();
+  const Id active = document != kNone ? document : host_.documents.ActiveBook();
+  OpenReportFile();
+  {
+    const messages::StatusShown status(host_.user);
+    Schemes();
+  }
+  source_.reset();
+  if (found_.opened) host_.documents.Close(found_.settings_document, /*discard=*/true);
+  Finish();
+  if (active != kNone) host_.documents.Activate(active);
+  return std::move(run_);
+}
+
+void Batch::OpenReportFile() {
+  const std::string path = ReportPath(request_);
+  host_.platform.MakeFolder(std::string(common::FolderOf(path)));
+  if (OpenReport(messenger_, roles_, path, &report_)) run_.report = path;
+}
+
+void Batch::Schemes() {
+  found_ = FindBatchSchemes(context_, request_);
+  std::vector<BatchScheme> wanted;
+  for (BatchScheme& scheme : found_.schemes) {
+    if (!hooks_.wanted || hooks_.wanted(scheme)) wanted.push_back(scheme);
+  }
+  if (found_.schemes.empty()) {
+    std::vector<BatchStep> lines;
+    BatchSteps steps(messenger_, &lines);
+    if (!found_.why.empty()) steps.Say(kErrorLine, "QELM_MSG_FILTER_REP_25", found_.why);
+    steps.Say(kErrorLine, "QELM_MSG_FILTER_REP_14");
+    Write(lines);
+    if (request_.prompts) messenger_.Alert("QELM_MSG_FILTER_REP_14");
+    return;
+  }
+  run_.result = kDone;
+  Header(wanted);
+  if (hooks_.begin) hooks_.begin(wanted);
+  for (const BatchScheme& scheme : wanted) {
+    if (!RunScheme(scheme, wanted.size())) break;
+  }
+  Total();
+}
+
+void Batch::Header(const std::vector<BatchScheme>& schemes) {
+  std::vector<BatchStep> lines;
+  BatchSteps steps(messenger_, &lines);
+  steps.Say(kTitleLine, "QELM_MSG_FILTER_REP_1");
+  steps.Say(kPlainLine, "QELM_MSG_FILTER_REP_2");
+  steps.Link(kLinkLine, request_.source);
+  const std::string settings(host_.documents.Path(found_.settings_document));
+  if (request_.configuration.empty()) {
+    steps.Say(kPlainLine, "QELM_MSG_FILTER_REP_12", settings);
+    steps.Say(kPlainLine, "QELM_MSG_FILTER_REP_13", request_.category);
+  } else {
+    steps.Say(kPlainLine, "QELM_MSG_FILTER_REP_3", settings);
+  }
+  steps.Say(kPlainLine, "QELM_MSG_FILTER_REP_4", schemes.size());
+  Write(lines);
+}
+
+// False when the batch is to end.
+bool Batch::RunScheme(const BatchScheme& scheme, std::size_t count) {
+  messenger_.ShowStatus({kTitle, messenger_.Format("QELM_MSG_FILTER_REP_26", run_.outcomes.size() + 1, count),
+                         scheme.name, kEsc});
+  BatchOutcome outcome = OutcomeOf(scheme);
+  Write(outcome.steps);
+  if (hooks_.done) hooks_.done(outcome);
+  const bool stopped = outcome.cancelled || (host_.user.EscPressed() && messenger_.Ask("QELM_MSG_FILTER_20"));
+  if (stopped) run_.result = kCancelled;
+  run_.outcomes.push_back(std::move(outcome));
+  return !stopped;
+}
+
+BatchOutcome Batch::OutcomeOf(const BatchScheme& scheme) {
+  if (hooks_.outcome_of) {
+    if (std::optional<BatchOutcome> outcome = hooks_.outcome_of(scheme)) return std::move(*outcome);
+  }
+  if (!source_) source_.emplace(host_, request_);
+  return RunBatchScheme(context_, request_, *source_, found_.settings_document, scheme);
+}
+
+void Batch::Total() {
+  const std::string_view id = run_.result == kCancelled ? "QELM_MSG_FILTER_REP_16" : "QELM_MSG_FILTER_REP_15";
+  const std::int64_t seconds = (host_.platform.Milliseconds() - started_) / kMillisecondsASecond;
+  std::vector<BatchStep> lines;
+  BatchSteps steps(messenger_, &lines);
+  steps.Say(kTitleLine, id, seconds / kSecondsAMinute, seconds % kSecondsAMinute);
+  Write(lines);
+  if (request_.prompts) messenger_.AlertFormatted(id, lines.back().text);
+}
+
+void Batch::Finish() {
+  if (report_.document == kNone) return;
+  if (!SaveReport(messenger_, roles_, report_)) run_.report.clear();
+  if (request_.settings.bf_default_close_report_after_batch_filter) {
+    CloseReport(roles_, &report_);
+  } else {
+    ShowReport(roles_, report_);
+  }
+  run_.report_document = report_.document;
+}
+
+void Batch::Write(const std::vector<BatchStep>& steps) {
+  if (run_.report.empty()) return;
+  for (const BatchStep& step : steps) {
+    ReportLine line;
+    line.format = step.format;
+    line.link = step.link;
+    line.texts[step.link ? 2 : 0] = step.text;
+    AddReportLine(messenger_, roles_, &report_, line);
+  }
+}
+
+}  // namespace
+
+BatchRequest BatchDefaults(const config::LocalSettings& settings) {
+  BatchRequest request;
+  request.settings = settings;
+  const std::vector<std::string>& patterns = settings.bf_default_output_folder_patterns;
+  request.output_pattern = patterns.empty() ? "<scheme_name>" : patterns.front();
+  request.time.year = 0;
+  return request;
+}
+
+BatchSchemes FindBatchSchemes(BatchContext& context, const BatchRequest& request) {
+  BatchSchemes found;
+  found.settings_document = context.main_settings;
+  if (!request.configuration.empty()) {
+    host::Platform& platform = context.host.platform;
+    std::string path = request.configuration;
+    const std::string in_folder =
+        common::JoinPath(common::PlatformPath(request.settings.bf_default_scheme_data_file_folder), path);
+    if (!platform.FileExists(path) && platform.FileExists(in_folder)) path = in_folder;
+    host::OpenStatus status = host::OpenStatus::kUnreadable;
+    found.settings_document = schemes::OpenMainSettings(context.host, context.engine, context.messenger, path,
+                                                        /*report=*/false, &status);
+    found.opened = found.settings_document != kNone && status == host::OpenStatus::kOpened;
+    if (found.settings_document == kNone) {
+      found.why =
+          status == host::OpenStatus::kOpened ? path : std::string(context.host.documents.LastError());
+    }
+  }
+  if (found.settings_document == kNone) return found;
+  for (const schemes::SchemeListing& listed : schemes::ListSchemes(context.engine, found.settings_document)) {
+    if (listed.kind != schemes::SchemeKind::kFilter) continue;
+    if (request.configuration.empty() && listed.category != request.category) continue;
+    const auto number = static_cast<std::int32_t>(found.schemes.size() + 1);
+    found.schemes.push_back({number, listed.category, listed.name, {}, {}});
+  }
+  NameFolders(request, &found.schemes);
+  return found;
+}
+
+BatchRun RunBatchFilter(BatchContext& context, const BatchRequest& request, const BatchHooks& hooks) {
+  return Batch(context, request, hooks).Run();
+}
+
+}  // namespace qelm::filtering

@@ -1,0 +1,356 @@
+#include "filtering/batch_output.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "common/paths.h"
+#include "common/text.h"
+#include "filtering/components.h"
+#include "filtering/metadata_packet.h"
+#include "filtering/variables_file.h"
+#include "messages/component_document.h"
+
+namespace qelm::filtering {
+namespace {
+
+using config::LocalSettings;
+using host::Id;
+using host::kNone;
+
+constexpr std::string_view kSameFolder = "(same)";
+constexpr std::string_view kFieldSeparator = ",***";
+constexpr std::string_view kAny = "*";
+
+// The entry "source match,***element,***attribute,***value" of the settings.
+struct RootAttribute {
+  std::string source;
+  std::string element;
+  std::string attribute;
+  std::string value;
+};
+
+// False for an entry that has not four fields.
+bool ParseRootAttribute(std::string_view entry, RootAttribute* attribute) {
+  std::vector<std::string> fields;
+  for (std::size_t at = 0; at != std::string_view::npos;) {
+    const std::size_t end = entry.find(kFieldSeparator, at);
+    fields.emplace_back(common::Trim(entry.substr(at, end == std::string_view::npos ? end : end - at)));
+    at = end == std::string_view::npos ? end : end + kFieldSeparator.size();
+  }
+  if (fields.size() != 4) return false;
+  *attribute = {common::PlatformPath(fields[0]), fields[1], fields[2], fields[3]};
+  return true;
+}
+
+// A format that is saved beside the output: what the settings say of it, and what is said of it.
+struct ExportForm {
+  bool LocalSettings::*enabled;
+  std::string LocalSettings::*folder;
+  std::string LocalSettings::*pattern;
+  std::string_view extension;
+  host::SaveFormat format;
+  std::string_view disabled_id;
+  std::string_view saved_id;
+  std::string_view no_folder_id;
+  std::string_view not_saved_id;
+};
+
+constexpr ExportForm kPdf = {&LocalSettings::bf_post_process_default_enable_pdf_save,
+                             &LocalSettings::bf_post_process_default_pdf_destination_folder,
+                             &LocalSettings::bf_post_process_pdf_filename_pattern,
+                             ".pdf",
+                             host::SaveFormat::kPdf,
+                             "QELM_MSG_FILTER_REP_40",
+                             "QELM_MSG_FILTER_REP_41",
+                             "QELM_MSG_FILTER_REP_42",
+                             "QELM_MSG_FILTER_REP_43"};
+constexpr ExportForm kXml = {&LocalSettings::bf_post_process_default_enable_xml_save,
+                             &LocalSettings::bf_post_process_default_xml_destination_folder,
+                             &LocalSettings::bf_post_process_xml_filename_pattern,
+                             ".xml",
+                             host::SaveFormat::kXml,
+                             "QELM_MSG_FILTER_REP_50",
+                             "QELM_MSG_FILTER_REP_51",
+                             "QELM_MSG_FILTER_REP_52",
+                             "QELM_MSG_FILTER_REP_53"};
+
+// What the book's update does, by setting.
+struct UpdatePart {
+  bool LocalSettings::*setting;
+  host::BookUpdate flag;
+};
+constexpr UpdatePart kUpdateParts[] = {
+    {&LocalSettings::bf_bu_update_generatable_files, host::kUpdateGeneratedFiles},
+    {&LocalSettings::bf_bu_update_numbering, host::kUpdateNumbering},
+    {&LocalSettings::bf_bu_update_master_pages, host::kUpdateMasterPages},
+    {&LocalSettings::bf_bu_update_ole_refs, host::kUpdateOleLinks},
+    {&LocalSettings::bf_bu_update_text_insets, host::kUpdateTextInsets},
+    {&LocalSettings::bf_bu_update_xrefs, host::kUpdateCrossReferences},
+};
+
+class OutputSteps {
+ public:
+  OutputSteps(BatchContext& context, const BatchRequest& request, const NameValues& names, Id output,
+              BatchOutcome* outcome)
+      : host_(context.host),
+        request_(request),
+        settings_(request.settings),
+        names_(names),
+        output_(output),
+        is_book_(context.host.books.IsBook(output)),
+        outcome_(outcome),
+        steps_(context.messenger, &outcome->steps) {}
+  ~OutputSteps() { Close(); }
+  OutputSteps(const OutputSteps&) = delete;
+  OutputSteps& operator=(const OutputSteps&) = delete;
+
+  void Run();
+
+ private:
+  void OpenDocuments();
+  void Close();
+  void RootAttributes();
+  bool SetOnRoot(Id document, const RootAttribute& wanted);
+  void ImportVariables();
+  void ImportMetadata();
+  void HideBoundaries();
+  void UpdateBook();
+  void SaveChanged();
+  void Export(const ExportForm& form);
+  std::string ExportFolder(const std::string& folder) const;
+  template <typename... Arguments>
+  void Incomplete(std::int32_t format, std::string_view id, const Arguments&... arguments) {
+    steps_.Say(format, id, arguments...);
+    outcome_->complete = false;
+  }
+  std::string HostSays() { return std::string(host_.documents.LastError()); }
+
+  host::Host& host_;
+  const BatchRequest& request_;
+  const LocalSettings& settings_;
+  const NameValues& names_;
+  Id output_;
+  bool is_book_;
+  BatchOutcome* outcome_;
+  BatchSteps steps_;
+  std::vector<Id> documents_;  // the output itself, or its components
+  std::vector<Id> opened_;     // here
+  Id variables_ = kNone;
+};
+
+void OutputSteps::Run() {
+  outcome_->complete = true;
+  OpenDocuments();
+  RootAttributes();
+  ImportVariables();
+  ImportMetadata();
+  HideBoundaries();
+  UpdateBook();
+  SaveChanged();
+  Export(kPdf);
+  Export(kXml);
+}
+
+void OutputSteps::OpenDocuments() {
+  if (!is_book_) {
+    documents_.push_back(output_);
+    return;
+  }
+  for (Id component = host_.books.FirstComponent(output_); component != kNone;
+       component = host_.books.NextComponent(output_, component)) {
+    // What could not be opened in the source was said there, and is not in the new book.
+    if (!host_.platform.FileExists(std::string(host_.books.ComponentPath(output_, component)))) continue;
+    const messages::OpenedComponent found =
+        messages::OpenComponent(host_, output_, component, settings_.suppress_file_opening_alerts);
+    if (found.document == kNone) continue;
+    documents_.push_back(found.document);
+    if (found.opened) opened_.push_back(found.document);
+  }
+}
+
+void OutputSteps::Close() {
+  for (const Id document : opened_) host_.documents.Close(document, /*discard=*/true);
+  opened_.clear();
+}
+
+void OutputSteps::RootAttributes() {
+  for (const std::string& entry : settings_.bf_post_process_root_attr_config) {
+    RootAttribute wanted;
+    if (!ParseRootAttribute(entry, &wanted)) {
+      steps_.Say(kStepErrorLine, "QELM_MSG_FILTER_REP_81", entry);
+      continue;
+    }
+    if (wanted.source != kAny && request_.source.find(wanted.source) == std::string::npos) continue;
+    std::int32_t count = is_book_ && SetOnRoot(output_, wanted) ? 1 : 0;
+    for (const Id document : documents_) count += SetOnRoot(document, wanted) ? 1 : 0;
+    if (count > 0) steps_.Say(kStepLine, "QELM_MSG_FILTER_REP_80", wanted.attribute, wanted.value, count);
+  }
+}
+
+bool OutputSteps::SetOnRoot(Id document, const RootAttribute& wanted) {
+  const Id root = host_.elements.Root(document, host_.elements.MainFlow(document));
+  const std::string_view tag =
+      host_.definitions.DefinitionName(document, host_.elements.Definition(document, root));
+  if (root == kNone || (wanted.element != kAny && tag != wanted.element)) return false;
+  host::AttributeBuffer buffer;
+  host_.definitions.ReadAttributes(document, root, &buffer);
+  std::vector<host::AttributeValue> attributes;
+  for (const host::AttributeView& view : buffer.attributes) {
+    host::AttributeValue& attribute = attributes.emplace_back();
+    attribute.name = view.name;
+    for (std::uint32_t i = 0; i < view.value_count; ++i) {
+      attribute.values.emplace_back(buffer.values[view.first_value + i]);
+    }
+  }
+  const auto own = std::find_if(attributes.begin(), attributes.end(), [&](const host::AttributeValue& known) {
+    return known.name == wanted.attribute;
+  });
+  host::AttributeValue& attribute = own != attributes.end() ? *own : attributes.emplace_back();
+  attribute = {wanted.attribute, {wanted.value}};
+  if (host_.editing.SetAttributes(document, root, attributes)) return true;
+  steps_.Say(kStepErrorLine, "QELM_MSG_FILTER_REP_82", wanted.attribute, HostSays());
+  return false;
+}
+
+void OutputSteps::ImportVariables() {
+  if (!settings_.bf_post_process_default_enable_var_import) {
+    steps_.Say(kStepLine, "QELM_MSG_FILTER_REP_30");
+    return;
+  }
+  const std::string folder = ExportFolder(settings_.bf_post_process_default_var_import_folder);
+  const std::string path = FindVariablesFile(host_.platform, settings_, folder, names_.scheme_name);
+  if (path.empty()) {
+    steps_.Say(kStepLine, "QELM_MSG_FILTER_REP_32", folder);
+    return;
+  }
+  host::OpenStatus status = host::OpenStatus::kUnreadable;
+  variables_ = host_.documents.Open(path, {.visible = false, .suppress_alerts = true}, &status);
+  if (variables_ == kNone || host_.books.IsBook(variables_)) {
+    Incomplete(kStepErrorLine, "QELM_MSG_FILTER_REP_33", path);
+    if (variables_ != kNone && status == host::OpenStatus::kOpened) host_.documents.Close(variables_, true);
+    variables_ = kNone;
+    return;
+  }
+  if (status == host::OpenStatus::kOpened) opened_.push_back(variables_);
+  for (const Id document : documents_) {
+    if (host_.documents.ImportFormats(document, variables_, host::kImportVariableFormats)) continue;
+    Incomplete(kStepErrorLine, "QELM_MSG_FILTER_REP_34", HostSays());
+  }
+  steps_.Say(kStepLine, "QELM_MSG_FILTER_REP_31");
+  steps_.Link(kStepLinkLine, path);
+}
+
+void OutputSteps::ImportMetadata() {
+  if (!settings_.bf_post_process_default_enable_import_metadata) {
+    steps_.Say(kStepLine, "QELM_MSG_FILTER_REP_63");
+    return;
+  }
+  if (variables_ == kNone) {
+    steps_.Say(kStepLine, "QELM_MSG_FILTER_REP_65");
+    return;
+  }
+  const std::string& identifier = settings_.bf_post_process_metadata_table_identifier;
+  const std::optional<MetadataEntries> entries = ReadMetadata(host_.tables, variables_, identifier);
+  if (!entries) {
+    steps_.Say(kStepErrorLine, "QELM_MSG_FILTER_REP_67", identifier);
+    return;
+  }
+  std::vector<Id> targets = documents_;
+  if (is_book_) targets.insert(targets.begin(), output_);
+  for (const Id target : targets) {
+    for (const auto& [field, value] : *entries) {
+      if (SetMetadataField(host_.documents, target, field, value)) continue;
+      Incomplete(kStepErrorLine, "QELM_MSG_FILTER_REP_66", HostSays());
+      return;
+    }
+  }
+  std::string fields;
+  for (const auto& [field, value] : *entries) fields += (fields.empty() ? "" : ", ") + field;
+  steps_.Say(kStepLine, "QELM_MSG_FILTER_REP_64", fields);
+}
+
+void OutputSteps::HideBoundaries() {
+  if (!settings_.bf_post_process_default_enable_hide_boundaries) {
+    steps_.Say(kStepLine, "QELM_MSG_FILTER_REP_61");
+    return;
+  }
+  for (const Id document : documents_) {
+    host_.documents.SetSwitch(document, host::DocumentSwitch::kElementBoundaries, false);
+  }
+  steps_.Say(kStepLine, "QELM_MSG_FILTER_REP_60");
+}
+
+void OutputSteps::UpdateBook() {
+  if (!is_book_ || !settings_.bf_post_process_default_enable_book_update) {
+    steps_.Say(kStepLine, is_book_ ? "QELM_MSG_FILTER_REP_70" : "QELM_MSG_FILTER_REP_73");
+    return;
+  }
+  std::uint32_t flags = 0;
+  for (const UpdatePart& part : kUpdateParts) {
+    if (settings_.*part.setting) flags |= part.flag;
+  }
+  if (host_.books.Update(output_, flags)) {
+    steps_.Say(kStepLine, "QELM_MSG_FILTER_REP_71");
+  } else {
+    steps_.Say(kStepErrorLine, "QELM_MSG_FILTER_REP_72", HostSays());
+  }
+  if (settings_.bf_bu_show_book_error_log) host_.books.ShowErrorLog(output_);
+}
+
+void OutputSteps::SaveChanged() {
+  std::vector<Id> files = documents_;
+  if (is_book_) files.push_back(output_);
+  for (const Id file : files) {
+    if (!host_.documents.Switch(file, host::DocumentSwitch::kModified)) continue;
+    if (host_.documents.Save(file, {})) continue;
+    Incomplete(kErrorLine, "QELM_MSG_FILTER_REP_23", HostSays());
+  }
+}
+
+// Folders of the settings are seen from the output folder.
+std::string OutputSteps::ExportFolder(const std::string& folder) const {
+  if (folder.empty() || folder == kSameFolder) return outcome_->folder;
+  std::string path = common::PlatformPath(folder);
+  if (!common::IsAbsolutePath(path)) path = common::JoinPath(outcome_->folder, path);
+  return std::filesystem::path(path).lexically_normal().string();
+}
+
+void OutputSteps::Export(const ExportForm& form) {
+  if (!(settings_.*form.enabled)) {
+    steps_.Say(kStepLine, form.disabled_id);
+    return;
+  }
+  const std::string folder = ExportFolder(settings_.*form.folder);
+  if (!host_.platform.MakeFolder(folder)) {
+    Incomplete(kStepErrorLine, form.no_folder_id, folder);
+    return;
+  }
+  host::SaveOptions options;
+  options.format = form.format;
+  options.path = common::JoinPath(folder, FileNameByPattern(settings_.*form.pattern, names_, form.extension));
+  if (form.format == host::SaveFormat::kPdf) {
+    options.pdf_job_options = settings_.bf_post_process_pdf_job_options;
+    options.pdf_page_width = settings_.pdf_page_width;
+    options.pdf_page_height = settings_.pdf_page_width > 0 ? settings_.pdf_page_height : 0;
+  } else {
+    options.structure_application = settings_.bf_post_process_default_xml_struct_app;
+  }
+  // A file of an earlier run that is still there is no success of this one.
+  const bool saved = host_.documents.Save(output_, options);
+  if (!saved || !host_.platform.FileExists(options.path)) {
+    Incomplete(kStepErrorLine, form.not_saved_id, HostSays());
+    return;
+  }
+  outcome_->files.push_back(options.path);
+  steps_.Say(kStepLine, form.saved_id);
+  steps_.Link(kStepLinkLine, options.path);
+}
+
+}  // namespace
+
+void FinishOutput(BatchContext& context, const BatchRequest& request, const NameValues& names, Id output,
+                  BatchOutcome* outcome) {
+  OutputSteps(context, request, names, output, outcome).Run();
+}
+
+}  // namespace qelm::filtering

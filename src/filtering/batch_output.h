@@ -1,0 +1,16 @@
+// What follows on a filtered document or book of a batch: attributes of the root, variables, metadata,
+// element boundaries, the update of the book, PDF and XML. Each step writes down what came of it, and none
+// keeps the next from being done.
+#pragma once
+
+#include "filtering/batch_names.h"
+#include "filtering/batch_run.h"
+
+namespace qelm::filtering {
+
+// Does the steps on the open document or book. Documents that they change are saved before anything is made
+// from them. `outcome` gets the steps and the files that were written.
+void FinishOutput(BatchContext& context, const BatchRequest& request, const NameValues& names,
+                  host::Id output, BatchOutcome* outcome);
+
+}  // namespace qelm::filtering

@@ -1,0 +1,295 @@
+#include "filtering/batch_scheme.h"
+
+#include "common/paths.h"
+#include "common/strings.h"
+#include "common/text.h"
+#include "filtering/batch_output.h"
+#include "filtering/book_filter.h"
+#include "filtering/components.h"
+#include "filtering/copy_plan.h"
+#include "schemes/scheme_loading.h"
+
+namespace qelm::filtering {
+namespace {
+
+using host::Id;
+using host::kNone;
+
+constexpr std::int64_t kMillisecondsASecond = 1000;
+constexpr std::int64_t kSecondsAMinute = 60;
+constexpr std::string_view kAllSchemes = "*";
+constexpr char kBookNotCopied[] =
+    "A critical error occurred while attempting to duplicate the book. The exact nature of the error is "
+    "unknown.";
+
+bool RemovesColoring(const config::LocalSettings& settings, std::string_view scheme) {
+  const std::string& wanted = settings.bf_default_remove_coloring_string;
+  if (wanted.empty()) return false;
+  if (wanted == kAllSchemes) return true;
+  return settings.bf_remove_coloring_string_is_case_sensitive ? scheme.find(wanted) != std::string_view::npos
+                                                              : common::ContainsIgnoreCase(scheme, wanted);
+}
+
+class SchemeRun {
+ public:
+  SchemeRun(BatchContext& context, const BatchRequest& request, const BatchSource& source,
+            const BatchScheme& scheme, BatchOutcome* outcome)
+      : context_(context),
+        host_(context.host),
+        request_(request),
+        source_(source),
+        outcome_(outcome),
+        steps_(context.messenger, &outcome->steps),
+        started_(context.host.platform.Milliseconds()) {
+    names_.scheme_name = scheme.name;
+    names_.scheme_number = scheme.number;
+    names_.source_name = NameWithoutExtension(request.source);
+    names_.time = request.time;
+    outcome->folder = scheme.folder;
+    names_.folder_name = common::FileName(outcome->folder);
+  }
+
+  void Run(Id settings_document, const BatchScheme& scheme);
+
+ private:
+  bool Load(Id settings_document, const BatchScheme& scheme);
+  bool MakeFolder();
+  void PrepareFilter();
+  FilterContext Filter();
+  void FilterBook();
+  void FilterCopy();
+  void Redirect(Id copy);
+  bool Filtered(std::int32_t result);
+  void TellResult(const std::string& path);
+  void TellFindings();
+  void Refuse(std::int32_t result, std::string_view id, const std::string& text);
+
+  BatchContext& context_;
+  host::Host& host_;
+  const BatchRequest& request_;
+  const BatchSource& source_;
+  BatchOutcome* outcome_;
+  BatchSteps steps_;
+  std::int64_t started_;
+  NameValues names_;
+  schemes::Scheme scheme_;
+  FilterRun run_;
+  std::vector<Id> copies_;  // documents of the new book that the filter opened
+};
+
+void SchemeRun::Run(Id settings_document, const BatchScheme& scheme) {
+  steps_.Say(kSchemeLine, "QELM_MSG_FILTER_REP_5", scheme.number, scheme.name);
+  if (!Load(settings_document, scheme)) return;
+  if (!scheme.shares_with.empty()) {
+    Refuse(0, "QELM_MSG_FILTER_REP_20", scheme.shares_with);
+    return;
+  }
+  if (source_.id() == kNone) {
+    steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
+    Refuse(kNoDocument, "QELM_MSG_FILTER_REP_10", source_.why());
+    steps_.Link(kLinkLine, request_.source);
+    return;
+  }
+  if (!MakeFolder()) return;
+  PrepareFilter();
+  if (source_.is_book()) {
+    FilterBook();
+  } else {
+    FilterCopy();
+  }
+}
+
+void SchemeRun::Refuse(std::int32_t result, std::string_view id, const std::string& text) {
+  outcome_->result = result;
+  steps_.Say(kErrorLine, id, text);
+}
+
+bool SchemeRun::Load(Id settings_document, const BatchScheme& scheme) {
+  scheme_.kind = schemes::SchemeKind::kFilter;
+  const std::int32_t loaded = schemes::LoadScheme(context_.engine, context_.messenger, settings_document,
+                                                  scheme.category, scheme.name, /*report=*/false, &scheme_);
+  if (loaded == schemes::kLoaded) return true;
+  Refuse(loaded, "QELM_MSG_FILTER_REP_8", scheme.name);
+  return false;
+}
+
+bool SchemeRun::MakeFolder() {
+  const std::string source_folder(common::FolderOf(source_.path()));
+  host::Platform& platform = host_.platform;
+  if (platform.ResolvedPath(outcome_->folder) == platform.ResolvedPath(source_folder)) {
+    Refuse(kOutputIsSource, "QELM_MSG_FILTER_REP_11", context_.messenger.Get("QELM_MSG_FILTER_22"));
+    return false;
+  }
+  if (platform.MakeFolder(outcome_->folder)) return true;
+  steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
+  Refuse(0, "QELM_MSG_FILTER_REP_9", outcome_->folder);
+  return false;
+}
+
+// Every filter of a batch deletes from a copy, whatever the settings say for single ones.
+void SchemeRun::PrepareFilter() {
+  run_.notification_client = context_.notification_client;
+  run_.notify = context_.notify;
+  PrepareRun(request_.settings, &run_);
+  run_.mode = LaunchMode::kDuplicate;
+  run_.prompts = false;
+  run_.save_first = false;
+  run_.redirect_cross_references = true;
+  run_.remove_coloring = RemovesColoring(request_.settings, scheme_.name);
+  run_.output_folder = outcome_->folder;
+}
+
+FilterContext SchemeRun::Filter() {
+  FilterContext filter{host_, context_.messenger, context_.engine, scheme_, run_};
+  filter.log = context_.log;
+  filter.remove_coloring = [this](Id document) {
+    const bool removed = context_.remove_coloring && context_.remove_coloring(document);
+    if (!removed) steps_.Say(kErrorLine, "QELM_MSG_FILTER_43", std::string(host_.documents.Path(document)));
+    return removed;
+  };
+  return filter;
+}
+
+void SchemeRun::FilterBook() {
+  run_.target = TargetKind::kBook;
+  FilterContext filter = Filter();
+  // What was filtered is written at once and stays open for the steps that follow.
+  filter.component_done = [this](Id document, bool opened, ComponentStage stage) {
+    if (stage == ComponentStage::kFinished) {
+      if (opened) copies_.push_back(document);
+      return host_.documents.Save(document, {});
+    }
+    if (opened) host_.documents.Close(document, /*discard=*/true);
+    return true;
+  };
+  if (!host_.documents.Activate(source_.id())) {
+    Refuse(0, "QELM_MSG_FILTER_REP_17", std::string(host_.documents.LastError()));
+    return;
+  }
+  const std::int32_t result = FilterActiveBook(filter);
+  const Id book = run_.result_book;
+  if (Filtered(result)) {
+    outcome_->output = host_.documents.Path(book);
+    TellResult(outcome_->output);
+    for (const CopiedFile& file : run_.copied) outcome_->files.push_back(file.target);
+    for (const std::string& removed : run_.removed_files) std::erase(outcome_->files, removed);
+    FinishOutput(context_, request_, names_, book, outcome_);
+  }
+  for (const Id document : copies_) host_.documents.Close(document, /*discard=*/true);
+  if (book != kNone && book != source_.id()) host_.documents.Close(book, /*discard=*/true);
+}
+
+void SchemeRun::FilterCopy() {
+  host::OpenOptions options{.visible = false, .suppress_alerts = true, .as_new = true};
+  host::OpenStatus status = host::OpenStatus::kUnreadable;
+  const Id copy = host_.documents.Open(source_.path(), options, &status);
+  const std::string target = common::JoinPath(outcome_->folder, common::FileName(source_.path()));
+  if (copy == kNone || !host_.documents.SetPath(copy, target)) {
+    steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
+    Refuse(kCopyFailed, "QELM_MSG_FILTER_REP_10", std::string(host_.documents.LastError()));
+  } else {
+    Redirect(copy);
+    run_.is_copy = true;
+    host_.documents.Activate(copy);
+    FilterContext filter = Filter();
+    if (Filtered(FilterActiveDocument(filter))) {
+      outcome_->output = target;
+      outcome_->files.push_back(target);
+      TellResult(target);
+      host_.documents.SetSwitch(copy, host::DocumentSwitch::kModified, true);
+      FinishOutput(context_, request_, names_, copy, outcome_);
+    }
+  }
+  if (copy != kNone) host_.documents.Close(copy, /*discard=*/true);
+}
+
+// Relative paths lead from the output folder to what they led to from the source.
+void SchemeRun::Redirect(Id copy) {
+  CopyPlan plan(host_, source_.id());
+  if (!plan.AddComponent(source_.id(), source_.id())) return;
+  plan.ChooseTargets(outcome_->folder);
+  const std::vector<CopyPlan::Rewrite> rewrites = plan.RewritesFor(0, /*redirect=*/false);
+  std::vector<host::Link> links;
+  if (rewrites.empty() || !host_.links.Read(copy, &links)) return;
+  for (const CopyPlan::Rewrite& rewrite : rewrites) {
+    if (rewrite.link < links.size() && host_.links.SetPath(copy, links[rewrite.link], rewrite.path)) continue;
+    steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_21", std::string(host_.documents.LastError()));
+    return;
+  }
+}
+
+bool SchemeRun::Filtered(std::int32_t result) {
+  outcome_->result = result;
+  outcome_->cancelled = run_.ending == Ending::kByUser;
+  if (result == kDone) return true;
+  if (result == kCopyFailed) steps_.SayText(kErrorLine, kBookNotCopied);
+  if (outcome_->cancelled) outcome_->result = kCancelled;
+  steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_11",
+             outcome_->cancelled ? context_.messenger.Get("QELM_MSG_FILTER_29") : run_.why);
+  steps_.Link(kLinkLine, source_.path());
+  return false;
+}
+
+void SchemeRun::TellResult(const std::string& path) {
+  const std::int64_t seconds = (host_.platform.Milliseconds() - started_) / kMillisecondsASecond;
+  steps_.Say(kResultLine, "QELM_MSG_FILTER_REP_6", seconds / kSecondsAMinute, seconds % kSecondsAMinute);
+  steps_.Link(kLinkLine, path);
+  TellFindings();
+}
+
+// What a reader of the report has to look at, though the filter did what it was to do.
+void SchemeRun::TellFindings() {
+  const std::string passed_over = PassedOver(run_);
+  if (!passed_over.empty()) steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_18", passed_over);
+  if (run_.root_filtered) steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_22");
+  if (!run_.dangling.empty()) steps_.Say(kPlainLine, "QELM_MSG_FILTER_REP_19", run_.dangling.size());
+}
+
+}  // namespace
+
+bool BatchOutcome::Clean() const {
+  for (const BatchStep& step : steps) {
+    if (step.failure) return false;
+  }
+  return result == kDone;
+}
+
+BatchSource::BatchSource(host::Host& host, const BatchRequest& request) : host_(host) {
+  id_ = Open(request.source);
+  if (id_ == kNone) {
+    why_ = host.documents.LastError();
+    return;
+  }
+  path_ = host.documents.Path(id_);
+  is_book_ = host.books.IsBook(id_);
+  if (!is_book_) return;
+  for (Id component = host.books.FirstComponent(id_); component != kNone;
+       component = host.books.NextComponent(id_, component)) {
+    Open(std::string(host.books.ComponentPath(id_, component)));
+  }
+}
+
+BatchSource::~BatchSource() {
+  for (std::size_t i = opened_.size(); i-- > 0;) host_.documents.Close(opened_[i], /*discard=*/true);
+}
+
+Id BatchSource::Open(const std::string& path) {
+  host::OpenOptions options{.visible = false, .suppress_alerts = true};
+  host::OpenStatus status = host::OpenStatus::kUnreadable;
+  const Id id = host_.documents.Open(path, options, &status);
+  if (id != kNone && status == host::OpenStatus::kOpened) opened_.push_back(id);
+  return id;
+}
+
+BatchOutcome RunBatchScheme(BatchContext& context, const BatchRequest& request, const BatchSource& source,
+                            Id settings_document, const BatchScheme& scheme) {
+  BatchOutcome outcome;
+  outcome.number = scheme.number;
+  outcome.name = scheme.name;
+  const std::int64_t started = context.host.platform.Milliseconds();
+  SchemeRun(context, request, source, scheme, &outcome).Run(settings_document, scheme);
+  outcome.elapsed_ms = context.host.platform.Milliseconds() - started;
+  return outcome;
+}
+
+}  // namespace qelm::filtering

@@ -1,0 +1,238 @@
+// qelm batch: the example book by its editions, several at once, cut short and taken up again, and what ends
+// up in the report.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <map>
+#include <regex>
+
+#include "cli/program.h"
+
+namespace qelm {
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+using testing::Program;
+using testing::ProgramResult;
+using Names = std::vector<std::string>;
+using Tree = std::map<std::string, std::string>;
+
+const fs::path kPump = fs::path(QELM_SOURCE_DIR) / "examples/pump";
+const Names kEditions = {"Operator P100", "Operator P300", "Service", "Service External", "Deutsch"};
+
+class Batch : public ::testing::Test {
+ protected:
+  ProgramResult Shipped(Names arguments) {
+    arguments.insert(arguments.end(), {"--profile", program.folder.File("profile")});
+    return program.RunPlain(std::move(arguments));
+  }
+  ProgramResult Run(const std::string& out, Names more = {}, const std::string& source = "pump.book.mif") {
+    Names arguments = {"batch",       kPump / source,
+                       "--category",  "Editions",
+                       "--output",    program.folder.File(out) + "/<scheme_name>",
+                       "--report",    program.folder.File(out) + "/report.fm",
+                       "--variables", kPump / "variables",
+                       "--no-pdf"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return Shipped(std::move(arguments));
+  }
+  // Everything in the folder but what the runs keep for themselves, with times and the folder's own name
+  // blanked.
+  Tree Output(const std::string& out) {
+    static const std::regex time(R"(\d+ min \d+ s)");
+    const fs::path folder = program.folder.File(out);
+    Tree tree;
+    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+      const std::string name = entry.path().lexically_relative(folder);
+      if (!entry.is_regular_file() || name.starts_with(".qelm-batch")) continue;
+      std::string text = std::regex_replace(program.folder.Read(out + "/" + name), time, "TIME");
+      for (std::size_t at; (at = text.find(folder.string())) != std::string::npos;) {
+        text.replace(at, folder.string().size(), "OUT");
+      }
+      tree[name] = std::move(text);
+    }
+    return tree;
+  }
+
+  Program program;
+};
+
+// The messages of a scheme's steps, in their order.
+Names MessagesOf(const json& scheme) {
+  Names messages;
+  for (const json& step : scheme["steps"]) {
+    if (!step["message"].is_null()) messages.push_back(step["message"].get<std::string>().substr(16));
+  }
+  return messages;
+}
+
+TEST_F(Batch, EveryEditionOfTheExampleIsThereAndOpens) {
+  const ProgramResult run = Run("out", {"--json"});
+  const json result = run.Json();
+  ASSERT_EQ(result["schemes"].size(), kEditions.size()) << run.err;
+  EXPECT_EQ(result["result"], 1);
+  for (std::size_t i = 0; i < kEditions.size(); ++i) {
+    const json& scheme = result["schemes"][i];
+    EXPECT_EQ(scheme["number"], i + 1);
+    EXPECT_EQ(scheme["name"], kEditions[i]);
+    EXPECT_EQ(scheme["result"], 1);
+    EXPECT_EQ(scheme["output"], program.folder.File("out/" + kEditions[i] + "/pump.book.mif"));
+    for (const json& file : scheme["files"]) EXPECT_TRUE(fs::exists(file.get<std::string>())) << file;
+    EXPECT_EQ(Shipped({"info", scheme["output"]}).status, 0);
+    const json again = Shipped({"filter", scheme["output"], "--scheme", "Editions/" + kEditions[i], "--mode",
+                                "duplicate", "--dry-run", "--json"})
+                           .Json();
+    EXPECT_EQ(again["deleted"], 0) << "all that fails the scheme is gone";
+    EXPECT_GT(again["kept"], 100);
+  }
+  // The editions of operators have variables, the others have not.
+  const Names operators = MessagesOf(result["schemes"][0]);
+  EXPECT_EQ(std::count(operators.begin(), operators.end(), "REP_31"), 1);
+  const Names service = MessagesOf(result["schemes"][2]);
+  EXPECT_EQ(std::count(service.begin(), service.end(), "REP_32"), 1);
+  EXPECT_EQ(std::count(service.begin(), service.end(), "REP_65"), 1);
+  EXPECT_NE(program.folder.Read("out/Operator P100/introduction.mif").find("<VariableDef `Pump P100'>"),
+            std::string::npos);
+  EXPECT_EQ(program.folder.Read("out/Service/introduction.mif").find("<VariableDef `Pump P100'>"),
+            std::string::npos);
+}
+
+TEST_F(Batch, LinksOfTheReportLeadToFiles) {
+  Run("out");
+  const std::string report = program.folder.Read("out/report.fm");
+  const std::regex link(R"(<MText `openlink ([^']*):firstpage'>)");
+  std::size_t links = 0;
+  for (std::sregex_iterator at(report.begin(), report.end(), link); at != std::sregex_iterator();
+       ++at, ++links) {
+    EXPECT_TRUE(fs::exists((*at)[1].str())) << (*at)[1];
+  }
+  // The source, and for each edition its book and its XML; two have a variables file.
+  EXPECT_GE(links, 1 + kEditions.size() + 2);
+  EXPECT_EQ(Shipped({"info", program.folder.File("out/report.fm")}).status, 0);
+}
+
+TEST_F(Batch, SeveralAtOnceIsTheSameAsOneAfterTheOther) {
+  const ProgramResult one = Run("one");
+  const ProgramResult two = Run("two", {"--jobs", "2"});
+  EXPECT_EQ(one.status, two.status);
+  const Tree expected = Output("one");
+  const Tree found = Output("two");
+  ASSERT_GT(expected.size(), kEditions.size() * 8);
+  for (const auto& [name, content] : expected) {
+    EXPECT_EQ(found.count(name), 1U) << name;
+    if (found.count(name) != 0) EXPECT_TRUE(found.at(name) == content) << name;
+  }
+  EXPECT_EQ(found.size(), expected.size());
+}
+
+TEST_F(Batch, PartsMakeTheWhole) {
+  Run("one");
+  for (const char* part : {"1/2", "2/2"}) Run("parts", {"--shard", part});
+  Tree expected = Output("one");
+  Tree found = Output("parts");
+  expected.erase("report.fm");
+  EXPECT_EQ(found.erase("report_part_1_of_2.fm") + found.erase("report_part_2_of_2.fm"), 2U);
+  EXPECT_TRUE(found == expected);
+  EXPECT_EQ(Run("parts", {"--shard", "3/2"}).status, 2);
+}
+
+// The names of the schemes that a run did not do again.
+Names Resumed(const ProgramResult& run) {
+  Names names;
+  const json result = run.Json();
+  for (const json& scheme : result["schemes"]) {
+    if (scheme["resumed"]) names.push_back(scheme["name"]);
+  }
+  return names;
+}
+
+TEST_F(Batch, RunThatWasCutShortIsTakenUpAgain) {
+  const auto run = [this](const std::string& out, Names more) {
+    more.insert(more.end(), {"--json", "--set", "BF_POST_PROCESS_DEFAULT_ENABLE_IMPORT_METADATA=0"});
+    return Run(out, more, "operation.mif");
+  };
+  run("whole", {});
+  // The second scheme is cancelled: Esc comes when the first one is done.
+  int asked = 0;
+  program.esc = [&] {
+    return fs::exists(program.folder.File("cut/.qelm-batch/1-Operator P100.json")) && asked++ == 0;
+  };
+  EXPECT_EQ(run("cut", {}).status, 130);
+  program.esc = {};
+  EXPECT_FALSE(fs::exists(program.folder.File("cut/Service/operation.mif")));
+  // A killed run has begun a scheme and has no record of it.
+  program.folder.Write("cut/Service/operation.mif", "half a file");
+  EXPECT_EQ(Resumed(run("cut", {"--resume"})), Names{"Operator P100"});
+  EXPECT_TRUE(Output("cut") == Output("whole"));
+
+  EXPECT_EQ(Resumed(run("cut", {"--resume"})), kEditions);
+  program.folder.Write("cut/Deutsch/operation.mif", "changed by somebody");
+  EXPECT_EQ(Resumed(run("cut", {"--resume"})).size(), kEditions.size() - 1);
+  EXPECT_TRUE(
+      Resumed(run("cut", {"--resume", "--set", "BF_POST_PROCESS_DEFAULT_XML_STRUCT_APP=other"})).empty());
+}
+
+TEST_F(Batch, DialogSetsUpTheSameRun) {
+  const std::string out = program.folder.File("out");
+  program.folder.Write(
+      "answers", "dialog tsp_Dialog_BatchFilter1: category = Editions, output = \"" + out +
+                     "/<scheme_num>\", report = \"" + out +
+                     "/report.fm\", press Next\n"
+                     "once dialog tsp_Dialog_BatchFilter2: press Back\n"
+                     "dialog tsp_Dialog_BatchFilter2: import_variables = off, save_pdf = off, xml_folder = "
+                     "\"(same)\", xml_name = x, press Filter\n");
+  const ProgramResult run = Shipped({"command", "QELM_Cmd_BatchFilter", kPump / "operation.mif", "--set",
+                                     "QELM_LICENSE_TYPE=BATCH", "--answers", program.folder.File("answers")});
+  EXPECT_EQ(run.status, 0) << run.err;
+  for (const char* number : {"1", "2", "3", "4", "5"}) {
+    EXPECT_TRUE(fs::exists(out + "/" + number + "/operation.mif")) << number;
+    EXPECT_TRUE(fs::exists(out + "/" + number + "/x.xml")) << number;
+  }
+  EXPECT_TRUE(fs::exists(out + "/report.fm"));
+
+  program.folder.Write("answers",
+                       "dialog tsp_Dialog_BatchFilter1: category = Editions, output = x, press Next\n");
+  const ProgramResult refused =
+      Shipped({"command", "QELM_Cmd_BatchFilter", kPump / "operation.mif", "--set", "QELM_LICENSE_TYPE=BATCH",
+               "--answers", program.folder.File("answers"), "--json"});
+  EXPECT_NE(refused.err.find("Two schemes would write into the same output folder"), std::string::npos);
+}
+
+TEST_F(Batch, OneSchemesFailureDoesNotReachTheNext) {
+  const std::string settings =
+      program.folder.Write("settings.xml", R"(<QELM_MainSettings><SchemeCategories_XPath>
+<SchemeCategory><CategorySettings><Name>C</Name></CategorySettings><FilterSchemes>
+<Scheme><SchemeSettings><Name>broken</Name></SchemeSettings>
+<XPathExpressions><XPathExpression>//Section[</XPathExpression></XPathExpressions></Scheme>
+<Scheme><SchemeSettings><Name>all</Name></SchemeSettings>
+<XPathExpressions><XPathExpression>//*</XPathExpression></XPathExpressions></Scheme>
+<Scheme><SchemeSettings><Name>a|l</Name></SchemeSettings>
+<XPathExpressions><XPathExpression>//*</XPathExpression></XPathExpressions></Scheme>
+<Scheme><SchemeSettings><Name>a?l</Name></SchemeSettings>
+<XPathExpressions><XPathExpression>//*</XPathExpression></XPathExpressions></Scheme>
+</FilterSchemes><ColoringSchemes/><ValidationSchemes/></SchemeCategory></SchemeCategories_XPath></QELM_MainSettings>)");
+  program.folder.Write("source/doc.mif", program.folder.Read("doc.mif"));
+  const Names arguments = {
+      "batch", program.folder.File("source/doc.mif"), "--config", settings, "--no-pdf", "--json",
+      "--set", "BF_REPORT_FILENAME_PATTERN=report.fm"};
+  const ProgramResult run = Shipped(arguments);
+  EXPECT_EQ(run.status, 1) << run.err;
+  const json schemes = run.Json()["schemes"];
+  ASSERT_EQ(schemes.size(), 4U);
+  EXPECT_EQ(schemes[0]["result"], 0);
+  EXPECT_EQ(schemes[1]["result"], 1);
+  EXPECT_EQ(schemes[2]["result"], 1);
+  EXPECT_EQ(schemes[3]["result"], 0) << "its folder is that of the one before";
+  EXPECT_EQ(MessagesOf(schemes[0]), (Names{"REP_5", "REP_11"}));
+  EXPECT_EQ(MessagesOf(schemes[3]), (Names{"REP_5", "REP_20"}));
+  EXPECT_EQ(program.Dump(program.folder.File("source/all/doc.mif")), program.Dump(program.document()));
+
+  Names nothing = {"batch", program.document(), "--category", "No such category"};
+  EXPECT_EQ(Shipped(nothing).status, 5);
+  nothing[1] = program.folder.File("missing.mif");
+  EXPECT_EQ(Shipped(nothing).status, 3);
+}
+
+}  // namespace
+}  // namespace qelm
