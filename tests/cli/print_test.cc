@@ -76,23 +76,24 @@ TEST_F(Pages, SameInputGivesSameBytes) {
 TEST_F(Pages, LinksLeadToWhatIsShown) {
   if (!HasTools()) GTEST_SKIP() << "pdftotext and qpdf are not installed";
   testing::MifFile file;
-  file.flows = {
-      {"<Doc>\n"
-       "<P><Marker .type=\"Cross-Ref\" .text=\"1: there\"/>target</P>\n"
-       "<P>see <XRef .format=\"Page\" .source=\"1: there\" .file=\"\">there</XRef></P>\n"
-       "<P>or <XRef .format=\"Page\" .source=\"2: gone\" .file=\"\">nowhere</XRef></P>\n"
-       "<P>{Secret}<Marker .type=\"Cross-Ref\" .text=\"3: secret\"/>hidden{}</P>\n"
-       "<P>nor <XRef .format=\"Page\" .source=\"3: secret\" .file=\"\">secret</XRef></P>\n"
-       "<P><Marker .type=\"Hypertext\" .text=\"message URL https://example.com/a'b\"/>web</P>\n"
-       "</Doc>"}};
+  file.flows = {{R"(<Doc>
+                    <P Id="a">target</P>
+                    <P>see <XRef .format="Page" .source="a: P: target" .file="">there</XRef></P>
+                    <P>or <XRef .format="Page" .source="b: P: gone" .file="">nowhere</XRef></P>
+                    <Table .format="Grid"><TableBody>
+                      <Row Id="c" {Secret}><Cell>hidden</Cell></Row><Row><Cell>shown</Cell></Row>
+                    </TableBody></Table>
+                    <P>nor <XRef .format="Page" .source="c: Row: hidden" .file="">secret</XRef></P>
+                    <P><Marker .type="Hypertext" .text="message URL https://example.com/a'b"/>web</P>
+                    </Doc>)"}};
   file.hidden = {"Secret"};
-  file.definitions = {{"P", {{"Id", "FAttrUniqueId", {}, {}}}}, {"Em", {{"Id", "FAttrUniqueId", {}, {}}}}};
+  file.definitions = {{"P", {{"Id", "FAttrUniqueId", {}, {}}}}, {"Row", {{"Id", "FAttrUniqueId", {}, {}}}}};
   const std::string pdf = Printed(program.folder.Write("links.mif", testing::Mif(file)));
   EXPECT_NE(Output("qpdf --check " + pdf).find("No syntax or stream encoding errors"), std::string::npos);
   const std::string plain = Output("qpdf --qdf --object-streams=disable " + pdf + " -");
   std::size_t links = 0;
   for (std::size_t at = 0; (at = plain.find("/Subtype /Link", at)) != std::string::npos; ++at) ++links;
-  EXPECT_EQ(links, 2U);
+  EXPECT_EQ(links, 2U) << program.folder.Read("links.mif");
   EXPECT_NE(plain.find("https://example.com/a'b"), std::string::npos);
 }
 

@@ -23,6 +23,12 @@ class PageDrawer {
   void Draw(const std::vector<Mark>& marks) {
     for (const Mark& mark : marks) DrawMark(mark);
     CloseTable();
+    // Links stand behind the text, so that they do not break the structure of the paragraphs that hold them.
+    for (const std::string& link : links_) {
+      cairo_tag_begin(cr_, CAIRO_TAG_LINK, link.c_str());
+      cairo_tag_end(cr_, CAIRO_TAG_LINK);
+    }
+    links_.clear();
   }
 
  private:
@@ -49,6 +55,7 @@ class PageDrawer {
   const LaidParagraph* paragraph_ = nullptr;  // whose tag is open
   std::uint32_t table_ = 0;                   // the same
   std::vector<std::string> groups_;           // open ones within the table
+  std::vector<std::string> links_;            // attributes of their tags
 };
 
 // The lines of a paragraph are one structure, as far as they stand on one page.
@@ -172,11 +179,8 @@ void PageDrawer::DrawLinks(const Mark& mark, const LaidLine& line) {
   for (const StoryLink& link : story.links) {
     if (link.end <= line.begin || link.begin >= line.end) continue;
     for (const LaidParagraph::Stretch& stretch : mark.paragraph->Stretches(mark.ref, link.begin, link.end)) {
-      const std::string attributes = link.attributes + " rect=[" + Decimal(mark.x + stretch.x) + " " +
-                                     Decimal(top) + " " + Decimal(stretch.width) + " " +
-                                     Decimal(line.height) + "]";
-      cairo_tag_begin(cr_, CAIRO_TAG_LINK, attributes.c_str());
-      cairo_tag_end(cr_, CAIRO_TAG_LINK);
+      links_.push_back(link.attributes + " rect=[" + Decimal(mark.x + stretch.x) + " " + Decimal(top) + " " +
+                       Decimal(stretch.width) + " " + Decimal(line.height) + "]");
     }
   }
 }

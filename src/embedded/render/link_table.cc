@@ -1,6 +1,7 @@
 #include "embedded/render/link_table.h"
 
 #include <filesystem>
+#include <utility>
 
 #include "embedded/model/hypertext.h"
 #include "embedded/model/links.h"
@@ -35,6 +36,13 @@ std::size_t LinkTable::Add(const model::Document& document, const std::string& p
                           target.item < document.flows[document.main_flow].end_item;
     if (counts && on_pages) printed.targets.insert(target.name);
   }
+  std::unordered_set<std::string> known;
+  for (model::Link& link : model::ReadLinks(document)) {
+    const bool leads =
+        link.kind == model::LinkKind::kCrossReference || link.kind == model::LinkKind::kHypertext;
+    if (!leads || link.target.empty() || !known.insert(link.file + "\n" + link.target).second) continue;
+    asked_.push_back({documents_.size(), std::move(link.file), std::move(link.target)});
+  }
   by_path_.try_emplace(Normal(path), documents_.size());
   documents_.push_back(std::move(printed));
   return documents_.size() - 1;
@@ -43,6 +51,18 @@ std::size_t LinkTable::Add(const model::Document& document, const std::string& p
 std::size_t LinkTable::Find(const std::string& path) const {
   const auto found = by_path_.find(Normal(path));
   return found == by_path_.end() ? npos : found->second;
+}
+
+void LinkTable::FindWanted() {
+  for (const Asked& asked : std::exchange(asked_, {})) {
+    const std::size_t to = asked.file.empty() ? asked.from : Locate(asked.from, asked.file);
+    if (to != npos) wanted_.insert(PlaceName(to, asked.target));
+  }
+}
+
+bool LinkTable::IsWanted(std::size_t document, std::string_view target) {
+  FindWanted();
+  return wanted_.contains(PlaceName(document, target));
 }
 
 std::size_t LinkTable::Locate(std::size_t from, std::string_view file) {

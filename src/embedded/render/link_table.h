@@ -19,6 +19,9 @@ class LinkTable {
   std::size_t Find(const std::string& path) const;
   static constexpr std::size_t npos = static_cast<std::size_t>(-1);
 
+  // Whether some link of the print leads to a place. All documents have to be there.
+  bool IsWanted(std::size_t document, std::string_view target);
+
   // The attributes of a link tag for a link in document `from`; empty where the link leads to nothing that is
   // shown. `file` is empty for the document itself, "URL" for an address.
   std::string Attributes(std::size_t from, std::string_view file, std::string_view target);
@@ -32,11 +35,19 @@ class LinkTable {
     std::string path;
     std::unordered_set<std::string> targets;  // that are shown
   };
+  struct Asked {
+    std::size_t from;
+    std::string file;
+    std::string target;
+  };
+  void FindWanted();
   std::size_t Locate(std::size_t from, std::string_view file);
 
   std::vector<Printed> documents_;
   std::unordered_map<std::string, std::size_t> by_path_;
   std::unordered_map<std::string, std::size_t> located_;  // by document and name of the file
+  std::vector<Asked> asked_;                              // by links, until the documents are all there
+  std::unordered_set<std::string> wanted_;                // names of places
   std::unordered_set<std::string> used_;
 };
 

@@ -222,7 +222,9 @@ std::size_t PdfPrint::Work::Add(const PrintSource& source) {
     job.setting.link = [this, index](std::string_view file, std::string_view target) {
       return links.Attributes(index, file, target);
     };
-    job.setting.FindPlaces([index](std::string_view target) { return LinkTable::PlaceName(index, target); });
+    job.setting.FindPlaces([this, index](std::string_view target) {
+      return links.IsWanted(index, target) ? LinkTable::PlaceName(index, target) : std::string();
+    });
   }
   if (language_.empty()) language_ = job.setting.language;
   job.CountPages();
