@@ -82,7 +82,6 @@ struct OpenFile {
   std::uint64_t revision = 1;  // of elements, attributes and text
   bool on_screen = true;
   bool iconified = false;
-  bool element_boundaries = false;
   host::ViewMode view = host::ViewMode::kWysiwyg;
   host::TextRange selection;
   Id selected_element = host::kNone;
