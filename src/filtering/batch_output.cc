@@ -5,9 +5,9 @@
 
 #include "common/paths.h"
 #include "common/text.h"
-#include "filtering/components.h"
 #include "filtering/metadata_packet.h"
 #include "filtering/variables_file.h"
+#include "messages/component_document.h"
 
 namespace qelm::filtering {
 namespace {
@@ -159,8 +159,8 @@ void OutputSteps::OpenDocuments() {
        component = host_.books.NextComponent(output_, component)) {
     // What could not be opened in the source was said there, and is not in the new book.
     if (!host_.platform.FileExists(std::string(host_.books.ComponentPath(output_, component)))) continue;
-    const OpenedComponent found =
-        OpenComponent(host_, output_, component, settings_.suppress_file_opening_alerts);
+    const messages::OpenedComponent found =
+        messages::OpenComponent(host_, output_, component, settings_.suppress_file_opening_alerts);
     if (found.document == kNone) continue;
     documents_.push_back(found.document);
     if (found.opened) opened_.push_back(found.document);
