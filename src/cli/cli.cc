@@ -21,6 +21,7 @@ constexpr std::array kCommands = {
     &MakeInfoCommand,     &MakeDumpCommand,       &MakeConvertCommand,  &MakeMenuCommand,
     &MakeMenusCommand,    &MakeRunCommand,        &MakeSettingsCommand, &MakeLanguagesCommand,
     &MakeUpdateCommand,   &MakeBatchCommand,
+    &MakeUpdateCommand,   &MakeCallCommand,       &MakeServeCommand,
 };
 
 constexpr std::string_view kDescription =
@@ -212,6 +213,10 @@ ExitStatus RunCommand(Command& command, const Options& options, const Environmen
 // Parses the arguments. The exit status when the program is to end with that.
 std::optional<ExitStatus> Parse(std::vector<std::string> arguments, const Environment& environment,
                                 Program* program) {
+  const auto mark = std::find(arguments.begin(), arguments.end(), "--");
+  if (mark != arguments.end()) {
+    program->options.behind_mark = static_cast<std::size_t>(arguments.end() - mark) - 1;
+  }
   std::reverse(arguments.begin(), arguments.end());  // the parser takes them from the end
   try {
     program->app.parse(std::move(arguments));

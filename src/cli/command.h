@@ -81,5 +81,7 @@ std::unique_ptr<Command> MakeRunCommand();
 std::unique_ptr<Command> MakeSettingsCommand();
 std::unique_ptr<Command> MakeLanguagesCommand();
 std::unique_ptr<Command> MakeUpdateCommand();
+std::unique_ptr<Command> MakeCallCommand();
+std::unique_ptr<Command> MakeServeCommand();
 
 }  // namespace qelm::cli

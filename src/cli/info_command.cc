@@ -5,6 +5,7 @@
 
 #include "cli/command.h"
 #include "cli/link_table.h"
+#include "cli/page_table.h"
 #include "cli/session.h"
 #include "embedded/model/xmp_packet.h"
 
@@ -22,6 +23,7 @@ class InfoCommand : public Command {
  private:
   std::string target_;
   bool links_ = false;
+  bool pages_ = false;
 };
 
 CLI::App* InfoCommand::Define(CLI::App& program) {
@@ -31,9 +33,14 @@ CLI::App* InfoCommand::Define(CLI::App& program) {
                 "the components of a book.",
                 "qelm info manual.book.mif --json"});
   command->add_option("TARGET", target_, "The document (MIF or XML) or book (MIF)")->required();
-  command->add_flag("--links", links_,
-                    "List every cross-reference, hypertext link, text inset and graphic instead, with its "
-                    "target and whether it resolves");
+  CLI::Option* const links = command->add_flag(
+      "--links", links_,
+      "List every cross-reference, hypertext link, text inset and graphic instead, with its "
+      "target and whether it resolves");
+  command
+      ->add_flag("--pages", pages_,
+                 "List the pages instead that the document has a record of, with their master pages")
+      ->excludes(links);
   return command;
 }
 
@@ -265,6 +272,13 @@ Outcome InfoCommand::Run(Session& session) {
   if (links_) {
     outcome.members = LinksJson(session.roles(), id);
     outcome.text = LinksText(outcome.members);
+    return outcome;
+  }
+  if (pages_) {
+    if (book)
+      throw Failure(ExitStatus::kUsage, target_ + ": this is a book, and --pages is for documents only");
+    outcome.members = PagesJson(*session.host().Find(id));
+    outcome.text = PagesText(outcome.members);
     return outcome;
   }
   outcome.members = book ? BookJson(session, id) : DocumentJson(*session.host().Find(id));

@@ -3,6 +3,7 @@
 
 #include "cli/command.h"
 #include "cli/command_choice.h"
+#include "cli/save_changed.h"
 #include "cli/selection.h"
 #include "cli/session.h"
 #include "common/result_codes.h"
@@ -19,7 +20,6 @@ class MenuCommand : public Command {
  private:
   void OpenTarget(Session& session);
   void CheckResult(Session& session, std::int32_t number) const;
-  void SaveChanged(Session& session, Outcome* outcome) const;
 
   std::string command_;
   std::string target_;
@@ -78,7 +78,7 @@ Outcome MenuCommand::Run(Session& session) {
   }
   CheckResult(session, number);
   outcome.result = session.last_result();
-  SaveChanged(session, &outcome);
+  SaveChanged(session, {id_}, output_, &outcome);
   return outcome;
 }
 
@@ -91,36 +91,6 @@ void MenuCommand::CheckResult(Session& session, std::int32_t number) const {
                            "; nothing was written";
   throw Failure(result == common::kCancelled ? ExitStatus::kCancelled : ExitStatus::kOperation, text,
                 {{"result", result}});
-}
-
-// A command may work on more than its target: the files of a book, a copy. What has no name yet cannot be
-// saved, which is told.
-void MenuCommand::SaveChanged(Session& session, Outcome* outcome) const {
-  host::Documents& documents = session.roles().documents;
-  nlohmann::ordered_json saved = nlohmann::ordered_json::array();
-  const auto changed = [&documents](host::Id id) {
-    return documents.Switch(id, host::DocumentSwitch::kModified);
-  };
-  const auto save = [&](host::Id id, const std::string& path) {
-    saved.push_back(session.Save(id, path));
-    outcome->text += "saved " + saved.back().get<std::string>() + "\n";
-  };
-  if (id_ != host::kNone && (changed(id_) || !output_.empty())) {
-    save(id_, output_);
-    outcome->output = saved.back();
-  }
-  for (host::Id id = documents.FirstOpenDocument(); id != host::kNone; id = documents.NextOpenDocument(id)) {
-    if (id == id_ || !changed(id)) continue;
-    if (documents.Path(id).empty()) {
-      outcome->text += "a new document without a name was not saved\n";
-    } else {
-      save(id, "");
-    }
-  }
-  // Open documents are known to the host, the book that a filter made only to its run.
-  const host::Id book = session.plugin().filter_run.result_book;
-  if (book != id_ && changed(book)) save(book, "");
-  outcome->members["saved"] = std::move(saved);
 }
 
 }  // namespace

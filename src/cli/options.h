@@ -1,7 +1,9 @@
 // The options that every command takes, before or after its name.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -28,6 +30,8 @@ struct Options {
   std::string progress = "auto";
   bool quiet = false;
   bool verbose = false;
+  // How many arguments stand behind "--"; nothing where there is none.
+  std::optional<std::size_t> behind_mark;
 };
 
 void DefineOptions(CLI::App& program, Options* options);

@@ -171,7 +171,11 @@ void ScriptRunner::Do(const Step& step) {
     case StepKind::kStart:
       return;
     case StepKind::kCommand:
+      answer_.reset();
       return session_.entries().Command(CommandNumber(first));
+    case StepKind::kCall:
+      answer_ = session_.Call(WithWork(first)).value;
+      return;
     case StepKind::kNotify:
       return session_.entries().Notify(NumberOf(first), Active(),
                                        step.arguments.size() > 2 ? step.arguments[2] : std::string(),
@@ -371,8 +375,8 @@ std::string ScriptRunner::Check(const Step& step) {
     case StepKind::kExpectConsole:
       return MissingEvent("console", first);
     case StepKind::kExpectResult: {
-      const std::int32_t result = session_.last_result();
-      return result == NumberOf(first) ? "" : "the last command's result is " + std::to_string(result);
+      const std::int32_t result = answer_.value_or(session_.last_result());
+      return result == NumberOf(first) ? "" : "the last result is " + std::to_string(result);
     }
     case StepKind::kExpectActive: {
       const std::string active(session_.roles().documents.Path(Active()));

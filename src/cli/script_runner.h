@@ -5,6 +5,7 @@
 #pragma once
 
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -70,8 +71,9 @@ class ScriptRunner {
   bool print_;
   bool started_ = false;
   std::ostream nowhere_{nullptr};
-  std::string answers_;       // for the next step, one a line
-  std::vector<Json> events_;  // of the last step that was no expectation
+  std::string answers_;                 // for the next step, one a line
+  std::optional<std::int32_t> answer_;  // of the last call, until a command is chosen
+  std::vector<Json> events_;            // of the last step that was no expectation
   ScriptResult result_;
 };
 

@@ -6,6 +6,7 @@
 
 #include "cli/exit_status.h"
 #include "config/read_settings.h"
+#include "host/notifications.h"
 #include "messages/document_name.h"
 #include "xpath/engine.h"
 
@@ -111,6 +112,17 @@ void Session::Start(bool install) {
   ShowNotices();
   Say("local settings: " + plugin_->settings.paths.local_settings);
   Say("main settings: " + plugin_->settings.paths.main_settings);
+}
+
+calls::Answer Session::Call(std::string_view text) {
+  entries_->Notify(kClientCall, host::kNone, text, 0);
+  calls::Answer answer = plugin_->calls.last;
+  answer.value = clients_.TakeReturned().value_or(calls::kFailed);
+  if (events_.Wanted()) {
+    events_.Write("call",
+                  {{"text", text}, {"result", answer.value}, {"from", calls::SourceName(answer.source)}});
+  }
+  return answer;
 }
 
 // The header of alerts in the language in force, which a command may have changed.

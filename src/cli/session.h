@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "calls/call_state.h"
 #include "cli/environment.h"
 #include "cli/options.h"
 #include "embedded/adapter/clients.h"
@@ -53,6 +54,13 @@ class Session {
   // Shows what the host noticed of files since the last call.
   void ShowNotices();
 
+  // Sends the plug-in a call of another client and returns its answer.
+  calls::Answer Call(std::string_view text);
+  // Whether a command or a call is under way.
+  bool Busy() const { return entries_ && entries_->busy(); }
+  // Where the plug-in's notifications of other clients go.
+  embedded::adapter::RecordedClients& clients() { return clients_; }
+
   // The path of an open document, as the user wrote it where it is the target.
   std::string NameOf(host::Id document);
 
@@ -80,6 +88,7 @@ class Session {
 
   // What was said so far: alerts of the plug-in, and notices of the host about files.
   const std::vector<std::string>& Alerts() const { return user_.Alerts(); }
+  std::size_t NoticeCount() const { return host_ ? host_->notices().size() : 0; }
   std::vector<std::string> Notices() const { return host_ ? host_->notices() : std::vector<std::string>(); }
 
  private:

@@ -20,6 +20,7 @@ constexpr std::array kForms = {
     StepForm{"activate", StepKind::kActivate, 1, 1, false, "FILE"},
     StepForm{"select", StepKind::kSelect, 1, 1, true, "XPATH"},
     StepForm{"command", StepKind::kCommand, 1, 1, false, "NUMBER|NAME"},
+    StepForm{"call", StepKind::kCall, 1, 1, true, "CALL STRING"},
     StepForm{"notify", StepKind::kNotify, 1, 3, false, "NUMBER [VALUE [TEXT]]"},
     StepForm{"set-attribute", StepKind::kSetAttribute, 1, kAny, false, "NAME [VALUE...]"},
     StepForm{"remove-attribute", StepKind::kRemoveAttribute, 1, 1, false, "NAME"},

@@ -29,6 +29,7 @@ enum class StepKind {
   kActivate,
   kSelect,
   kCommand,
+  kCall,
   kNotify,
   kSetAttribute,
   kRemoveAttribute,

@@ -63,6 +63,8 @@ struct ColoringRun {
   bool remove_highlighting = true;
   bool remove_change_bars_on_uncoloring = false;
   bool remove_change_bars_before_coloring = false;
+  bool only_element =
+      false;  // an element that is colored alone: nothing that it holds finds a rule of its own
 
   // What came of it.
   bool cancelled = false;     // by the user

@@ -23,7 +23,7 @@ ElementWalk::ElementWalk(ColoringContext& context, Id document, const RuleMarks&
 std::int32_t ElementWalk::Run(Id start) {
   Prepare(start);
   std::int32_t result = common::kDone;
-  for (Id element = start; element != kNone; element = Next(element)) {
+  for (Id element = start; element != kNone; element = context_.run.only_element ? kNone : Next(element)) {
     if (Cancelled()) {
       result = common::kCancelled;
       break;

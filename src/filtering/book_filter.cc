@@ -1,9 +1,11 @@
 // The filter of the active book: the checks, the copy and the messages around its documents.
 #include "filtering/book_filter.h"
 
+#include <filesystem>
 #include <optional>
 
 #include "common/paths.h"
+#include "common/text.h"
 #include "common/utf8.h"
 #include "filtering/book_copy.h"
 #include "filtering/components.h"
@@ -257,6 +259,23 @@ void BookFilter::Elapsed() {
 }
 
 }  // namespace
+
+std::string OutputFolder(std::string_view book_path, std::string_view text) {
+  std::string folder = common::PlatformPath(common::Trim(text));
+  if (folder.empty()) return folder;
+  if (!common::IsAbsolutePath(folder)) folder = common::JoinPath(common::FolderOf(book_path), folder);
+  folder = std::filesystem::path(folder).lexically_normal().string();
+  while (folder.size() > 1 && folder.back() == common::kPathSeparator) folder.pop_back();
+  return folder;
+}
+
+ComponentSink SavingComponents(host::Documents& documents) {
+  return [&documents](Id document, bool opened, ComponentStage stage) {
+    const bool saved = stage != ComponentStage::kFinished || documents.Save(document, {});
+    if (opened && saved) documents.Close(document, /*discard=*/true);
+    return saved;
+  };
+}
 
 std::int32_t FilterActiveBook(FilterContext& context) {
   FilterRun& run = context.run;

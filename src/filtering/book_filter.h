@@ -17,6 +17,13 @@ namespace qelm::filtering {
 // the context's component_done does it.
 std::int32_t FilterActiveBook(FilterContext& context);
 
+// The folder that a user or a client means by a text: one without a root is seen from the book's own folder.
+// Empty when the text is.
+std::string OutputFolder(std::string_view book_path, std::string_view text);
+
+// Saves the documents of a new book as the run is through with them, and closes those that it opened.
+ComponentSink SavingComponents(host::Documents& documents);
+
 // Filters the documents of a book and updates the book. The outcome is in the run's cancel flag, ending,
 // counts and components.
 void FilterBookComponents(FilterContext& context, host::Id book);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "host/session_schemes.h"
 #include "messages/dialog.h"
 #include "messages/drop_down.h"
 #include "schemes/scheme_listing.h"
@@ -49,7 +50,6 @@ class ActiveSchemeDialog {
   std::vector<std::string> SchemesOf(std::string_view category) const;
   bool Choose(std::string_view title, const std::vector<std::string>& entries, std::string* choice);
   void Load();
-  void Keep();
 
   Plugin& plugin_;
   const Kind& kind_;
@@ -113,7 +113,7 @@ void ActiveSchemeDialog::Run() {
     return;
   }
   Load();
-  Keep();
+  NoteActiveScheme(&plugin_.settings, kind_.kind, category_, name_);
 }
 
 // A scheme that is not found any more, as the document was changed meanwhile, leaves none active.
@@ -133,12 +133,6 @@ void ActiveSchemeDialog::Load() {
     plugin_.messenger.AlertFormatted(kId, plugin_.messenger.Format(kId, category_, name_));
   }
   name_ = kNoName;
-}
-
-void ActiveSchemeDialog::Keep() {
-  if (kind_.name == nullptr) return;
-  plugin_.settings.*kind_.category = category_;
-  plugin_.settings.*kind_.name = name_;
 }
 
 }  // namespace

@@ -1,6 +1,9 @@
 #include "host/contexts.h"
 
 #include "coloring/uncoloring.h"
+#include "host/main_settings_location.h"
+#include "host/session_schemes.h"
+#include "host/start_up.h"
 
 namespace qelm {
 
@@ -32,6 +35,27 @@ filtering::BatchContext BatchContextOf(Plugin& plugin) {
   context.notification_client = plugin.filter_run.notification_client;
   context.notify = plugin.filter_run.notify;
   return context;
+}
+
+calls::CallContext CallContextOf(Plugin& plugin) {
+  return {
+      plugin.host,
+      plugin.messenger,
+      plugin.engine,
+      plugin.settings,
+      plugin.schemes,
+      plugin.coloring_run,
+      plugin.filter_run,
+      plugin.validation_run,
+      plugin.calls,
+      [&plugin] { return FilterContextOf(plugin); },
+      [&plugin](schemes::SchemeKind kind, const std::string& category, const std::string& name, bool report) {
+        return ActivateScheme(plugin, kind, category, name, report);
+      },
+      [&plugin] { RefreshMainSettings(plugin); },
+      [&plugin](bool report) { return ReadLocalSettingsAgain(plugin, report); },
+      [&plugin](const std::string& path) { return SetMainSettingsPath(plugin, path); },
+  };
 }
 
 }  // namespace qelm

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "filtering/batch_run.h"
+#include "calls/calls.h"
 #include "filtering/document_filter.h"
 #include "host/plugin.h"
 
@@ -13,5 +14,7 @@ filtering::FilterContext FilterContextOf(Plugin& plugin);
 
 // The context of a batch, by the session's main settings document. The plug-in outlives it.
 filtering::BatchContext BatchContextOf(Plugin& plugin);
+// The context of a call. The plug-in outlives it.
+calls::CallContext CallContextOf(Plugin& plugin);
 
 }  // namespace qelm

@@ -17,7 +17,6 @@
 namespace qelm {
 namespace {
 
-using filtering::ComponentStage;
 using filtering::TargetKind;
 
 bool MayUncolor(Plugin& plugin) {
@@ -133,11 +132,7 @@ std::int32_t FilterOnCommand(Plugin& plugin, TargetKind target) {
   if (!for_book) return filtering::FilterActiveDocument(context);
   // The files of a new book are there before they are filtered, and would stay so if nobody saved them.
   if (plugin.filter_run.mode == filtering::LaunchMode::kDuplicate) {
-    context.component_done = [&documents](host::Id document, bool opened, ComponentStage stage) {
-      const bool saved = stage != ComponentStage::kFinished || documents.Save(document, {});
-      if (opened && saved) documents.Close(document, /*discard=*/true);
-      return saved;
-    };
+    context.component_done = filtering::SavingComponents(documents);
   }
   return filtering::FilterActiveBook(context);
 }

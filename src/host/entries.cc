@@ -59,6 +59,8 @@ void Entries::Notify(std::int32_t notification, host::Id document_or_book, std::
                      std::int32_t value) {
   const bool always = notification == kClientCall || notification == kCloseMainSettings;
   if (busy_ && !always) return;
+  // One call may come out of another one, when a client that is notified calls back.
+  if (notification == kClientCall) plugin_.calls.busy = busy_;
   const Flagged busy(&busy_);
   Guard([&] { HandleNotification(plugin_, notification, document_or_book, text, value); });
 }

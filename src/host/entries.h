@@ -28,6 +28,8 @@ class Entries : public host::EntryPoints {
   // runs the host.
   bool started() const { return started_; }
   std::int32_t last_result() const { return last_result_; }
+  // Whether a command or a notification is under way.
+  bool busy() const { return busy_; }
 
  private:
   template <typename Work>

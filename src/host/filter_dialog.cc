@@ -1,10 +1,7 @@
 #include "host/filter_dialog.h"
 
-#include <filesystem>
-
 #include "common/paths.h"
-#include "common/text.h"
-#include "filtering/document_filter.h"
+#include "filtering/book_filter.h"
 #include "host/dialog_events.h"
 #include "host/interface/entry_points.h"
 #include "messages/dialog.h"
@@ -37,12 +34,6 @@ enum Item : std::int32_t {
 // When to hide, in the order of HideAfter.
 constexpr std::string_view kHideAfterLines[] = {"Never", "Always", "Ask"};
 
-std::string Normal(std::string_view path) {
-  std::string normal = std::filesystem::path(path).lexically_normal().string();
-  while (normal.size() > 1 && normal.back() == common::kPathSeparator) normal.pop_back();
-  return normal;
-}
-
 class FilterDialog {
  public:
   FilterDialog(Plugin& plugin, TargetKind target)
@@ -54,7 +45,7 @@ class FilterDialog {
     run_.notify = plugin.filter_run.notify;
     filtering::PrepareRun(plugin.settings, &run_);
     run_.target = target;
-    run_.output_folder = plugin.filter_run.output_folder;
+    run_.output_folder = common::PlatformPath(plugin.calls.filter_path);
   }
 
   bool Run();
@@ -144,22 +135,16 @@ bool FilterDialog::Take() {
   return !is_book_ || run_.mode != LaunchMode::kDuplicate || TakeOutputFolder();
 }
 
-// A folder without a root is meant from the book's own folder. That the new book would come where the book
-// lies is told here already, as the run would refuse it after a long preparation.
+// That the new book would come where the book lies is told here already, as the run would refuse it after a
+// long preparation.
 bool FilterDialog::TakeOutputFolder() {
-  const std::string text(common::Trim(dialog_.Text(kOutputFolder)));
   const std::string book(plugin_.host.documents.Path(plugin_.host.documents.ActiveBook()));
-  run_.output_folder = common::PlatformPath(text);
-  if (text.empty()) {
+  run_.output_folder = filtering::OutputFolder(book, dialog_.Text(kOutputFolder));
+  if (run_.output_folder.empty()) {
     messenger_.Alert("QELM_MSG_DIALOG_5");
     return false;
   }
-  const std::string own_folder(common::FolderOf(book));
-  if (!common::IsAbsolutePath(run_.output_folder)) {
-    run_.output_folder = common::JoinPath(own_folder, run_.output_folder);
-  }
-  run_.output_folder = Normal(run_.output_folder);
-  if (run_.output_folder == Normal(own_folder)) {
+  if (run_.output_folder == filtering::OutputFolder(book, ".")) {
     messenger_.Alert("QELM_MSG_FILTER_22");
     return false;
   }

@@ -1,5 +1,6 @@
 #include "host/main_settings_location.h"
 
+#include <filesystem>
 #include <optional>
 
 #include "common/paths.h"
@@ -36,12 +37,27 @@ class Location {
     ReloadSchemes(plugin_);
   }
 
+  // What cannot be told is refused: a path that the next session does not know would come as a surprise.
+  bool RunSilently(const std::string& path) {
+    std::error_code ignored;
+    silent_ = true;
+    path_ = std::filesystem::absolute(path, ignored).lexically_normal().string();
+    if (!Open()) return false;
+    if (!IsMainSettings() || !SaveWithColors() || !WriteLocalSettings()) {
+      if (opened_here_) host_.documents.Close(document_, /*discard=*/true);
+      return false;
+    }
+    Use();
+    ReloadSchemes(plugin_);
+    return true;
+  }
+
  private:
   bool AskWith(const char* id, const std::string& argument) {
     return plugin_.messenger.AskFormatted(id, plugin_.messenger.Format(id, argument));
   }
   void AlertWith(const char* id, const std::string& argument) {
-    plugin_.messenger.AlertFormatted(id, plugin_.messenger.Format(id, argument));
+    if (!silent_) plugin_.messenger.AlertFormatted(id, plugin_.messenger.Format(id, argument));
   }
 
   std::string StartOfBrowser() {
@@ -64,7 +80,7 @@ class Location {
   bool IsMainSettings() {
     const bool is = !host_.books.IsBook(document_) && schemes::HasXPathCategories(plugin_.engine, document_);
     if (!is) AlertWith("QELM_MSG_STGS_EDIT_14", path_);
-    if (is && schemes::IsOldMainSettings(host_, document_)) {
+    if (is && !silent_ && schemes::IsOldMainSettings(host_, document_)) {
       plugin_.messenger.AlertFormatted("QELM_MSG_CONVERT_10",
                                        plugin_.messenger.Format("QELM_MSG_CONVERT_10", path_, path_));
     }
@@ -73,7 +89,8 @@ class Location {
 
   // False, after an alert, when the document has changes that cannot be saved.
   bool SaveWithColors() {
-    if (schemes::LacksColors(host_, document_) && plugin_.messenger.Ask("QELM_MSG_STGS_EDIT_16")) {
+    if (!silent_ && schemes::LacksColors(host_, document_) &&
+        plugin_.messenger.Ask("QELM_MSG_STGS_EDIT_16")) {
       if (schemes::AddPluginColors(host_.catalogs, document_)) {
         plugin_.messenger.Alert("QELM_MSG_STGS_EDIT_18");
       } else {
@@ -114,10 +131,15 @@ class Location {
   std::string path_;
   host::Id document_ = host::kNone;
   bool opened_here_ = false;
+  bool silent_ = false;
 };
 
 }  // namespace
 
 void SetMainSettingsLocation(Plugin& plugin) { Location(plugin).Run(); }
+
+bool SetMainSettingsPath(Plugin& plugin, const std::string& path) {
+  return Location(plugin).RunSilently(path);
+}
 
 }  // namespace qelm

@@ -12,4 +12,9 @@ namespace qelm {
 // nothing.
 void SetMainSettingsLocation(Plugin& plugin);
 
+// The same with a path that is chosen already, without a question or a message and without adding colors.
+// False, with nothing changed but a document of that path that had changes and is saved, when the file cannot
+// be used or the local settings file not be rewritten.
+bool SetMainSettingsPath(Plugin& plugin, const std::string& path);
+
 }  // namespace qelm

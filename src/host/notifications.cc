@@ -5,6 +5,7 @@
 #include <string>
 
 #include "coloring/validation.h"
+#include "host/contexts.h"
 #include "host/document_commands.h"
 #include "host/plugin.h"
 #include "messages/message_box.h"
@@ -58,8 +59,14 @@ void CloseMainSettings(Plugin& plugin) {
   plugin.main_settings = host::kNone;
 }
 
-// No call of another client is understood yet; 0 is none of the results that one could get.
-void AnswerCall(Plugin& plugin, std::string_view) { plugin.host.clients.Return(0); }
+// A caller gets an answer also where something throws on the way.
+void AnswerCall(Plugin& plugin, std::string_view text) {
+  plugin.calls.last = {};
+  plugin.host.clients.Return(plugin.calls.last.value);
+  calls::CallContext context = CallContextOf(plugin);
+  const calls::Answer answer = calls::AnswerCall(context, text);
+  plugin.host.clients.Return(answer.value);
+}
 
 }  // namespace
 

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "calls/call_state.h"
 #include "coloring/coloring_run.h"
 #include "coloring/validation_run.h"
 #include "config/local_settings.h"
@@ -54,6 +55,7 @@ class Plugin {
   host::Id main_settings = host::kNone;
   std::uint64_t schemes_revision = 0;  // of the main settings document when the active schemes were loaded
   filtering::Report report;            // of the last validation
+  calls::CallState calls;
   std::bitset<kCommandLimit> defined_commands;
 };
 

@@ -79,6 +79,23 @@ DefaultScheme LoadDefaultValidation(Plugin& plugin) {
                      &settings.val_default_validation_scheme, false);
 }
 
+std::int32_t ActivateScheme(Plugin& plugin, SchemeKind kind, const std::string& category,
+                            const std::string& name, bool report) {
+  const std::int32_t result = Load(plugin, kind, category, name, report);
+  if (result != schemes::kInvalidNames) {
+    NoteActiveScheme(&plugin.settings, kind, category, plugin.schemes.Of(kind).name);
+  }
+  return result;
+}
+
+void NoteActiveScheme(config::LocalSettings* settings, SchemeKind kind, const std::string& category,
+                      const std::string& name) {
+  std::string* const noted = NameInSettings(*settings, kind);
+  if (noted == nullptr) return;
+  *noted = name;
+  (kind == SchemeKind::kColoring ? settings->coloring_category : settings->validation_category) = category;
+}
+
 void ReloadSchemes(Plugin& plugin) {
   constexpr char kNotThere[] = "QELM_MSG_GEN_36";
   bool all_there = true;

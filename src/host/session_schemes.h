@@ -29,6 +29,15 @@ struct DefaultScheme {
 DefaultScheme LoadDefaultColoring(Plugin& plugin, bool report);
 DefaultScheme LoadDefaultValidation(Plugin& plugin);
 
+// Makes a scheme of the main settings document the active one of its kind, for the session. Returns as
+// LoadScheme does: names that are none change nothing, and a scheme that is not there leaves none active.
+std::int32_t ActivateScheme(Plugin& plugin, schemes::SchemeKind kind, const std::string& category,
+                            const std::string& name, bool report);
+
+// Notes in the settings which scheme of a kind the session has chosen. That of filters has no setting.
+void NoteActiveScheme(config::LocalSettings* settings, schemes::SchemeKind kind, const std::string& category,
+                      const std::string& name);
+
 // Loads the active schemes again by their names; those that were read from a document's table stay. One that
 // is not there is no longer active; the user is told.
 void ReloadSchemes(Plugin& plugin);

@@ -39,7 +39,7 @@ bool AskToOpen(Plugin& plugin, const char* id, const std::string& path) {
 }  // namespace
 
 std::int32_t ReadLocalSettingsOnCommand(Plugin& plugin) {
-  ReadLocalSettingsAgain(plugin);
+  ReadLocalSettingsAgain(plugin, /*report=*/true);
   return common::kDone;
 }
 

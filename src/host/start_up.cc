@@ -33,12 +33,13 @@ std::string AsSettingsPath(const std::string& path) {
   return path.find('/') == std::string::npos ? "./" + path : path;
 }
 
-void ReadSettings(Plugin& plugin) {
-  const auto check = schemes::CheckMainSettingsFile(plugin.host, plugin.engine, plugin.messenger, true);
-  config::ReadLocalSettings(plugin.messenger, plugin.host.platform, plugin.debug_log, true, check,
-                            &plugin.settings);
+bool ReadSettings(Plugin& plugin, bool report) {
+  const auto check = schemes::CheckMainSettingsFile(plugin.host, plugin.engine, plugin.messenger, report);
+  const bool read = config::ReadLocalSettings(plugin.messenger, plugin.host.platform, plugin.debug_log,
+                                              report, check, &plugin.settings);
   xpath::bw_XPathEngineInit(plugin.engine, kDefault, plugin.settings.xpath_expression_max_length,
                             plugin.settings.xpath_max_matches);
+  return read;
 }
 
 class Start {
@@ -53,7 +54,7 @@ class Start {
     xpath::bw_XPathEngineInit(plugin_.engine, kDefault, kProvisionalExpressionLength, kDefault);
 
     ShowStage("Retrieving local settings");
-    ReadSettings(plugin_);
+    ReadSettings(plugin_, true);
     config::LoadStartupLanguage(host_.session, plugin_.messenger, plugin_.settings);
 
     ShowStage("Retrieving main settings");
@@ -153,16 +154,17 @@ class Start {
 
 bool StartUp(Plugin& plugin, const StartOptions& options) { return Start(plugin, options).Run(); }
 
-void ReadLocalSettingsAgain(Plugin& plugin) {
+bool ReadLocalSettingsAgain(Plugin& plugin, bool report) {
   const std::string before = plugin.settings.paths.main_settings;
-  ReadSettings(plugin);
+  const bool read = ReadSettings(plugin, report);
   if (plugin.main_settings == host::kNone || plugin.settings.paths.main_settings != before) {
     OpenSessionSettings(plugin);
   }
   ReloadSchemes(plugin);
-  if (!plugin.schemes.coloring.Active()) LoadDefaultColoring(plugin, true);
+  if (!plugin.schemes.coloring.Active()) LoadDefaultColoring(plugin, report);
   if (!plugin.schemes.validation.Active()) LoadDefaultValidation(plugin);
-  plugin.messenger.Alert("QELM_MSG_GEN_25");
+  if (report) plugin.messenger.Alert("QELM_MSG_GEN_25");
+  return read;
 }
 
 }  // namespace qelm

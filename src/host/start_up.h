@@ -20,8 +20,9 @@ inline constexpr char kCannotInitialize[] = "QELM cannot initialize.";
 // something ends the start. Returns as Plugin::Initialize does.
 bool StartUp(Plugin& plugin, const StartOptions& options);
 
-// Reads the local settings again, as the command does: what the session has chosen stays, limits and debug
-// log follow the file, and so does the main settings document. Then says that it is done.
-void ReadLocalSettingsAgain(Plugin& plugin);
+// Reads the local settings again: what the session has chosen stays, limits and debug log follow the file,
+// and so does the main settings document. With `report` it tells what is wrong with the file, and that it is
+// done. False when the file cannot be read.
+bool ReadLocalSettingsAgain(Plugin& plugin, bool report);
 
 }  // namespace qelm

@@ -194,6 +194,24 @@ TEST(Info, TellsWhatIsInADocument) {
   EXPECT_TRUE(main_flow);
 }
 
+TEST(Info, PagesAndMetadataAreThoseOfTheDocument) {
+  Program program;
+  std::string document = testing::Mif("<Doc>\n<P>one</P>\n<P><!Page/>two</P>\n</Doc>");
+  document.insert(document.find("<Document \n") + 11,
+                  " <PDFDocInfo <Key `Author'> <Value `A. Writer'>>\n <DStartPage 5>\n");
+  const std::string path = program.folder.Write("pages.mif", document);
+  EXPECT_EQ(program.Run({"info", path, "--json"}).Json()["metadata"], json({{"Author", "A. Writer"}}));
+  EXPECT_NE(program.Run({"info", path}).out.find("Author:       A. Writer\n"), std::string::npos);
+  const json info = program.Run({"info", path, "--pages", "--json"}).Json();
+  ASSERT_EQ(info["pages"].size(), 2U);
+  EXPECT_EQ(info["first_page"], 5);
+  EXPECT_EQ(info["pages"][1]["ordinal"], 2);
+  EXPECT_EQ(info["pages"][1]["columns"], 1);
+  EXPECT_EQ(info["double_sided"], false);
+  const std::string book = program.folder.Write("book.mif", testing::MifBook({"pages.mif"}));
+  EXPECT_EQ(program.Run({"info", book, "--pages"}).status, 2);
+}
+
 TEST(Info, ListsTheComponentsOfABook) {
   Program program;
   const std::string book = program.folder.Write("b.mif", testing::MifBook({"<c>doc.mif", "<c>gone.mif"}));

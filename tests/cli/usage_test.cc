@@ -37,7 +37,7 @@ TEST(Usage, MistakesAreNamedWithWhatWasPerhapsMeant) {
       {{"info", doc, "--answers", program.folder.File("answers")}, "line 1"},
       {{"xpath", doc, "--dump"}, "EXPRESSION"},
       {{"xpath", doc, "//P", "--expressions", "-"}, "EXPRESSION"},
-      {{"convert", doc, "out.pdf"}, "PDF"},
+      {{"convert", doc, "out.pdf", "--page", "2"}, "--page"},
       {{"convert", doc, "out"}, ".xml"},
       {{"schemes"}, "list, show"},
   };

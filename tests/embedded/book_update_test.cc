@@ -36,6 +36,10 @@ constexpr std::string_view kCatalogs = R"(<PgfCatalog
   <XRefDef `in <$paratext[Heading]\>, No <$attribute[no:Sec]\>'>
  > # end of XRefFormat
  <XRefFormat 
+  <XRefName `Page'>
+  <XRefDef `p. <$elempagenum\>'>
+ > # end of XRefFormat
+ <XRefFormat 
   <XRefName `Odd'>
   <XRefDef `<$moon\>'>
  > # end of XRefFormat
@@ -120,6 +124,31 @@ TEST_F(BookUpdateTest, NumbersAndReferencesRunThroughTheBook) {
   EXPECT_EQ(folder.Read("a.mif"), once) << "what is up to date stays byte for byte";
 }
 
+// The first chapter has two pages.
+TEST_F(BookUpdateTest, PageNumbersGoOnOrBeginAnew) {
+  OpenBook({"<Doc>\n<P>a<!Page/>b</P>\n</Doc>",
+            "<Doc>\n<P id=\"t\">c <XRef .format=\"Page\" .source=\"t: P\">?</XRef></P>\n</Doc>",
+            "<Doc>\n</Doc>"});
+  std::string book = folder.Read("book.mif");
+  std::size_t at = 0;
+  for (const char* const pages :
+       {"Restart>\n <PageNumStart 3>\n <PageNumStyle LCRoman", "Continue", "ReadFromFile"}) {
+    at = book.find("<BookComponent", at) + 15;
+    book.insert(at, std::string("\n <PageNumbering ") + pages + ">");
+  }
+  folder.Write("book.mif", book);
+  EXPECT_TRUE(host.books.Update(Reopened(OpenFile("book.mif")), kBoth)) << host.documents.LastError();
+  std::string numbers;
+  for (const char* const name : {"a.mif", "b.mif", "c.mif"}) {
+    const std::string text = folder.Read(name);
+    for (std::size_t page = 0; (page = text.find("<PageNum `", page)) != std::string::npos; ++page) {
+      numbers += text.substr(page + 10, text.find('\'', page) - page - 10) + " ";
+    }
+  }
+  EXPECT_EQ(numbers, "iii iv 5 1 ");
+  EXPECT_NE(Golden("b.mif").find("<XRef>p. 5</XRef>"), std::string::npos) << Golden("b.mif");
+}
+
 TEST_F(BookUpdateTest, WhatCannotBeUpdatedStaysAndIsReported) {
   const Id book = OpenBook({
       "<Doc>\n<P>1 <XRef .format=\"Head\" .source=\"none: Title\">gone</XRef></P>\n"
@@ -128,12 +157,11 @@ TEST_F(BookUpdateTest, WhatCannotBeUpdatedStaysAndIsReported) {
       "<P>4 <XRef .format=\"Head\" .source=\"x: P\" .file=\"<c>away.mif\">away</XRef></P>\n</Doc>",
   });
   const std::string before = folder.Read("a.mif");
-  EXPECT_FALSE(host.books.Update(book, kBoth | host::kUpdateOleLinks | host::kUpdateMasterPages));
+  EXPECT_FALSE(host.books.Update(book, kBoth | host::kUpdateOleLinks));
   EXPECT_EQ(folder.Read("a.mif"), before);
   std::string said;
   for (const std::string& notice : embedded.notices()) said += notice + "\n";
-  for (const char* what :
-       {"\"gone\" to \"none\"", "\"Nameless\"", "<$moon>", "away.mif", "OLE", "master pages"}) {
+  for (const char* what : {"\"gone\" to \"none\"", "\"Nameless\"", "<$moon>", "away.mif", "OLE"}) {
     EXPECT_NE(said.find(what), std::string::npos) << what << "\n" << said;
   }
   host.books.ShowErrorLog(book);
@@ -173,6 +201,114 @@ TEST_F(BookUpdateTest, AListIsMadeAsItsReferencePageSays) {
   const std::string once = folder.Read("toc.mif");
   EXPECT_TRUE(host.books.Update(Reopened(book), host::kUpdateGeneratedFiles | host::kUpdateNumbering));
   EXPECT_EQ(folder.Read("toc.mif"), once);
+}
+
+// Pages are 1 and 2 in the first chapter, and 3 in the second.
+TEST_F(BookUpdateTest, AnIndexIsSortedMergedAndGrouped) {
+  MifFile list;
+  list.flows = {
+      {.text = "[IndexTitle]Index\n[Level1IX]old 9\n"},
+      {.text =
+           "[SeparatorsIX] - 1, 2..3\n[SortOrderIX]\\<$symbols>\\<$numerics>\\<$alphabetics>\n"
+           "[GroupTitlesIX]Symbols\\[\\\\ \\];Numerics\\[0\\];A;E;P;Z\n[IndexIX]\\<$autorange>\\<$pagenum>\n",
+       .place = testing::MifFlow::Place::kReference,
+       .tag = "IX"}};
+  folder.Write("ix.mif", Mif(list));
+  const auto marker = [](const std::string& text) {
+    return "<!Marker .type=\"Index\" .text=\"" + text + "\"/>";
+  };
+  const Id book = OpenBook({
+      "<Doc>\n<P>a" + marker("pump:seal; \xC3\x89lan; 10 bar") + marker("<$startrange>valve[apex]") +
+          marker("Elan; pump: <Emphasis>gasket<Bold>") + "</P>\n<P>b<!Page/>c" + marker("pump:seal;%") +
+          marker("zinc;<$nopage>pump:see seal") + "</P>\n</Doc>",
+      "<Doc>\n<P>a" + marker("<$endrange>valve[apex];<$singlepage>pump room; pump:seal") +
+          marker("<$endrange>lost") + "{Secret}" + marker("hidden") + "{}</P>\n</Doc>",
+  });
+  std::string second = folder.Read("b.mif");
+  folder.Write("b.mif", second.replace(second.find("<PageNum `1'>"), 13, "<PageNum `3'>"));
+  AddComponent("ix.mif", " <FileNameSuffix `IX'>\n <DeriveType IDX>\n <DeriveTag `Index'>\n");
+  EXPECT_FALSE(host.books.Update(Reopened(book), host::kUpdateGeneratedFiles));
+  EXPECT_EQ(
+      Golden("ix.mif"),
+      "Index\nSymbols\n% - 2\nNumerics\n10 bar - 1\nA\nvalve - 1..3\nE\nElan - 1\n\xC3\x89lan - 1\n"
+      "hidden - 3\nlost - ??..3\nP\npump\ngasket - 1\nseal - 1..3\nsee seal\npump room - 3\nZ\nzinc - 2");
+  EXPECT_NE(folder.Read("ix.mif").find("<PgfTag `Level2IX'>"), std::string::npos);
+  const std::string once = folder.Read("ix.mif");
+  EXPECT_FALSE(host.books.Update(Reopened(book), host::kUpdateGeneratedFiles)) << "the lost range";
+  EXPECT_EQ(folder.Read("ix.mif"), once);
+}
+
+// The source lies in another folder, and has what stands elsewhere in its file.
+TEST_F(BookUpdateTest, InsetsAreReadFromTheirSources) {
+  folder.Write(
+      "in/s.mif",
+      Chapter("<Doc>\n[Heading]<Title>new {Red}one{}</Title>\n<P>{Draft}two{}<Footnote>note</Footnote> "
+              "<XRef .format=\"Head\" .source=\"x: P\" .file=\"<c>t.mif\">x</XRef></P>\n"
+              "<Table><TableBody><Row><Cell>c<Graphic .file=\"<c>g.png\"/></Cell></Row></TableBody></Table>\n"
+              "</Doc>"));
+  folder.Write("s.txt", "one\r\ntwo\t2\r\n");
+  const Id book =
+      OpenBook({"<Doc>\n<!Inset .file=\"<c>in<c>s.mif\">\n<Old>old</Old>\n</!Inset>\n<P>behind</P>\n"
+                "<!Inset .file=\"<c>s.txt\">\n<P>old text</P>\n</!Inset>\n"
+                "<!Inset .file=\"<c>gone.mif\">\n<P>kept</P>\n</!Inset>\n</Doc>"});
+  std::string file = folder.Read("a.mif");
+  const std::size_t text_inset = file.find("<TextInsetLocked No>", file.find("s.txt"));
+  file.insert(text_inset, "<TiText \n <TiEOLisEOP Yes>\n>\n");
+  folder.Write("a.mif", file);
+  EXPECT_FALSE(host.books.Update(book, host::kUpdateTextInsets));
+  const std::string golden = Golden("a.mif");
+  EXPECT_EQ(
+      golden,
+      "<Doc><!Inset><Doc><Title>new {Red}one{}</Title>\n<P>{Draft}two{}<Footnote>note</Footnote> "
+      "<XRef>x</XRef></P>\n<Table><TableBody><Row><Cell>c<Graphic/></Cell></Row></TableBody></Table></Doc>"
+      "</!Inset>\n<P>behind</P>\n<!Inset>one\ntwo\t2</!Inset>\n<!Inset><P>kept</P></!Inset></Doc>");
+  EXPECT_EQ(folder.Read("a.mif").find("`old"), std::string::npos);
+  EXPECT_NE(folder.Read("a.mif").find("<c\\>in<c\\>t.mif"), std::string::npos);
+  EXPECT_NE(folder.Read("a.mif").find("<c\\>in<c\\>g.png"), std::string::npos);
+  std::string said;
+  for (const std::string& notice : embedded.notices()) said += notice + "\n";
+  EXPECT_NE(said.find("gone.mif stays as it is"), std::string::npos) << said;
+  const std::string once = folder.Read("a.mif");
+  EXPECT_FALSE(host.books.Update(Reopened(book), host::kUpdateTextInsets));
+  EXPECT_EQ(folder.Read("a.mif"), once) << "what is up to date stays byte for byte";
+}
+
+TEST_F(BookUpdateTest, MasterPagesFollowTheTable) {
+  MifFile file;
+  const auto page = [](const std::string& tag) {
+    return testing::MifFlow{.text = "m", .place = testing::MifFlow::Place::kMaster, .tag = tag};
+  };
+  file.flows = {
+      {.text =
+           "<Doc>\n[Title]<P>1</P>\n<P>a<!Page/>b<!Page/>c</P>\n<Sec kind=\"x\">\n<P>d<!Page/>e</P>\n</Sec>"
+           "\n<P><!Page/>f</P>\n[Last]<P><!Page/>g<!Page/>h</P>\n</Doc>"},
+      page("First"),
+      page("Wide"),
+      {.text = "<!Table .format=\"StructMasterPageMaps\"><!TableBody>"
+               "<!Row><!Cell>Title</!Cell><!Cell>First</!Cell></!Row>"
+               "<!Row><!Cell>Sec</!Cell><!Cell>Wide</!Cell><!Cell></!Cell><!Cell>kind</!Cell><!Cell>x</!Cell>"
+               "<!Cell>Doc</!Cell><!Cell>Span pages</!Cell></!Row>"
+               "<!Row><!Cell>Last</!Cell><!Cell>Missing</!Cell></!Row>"
+               "</!TableBody></!Table>",
+       .place = testing::MifFlow::Place::kReference,
+       .tag = "MasterPageMaps"}};
+  std::string bytes = Mif(file);
+  for (const char* const name : {"First", "Wide"}) {
+    bytes.replace(bytes.find("<PageTag `Page'>"), 16, "<PageTag `" + std::string(name) + "'>");
+  }
+  folder.Write("a.mif", bytes);
+  folder.Write("book.mif", MifBook({"a.mif"}));
+  EXPECT_FALSE(host.books.Update(OpenFile("book.mif"), host::kUpdateMasterPages));
+  std::string pages;
+  const std::string text = folder.Read("a.mif");
+  for (std::size_t at = 0; (at = text.find("<PageBackground `", at)) != std::string::npos; ++at) {
+    pages += text.substr(at + 17, text.find('\'', at + 17) - at - 17) + " ";
+  }
+  EXPECT_EQ(pages, "First Wide Wide ");
+  EXPECT_EQ(
+      std::count_if(embedded.notices().begin(), embedded.notices().end(),
+                    [](const std::string& notice) { return notice.find("\"Missing\"") != notice.npos; }),
+      1);
 }
 
 }  // namespace

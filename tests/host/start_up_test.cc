@@ -161,7 +161,7 @@ TEST(ReadLocalSettingsAgain, FollowsTheFileAndKeepsWhatWasChosen) {
                             "\nDEFAULT_SCHEME_CATEGORY=Review\nXPATH_EXPRESSION_MAX_LENGTH=100\n"
                             "COLOR_DEFAULT_COLORING_SCHEME=Other\n"
                             "VAL_DEFAULT_VALIDATION_SCHEME=Strict\n");
-  ReadLocalSettingsAgain(*session.plugin);
+  ReadLocalSettingsAgain(*session.plugin, true);
   EXPECT_EQ(session.user.shown, std::vector<std::string>{"QELM_MSG_GEN_25"});
   EXPECT_EQ(session.roles().documents.Path(session.plugin->main_settings), session.folder.File("team.xml"));
   EXPECT_EQ(session.roles().documents.Path(before), "") << "the one before is closed";

@@ -24,6 +24,7 @@ class NullDocuments : public host::Documents {
   bool Activate(host::Id) override { return false; }
   host::Id FirstOpenDocument() override { return 0; }
   host::Id NextOpenDocument(host::Id) override { return 0; }
+  host::Id FindOpen(const std::string&) override { return 0; }
   host::Id Open(const std::string&, const host::OpenOptions&, host::OpenStatus* status) override {
     *status = host::OpenStatus::kNotFound;
     return 0;

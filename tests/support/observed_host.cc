@@ -113,6 +113,7 @@ class ObservedDocuments : public Observed<Documents> {
   CALL1(bool, Activate, Id)
   CALL0(Id, FirstOpenDocument)
   CALL1(Id, NextOpenDocument, Id)
+  CALL1(Id, FindOpen, const std::string&)
   CALL3(Id, Open, const std::string&, const OpenOptions&, OpenStatus*)
   CALL2(bool, Save, Id, const SaveOptions&)
   CALL2(bool, Close, Id, bool)

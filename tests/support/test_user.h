@@ -47,11 +47,14 @@ class TestUser : public MenuTaker {
 class TestClients : public host::Clients {
  public:
   std::vector<std::string> sent;
+  std::function<void()> when_sent;  // what a client does that is told something
   bool Send(std::string_view client, std::string_view text) override {
     sent.push_back(std::string(client) + ":" + std::string(text));
+    if (when_sent) when_sent();
     return true;
   }
-  void Return(std::int32_t) override {}
+  std::int32_t returned = -1000;  // by the last call
+  void Return(std::int32_t value) override { returned = value; }
 };
 
 }  // namespace qelm::testing

@@ -4,29 +4,23 @@
 #include <filesystem>
 #include <map>
 
-#include "embedded/adapter/opened.h"
+#include "embedded/adapter/inset_update.h"
+#include "embedded/adapter/opened_document.h"
 #include "embedded/mif/strings.h"
 #include "embedded/model/book_numbering.h"
 #include "embedded/model/files.h"
 #include "embedded/model/generated_list.h"
+#include "embedded/model/index_list.h"
 #include "embedded/model/links.h"
 #include "embedded/model/locate.h"
+#include "embedded/model/master_pages.h"
+#include "embedded/model/page_numbering.h"
 #include "embedded/model/reference_text.h"
 
 namespace qelm::embedded::adapter {
 namespace {
 
 using model::ItemKind;
-
-// What cannot be updated in this version, by its flag.
-struct Missing {
-  host::BookUpdate flag;
-  std::string_view what;
-};
-constexpr Missing kMissing[] = {
-    {host::kUpdateMasterPages, "master pages are not applied in this version; they stay as they are."},
-    {host::kUpdateOleLinks, "OLE links cannot be updated: the programs that they need are not available."},
-};
 
 // A reference to another file: what it asks of that file, and what it shows now.
 struct Request {
@@ -59,6 +53,7 @@ struct List {
   model::ListSettings settings;
   std::unordered_map<std::string, std::string> formats;
   std::vector<model::ListEntry> entries;
+  std::optional<model::IndexList> index;  // of an index
 };
 
 class Updater {
@@ -71,11 +66,18 @@ class Updater {
   bool Asked(host::BookUpdate flag) const { return (flags_ & flag) != 0; }
   void FindComponents();
   void Number(Component* component);
+  model::Span StatementOf(const Component& component) {
+    return workspace_.Book(book_)->components[component.id - 1].span;
+  }
+  void SkipPages(const Component& component) {
+    model::SkipPages(workspace_.Book(book_)->tree, StatementOf(component), &pages_);
+  }
   Numbered Numbers(const model::Document& document, const Component* component);
   std::size_t References(OpenFile* file, Component* component, const Numbered& numbers);
   std::size_t OwnReference(OpenFile* file, std::uint32_t item, const model::ReferenceStatement& reference,
                            const std::string& format, model::ReferenceTargets* targets);
-  void Insets(const OpenFile& file);
+  void Insets();
+  std::size_t MasterPages(OpenFile* file);
   void Answer();
   void AnswerFrom(const std::string& identity);
   void Apply(Component* component);
@@ -97,6 +99,7 @@ class Updater {
   UpdateOutcome outcome_;
   std::vector<Component> components_;
   model::BookCounters counters_;
+  model::PageCounter pages_;
   // By file, target and format: what is shown.
   using Question = std::pair<std::string, std::string>;
   std::map<std::string, std::map<Question, model::ReferenceText>> answers_;
@@ -116,12 +119,14 @@ void Updater::FindComponents() {
 
 UpdateOutcome Updater::Run() {
   const std::string path = workspace_.File(book_)->path;
-  for (const Missing& missing : kMissing) {
-    if (Asked(missing.flag)) Find(path + ": " + std::string(missing.what));
+  if (Asked(host::kUpdateOleLinks)) {
+    Find(path + ": OLE links cannot be updated: the programs that they need are not available.");
   }
   FindComponents();
-  const bool reads =
-      Asked(host::kUpdateNumbering) || Asked(host::kUpdateCrossReferences) || Asked(host::kUpdateTextInsets);
+  if (Asked(host::kUpdateTextInsets)) Insets();
+  constexpr std::uint32_t kReading = host::kUpdateNumbering | host::kUpdateCrossReferences |
+                                     host::kUpdateMasterPages | host::kUpdateTextInsets;
+  const bool reads = (flags_ & kReading) != 0;
   if (reads) {
     for (Component& component : components_) Number(&component);
     Answer();
@@ -157,14 +162,14 @@ Numbered Updater::Numbers(const model::Document& document, const Component* comp
 }
 
 void Updater::Number(Component* component) {
-  Opened opened(workspace_, documents_, component->path);
+  OpenedDocument opened(workspace_, documents_, component->path);
   OpenFile* file = opened.File();
   if (file == nullptr) {
     Find(std::string(documents_.LastError()));
-    return;
+    return SkipPages(*component);
   }
   component->readable = true;
-  if (file->document->format != model::Format::kMif) return;
+  if (file->document->format != model::Format::kMif) return SkipPages(*component);
   if (!SettleDocument(file)) {
     Find(file->path + ": what was changed in the document cannot be brought into it.");
     return;
@@ -172,9 +177,15 @@ void Updater::Number(Component* component) {
   component->before = counters_;
   const Numbered numbers = Numbers(*file->document, component);
   std::size_t changed = 0;
-  if (Asked(host::kUpdateNumbering)) changed += model::SetNumbers(file->document.get(), numbers.paragraphs);
+  if (Asked(host::kUpdateNumbering)) {
+    changed += model::SetNumbers(file->document.get(), numbers.paragraphs);
+    const model::Book& book = *workspace_.Book(book_);
+    const std::vector<std::string> pages =
+        model::NextPages(book.tree, StatementOf(*component), *file->document, &pages_);
+    changed += model::SetPageNumbers(file->document.get(), pages);
+  }
   if (Asked(host::kUpdateCrossReferences)) changed += References(file, component, numbers);
-  if (Asked(host::kUpdateTextInsets)) Insets(*file);
+  if (Asked(host::kUpdateMasterPages)) changed += MasterPages(file);
   if (changed != 0 && !opened.Finish()) Find(std::string(documents_.LastError()));
 }
 
@@ -225,12 +236,28 @@ std::size_t Updater::References(OpenFile* file, Component* component, const Numb
   return changed;
 }
 
-void Updater::Insets(const OpenFile& file) {
-  for (const model::Link& link : model::ReadLinks(*file.document)) {
-    if (link.kind != model::LinkKind::kTextInset) continue;
-    Find(file.path + ": the text inset from " + link.file +
-         " is not read again in this version; it stays as it is.");
+// Numbers and references are those of the text that insets have now, so this comes first.
+void Updater::Insets() {
+  for (const Component& component : components_) {
+    if (component.generated) continue;
+    OpenedDocument opened(workspace_, documents_, component.path);
+    OpenFile* file = opened.File();
+    // What cannot be opened is said later on, when all of it is needed.
+    if (file == nullptr || file->document->format != model::Format::kMif || !SettleDocument(file)) continue;
+    const std::size_t known = outcome_.findings.size();
+    const bool changed = UpdateInsets(workspace_, documents_, file, &outcome_.findings) != 0;
+    if (outcome_.findings.size() != known) outcome_.complete = false;
+    if (changed && !opened.Finish()) Find(std::string(documents_.LastError()));
   }
+}
+
+std::size_t Updater::MasterPages(OpenFile* file) {
+  const std::vector<model::MasterPageRule> rules = model::ReadMasterPageRules(*file->document);
+  if (rules.empty()) return 0;
+  std::vector<std::string> problems;
+  const std::size_t changed = model::ApplyMasterPages(file->document.get(), rules, &problems);
+  for (const std::string& problem : problems) Find(file->path + ": " + problem + ".");
+  return changed;
 }
 
 void Updater::Answer() {
@@ -239,7 +266,7 @@ void Updater::Answer() {
 
 void Updater::AnswerFrom(const std::string& identity) {
   std::map<Question, model::ReferenceText>& questions = answers_[identity];
-  Opened opened(workspace_, documents_, names_[identity]);
+  OpenedDocument opened(workspace_, documents_, names_[identity]);
   OpenFile* file = opened.File();
   if (file == nullptr || file->document->format != model::Format::kMif || !SettleDocument(file)) {
     std::string why = file == nullptr ? std::string(documents_.LastError()) : "the file is not MIF";
@@ -267,7 +294,7 @@ void Updater::Apply(Component* component) {
     }
   }
   if (!any) return;
-  Opened opened(workspace_, documents_, component->path);
+  OpenedDocument opened(workspace_, documents_, component->path);
   OpenFile* file = opened.File();
   if (file == nullptr) return Find(std::string(documents_.LastError()));
   model::Document* document = file->document.get();
@@ -291,17 +318,23 @@ bool Updater::Prepare(const Component& component, List* list) {
   list->component = &component;
   list->settings =
       model::ReadListSettings(book.tree.At(book.components[component.id - 1].span), book.tree.encoding);
-  if (!model::IsParagraphList(list->settings)) {
+  const model::ListKind kind = model::KindOf(list->settings);
+  if (kind == model::ListKind::kUnknown) {
     Find(component.path + ": generated files of the type " + list->settings.type +
          " are not made anew in this version; it stays as it is.");
     return false;
   }
-  Opened opened(workspace_, documents_, component.path);
+  OpenedDocument opened(workspace_, documents_, component.path);
   if (opened.File() == nullptr) {
     Find(std::string(documents_.LastError()));
     return false;
   }
-  list->formats = model::EntryFormats(*opened.File()->document, list->settings);
+  const model::Document& document = *opened.File()->document;
+  if (kind == model::ListKind::kIndex) {
+    list->index.emplace(document, list->settings);
+  } else {
+    list->formats = model::EntryFormats(document, list->settings);
+  }
   return true;
 }
 
@@ -315,7 +348,7 @@ void Updater::Generate() {
   if (lists.empty()) return;
   counters_ = {};
   for (Component& component : components_) {
-    Opened opened(workspace_, documents_, component.path);
+    OpenedDocument opened(workspace_, documents_, component.path);
     OpenFile* file = opened.File();
     if (file == nullptr || file->document->format != model::Format::kMif) {
       Find(component.path + ": the file cannot be read; nothing of it is listed.");
@@ -328,16 +361,27 @@ void Updater::Generate() {
     for (List& list : lists) {
       const std::filesystem::path folder = std::filesystem::path(list.component->path).parent_path();
       const std::string name = std::filesystem::path(component.path).lexically_relative(folder).string();
-      model::CollectEntries(*file->document, &targets, list.settings, list.formats, name, &list.entries);
+      if (list.index) {
+        list.index->Collect(*file->document, &targets, name);
+      } else {
+        model::CollectEntries(*file->document, &targets, list.settings, list.formats, name, &list.entries);
+      }
     }
   }
   for (List& list : lists) Write(&list);
 }
 
 void Updater::Write(List* list) {
-  Opened opened(workspace_, documents_, list->component->path);
+  OpenedDocument opened(workspace_, documents_, list->component->path);
   OpenFile* file = opened.File();
   if (file == nullptr || !SettleDocument(file)) return Find(std::string(documents_.LastError()));
+  if (list->index) {
+    std::vector<std::string> problems;
+    list->entries = list->index->Entries(&problems);
+    for (const std::string& problem : problems) Find(file->path + ": " + problem + ".");
+  } else {
+    model::SortEntries(list->settings, &list->entries);
+  }
   std::string problem;
   const bool changed = model::SetEntries(file->document.get(), list->settings, list->entries, &problem);
   if (!problem.empty()) Find(file->path + ": the list is not made anew: " + problem + "; it stays as it is.");

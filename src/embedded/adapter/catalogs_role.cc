@@ -55,7 +55,7 @@ class CatalogsRole : public host::Catalogs {
     OpenFile* file = workspace_.DocumentFile(document);
     DeclareConditions(file->document.get(), {condition});
     model::SetConditionShown(file->document.get(), condition, shown);
-    MarkEdited(file, EditOf::kLooks);
+    MarkEdited(file, EditOf::kVisibility);
     return true;
   }
 

@@ -63,6 +63,7 @@ class DocumentsRole : public host::Documents {
   Id NextOpenDocument(Id document) override {
     return document == host::kNone ? host::kNone : DocumentFrom(document + 1);
   }
+  Id FindOpen(const std::string& path) override { return workspace_.FindPath(path); }
 
   Id Open(const std::string& path, const host::OpenOptions& options, OpenStatus* status) override;
   bool Save(Id id, const host::SaveOptions& options) override;
@@ -347,7 +348,7 @@ bool DocumentsRole::SetSwitch(Id document, host::DocumentSwitch which, bool on) 
     case host::DocumentSwitch::kShowAllConditions:
       if (file->Tree().show_all == on) break;
       file->Tree().show_all = on;
-      MarkEdited(file, EditOf::kLooks);
+      MarkEdited(file, EditOf::kVisibility);
       break;
     case host::DocumentSwitch::kElementBoundaries:
       if (file->Tree().boundaries == on) break;

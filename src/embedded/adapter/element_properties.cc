@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 
+#include "embedded/adapter/printing.h"
 #include "embedded/model/text_access.h"
 
 namespace qelm::embedded::adapter {
@@ -113,7 +114,36 @@ std::string PageInteger(const model::Page& page) {
   return std::to_string(number);
 }
 
+// The page on which an item stands when the document is laid out as it is now; null where it stands on none.
+const render::PageAt* LaidPage(OpenFile* file, std::uint32_t item) {
+  const model::Document& document = file->Tree();
+  const model::Flow& flow = document.flows[document.main_flow];
+  if (item < flow.first_item || item >= flow.end_item) return nullptr;
+  DerivedData& derived = file->derived;
+  if (derived.laid_at != file->layout) {
+    derived.laid_pages = LayOutPages(file);
+    derived.laid_at = file->layout;
+  }
+  const auto after =
+      std::upper_bound(derived.laid_pages.begin(), derived.laid_pages.end(), item,
+                       [](std::uint32_t at, const render::PageAt& page) { return at < page.item; });
+  return after == derived.laid_pages.begin() ? nullptr : &*(after - 1);
+}
+
+// The document's own record of its pages holds until something moves.
 bool ReadPageNumber(OpenFile* file, std::uint32_t item, bool as_text, std::string* value) {
+  constexpr std::uint64_t kAsRead = 1;
+  const std::vector<model::Page>& pages = file->Tree().pages;
+  const bool recorded = std::any_of(pages.begin(), pages.end(), [](const model::Page& page) {
+    return page.kind == model::FlowKind::kBody;
+  });
+  if (!recorded || file->layout != kAsRead) {
+    const render::PageAt* laid = LaidPage(file, item);
+    if (laid != nullptr) {
+      *value = as_text ? laid->text : std::to_string(laid->number);
+      return true;
+    }
+  }
   const model::Page* page = BodyPage(file, item);
   if (page == nullptr) return false;
   *value = as_text ? std::string(page->number) : PageInteger(*page);

@@ -11,7 +11,7 @@ bool EventLog::OpenFile(const std::string& path) {
 }
 
 void EventLog::Write(std::string_view kind, nlohmann::ordered_json fields) {
-  if (stream_ == nullptr && !listener_) return;
+  if (!Wanted()) return;
   nlohmann::ordered_json event{{"event", kind}};
   event.update(fields);
   if (listener_) listener_(event);

@@ -25,6 +25,9 @@ class EventLog {
     listener_ = std::move(listener);
   }
 
+  // Whether anybody asked for events, for those who write many.
+  bool Wanted() const { return stream_ != nullptr || listener_; }
+
   // Writes an event of this kind with the members of `fields`. Nothing happens where nobody asked for it.
   void Write(std::string_view kind, nlohmann::ordered_json fields);
 

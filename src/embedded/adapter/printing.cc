@@ -1,10 +1,12 @@
 #include "embedded/adapter/printing.h"
 
-#include "embedded/adapter/opened.h"
+#include "embedded/adapter/opened_document.h"
 #include "embedded/model/book_numbering.h"
 #include "embedded/model/files.h"
 #include "embedded/model/locate.h"
+#include "embedded/model/metadata.h"
 #include "embedded/render/page_design.h"
+#include "embedded/render/pdf_metadata.h"
 
 namespace qelm::embedded::adapter {
 namespace {
@@ -72,7 +74,7 @@ class BookPrinter {
   std::size_t Run() {
     for (const model::Component& component : book_->book->components) {
       if (!IsPrinted(component)) continue;
-      Opened opened(workspace_, documents_, PathOf(component));
+      OpenedDocument opened(workspace_, documents_, PathOf(component));
       OpenFile* file = opened.File();
       if (file == nullptr) {
         workspace_.Notice(std::string(documents_.LastError()) + " It is left out of " + book_->path + ".");
@@ -105,7 +107,7 @@ class BookPrinter {
 };
 
 void BookPrinter::Add(const model::Component& component) {
-  Opened opened(workspace_, documents_, PathOf(component));
+  OpenedDocument opened(workspace_, documents_, PathOf(component));
   OpenFile* file = opened.File();
   if (file == nullptr || !SettleDocument(file)) return;
   const Printable printable(file);
@@ -141,7 +143,11 @@ std::optional<std::string> PrintPdf(Workspace& workspace, host::Documents& docum
   std::string pdf = print.Finish(why);
   for (const std::string& notice : print.Notices()) workspace.Notice(notice);
   if (pdf.empty()) return std::nullopt;
-  return pdf;
+  std::string warning;
+  std::optional<std::string> described =
+      render::PutMetadata(std::move(pdf), model::MetadataPacket(file->Tree()), &warning, why);
+  if (!warning.empty()) workspace.Notice(file->path + ": " + warning);
+  return described;
 }
 
 std::optional<std::string> PrintPage(Workspace& workspace, OpenFile* file, std::size_t page, double dpi,

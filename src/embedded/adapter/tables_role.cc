@@ -175,7 +175,7 @@ bool TablesRole::SetRowConditions(Id document, Id row, const std::vector<Id>& co
   if (set == part->conditions) return true;
   DeclareConditions(model, conditions);
   model::SetRowConditions(model, row, set);
-  MarkEdited(file, EditOf::kLooks);
+  MarkEdited(file, EditOf::kVisibility);
   return true;
 }
 

@@ -263,7 +263,8 @@ bool TextRole::WriteProperties(Id document, const TextRange& range, const host::
     DeclareConditions(model, properties.conditions);
     model::SetConditions(model, begin, end, model->InternConditions(properties.conditions));
   }
-  MarkEdited(file, EditOf::kLooks);
+  const bool conditions = (properties.mask & host::kConditionsProperty) != 0;
+  MarkEdited(file, conditions ? EditOf::kVisibility : EditOf::kLooks);
   return true;
 }
 

@@ -13,6 +13,7 @@
 #include <iosfwd>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "embedded/adapter/answers.h"
@@ -82,6 +83,10 @@ class ScriptedUserInterface : public host::UserInterface {
   std::ostream& Messages();
   // A text at the start of every alert and question that is not repeated when they are shown or collected.
   void SetHeader(std::string header) { header_ = std::move(header); }
+  // Tells from now on whether Esc was pressed.
+  void SetEsc(std::function<bool()> esc) { options_.esc = std::move(esc); }
+  // Nobody is asked any more, also where a terminal is at hand.
+  void SetUnattended() { options_.interactive = false; }
   // Alerts are collected, and from now on not shown, or shown again.
   void SetQuiet(bool quiet) { options_.quiet = quiet; }
   // Where console text goes; without a stream it is shown among the messages.
@@ -89,6 +94,8 @@ class ScriptedUserInterface : public host::UserInterface {
 
   // The texts of all alerts so far, oldest first.
   const std::vector<std::string>& Alerts() const { return alerts_; }
+  // The same; they are forgotten.
+  std::vector<std::string> TakeAlerts() { return std::exchange(alerts_, {}); }
   // Menus and commands by id - 1, and where they were put, in the order in which they came.
   const std::vector<MenuItem>& Items() const { return items_; }
   const std::vector<MenuEntry>& Entries() const { return entries_; }

@@ -100,6 +100,7 @@ bool SettleDocument(OpenFile* file) {
 
 void MarkEdited(OpenFile* file, EditOf what) {
   file->edited = true;
+  if (what != EditOf::kLooks) ++file->layout;
   if (what == EditOf::kContent) {
     ++file->revision;
     file->derived.paragraphs.clear();  // a mark may have gone, and its text joined the next paragraph

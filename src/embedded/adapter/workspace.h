@@ -13,6 +13,7 @@
 #include "embedded/adapter/embedded_host.h"
 #include "embedded/adapter/nested_ranges.h"
 #include "embedded/model/format_rules.h"
+#include "embedded/render/print.h"
 #include "host/interface/entry_points.h"
 
 namespace qelm::embedded::adapter {
@@ -62,6 +63,10 @@ struct DerivedData {
   };
   std::optional<std::vector<PageStart>> page_starts;
 
+  // The pages as the document is laid out at a state of OpenFile::layout; 0: it was not.
+  std::vector<render::PageAt> laid_pages;
+  std::uint64_t laid_at = 0;
+
   // What the element definitions say of formats.
   std::unique_ptr<model::FormatRules> format_rules;
 
@@ -80,6 +85,7 @@ struct OpenFile {
   std::string identity;        // the same with links resolved: what tells two files apart
   bool edited = false;         // since it was opened; saving does not clear it
   std::uint64_t revision = 1;  // of elements, attributes and text
+  std::uint64_t layout = 1;    // of what decides on which page something stands
   bool on_screen = true;
   bool iconified = false;
   host::ViewMode view = host::ViewMode::kWysiwyg;
@@ -183,9 +189,9 @@ class Workspace {
   std::string last_error_;
 };
 
-// Marks a document as changed. Looks are properties, conditions and catalogs: what such an edit leaves as it
-// was are the elements, their attributes and their text.
-enum class EditOf { kContent, kLooks };
+// Marks a document as changed. Looks are properties and catalogs, visibility is conditions: what such an edit
+// leaves as it was are the elements, their attributes and their text, and of looks also where text stands.
+enum class EditOf { kContent, kLooks, kVisibility };
 void MarkEdited(OpenFile* file, EditOf what = EditOf::kContent);
 
 // Puts conditions that text names but no catalog has into the catalog, as whoever applies or switches one

@@ -1,16 +1,47 @@
 #include "embedded/model/generated_list.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "embedded/mif/reader.h"
 #include "embedded/model/mif_layout.h"
 #include "embedded/model/mif_run.h"
+#include "embedded/model/sort_key.h"
 #include "embedded/model/text_access.h"
 
 namespace qelm::embedded::model {
 namespace {
 
 constexpr std::string_view kPlainEntry = "<$paratext>\t<$pagenum>";
+constexpr std::string_view kMarkerText = "<$markertext>";
+constexpr std::string_view kPlainMarkerEntry = "<$markertext>\t<$pagenum>";
+
+// The types of generated files, as a book names them.
+struct ListType {
+  std::string_view name;
+  ListKind kind;
+  bool sorted = false;
+  std::string_view tag = {};  // what it lists where the book does not say
+};
+constexpr ListType kTypes[] = {
+    {"TOC", ListKind::kParagraphs},
+    {"LOF", ListKind::kParagraphs},
+    {"LOT", ListKind::kParagraphs},
+    {"LOP", ListKind::kParagraphs},
+    {"APL", ListKind::kParagraphs, true},
+    {"LOM", ListKind::kMarkers},
+    {"AML", ListKind::kMarkers, true},
+    {"IDX", ListKind::kIndex, true, "Index"},
+    {"IOA", ListKind::kIndex, true, "Author"},
+    {"IOS", ListKind::kIndex, true, "Subject"},
+    {"IOM", ListKind::kIndex, true},
+};
+
+const ListType* TypeOf(const ListSettings& settings) {
+  const auto* const found = std::find_if(std::begin(kTypes), std::end(kTypes),
+                                         [&](const ListType& type) { return type.name == settings.type; });
+  return found == std::end(kTypes) ? nullptr : found;
+}
 
 std::string_view TagOf(const Document& document, std::uint32_t paragraph) {
   return document.paragraph_states[document.paragraphs[paragraph].state].tag;
@@ -54,6 +85,13 @@ struct OwnText {
 };
 
 bool IsEntryTag(const ListSettings& settings, std::string_view tag) {
+  if (KindOf(settings) == ListKind::kIndex) {
+    if (!tag.ends_with(settings.suffix)) return false;
+    tag.remove_suffix(settings.suffix.size());
+    constexpr std::string_view kLevel = "Level";
+    return tag == "GroupTitles" ||
+           (tag.starts_with(kLevel) && tag.find_first_not_of("0123456789", kLevel.size()) == tag.npos);
+  }
   return std::any_of(settings.tags.begin(), settings.tags.end(),
                      [&](const std::string& listed) { return tag == listed + settings.suffix; });
 }
@@ -88,7 +126,7 @@ OwnText ReadOwnText(const Document& list, const ListSettings& settings) {
 
 std::string Plain(const ListEntry& entry) {
   std::string text;
-  for (const TextRun& run : entry.runs) text += run.text;
+  for (const StyledRun& run : entry.runs) text += run.text;
   return text;
 }
 
@@ -114,8 +152,13 @@ std::string EntryParagraph(const Document& list, const MifLayout& layout, const 
   MifRun run(list, layout, formattings, &no_numbers, start);
   if (text_frame != 0) run.Statement("<TextRectID " + std::to_string(text_frame) + ">");
   if (!entry.link.empty()) run.Marker("Hypertext", entry.link);
-  for (const TextRun& part : entry.runs) {
-    if (part.format) {
+  std::string format;
+  auto link = entry.run_links.begin();
+  for (std::size_t i = 0; i < entry.runs.size(); ++i) {
+    const StyledRun& part = entry.runs[i];
+    for (; link != entry.run_links.end() && link->first == i; ++link) run.Marker("Hypertext", link->second);
+    if (part.format && *part.format != format) {
+      format = *part.format;
       run.Statement("<Font \n <FTag " + layout.Quoted(*part.format) + ">\n <FLocked No>\n> # end of Font");
     }
     run.Text(part.text);
@@ -138,61 +181,147 @@ ListSettings ReadListSettings(std::string_view component, mif::Encoding encoding
     if (reader.name() == "FileNameSuffix") settings.suffix = mif::DecodeString(reader.data(), encoding);
   }
   if (settings.suffix.empty()) settings.suffix = settings.type;
+  const ListType* type = TypeOf(settings);
+  if (type != nullptr && settings.tags.empty() && !type->tag.empty()) settings.tags.emplace_back(type->tag);
   return settings;
 }
 
-bool IsParagraphList(const ListSettings& settings) {
-  constexpr std::string_view kTypes[] = {"TOC", "LOF", "LOT", "LOP"};
-  return std::find(std::begin(kTypes), std::end(kTypes), settings.type) != std::end(kTypes);
+ListKind KindOf(const ListSettings& settings) {
+  const ListType* type = TypeOf(settings);
+  return type == nullptr ? ListKind::kUnknown : type->kind;
+}
+
+void ForEachFormatParagraph(const Document& list, std::string_view suffix,
+                            const std::function<void(const std::string&, std::string)>& found) {
+  for (std::size_t i = 1; i < list.flows.size(); ++i) {
+    const Flow& flow = list.flows[i];
+    if (flow.kind != FlowKind::kReference || flow.name != suffix) continue;
+    for (std::uint32_t item = flow.first_item; item < flow.end_item; ++item) {
+      if (list.items[item].kind != ItemKind::kParagraphBegin) continue;
+      const std::string_view tag = TagOf(list, list.items[item].ref);
+      if (!tag.ends_with(suffix)) continue;
+      found(std::string(tag.substr(0, tag.size() - suffix.size())), TextFrom(list, item));
+    }
+  }
 }
 
 std::unordered_map<std::string, std::string> EntryFormats(const Document& list,
                                                           const ListSettings& settings) {
   std::unordered_map<std::string, std::string> formats;
-  for (const std::string& tag : settings.tags) formats.emplace(tag, kPlainEntry);
-  for (std::size_t i = 1; i < list.flows.size(); ++i) {
-    const Flow& flow = list.flows[i];
-    if (flow.kind != FlowKind::kReference || flow.name != settings.suffix) continue;
-    for (std::uint32_t item = flow.first_item; item < flow.end_item; ++item) {
-      if (list.items[item].kind != ItemKind::kParagraphBegin) continue;
-      const std::string_view tag = TagOf(list, list.items[item].ref);
-      if (!tag.ends_with(settings.suffix)) continue;
-      const auto format = formats.find(std::string(tag.substr(0, tag.size() - settings.suffix.size())));
-      std::string text = TextFrom(list, item);
-      if (format != formats.end() && !text.empty()) format->second = std::move(text);
-    }
+  const bool of_markers = KindOf(settings) == ListKind::kMarkers;
+  for (const std::string& tag : settings.tags) {
+    formats.emplace(tag, of_markers ? kPlainMarkerEntry : kPlainEntry);
   }
+  ForEachFormatParagraph(list, settings.suffix, [&](const std::string& name, std::string text) {
+    const auto format = formats.find(name);
+    if (format != formats.end() && !text.empty()) format->second = std::move(text);
+  });
   return formats;
 }
 
-void CollectEntries(const Document& document, ReferenceTargets* targets, const ListSettings& settings,
-                    const std::unordered_map<std::string, std::string>& formats, const std::string& file,
-                    std::vector<ListEntry>* entries) {
+std::string LinkToElement(const Document& document, const std::string& file, std::uint32_t item, Id element) {
+  const std::string number = ElementNumber(document, item, element);
+  return number.empty() ? std::string() : "openObjectId " + file + ":5 " + number;
+}
+
+namespace {
+
+// The items of the text that is on body pages, with the element in which each stands.
+template <typename Visit>
+void ForEachBodyItem(const Document& document, const Visit& visit) {
+  std::vector<Id> around;
+  for (std::size_t i = 1; i < document.flows.size(); ++i) {
+    const Flow& flow = document.flows[i];
+    if (flow.kind != FlowKind::kBody) continue;
+    around.clear();
+    for (std::uint32_t at = flow.first_item; at < flow.end_item; ++at) {
+      const Item& item = document.items[at];
+      if (item.kind == ItemKind::kElementBegin) around.push_back(item.ref);
+      if (item.kind == ItemKind::kElementEnd && !around.empty()) around.pop_back();
+      visit(at, around.empty() ? Id{0} : around.back());
+    }
+  }
+}
+
+void CollectParagraphs(const Document& document, ReferenceTargets* targets, const ListSettings& settings,
+                       const std::unordered_map<std::string, std::string>& formats, const std::string& file,
+                       std::vector<ListEntry>* entries) {
   std::vector<bool> shown(document.paragraphs.size(), false);
   for (const Item& item : document.items) {
     if (item.kind != ItemKind::kParagraphEnd || item.Is(kDeleted)) continue;
     shown[item.ref] = IsShown(document, item.conditions);
   }
-  for (std::size_t i = 1; i < document.flows.size(); ++i) {
-    const Flow& flow = document.flows[i];
-    if (flow.kind != FlowKind::kBody) continue;
-    std::vector<Id> around;
-    for (std::uint32_t at = flow.first_item; at < flow.end_item; ++at) {
-      const Item& item = document.items[at];
-      if (item.kind == ItemKind::kElementBegin) around.push_back(item.ref);
-      if (item.kind == ItemKind::kElementEnd && !around.empty()) around.pop_back();
-      if (item.kind != ItemKind::kParagraphBegin || !shown[item.ref]) continue;
-      const auto format = formats.find(std::string(TagOf(document, item.ref)));
-      if (format == formats.end()) continue;
-      ListEntry entry;
-      entry.format = format->first + settings.suffix;
-      entry.runs = targets->ExpandParagraph(format->second, item.ref).runs;
-      const std::string number =
-          settings.links ? ElementNumber(document, at, around.empty() ? 0 : around.back()) : std::string();
-      if (!number.empty()) entry.link = "openObjectId " + file + ":5 " + number;
-      if (!entry.runs.empty()) entries->push_back(std::move(entry));
-    }
+  ForEachBodyItem(document, [&](std::uint32_t at, Id around) {
+    const Item& item = document.items[at];
+    if (item.kind != ItemKind::kParagraphBegin || !shown[item.ref]) return;
+    const auto format = formats.find(std::string(TagOf(document, item.ref)));
+    if (format == formats.end()) return;
+    ListEntry entry;
+    entry.format = format->first + settings.suffix;
+    entry.runs = targets->ExpandParagraph(format->second, item.ref).runs;
+    if (settings.links) entry.link = LinkToElement(document, file, at, around);
+    if (!entry.runs.empty()) entries->push_back(std::move(entry));
+  });
+}
+
+// The text of the marker is no format: what it holds stands as it is.
+std::vector<StyledRun> MarkerRuns(std::string_view format, const ListedMarker& marker,
+                                  ReferenceTargets* targets) {
+  std::vector<StyledRun> runs;
+  while (true) {
+    const std::size_t at = std::min(format.find(kMarkerText), format.size());
+    std::vector<StyledRun> part = targets->ExpandAtItem(format.substr(0, at), marker.item).runs;
+    std::move(part.begin(), part.end(), std::back_inserter(runs));
+    if (at == format.size()) return runs;
+    runs.push_back({marker.text, std::nullopt});
+    format.remove_prefix(at + kMarkerText.size());
   }
+}
+
+void CollectMarkers(const Document& document, ReferenceTargets* targets, const ListSettings& settings,
+                    const std::unordered_map<std::string, std::string>& formats, const std::string& file,
+                    std::vector<ListEntry>* entries) {
+  ForEachMarker(document, [&](const ListedMarker& marker) {
+    const auto format = formats.find(marker.type);
+    if (format == formats.end()) return;
+    ListEntry entry;
+    entry.format = format->first + settings.suffix;
+    entry.runs = MarkerRuns(format->second, marker, targets);
+    if (settings.links) entry.link = LinkToElement(document, file, marker.item, marker.element);
+    entries->push_back(std::move(entry));
+  });
+}
+
+}  // namespace
+
+void ForEachMarker(const Document& document, const std::function<void(const ListedMarker&)>& found) {
+  ForEachBodyItem(document, [&](std::uint32_t at, Id around) {
+    const Item& item = document.items[at];
+    if (item.kind != ItemKind::kMarker || item.Is(kDeleted) || !IsShown(document, item.conditions)) return;
+    found({Substatement(document, item, "MTypeName"), Substatement(document, item, "MText"), at, around});
+  });
+}
+
+void CollectEntries(const Document& document, ReferenceTargets* targets, const ListSettings& settings,
+                    const std::unordered_map<std::string, std::string>& formats, const std::string& file,
+                    std::vector<ListEntry>* entries) {
+  const bool of_markers = KindOf(settings) == ListKind::kMarkers;
+  (of_markers ? CollectMarkers : CollectParagraphs)(document, targets, settings, formats, file, entries);
+}
+
+void SortEntries(const ListSettings& settings, std::vector<ListEntry>* entries) {
+  const ListType* type = TypeOf(settings);
+  if (type == nullptr || !type->sorted) return;
+  const SortOrder order;
+  std::vector<std::pair<std::string, ListEntry>> keyed;
+  keyed.reserve(entries->size());
+  for (ListEntry& entry : *entries) {
+    std::string key = order.Key(Plain(entry));
+    keyed.emplace_back(std::move(key), std::move(entry));
+  }
+  std::stable_sort(keyed.begin(), keyed.end(),
+                   [](const auto& a, const auto& b) { return a.first < b.first; });
+  for (std::size_t i = 0; i < keyed.size(); ++i) (*entries)[i] = std::move(keyed[i].second);
 }
 
 bool SetEntries(Document* list, const ListSettings& settings, const std::vector<ListEntry>& entries,

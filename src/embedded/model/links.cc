@@ -502,9 +502,52 @@ std::optional<Replacement> GraphicEdit(const Edit& edit, std::string_view path) 
   return first && second ? edit.Joined(*first, *second) : first ? first : second;
 }
 
-// The change that points the statement with which `bytes` begin to another file.
-std::optional<Replacement> EditOf(LinkKind kind, std::string_view bytes, mif::Encoding encoding,
-                                  std::string_view path) {
+// The statement with which a link of that kind begins.
+constexpr std::array<std::string_view, 4> kStatements = {"XRef", "Marker", "TextInset", "ImportObject"};
+
+bool IsStatementOf(LinkKind kind, std::string_view bytes) {
+  mif::Reader reader(bytes);
+  return reader.Next() && reader.begin() == 0 && reader.kind() == mif::Piece::kGroup &&
+         reader.name() == kStatements[static_cast<std::size_t>(kind)];
+}
+
+}  // namespace
+
+std::vector<std::pair<LinkKind, std::uint32_t>> LinkStatements(std::string_view bytes) {
+  std::vector<std::pair<LinkKind, std::uint32_t>> links;
+  mif::Reader reader(bytes);
+  while (reader.Next()) {
+    if (reader.kind() != mif::Piece::kGroup) continue;
+    const auto* const known = std::find(kStatements.begin(), kStatements.end(), reader.name());
+    if (known == kStatements.end()) continue;
+    links.emplace_back(static_cast<LinkKind>(known - kStatements.begin()), reader.begin());
+  }
+  return links;
+}
+
+std::string FileOfLink(LinkKind kind, std::string_view bytes, mif::Encoding encoding) {
+  switch (kind) {
+    case LinkKind::kCrossReference:
+      return PlatformPath(mif::DecodeString(ReferenceLeaves(bytes)[2].data, encoding));
+    case LinkKind::kHypertext: {
+      const auto [type, text] = MarkerLeaves(bytes);
+      if (mif::Inside(type.data) != kHypertextMarker) return {};
+      const std::string content = mif::DecodeString(text.data, encoding);
+      return PlatformPath(ReadHypertext(content).file);
+    }
+    case LinkKind::kTextInset:
+      return PlatformPath(mif::DecodeString(InsetLeaves(bytes)[0].data, encoding));
+    case LinkKind::kGraphic: {
+      const auto leaves = GraphicLeaves(bytes);
+      const Leaf* file = GraphicFile(leaves);
+      return file == nullptr ? std::string() : PlatformPath(mif::DecodeString(file->data, encoding));
+    }
+  }
+  return {};
+}
+
+std::optional<Replacement> LinkEdit(LinkKind kind, std::string_view bytes, mif::Encoding encoding,
+                                    std::string_view path) {
   const Edit edit{bytes, encoding};
   const std::string independent = DeviceIndependentPath(path);
   switch (kind) {
@@ -528,20 +571,13 @@ std::optional<Replacement> EditOf(LinkKind kind, std::string_view bytes, mif::En
   return std::nullopt;
 }
 
-// The statement with which a link of that kind begins.
-constexpr std::array<std::string_view, 4> kStatements = {"XRef", "Marker", "TextInset", "ImportObject"};
-
-bool IsStatementOf(LinkKind kind, std::string_view bytes) {
-  mif::Reader reader(bytes);
-  return reader.Next() && reader.begin() == 0 && reader.kind() == mif::Piece::kGroup &&
-         reader.name() == kStatements[static_cast<std::size_t>(kind)];
-}
+namespace {
 
 std::optional<Replacement> MifEdit(const Document& document, LinkKind kind, std::uint32_t statement,
                                    std::string_view path) {
   const std::string_view bytes = std::string_view(document.source).substr(statement);
   if (!IsStatementOf(kind, bytes)) return std::nullopt;
-  std::optional<Replacement> edit = EditOf(kind, bytes, document.encoding, path);
+  std::optional<Replacement> edit = LinkEdit(kind, bytes, document.encoding, path);
   if (edit) edit->place = {edit->place.begin + statement, edit->place.end + statement};
   return edit;
 }
@@ -569,7 +605,7 @@ std::optional<Replacement> XmlEdit(const Document& document, LinkKind kind, std:
     return Replacement{place, GraphicMark(independent ? DeviceIndependentPath(path) : std::string(path))};
   }
   if (mark.kind != MarkKind::kObject || !IsStatementOf(kind, mark.name)) return std::nullopt;
-  const std::optional<Replacement> edit = EditOf(kind, mark.name, mif::Encoding::kUtf8, path);
+  const std::optional<Replacement> edit = LinkEdit(kind, mark.name, mif::Encoding::kUtf8, path);
   if (!edit) return std::nullopt;
   std::string statement = mark.name;
   statement.replace(edit->place.begin, edit->place.end - edit->place.begin, edit->text);

@@ -5,8 +5,10 @@
 // replaces the one string that holds the path, when the document is saved.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "embedded/model/document.h"
@@ -45,6 +47,14 @@ std::vector<LinkTarget> ReadTargets(const Document& document);
 
 // The part of a cross-reference's source text that names its target: of an element its id, else all of it.
 std::string_view TargetOfSourceText(std::string_view source_text, bool is_element);
+
+// The same for a statement that stands anywhere: the links whose statements lie in these bytes, with where
+// each begins; the file that the one names with which `bytes` begin; and the change that lets it name another
+// one, its place counted from their beginning.
+std::vector<std::pair<LinkKind, std::uint32_t>> LinkStatements(std::string_view bytes);
+std::string FileOfLink(LinkKind kind, std::string_view bytes, mif::Encoding encoding);
+std::optional<Replacement> LinkEdit(LinkKind kind, std::string_view bytes, mif::Encoding encoding,
+                                    std::string_view path);
 
 // What a cross-reference's statement says.
 struct ReferenceStatement {

@@ -15,9 +15,6 @@ namespace {
 using mif::Piece;
 using mif::Token;
 
-// Names that end a character format.
-bool IsDefaultFont(std::string_view name) { return name.starts_with("Default ") && name.ends_with(" Font"); }
-
 // "name[argument]" in its two parts.
 struct BlockName {
   std::string_view name;
@@ -35,9 +32,13 @@ bool IsPart(ElementKind kind) {
 
 }  // namespace
 
+bool EndsCharacterFormat(std::string_view name) {
+  return name.starts_with("Default ") && name.ends_with(" Font");
+}
+
 std::string ReferenceText::Plain() const {
   std::string text;
-  for (const TextRun& run : runs) text += run.text;
+  for (const StyledRun& run : runs) text += run.text;
   return text;
 }
 
@@ -102,6 +103,15 @@ ReferenceText ReferenceTargets::ExpandParagraph(std::string_view format, std::ui
   return ExpandAt(format, Place{0, begins_[paragraph], paragraph});
 }
 
+ReferenceText ReferenceTargets::ExpandAtItem(std::string_view format, std::uint32_t item) {
+  return ExpandAt(format, Place{0, item, paragraph_of_[item]});
+}
+
+std::int32_t ReferenceTargets::PageOfItem(std::uint32_t item) const {
+  const Page* page = PageAt(item);
+  return page == nullptr ? -1 : page->ordinal;
+}
+
 ReferenceText ReferenceTargets::ExpandAt(std::string_view format, const Place& place) {
   ReferenceText result;
   result.runs.emplace_back();
@@ -119,12 +129,12 @@ ReferenceText ReferenceTargets::ExpandAt(std::string_view format, const Place& p
     const std::string_view block = format.substr(at + 1, end - at - 1);
     at = end;
     if (!block.starts_with('$')) {
-      result.runs.push_back({{}, IsDefaultFont(block) ? std::string() : std::string(block)});
+      result.runs.push_back({{}, EndsCharacterFormat(block) ? std::string() : std::string(block)});
     } else if (!Block(block.substr(1), place, &text, &result.problem)) {
       return result;
     }
   }
-  std::erase_if(result.runs, [](const TextRun& run) { return run.text.empty(); });
+  std::erase_if(result.runs, [](const StyledRun& run) { return run.text.empty(); });
   return result;
 }
 
@@ -149,6 +159,11 @@ bool ReferenceTargets::Block(std::string_view block, const Place& target, std::s
   } else if (name.starts_with("elem")) {
     const Place place = argument.empty() ? target : NearestElement(argument, target);
     known = place.element != 0 && ElementBlock(name.substr(4), place, text);
+  } else if (name == "pagenum" && argument.empty() && target.element == 0) {
+    // A paragraph may go on on another page.
+    const Page* page = PageAt(target.item);
+    known = page != nullptr;
+    if (known) text->append(page->number);
   } else if (name == "pagenum" || name.starts_with("para")) {
     const std::uint32_t paragraph = argument.empty() ? target.paragraph : NearestParagraph(argument, target);
     known = paragraph != 0 && ParagraphBlock(name, paragraph, text);
@@ -361,7 +376,7 @@ bool SetReferenceText(Document* document, std::uint32_t index, const ReferenceTe
   start.indentation = layout.Indentation(ends.begin);
   MifRun run(*document, layout, formattings, &no_numbers, start);
   bool own_format = false;
-  for (const TextRun& part : text.runs) {
+  for (const StyledRun& part : text.runs) {
     if (part.format) {
       run.Statement("<Font \n <FTag " + layout.Quoted(*part.format) + ">\n <FLocked No>\n> # end of Font");
       own_format = true;

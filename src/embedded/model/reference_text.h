@@ -18,14 +18,17 @@
 
 namespace qelm::embedded::model {
 
-struct TextRun {
+struct StyledRun {
   std::string text;
   std::optional<std::string> format;  // a character format, "" for none; missing: as around
-  friend bool operator==(const TextRun&, const TextRun&) = default;
+  friend bool operator==(const StyledRun&, const StyledRun&) = default;
 };
 
+// Whether a name in brackets ends the character format before it ("Default Para Font").
+bool EndsCharacterFormat(std::string_view name);
+
 struct ReferenceText {
-  std::vector<TextRun> runs;
+  std::vector<StyledRun> runs;
   std::string problem;  // why there is no text; empty when there is
 
   std::string Plain() const;
@@ -44,6 +47,10 @@ class ReferenceTargets {
   ReferenceText Expand(std::string_view format, const std::string& target);
   // The same with a paragraph as the target.
   ReferenceText ExpandParagraph(std::string_view format, std::uint32_t paragraph);
+  // The same with a place in the text, such as that of a marker, whose page is asked for.
+  ReferenceText ExpandAtItem(std::string_view format, std::uint32_t item);
+  // The body page on which an item is, counted from 1; -1 where none is recorded.
+  std::int32_t PageOfItem(std::uint32_t item) const;
 
  private:
   struct Place {

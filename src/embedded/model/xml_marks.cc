@@ -383,9 +383,12 @@ void AddReservedColors(Document* document) {
   }
 }
 
-bool IsReservedColor(std::string_view name) {
-  return std::any_of(std::begin(kReserved), std::end(kReserved),
-                     [&](const auto& reserved) { return reserved.name == name; });
+bool IsReservedColor(std::string_view name) { return ReservedInks(name) != nullptr; }
+
+const double* ReservedInks(std::string_view name) {
+  const auto* const found = std::find_if(std::begin(kReserved), std::end(kReserved),
+                                         [&](const auto& reserved) { return reserved.name == name; });
+  return found == std::end(kReserved) ? nullptr : found->ink;
 }
 
 }  // namespace qelm::embedded::model

@@ -83,6 +83,8 @@ FontState ReadTextMark(Document* document, const FontState& under, std::string_v
 // The colors that every FrameMaker document has.
 void AddReservedColors(Document* document);
 bool IsReservedColor(std::string_view name);
+// The inks of one of them, cyan, magenta, yellow and black in percent; null for any other color.
+const double* ReservedInks(std::string_view name);
 
 // Whether a part has text of its own, in which conditions and character properties begin anew.
 constexpr bool HoldsStory(ElementKind kind) {

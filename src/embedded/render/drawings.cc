@@ -226,7 +226,9 @@ Point PointOf(std::string_view data, double unit) {
 
 class Drawings::Reader {
  public:
-  Reader(const model::Document& document, Drawings* drawings) : document_(document), out_(*drawings) {}
+  Reader(const model::Document& document, Drawings* drawings) : document_(document), out_(*drawings) {
+    font_.color = {};
+  }
 
   void ReadUnit();
   void ReadFrame(const model::AnchoredFrame& frame);
@@ -265,7 +267,8 @@ class Drawings::Reader {
   std::string Text() const { return mif::DecodeString(data(), document_.encoding); }
   // A name that holds for as long as the document does.
   std::string_view Name() const { return mif::IsString(data()) ? mif::Inside(data()) : data(); }
-  std::string_view ColorName();
+  // A text that holds for as long as the drawings do.
+  std::string_view Kept();
   Word CurrentWord() const {
     const auto found = Words().find(reader_->name());
     return found == Words().end() ? Word::kNone : found->second;
@@ -279,7 +282,7 @@ class Drawings::Reader {
   bool names_frames_ = false;  // reading a reference page
   Style style_;
   bool style_changed_ = true;
-  LineFont font_;
+  FontFormat font_;
   bool font_changed_ = true;
 };
 
@@ -294,12 +297,9 @@ void Drawings::Reader::ReadUnit() {
   }
 }
 
-// Color names are kept in the document as they read, so that a name with escapes is the document's own.
-std::string_view Drawings::Reader::ColorName() {
+std::string_view Drawings::Reader::Kept() {
   const std::string_view inside = Name();
-  if (mif::IsPlain(inside, document_.encoding)) return inside;
-  const auto found = document_.color_index.find(Text());
-  return found == document_.color_index.end() ? inside : found->first;
+  return mif::IsPlain(inside, document_.encoding) ? inside : out_.texts.emplace_back(Text());
 }
 
 std::uint32_t Drawings::Reader::CurrentStyle() {
@@ -329,7 +329,7 @@ bool Drawings::Reader::ReadStyle(Word word) {
       if (Count(data()) < std::size(kSeparations)) style_.color = kSeparations[Count(data())];
       break;
     case Word::kObColor:
-      style_.color = ColorName();
+      style_.color = Kept();
       break;
     case Word::kObTint:
       style_.tint = Number(data(), 100);
@@ -393,25 +393,26 @@ void Drawings::Reader::ReadFont() {
   model::Children(reader_, [&] {
     switch (CurrentWord()) {
       case Word::kFFamily:
-        font_.family = Text();
+        font_.family = Kept();
         break;
       case Word::kFWeight:
-        font_.weight = Text();
+        font_.weight = Kept();
         break;
       case Word::kFAngle:
-        font_.angle = Text();
+        font_.angle = Kept();
         break;
       case Word::kFSize:
         font_.size = Length(data(), 1);
         break;
       case Word::kFUnderlining:
-        font_.underlined = data() != "FNoUnderlining";
+        font_.underlining =
+            data() == "FNoUnderlining" ? model::Underlining::kNone : model::Underlining::kSingle;
         break;
       case Word::kFStrike:
-        font_.struck = data() == "Yes";
+        font_.strikethrough = data() == "Yes";
         break;
       case Word::kFColor:
-        font_.color = ColorName();
+        font_.color = Kept();
         break;
       default:
         break;
@@ -573,6 +574,7 @@ void Drawings::Reader::ReadObject(ObjectKind kind, std::uint32_t begin) {
     case ObjectKind::kImage:
       image.span = {begin, offset_ + reader_->end()};
       image.place = object.place;
+      image.embedded = document_.At(image.span).find("\n=") != std::string_view::npos;
       object.detail = static_cast<std::uint32_t>(out_.images.size());
       out_.images.push_back(std::move(image));
       break;

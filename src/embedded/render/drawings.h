@@ -7,12 +7,14 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
 
 #include "embedded/model/document.h"
+#include "embedded/render/formats.h"
 #include "embedded/render/geometry.h"
 #include "embedded/render/graphics.h"
 
@@ -45,17 +47,6 @@ struct Style {
   LineCap head = LineCap::kButt;  // at the last point
   LineCap tail = LineCap::kButt;  // at the first one
   ArrowHead arrow;
-};
-
-// The font of a text line.
-struct LineFont {
-  std::string family = "Helvetica";
-  std::string weight;
-  std::string angle;
-  double size = 12;
-  bool underlined = false;
-  bool struck = false;
-  std::string_view color;  // empty: the object's
 };
 
 enum class ObjectKind : std::uint8_t {
@@ -111,8 +102,9 @@ struct TextShape {
 };
 
 struct ImportedImage {
-  std::string file;  // decoded, device-independent or with "/"; empty: no file
-  model::Span span;  // the whole statement, with the image's data where it was copied in
+  std::string file;       // decoded, device-independent or with "/"; empty: no file
+  model::Span span;       // the whole statement, with the image's data where it was copied in
+  bool embedded = false;  // the document has data of it
   Rect place;
   bool mirrored = false;
 };
@@ -127,13 +119,14 @@ class Drawings {
   explicit Drawings(const model::Document& document);
 
   std::vector<Style> styles;
-  std::vector<LineFont> fonts;
+  std::vector<FontFormat> fonts;  // of text lines; no color: the object's
   std::vector<Object> objects;
   std::vector<Point> points;
   std::vector<TextLine> text_lines;
   std::vector<TextShape> text_frames;
   std::vector<ImportedImage> images;
   std::vector<std::string> equations;  // as MIF writes formulas
+  std::deque<std::string> texts;       // what views refer to that is not in the source as it reads
 
   struct AnchoredShape {
     FramePlace place;

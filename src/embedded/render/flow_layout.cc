@@ -196,7 +196,8 @@ void FlowLayout::PlaceStrip(Strip&& strip) {
 
 void FlowLayout::PlaceHeading(const Strip& next) {
   const Rect& column = Column();
-  y_ += StackStrips(next.table->heading, column.x, column.y + y_, &page_.marks);
+  StackStrips(next.table->heading, column.x, column.y + y_, &page_.marks);
+  y_ += next.table->heading_height;
 }
 
 double FlowLayout::SeparatorHeight() const { return setting_.graphics.ReferenceFrame(kNoteSeparator).height; }

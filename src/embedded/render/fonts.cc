@@ -166,6 +166,8 @@ Fonts::~Fonts() {
   g_object_unref(map_);
 }
 
+bool Fonts::Has(std::string_view family) const { return families_.contains(Small(family)); }
+
 std::string Fonts::Installed(std::string_view family) {
   const auto known = places_.find(std::string(family));
   if (known != places_.end()) return known->second;

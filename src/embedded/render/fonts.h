@@ -39,6 +39,8 @@ class Fonts {
 
   // Holds as long as this does.
   const Face& Find(const FontFormat& format);
+  // Whether a family is installed.
+  bool Has(std::string_view family) const;
   PangoContext* context() const { return context_; }
 
   // "Palatino is not installed; Liberation Serif takes its place.", each family once.

@@ -1,5 +1,6 @@
 #include "embedded/render/geometry.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 
@@ -11,6 +12,9 @@ constexpr double kPica = 12;
 constexpr double kCentimeter = kInch / 2.54;
 // A Didot point is 0.01483 inch, and twelve make a cicero.
 constexpr double kDidot = 1.0678;
+
+// No page is larger; beyond it drawing libraries lose their way.
+constexpr double kLongest = 100'000;
 
 struct Unit {
   std::string_view name;
@@ -58,7 +62,7 @@ std::vector<double> Lengths(std::string_view data, double unit) {
       data.remove_prefix(known.name.size());
       break;
     }
-    lengths.push_back(value * points);
+    lengths.push_back(std::clamp(value * points, -kLongest, kLongest));
   }
   return lengths;
 }

@@ -19,7 +19,7 @@ struct Rect {
 };
 
 // The lengths of a MIF statement in points (" 1.0" 6.5 pc 12 pt"); one without a unit is in units of `unit`
-// points. Reading ends at what is no length.
+// points. Reading ends at what is no length. None is beyond 100,000 points.
 std::vector<double> Lengths(std::string_view data, double unit);
 // The first of them, 0 when there is none.
 double Length(std::string_view data, double unit);

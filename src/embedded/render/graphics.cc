@@ -9,6 +9,7 @@
 
 #include "embedded/render/color.h"
 #include "embedded/render/drawings.h"
+#include "embedded/render/fonts.h"
 #include "embedded/render/images.h"
 
 namespace qelm::embedded::render {
@@ -22,43 +23,17 @@ constexpr double kPatternShares[] = {1, 0.9, 0.7, 0.5, 0.3, 0.1, 0.03, 0, 0.5, 0
 struct ObjectDeleter {
   void operator()(gpointer object) const { g_object_unref(object); }
 };
-struct FontDeleter {
-  void operator()(PangoFontDescription* font) const { pango_font_description_free(font); }
-};
 struct AttributesDeleter {
   void operator()(PangoAttrList* list) const { pango_attr_list_unref(list); }
 };
 using Layout = std::unique_ptr<PangoLayout, ObjectDeleter>;
-using FontDescription = std::unique_ptr<PangoFontDescription, FontDeleter>;
 using Attributes = std::unique_ptr<PangoAttrList, AttributesDeleter>;
 
-// Text is as wide on paper as on any screen.
-Layout MakeLayout(cairo_t* cr) {
-  Layout layout(pango_cairo_create_layout(cr));
-  cairo_font_options_t* const options = cairo_font_options_create();
-  cairo_font_options_set_hint_style(options, CAIRO_HINT_STYLE_NONE);
-  cairo_font_options_set_hint_metrics(options, CAIRO_HINT_METRICS_OFF);
-  pango_cairo_context_set_font_options(pango_layout_get_context(layout.get()), options);
-  cairo_font_options_destroy(options);
-  pango_cairo_context_set_resolution(pango_layout_get_context(layout.get()), 72);
-  pango_layout_context_changed(layout.get());
+Layout MakeLayout(const Fonts& fonts, std::string_view text) {
+  Layout layout(pango_layout_new(fonts.context()));
   pango_layout_set_single_paragraph_mode(layout.get(), TRUE);
+  pango_layout_set_text(layout.get(), text.data(), static_cast<int>(text.size()));
   return layout;
-}
-
-FontDescription MakeFont(const LineFont& font) {
-  FontDescription description(pango_font_description_new());
-  pango_font_description_set_family(description.get(), font.family.c_str());
-  pango_font_description_set_absolute_size(description.get(),
-                                           std::clamp(font.size, 1.0, 1000.0) * PANGO_SCALE);
-  const bool bold = font.weight == "Bold" || font.weight == "Heavy" || font.weight == "Black";
-  const bool semibold = font.weight == "Semibold" || font.weight == "Demi" || font.weight == "Demibold";
-  pango_font_description_set_weight(description.get(), bold       ? PANGO_WEIGHT_BOLD
-                                                       : semibold ? PANGO_WEIGHT_SEMIBOLD
-                                                                  : PANGO_WEIGHT_NORMAL);
-  const bool slanted = font.angle == "Italic" || font.angle == "Oblique";
-  pango_font_description_set_style(description.get(), slanted ? PANGO_STYLE_ITALIC : PANGO_STYLE_NORMAL);
-  return description;
 }
 
 void SetColor(cairo_t* cr, Rgb color) { cairo_set_source_rgb(cr, color.red, color.green, color.blue); }
@@ -77,8 +52,12 @@ void Rotate(cairo_t* cr, const Rect& place, double angle) {
 
 class Graphics::Painter {
  public:
-  Painter(const model::Document& document, std::string folder)
-      : document_(document), drawings_(document), images_(document, std::move(folder)) {
+  Painter(const model::Document& document, std::string folder, Fonts* fonts)
+      : document_(document),
+        drawings_(document),
+        images_(document, std::move(folder)),
+        own_fonts_(fonts == nullptr ? std::make_unique<Fonts>() : nullptr),
+        fonts_(fonts == nullptr ? *own_fonts_ : *fonts) {
     for (model::Id flow = 1; flow < document.flows.size(); ++flow) {
       const std::uint32_t number = document.flows[flow].text_frame;
       if (number != 0) flow_of_.try_emplace(number, flow);
@@ -115,6 +94,8 @@ class Graphics::Painter {
   const model::Document& document_;
   Drawings drawings_;
   Images images_;
+  std::unique_ptr<Fonts> own_fonts_;
+  Fonts& fonts_;
   std::unordered_map<std::uint32_t, model::Id> flow_of_;  // by the number of the text frame it begins in
   std::set<std::string> missing_;
 };
@@ -280,7 +261,6 @@ void Graphics::Painter::Paint(cairo_t* cr, const Object& object) {
 
 void Graphics::Painter::Text(cairo_t* cr, const Object& object) {
   const TextLine& line = drawings_.text_lines[object.detail];
-  const Layout layout = MakeLayout(cr);
   const Attributes attributes(pango_attr_list_new());
   std::string text;
   const auto add = [&](PangoAttribute* attribute, std::size_t begin) {
@@ -289,20 +269,21 @@ void Graphics::Painter::Text(cairo_t* cr, const Object& object) {
     pango_attr_list_insert(attributes.get(), attribute);
   };
   for (const TextPiece& piece : line.pieces) {
-    const LineFont& font = drawings_.fonts[piece.font];
+    const FontFormat& font = drawings_.fonts[piece.font];
     const std::size_t begin = text.size();
     text += piece.text;
-    add(pango_attr_font_desc_new(MakeFont(font).get()), begin);
-    if (font.underlined) add(pango_attr_underline_new(PANGO_UNDERLINE_SINGLE), begin);
-    if (font.struck) add(pango_attr_strikethrough_new(TRUE), begin);
+    add(pango_attr_font_desc_new(fonts_.Find(font).description), begin);
+    if (font.underlining != model::Underlining::kNone)
+      add(pango_attr_underline_new(PANGO_UNDERLINE_SINGLE), begin);
+    if (font.strikethrough) add(pango_attr_strikethrough_new(TRUE), begin);
     const std::string_view name =
         font.color.empty() ? std::string_view(drawings_.styles[object.style].color) : font.color;
     const Rgb color = ColorNamed(document_, name);
     const auto part = [](double value) { return static_cast<guint16>(std::lround(value * 65535)); };
     add(pango_attr_foreground_new(part(color.red), part(color.green), part(color.blue)), begin);
   }
+  const Layout layout = MakeLayout(fonts_, text);
   pango_layout_set_attributes(layout.get(), attributes.get());
-  pango_layout_set_text(layout.get(), text.data(), static_cast<int>(text.size()));
   PangoLayoutLine* const shown = pango_layout_get_line_readonly(layout.get(), 0);
   if (shown == nullptr) return;
   PangoRectangle extent;
@@ -327,15 +308,17 @@ void Graphics::Painter::NamedBox(cairo_t* cr, const Rect& place, const std::stri
   if (place.width <= 0 || place.height <= 0) return;
   cairo_save(cr);
   cairo_rectangle(cr, place.x, place.y, place.width, place.height);
-  cairo_clip_preserve(cr);
+  cairo_clip(cr);
+  // The line lies within the place.
+  cairo_rectangle(cr, place.x + 0.5, place.y + 0.5, place.width - 1, place.height - 1);
   cairo_set_source_rgb(cr, 0.6, 0.6, 0.6);
   cairo_set_line_width(cr, 1);
   cairo_stroke(cr);
-  const Layout layout = MakeLayout(cr);
-  pango_layout_set_text(layout.get(), name.data(), static_cast<int>(name.size()));
-  LineFont font;
+  const Layout layout = MakeLayout(fonts_, name);
+  FontFormat font;
+  font.family = "Sans";
   font.size = kLargest;
-  pango_layout_set_font_description(layout.get(), MakeFont(font).get());
+  pango_layout_set_font_description(layout.get(), fonts_.Find(font).description);
   PangoRectangle extent;
   pango_layout_get_extents(layout.get(), nullptr, &extent);
   const double wide = static_cast<double>(extent.width) / PANGO_SCALE;
@@ -343,7 +326,7 @@ void Graphics::Painter::NamedBox(cairo_t* cr, const Rect& place, const std::stri
   if (wide > 0 && high > 0) {
     const double scale = std::min({1.0, (place.width - 4) / wide, (place.height - 2) / high});
     font.size = std::max(kSmallest, kLargest * scale);
-    pango_layout_set_font_description(layout.get(), MakeFont(font).get());
+    pango_layout_set_font_description(layout.get(), fonts_.Find(font).description);
     pango_layout_get_extents(layout.get(), nullptr, &extent);
     cairo_move_to(cr, place.x + (place.width - static_cast<double>(extent.width) / PANGO_SCALE) / 2,
                   place.y + (place.height - static_cast<double>(extent.height) / PANGO_SCALE) / 2);
@@ -377,7 +360,8 @@ void Graphics::Painter::Image(cairo_t* cr, const Object& object) {
   cairo_rectangle(cr, 0, 0, width, height);
   cairo_clip(cr);
   cairo_set_source_surface(cr, surface, 0, 0);
-  cairo_pattern_set_extend(cairo_get_source(cr), CAIRO_EXTEND_PAD);
+  // On a screen the edges would fade into what is behind; a file would get pixels instead of a JPEG.
+  if (!as_file) cairo_pattern_set_extend(cairo_get_source(cr), CAIRO_EXTEND_PAD);
   cairo_pattern_set_filter(cairo_get_source(cr), CAIRO_FILTER_GOOD);
   cairo_paint(cr);
   cairo_restore(cr);
@@ -464,8 +448,8 @@ bool Graphics::Painter::Named(cairo_t* cr, std::string_view name, double x, doub
   return true;
 }
 
-Graphics::Graphics(const model::Document& document, std::string folder)
-    : painter_(std::make_unique<Painter>(document, std::move(folder))) {}
+Graphics::Graphics(const model::Document& document, std::string folder, Fonts* fonts)
+    : painter_(std::make_unique<Painter>(document, std::move(folder), fonts)) {}
 
 Graphics::~Graphics() = default;
 

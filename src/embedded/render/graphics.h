@@ -17,6 +17,8 @@ typedef struct _cairo cairo_t;
 
 namespace qelm::embedded::render {
 
+class Fonts;
+
 // Where an anchored frame stands (MIF reference, "FrameType").
 enum class FrameKind : std::uint8_t {
   kInline,
@@ -48,8 +50,9 @@ struct FramePlace {
 
 class Graphics {
  public:
-  // `folder`: what relative paths of images stand on. The document must outlive this and stay as it is.
-  Graphics(const model::Document& document, std::string folder);
+  // `folder`: what relative paths of images stand on. `fonts`: for text lines; null: fonts of its own. The
+  // document must outlive this and stay as it is.
+  Graphics(const model::Document& document, std::string folder, Fonts* fonts = nullptr);
   ~Graphics();
   Graphics(const Graphics&) = delete;
   Graphics& operator=(const Graphics&) = delete;

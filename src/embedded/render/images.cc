@@ -35,6 +35,10 @@ std::string TakeMessage(GError* error) {
   return text;
 }
 
+std::string TooLarge() {
+  return "it has more than " + std::to_string(kMostPixels / 1'000'000) + " million pixels";
+}
+
 // ---------------------------------------------------------------------------------------------------------------
 // Reading pixels.
 
@@ -57,9 +61,22 @@ void OnSize(GdkPixbufLoader* loader, int width, int height, gpointer data) {
   if (check->too_large) gdk_pixbuf_loader_set_size(loader, 0, 0);
 }
 
+// Called when there is room for the pixels. What a damaged image lacks is blank, not what was in memory;
+// other formats come here with their pixels made.
+void OnPrepared(GdkPixbufLoader* loader, gpointer) {
+  constexpr std::array<std::string_view, 3> kInPieces = {"png", "jpeg", "bmp"};
+  GdkPixbuf* const pixels = gdk_pixbuf_loader_get_pixbuf(loader);
+  GdkPixbufFormat* const format = gdk_pixbuf_loader_get_format(loader);
+  if (pixels == nullptr || format == nullptr) return;
+  const std::unique_ptr<gchar, decltype(&g_free)> name(gdk_pixbuf_format_get_name(format), g_free);
+  if (std::find(kInPieces.begin(), kInPieces.end(), name.get()) == kInPieces.end()) return;
+  gdk_pixbuf_fill(pixels, gdk_pixbuf_get_has_alpha(pixels) != FALSE ? 0 : 0xFFFFFFFFU);
+}
+
 Pixbuf Decode(std::string_view bytes, SizeCheck check, std::string* why) {
   const std::unique_ptr<GdkPixbufLoader, ObjectDeleter> loader(gdk_pixbuf_loader_new());
   g_signal_connect(loader.get(), "size-prepared", G_CALLBACK(OnSize), &check);
+  g_signal_connect(loader.get(), "area-prepared", G_CALLBACK(OnPrepared), nullptr);
   GError* error = nullptr;
   const auto* const data = reinterpret_cast<const guchar*>(bytes.data());
   const bool written = gdk_pixbuf_loader_write(loader.get(), data, bytes.size(), &error) != FALSE;
@@ -68,7 +85,7 @@ Pixbuf Decode(std::string_view bytes, SizeCheck check, std::string* why) {
   GdkPixbuf* const pixels = gdk_pixbuf_loader_get_pixbuf(loader.get());
   const std::string message = written && closed ? std::string() : TakeMessage(error);
   if (check.too_large) {
-    *why = "it has more than " + std::to_string(kMostPixels / 1'000'000) + " million pixels";
+    *why = TooLarge();
     return nullptr;
   }
   if (!written || !closed || pixels == nullptr) {
@@ -150,21 +167,51 @@ void AttachBytes(cairo_surface_t* surface, const char* type, std::string_view by
   if (status == CAIRO_STATUS_SUCCESS) static_cast<void>(kept.release());
 }
 
-// A surface whose pixels nobody looks at; memory that is not touched takes no room.
+// A PDF stretches the JPEG over the surface that it is attached to, however large that is, and never looks at
+// its pixels: one is enough.
 cairo_surface_t* MakeJpegSurface(std::string_view bytes, std::string* why) {
   const std::optional<JpegSize> size = ReadJpegSize(bytes);
   // Four inks come in more than one meaning; those are made into pixels.
-  if (!size || (size->components != 1 && size->components != 3)) return nullptr;
-  if (std::int64_t{size->width} * size->height > kMostPixels || size->width == 0 || size->height == 0) {
-    *why = "it has more than " + std::to_string(kMostPixels / 1'000'000) + " million pixels";
+  const bool plain = size && (size->components == 1 || size->components == 3);
+  if (!plain || size->width == 0 || size->height == 0) return nullptr;
+  if (std::int64_t{size->width} * size->height > kMostPixels) {
+    *why = TooLarge();
     return nullptr;
   }
-  cairo_surface_t* const surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, size->width, size->height);
+  cairo_surface_t* const surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, 1, 1);
   AttachBytes(surface, CAIRO_MIME_TYPE_JPEG, bytes);
   return surface;
 }
 
+// The preview of an EPS file for systems without PostScript, a TIFF; empty when there is none.
+std::string_view EpsPreview(std::string_view bytes) {
+  constexpr std::size_t kHeader = 30;
+  const auto number = [&](std::size_t at) {
+    std::size_t value = 0;
+    for (std::size_t i = 4; i-- > 0;) value = value << 8U | static_cast<unsigned char>(bytes[at + i]);
+    return value;
+  };
+  if (bytes.size() < kHeader) return {};
+  const std::size_t begin = number(20);
+  return begin < bytes.size() ? bytes.substr(begin, number(24)) : std::string_view();
+}
+
+// Readers of PNG take what there is of a file that was cut off.
+bool IsCutOff(std::string_view bytes) {
+  return bytes.starts_with("\x89PNG") && bytes.find("IEND") == std::string_view::npos;
+}
+
 cairo_surface_t* MakeImage(std::string_view bytes, const SizeCheck& check, bool as_file, std::string* why) {
+  const bool has_preview = bytes.starts_with("\xC5\xD0\xD3\xC6");
+  if (has_preview) bytes = EpsPreview(bytes);
+  if (bytes.starts_with("%!PS") || (has_preview && bytes.empty())) {
+    *why = "PostScript is not drawn";
+    return nullptr;
+  }
+  if (IsCutOff(bytes)) {
+    *why = "the file ends before the picture does";
+    return nullptr;
+  }
   if (as_file) {
     cairo_surface_t* const jpeg = MakeJpegSurface(bytes, why);
     if (jpeg != nullptr || !why->empty()) return jpeg;
@@ -322,11 +369,14 @@ void Images::Read(const ImportedImage& image, const std::string& path, bool as_f
     }
     entry->why.clear();
     entry->surface = MakeImage(bytes, check, as_file, &entry->why);
+    entry->bytes = bytes.size();
   }
   if (entry->surface != nullptr || path.empty()) return;
   if (!entry->why.empty()) return;
   const std::optional<std::string> file = ReadImageFile(path, &entry->why);
-  if (file) entry->surface = MakeImage(*file, check, as_file, &entry->why);
+  if (!file) return;
+  entry->surface = MakeImage(*file, check, as_file, &entry->why);
+  entry->bytes = file->size();
 }
 
 void Images::MakeRoom() {
@@ -339,15 +389,20 @@ void Images::MakeRoom() {
   }
 }
 
+// Looking for a file that is not there goes through folders, so each is looked for once.
+const std::string& Images::PathOf(const std::string& file) {
+  const auto [found, is_new] = paths_.try_emplace(file);
+  if (is_new && !file.empty()) {
+    found->second = model::LocateComponent(folder_ + "/document", model::PlatformPath(file)).path;
+  }
+  return found->second;
+}
+
 cairo_surface_t* Images::Find(std::uint32_t index, const ImportedImage& image, bool as_file,
                               std::string* why) {
-  std::string path;
-  if (!image.file.empty()) {
-    path = model::LocateComponent(folder_ + "/document", model::PlatformPath(image.file)).path;
-  }
+  const std::string& path = PathOf(image.file);
   // The same file at many places is one image; data in the document is told apart by its place.
-  const bool embedded = document_.At(image.span).find("\n=") != std::string_view::npos;
-  std::string key = embedded || path.empty() ? "#" + std::to_string(index) : path;
+  std::string key = image.embedded || path.empty() ? "#" + std::to_string(index) : path;
   // A JPEG for a file has no pixels.
   if (as_file) key += '*';
   if (const auto found = index_.find(key); found != index_.end()) {
@@ -358,7 +413,7 @@ cairo_surface_t* Images::Find(std::uint32_t index, const ImportedImage& image, b
   Entry& entry = entries_.emplace_front();
   entry.key = std::move(key);
   index_.emplace(entry.key, entries_.begin());
-  if (path.empty() && !embedded) {
+  if (path.empty() && !image.embedded) {
     entry.why = "no file is named";
   } else {
     Read(image, path, as_file, &entry);
@@ -371,12 +426,13 @@ cairo_surface_t* Images::Find(std::uint32_t index, const ImportedImage& image, b
   if (entry.surface != nullptr) {
     entry.why.clear();
     AttachBytes(entry.surface, CAIRO_MIME_TYPE_UNIQUE_ID, entry.key);
-    entry.bytes = static_cast<std::size_t>(cairo_image_surface_get_stride(entry.surface)) *
-                  static_cast<std::size_t>(cairo_image_surface_get_height(entry.surface));
+    entry.bytes += static_cast<std::size_t>(cairo_image_surface_get_stride(entry.surface)) *
+                   static_cast<std::size_t>(cairo_image_surface_get_height(entry.surface));
     bytes_ += entry.bytes;
     MakeRoom();
   } else {
-    entry.why = NameOf(image) + ": " + entry.why;
+    const std::string named = image.file.empty() ? NameOf(image) : model::PlatformPath(image.file);
+    entry.why = named + ": " + entry.why;
   }
   *why = entry.why;
   return entry.surface;

@@ -37,12 +37,12 @@ class Images {
   Images(const Images&) = delete;
   Images& operator=(const Images&) = delete;
 
-  // The image, null when it cannot be shown; `why` then says so, with its name. `index` tells it from other
+  // The image, null when it cannot be shown; `why` then says so, with its file. `index` tells it from other
   // images of the document. A PDF (`as_file`) takes the bytes of a JPEG instead of its pixels. The surface
   // holds until the next call.
   cairo_surface_t* Find(std::uint32_t index, const ImportedImage& image, bool as_file, std::string* why);
 
-  // What to call an image in a message and in the box that stands for it.
+  // What to call an image in the box that stands for it.
   static std::string NameOf(const ImportedImage& image);
 
  private:
@@ -54,12 +54,14 @@ class Images {
   };
   void Read(const ImportedImage& image, const std::string& path, bool as_file, Entry* entry) const;
   void MakeRoom();
+  const std::string& PathOf(const std::string& file);
 
   const model::Document& document_;
   std::string folder_;
   std::list<Entry> entries_;  // the one used last in front
   std::unordered_map<std::string_view, std::list<Entry>::iterator> index_;
   std::size_t bytes_ = 0;
+  std::unordered_map<std::string, std::string> paths_;  // by the name that the document has
 };
 
 }  // namespace qelm::embedded::render

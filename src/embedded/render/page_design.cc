@@ -104,16 +104,23 @@ class PageDesigns::Builder {
   bool side_heads_ = false;
 };
 
-// A text frame says which one its flow goes on in; a flow says in which one it begins.
+// Text says which frames it enters, and a text frame which one comes after it, where there is no text yet.
 void PageDesigns::Builder::FollowFlows() {
   std::unordered_map<std::uint32_t, std::uint32_t> next;
   for (const TextShape& shape : drawings_.text_frames) next[shape.number] = shape.next;
-  for (model::Id flow = 1; flow < document_.flows.size(); ++flow) {
-    std::uint32_t number = document_.flows[flow].text_frame;
-    for (std::uint32_t place = 0; number != 0; ++place) {
-      if (!flow_of_.try_emplace(number, FlowPlace{flow, place}).second) break;
-      const auto found = next.find(number);
-      number = found == next.end() ? 0 : found->second;
+  for (model::Id id = 1; id < document_.flows.size(); ++id) {
+    const model::Flow& flow = document_.flows[id];
+    std::uint32_t place = 0;
+    const auto follow = [&](std::uint32_t number) {
+      while (number != 0 && flow_of_.try_emplace(number, FlowPlace{id, place}).second) {
+        ++place;
+        const auto found = next.find(number);
+        number = found == next.end() ? 0 : found->second;
+      }
+    };
+    follow(flow.text_frame);
+    for (std::uint32_t i = flow.first_item; i < flow.end_item; ++i) {
+      if (document_.items[i].kind == model::ItemKind::kTextFrame) follow(document_.items[i].ref);
     }
   }
 }
@@ -157,8 +164,10 @@ PageDesigns::Builder::PageFrames PageDesigns::Builder::FramesOf(std::uint32_t pa
 
 void PageDesigns::Builder::AddColumns(const Object& frame, bool side_heads, PageDesign* design) const {
   const TextShape& shape = drawings_.text_frames[frame.detail];
-  Rect text = frame.place;
-  Rect side = frame.place;
+  // Where a hand-written file gives no size, there is only the page's.
+  const bool has_size = frame.place.width >= 1 && frame.place.height >= 1;
+  Rect text = has_size ? frame.place : Plain().columns.front();
+  Rect side = text;
   const double taken = shape.side_head_width + shape.side_head_gap;
   const bool has_side = side_heads && taken < text.width;
   if (has_side) {

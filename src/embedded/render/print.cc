@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
 #include <filesystem>
 
@@ -20,7 +21,7 @@ namespace {
 // One document on its way to pages.
 struct Job {
   Job(const PrintSource& source, const PrintOptions& options, Fonts& fonts)
-      : graphics(*source.document, std::filesystem::path(source.path).parent_path().string()),
+      : graphics(*source.document, std::filesystem::path(source.path).parent_path().string(), &fonts),
         setting(*source.document, fonts, graphics),
         designs(*source.document),
         numbering(ReadPageNumbering(*source.document)),
@@ -46,6 +47,25 @@ struct Job {
   PageNumbering numbering;
   std::int64_t first_page;
 };
+
+// Puts the language into a PDF as Cairo ends it: the catalog is the last object, so that nothing behind it
+// moves but the place of the table of objects.
+void AddLanguage(const std::string& language, std::string* pdf) {
+  constexpr std::string_view kCatalog = "/Type /Catalog\n";
+  constexpr std::string_view kStart = "startxref\n";
+  const std::size_t catalog = pdf->rfind(kCatalog);
+  const std::size_t start = pdf->rfind(kStart);
+  if (language.empty() || catalog == std::string::npos || start == std::string::npos || catalog > start)
+    return;
+  const char* const digits = pdf->data() + start + kStart.size();
+  std::size_t table = 0;
+  const char* const end = std::from_chars(digits, pdf->data() + pdf->size(), table).ptr;
+  if (table < catalog || pdf->compare(table, 4, "xref") != 0) return;
+  const std::string entry = "   /Lang (" + language + ")\n";
+  const std::string moved = std::to_string(table + entry.size());
+  pdf->replace(start + kStart.size(), static_cast<std::size_t>(end - digits), moved);
+  pdf->insert(catalog + kCatalog.size(), entry);
+}
 
 class Counter : public PageSink {
  public:
@@ -121,6 +141,7 @@ class PdfPrint::Work {
 
   PrintOptions options_;
   std::string bytes_;
+  std::string language_;  // of the first document
   cairo_surface_t* surface_ = nullptr;
   cairo_t* cr_ = nullptr;
   int pages_ = 0;
@@ -203,6 +224,7 @@ std::size_t PdfPrint::Work::Add(const PrintSource& source) {
     };
     job.setting.FindPlaces([index](std::string_view target) { return LinkTable::PlaceName(index, target); });
   }
+  if (language_.empty()) language_ = job.setting.language;
   job.CountPages();
   job.setting.placed = std::move(placed_);
   Sink sink(*this, job, index == LinkTable::npos ? 0 : index);
@@ -227,6 +249,7 @@ std::string PdfPrint::Work::Finish(std::string* why) {
     *why = cairo_status_to_string(status);
     return {};
   }
+  AddLanguage(language_, &bytes_);
   return std::move(bytes_);
 }
 

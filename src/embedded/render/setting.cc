@@ -98,6 +98,7 @@ void Setting::ReadSettings() {
     const std::string_view data = child.data();
     if (name.starts_with("DFNote")) ReadNoteStyle(name.substr(6), data, document.encoding, &notes);
     if (name.starts_with("DTblFNote")) ReadNoteStyle(name.substr(9), data, document.encoding, &table_notes);
+    if (name == "DLanguage") language = Fonts::LanguageTag(data);
     if (name == "FNoteStartNum") notes.first = static_cast<std::int64_t>(Number(data));
     if (name == "DFNoteMaxH") most_note_height = Length(data, unit);
     if (name == "DChBarGap") change_bars.gap = Length(data, unit);

@@ -81,6 +81,8 @@ struct Setting {
   std::int64_t next_note = 1;              // before it is known on which page it stands
   std::int64_t next_table_note = 1;
   double table_note_width = 468;
+  bool table_goes_on = false;  // what is read stands where a table is continued
+  std::string language;        // of the document, as in "en-us"; empty: not said
 
   // Notes where the document's own targets are, for those that `namer` has a name for.
   void FindPlaces(const PlaceNamer& namer);

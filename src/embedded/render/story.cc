@@ -6,6 +6,7 @@
 #include "embedded/model/book.h"
 #include "embedded/model/links.h"
 #include "embedded/model/text_access.h"
+#include "embedded/render/symbols.h"
 
 namespace qelm::embedded::render {
 namespace {
@@ -14,6 +15,8 @@ using model::Item;
 using model::ItemKind;
 
 constexpr std::string_view kReplacement = "\xEF\xBF\xBC";
+// Says that a table goes on from the page before; there is nothing to see of it where it begins.
+constexpr std::string_view kContinuation = "Table Continuation";
 constexpr std::string_view kLineSeparator = "\xE2\x80\xA8";
 
 std::uint32_t SizeOf(const std::string& text) { return static_cast<std::uint32_t>(text.size()); }
@@ -183,7 +186,8 @@ void StoryReader::AddText(StoryParagraph* paragraph, const Item& item, std::stri
 
 void StoryReader::AddVariable(StoryParagraph* paragraph, const Item& item) {
   const std::string name = model::Substatement(document_, item, "VariableName");
-  for (const model::TextRun& run : VariableRuns(document_, name, setting_.facts, setting_.time)) {
+  if (!setting_.table_goes_on && name == kContinuation) return;
+  for (const model::StyledRun& run : VariableRuns(document_, name, setting_.facts, setting_.time)) {
     if (run.text.empty()) continue;
     AppendLine(run.text, &paragraph->text);
     AddRun(paragraph, item, run.format);
@@ -242,6 +246,49 @@ void StoryReader::Finish(StoryParagraph* paragraph) {
   paragraph->state = last_state_;
   for (StoryRun& run : paragraph->runs) run.paragraph_state = paragraph->state;
   PutNumber(paragraph);
+  ShowSymbols(paragraph);
+}
+
+// Letters in a symbol font that is not there become the symbols themselves, and every offset behind moves.
+void StoryReader::ShowSymbols(StoryParagraph* paragraph) {
+  const auto family_of = [&](const StoryRun& run) {
+    const FontFormat& font = setting_.formats.Font(run.paragraph_state, run.font);
+    return run.format ? setting_.formats.WithCharacterFormat(font, *run.format).family : font.family;
+  };
+  const auto is_symbols = [&](const StoryRun& run) {
+    const std::string_view family = family_of(run);
+    return IsSymbolFamily(family) && !setting_.fonts.Has(family);
+  };
+  if (std::none_of(paragraph->runs.begin(), paragraph->runs.end(), is_symbols)) return;
+  const std::string old = std::exchange(paragraph->text, {});
+  std::vector<std::uint32_t> moved;  // by byte of the old text
+  std::uint32_t begin = 0;
+  for (StoryRun& run : paragraph->runs) {
+    const std::string family(family_of(run));
+    const bool symbols = is_symbols(run);
+    for (std::uint32_t at = begin; at < run.end;) {
+      std::uint32_t next = at + 1;
+      while (next < run.end && (static_cast<unsigned char>(old[next]) & 0xC0) == 0x80) ++next;
+      const std::string_view one = std::string_view(old).substr(at, next - at);
+      moved.insert(moved.end(), next - at, SizeOf(paragraph->text));
+      paragraph->text += symbols ? SymbolText(family, one) : std::string(one);
+      at = next;
+    }
+    begin = run.end;
+    run.end = SizeOf(paragraph->text);
+  }
+  moved.push_back(SizeOf(paragraph->text));
+  const auto move = [&](auto* at) { *at = moved[std::min<std::size_t>(*at, moved.size() - 1)]; };
+  std::uint32_t number_end = static_cast<std::uint32_t>(paragraph->number_length);
+  move(&number_end);
+  paragraph->number_length = number_end;
+  for (StoryObject& object : paragraph->objects) move(&object.at);
+  for (StoryPlace& place : paragraph->places) move(&place.at);
+  for (auto& [start, item] : paragraph->item_starts) move(&start);
+  for (StoryLink& link : paragraph->links) {
+    move(&link.begin);
+    move(&link.end);
+  }
 }
 
 // The number stands before the text or behind it, in a character format of its own; a footnote has the number

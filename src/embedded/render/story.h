@@ -84,6 +84,7 @@ class StoryReader {
   void EndHotspot(StoryParagraph* paragraph);
   void Finish(StoryParagraph* paragraph);
   void PutNumber(StoryParagraph* paragraph);
+  void ShowSymbols(StoryParagraph* paragraph);
 
   Setting& setting_;
   const model::Document& document_;

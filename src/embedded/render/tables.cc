@@ -186,23 +186,35 @@ void TableSetter::SetTitle(std::uint32_t part) {
   if (format_.title == TitlePlace::kNone) return;
   const model::Part& title = document_.parts[part];
   const double width = left_.back() - left_.front();
-  title_ = MakeStrips(setting_, title.first_item + 1, title.end_item - 1, width, depth_ + 1);
-  for (Strip& strip : title_) {
-    Collect(&strip);
-    for (Mark& mark : strip.marks) mark.x += left_.front();
-  }
-  if (title_.empty()) return;
-  const bool above = format_.title == TitlePlace::kAbove;
-  (above ? title_.back().space_after : title_.front().space_before) = format_.title_gap;
-  if (above) {
-    parts_->heading = title_;
-    for (Strip& strip : parts_->heading) {
-      strip.begins.reset();
-      strip.first_item = model::kNoIndex;
-      for (Mark& mark : strip.marks) mark.repeated = true;
+  const auto set_title = [&] {
+    std::vector<Strip> strips =
+        MakeStrips(setting_, title.first_item + 1, title.end_item - 1, width, depth_ + 1);
+    for (Strip& strip : strips) {
+      for (Mark& mark : strip.marks) mark.x += left_.front();
     }
-    parts_->heading_height = StackedHeight(parts_->heading) + format_.title_gap;
+    return strips;
+  };
+  const std::int64_t first_note = setting_.next_table_note;
+  title_ = set_title();
+  if (title_.empty()) return;
+  for (Strip& strip : title_) Collect(&strip);
+  if (format_.title == TitlePlace::kBelow) {
+    title_.front().space_before = format_.title_gap;
+    return;
   }
+  title_.back().space_after = format_.title_gap;
+  setting_.next_table_note = first_note;
+  setting_.table_goes_on = true;
+  parts_->heading = set_title();
+  setting_.table_goes_on = false;
+  for (Strip& strip : parts_->heading) {
+    strip.begins.reset();
+    strip.first_item = model::kNoIndex;
+    strip.notes.clear();
+    for (Mark& mark : strip.marks) mark.repeated = true;
+  }
+  parts_->heading.back().space_after = format_.title_gap;
+  parts_->heading_height = StackedHeight(parts_->heading) + format_.title_gap;
 }
 
 // Footnotes of a table are gathered, to stand below it.

@@ -14,7 +14,7 @@ namespace qelm::embedded::render {
 namespace {
 
 using model::Document;
-using model::TextRun;
+using model::StyledRun;
 
 constexpr std::array<std::string_view, 12> kMonths = {"January",   "February", "March",    "April",
                                                       "May",       "June",     "July",     "August",
@@ -119,7 +119,7 @@ class Expander {
   Expander(const Document& document, const PageFacts& facts, const PrintTime& time)
       : document_(document), facts_(facts), time_(time) {}
 
-  std::vector<TextRun> Run(std::string_view definition);
+  std::vector<StyledRun> Run(std::string_view definition);
 
  private:
   std::string Block(std::string_view block) const;
@@ -146,8 +146,8 @@ std::string Expander::Block(std::string_view block) const {
   return facts_.running ? facts_.running(name, argument) : std::string();
 }
 
-std::vector<TextRun> Expander::Run(std::string_view definition) {
-  std::vector<TextRun> runs(1);
+std::vector<StyledRun> Expander::Run(std::string_view definition) {
+  std::vector<StyledRun> runs(1);
   for (std::size_t at = 0; at < definition.size(); ++at) {
     std::string& text = runs.back().text;
     if (definition[at] == '\\') {
@@ -168,7 +168,7 @@ std::vector<TextRun> Expander::Run(std::string_view definition) {
       runs.push_back({{}, is_default ? std::string() : std::string(block)});
     }
   }
-  std::erase_if(runs, [](const TextRun& run) { return run.text.empty(); });
+  std::erase_if(runs, [](const StyledRun& run) { return run.text.empty(); });
   return runs;
 }
 
@@ -206,8 +206,8 @@ PrintTime CurrentTime() {
           local.tm_hour,        local.tm_min,     local.tm_sec};
 }
 
-std::vector<TextRun> VariableRuns(const Document& document, std::string_view name, const PageFacts& facts,
-                                  const PrintTime& time) {
+std::vector<StyledRun> VariableRuns(const Document& document, std::string_view name, const PageFacts& facts,
+                                    const PrintTime& time) {
   const auto found = document.variables.find(name);
   if (found == document.variables.end()) return {{std::string(name), std::nullopt}};
   const PrintTime moment = TimeOf(document, name, time);
@@ -217,7 +217,7 @@ std::vector<TextRun> VariableRuns(const Document& document, std::string_view nam
 std::string VariableText(const Document& document, std::string_view name, const PageFacts& facts,
                          const PrintTime& time) {
   std::string text;
-  for (const TextRun& run : VariableRuns(document, name, facts, time)) text += run.text;
+  for (const StyledRun& run : VariableRuns(document, name, facts, time)) text += run.text;
   return text;
 }
 

@@ -47,8 +47,8 @@ struct PageFacts {
 
 // The text of the variable of that name, with its switches of the character format. A name that the document
 // does not define shows itself.
-std::vector<model::TextRun> VariableRuns(const model::Document& document, std::string_view name,
-                                         const PageFacts& facts, const PrintTime& time);
+std::vector<model::StyledRun> VariableRuns(const model::Document& document, std::string_view name,
+                                           const PageFacts& facts, const PrintTime& time);
 // The same as plain text.
 std::string VariableText(const model::Document& document, std::string_view name, const PageFacts& facts,
                          const PrintTime& time);

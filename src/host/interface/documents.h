@@ -72,6 +72,9 @@ class Documents {
   // The open documents, in the order in which they were opened: the first, and the one after `document`.
   virtual Id FirstOpenDocument() = 0;
   virtual Id NextOpenDocument(Id document) = 0;
+  // The open document or book at a path (the platform's own form), also by another spelling of it; 0 when
+  // nothing is open there. No error code is set.
+  virtual Id FindOpen(const std::string& path) = 0;
 
   // Opens the document or book at `path` (the platform's own form). Returns its id; one that is open already
   // is not opened a second time. On failure returns 0, sets the error code, and `status` (never null) and

@@ -1,4 +1,4 @@
-// A document that is open for as long as an object is there.
+// A document that is open for as long as this is there: one that was not open before is closed then.
 #pragma once
 
 #include <string>
@@ -8,10 +8,9 @@
 
 namespace qelm::embedded::adapter {
 
-// One that was not open before is closed in the end, and saved when it was changed.
-class Opened {
+class OpenedDocument {
  public:
-  Opened(Workspace& workspace, host::Documents& documents, const std::string& path)
+  OpenedDocument(Workspace& workspace, host::Documents& documents, const std::string& path)
       : workspace_(workspace), documents_(documents) {
     host::OpenOptions options;
     options.visible = false;
@@ -20,13 +19,13 @@ class Opened {
     id_ = documents.Open(path, options, &status);
     was_open_ = status == host::OpenStatus::kAlreadyOpen;
   }
-  ~Opened() {
+  ~OpenedDocument() {
     if (id_ != host::kNone && !was_open_) documents_.Close(id_, true);
   }
-  Opened(const Opened&) = delete;
-  Opened& operator=(const Opened&) = delete;
+  OpenedDocument(const OpenedDocument&) = delete;
+  OpenedDocument& operator=(const OpenedDocument&) = delete;
 
-  // Null when it could not be opened; Documents::LastError says why.
+  // Null for what cannot be opened or is a book.
   OpenFile* File() { return id_ == host::kNone ? nullptr : workspace_.DocumentFile(id_); }
 
   // Brings the changes into the document, and writes it unless it was open.

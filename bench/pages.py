@@ -1,0 +1,80 @@
+#!/usr/bin/env python3
+"""Measures how fast QELM lays out and writes pages, beside groff.
+
+A manual without tables is generated as MIF and as XML. QELM prints the MIF as PDF; groff's macros `ms` print the same
+paragraphs and titles as PDF, from the text of the XML. Both run in turn, several rounds; the table gives, from the
+medians of processor time, pages a second as a ratio of the two and so for the whole text, since their pages hold
+different amounts of it.
+"""
+
+import argparse
+import pathlib
+import re
+import statistics
+import subprocess
+import sys
+import xml.etree.ElementTree
+
+BENCH = pathlib.Path(__file__).resolve().parent
+
+
+def arguments():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--build", type=pathlib.Path, default=BENCH.parent / "build/bench", help="the build folder")
+    parser.add_argument("--sizes", default="10000,50000", help="elements, smallest first (%(default)s)")
+    parser.add_argument("--runs", type=int, default=3, help="rounds of measurement (%(default)s)")
+    return parser.parse_args()
+
+
+def seconds(build, command):
+    """Processor time of one run, which must succeed."""
+    done = subprocess.run([build / "measure", *map(str, command)], capture_output=True, text=True, check=True)
+    status, _, cpu, _ = done.stdout.split()
+    if status != "0":
+        sys.exit(f"bench: exit status {status} of {' '.join(map(str, command))}\n{done.stderr}")
+    return float(cpu)
+
+
+def write_groff(source, target):
+    """The paragraphs of the XML for groff; what begins like a request is kept from being one."""
+    lines = [".nr PS 10", ".nr VS 12"]
+    inline = {"em", "ref", "term", "b", "i"}
+    for element in xml.etree.ElementTree.parse(source).iter():
+        if element.tag in inline or not ((element.text or "").strip() or any(c.tag in inline for c in element)):
+            continue
+        text = " ".join("".join(element.itertext()).split()).replace("\\", "\\e")
+        lines += [".SH" if element.tag == "title" else ".LP", ("\\&" if text[:1] in ".'" else "") + text]
+    target.write_text("\n".join(lines) + "\n", encoding="utf-8")
+
+
+def pages(pdf):
+    info = subprocess.run(["pdfinfo", pdf], capture_output=True, text=True, check=True).stdout
+    return int(re.search(r"^Pages:\s+(\d+)", info, re.MULTILINE).group(1))
+
+
+def main():
+    options = arguments()
+    folder = options.build / "pages"
+    folder.mkdir(exist_ok=True)
+    print(f"{'elements':>9} {'pages':>7} {'groff pages':>12} {'pages a second / groff':>24} {'text a second / groff':>23}")
+    for size in map(int, options.sizes.split(",")):
+        mif, source, text = folder / "manual.mif", folder / "manual.xml", folder / "manual.ms"
+        subprocess.run([options.build / "generate", str(size), "--mif", mif, "--xml", source, "--without", "tables"],
+                       check=True)
+        write_groff(source, text)
+        ours, theirs = folder / "qelm.pdf", folder / "groff.pdf"
+        commands = {
+            "qelm": [options.build / "qelm", "convert", mif, ours, "--quiet", "--profile", options.build / "profile"],
+            "groff": ["sh", "-c", f"groff -k -ms -Tpdf '{text}' >'{theirs}' 2>/dev/null"],
+        }
+        times = {name: [] for name in commands}
+        for _ in range(options.runs):
+            for name, command in commands.items():
+                times[name].append(seconds(options.build, command))
+        medians = {name: statistics.median(runs) for name, runs in times.items()}
+        ratio = medians["groff"] / medians["qelm"]
+        counts = pages(ours), pages(theirs)
+        print(f"{size:>9} {counts[0]:>7} {counts[1]:>12} {ratio * counts[0] / counts[1]:>24.2f} {ratio:>23.2f}")
+
+
+main()

@@ -1,0 +1,121 @@
+// qelm convert to pages: what comes out of the whole way, read with the tools that readers of PDF have.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+
+#include "cli/program.h"
+#include "support/mif_files.h"
+
+namespace qelm {
+namespace {
+
+using testing::Program;
+using testing::ProgramResult;
+
+// What a program prints; nothing where it is not installed.
+std::string Output(const std::string& command) {
+  std::string text;
+  FILE* pipe = popen((command + " 2>&1").c_str(), "r");
+  if (pipe == nullptr) return text;
+  std::array<char, 4096> buffer;
+  for (std::size_t size; (size = fread(buffer.data(), 1, buffer.size(), pipe)) > 0;) {
+    text.append(buffer.data(), size);
+  }
+  pclose(pipe);
+  return text;
+}
+
+bool HasTools() { return std::system("command -v pdftotext qpdf >/dev/null 2>&1") == 0; }
+
+class Pages : public ::testing::Test {
+ protected:
+  void SetUp() override { setenv("SOURCE_DATE_EPOCH", "1700000000", 1); }
+  void TearDown() override { unsetenv("SOURCE_DATE_EPOCH"); }
+
+  std::string Printed(const std::string& source, const std::string& name = "out.pdf") {
+    const ProgramResult result = program.Run({"convert", source, program.folder.File(name)});
+    EXPECT_EQ(result.status, 0) << result.err;
+    said = result.err;
+    return program.folder.File(name);
+  }
+
+  Program program;
+  std::string said;
+};
+
+const std::string kPump = QELM_SOURCE_DIR "/examples/pump/";
+
+TEST_F(Pages, BookIsOnePdfThatToolsRead) {
+  if (!HasTools()) GTEST_SKIP() << "pdftotext and qpdf are not installed";
+  const std::string pdf = Printed(kPump + "pump.book.mif");
+  EXPECT_NE(Output("qpdf --check " + pdf).find("No syntax or stream encoding errors"), std::string::npos);
+  const std::string text = Output("pdftotext " + pdf + " -");
+  std::size_t at = 0;
+  for (const char* part : {"Introduction", "Installation", "Operation", "Starting pressure for common uses",
+                           "The recorder keeps seven days.", "Maintenance", "Technical data"}) {
+    at = text.find(part, at);
+    ASSERT_NE(at, std::string::npos) << part;
+  }
+  EXPECT_EQ(text.find("service code 4711"), std::string::npos);
+  const std::string json = Output("qpdf --json --json-key=outlines " + pdf);
+  EXPECT_NE(json.find("Setting the pressure"), std::string::npos) << json.substr(0, 500);
+}
+
+TEST_F(Pages, SameInputGivesSameBytes) {
+  const auto bytes = [&](const std::string& name) {
+    Printed(kPump + "operation.mif", name);
+    return program.folder.Read(name);
+  };
+  EXPECT_EQ(bytes("one.pdf"), bytes("two.pdf"));
+}
+
+// A link that leads nowhere is text; the others lead to a place that is there.
+TEST_F(Pages, LinksLeadToWhatIsShown) {
+  if (!HasTools()) GTEST_SKIP() << "pdftotext and qpdf are not installed";
+  testing::MifFile file;
+  file.flows = {
+      {"<Doc>\n"
+       "<P><Marker .type=\"Cross-Ref\" .text=\"1: there\"/>target</P>\n"
+       "<P>see <XRef .format=\"Page\" .source=\"1: there\" .file=\"\">there</XRef></P>\n"
+       "<P>or <XRef .format=\"Page\" .source=\"2: gone\" .file=\"\">nowhere</XRef></P>\n"
+       "<P>{Secret}<Marker .type=\"Cross-Ref\" .text=\"3: secret\"/>hidden{}</P>\n"
+       "<P>nor <XRef .format=\"Page\" .source=\"3: secret\" .file=\"\">secret</XRef></P>\n"
+       "<P><Marker .type=\"Hypertext\" .text=\"message URL https://example.com/a'b\"/>web</P>\n"
+       "</Doc>"}};
+  file.hidden = {"Secret"};
+  file.definitions = {{"P", {{"Id", "FAttrUniqueId", {}, {}}}}, {"Em", {{"Id", "FAttrUniqueId", {}, {}}}}};
+  const std::string pdf = Printed(program.folder.Write("links.mif", testing::Mif(file)));
+  EXPECT_NE(Output("qpdf --check " + pdf).find("No syntax or stream encoding errors"), std::string::npos);
+  const std::string plain = Output("qpdf --qdf --object-streams=disable " + pdf + " -");
+  std::size_t links = 0;
+  for (std::size_t at = 0; (at = plain.find("/Subtype /Link", at)) != std::string::npos; ++at) ++links;
+  EXPECT_EQ(links, 2U);
+  EXPECT_NE(plain.find("https://example.com/a'b"), std::string::npos);
+}
+
+TEST_F(Pages, OnePageAsPicture) {
+  const std::string png = program.folder.File("page.png");
+  const std::string source = kPump + "operation.mif";
+  EXPECT_EQ(program.Run({"convert", source, png, "--page", "2", "--dpi", "50"}).status, 0);
+  EXPECT_EQ(program.folder.Read("page.png").substr(1, 3), "PNG");
+  const ProgramResult beyond = program.Run({"convert", source, png, "--page", "99"});
+  EXPECT_EQ(beyond.status, 3);
+  EXPECT_NE(beyond.err.find("there is no page 99; the document has 2."), std::string::npos) << beyond.err;
+}
+
+TEST_F(Pages, ComponentThatIsMissingIsNamedAndPassedOver) {
+  const std::string book =
+      program.folder.Write("book.mif", testing::MifBook({"<c>doc.mif", "<c>missing.mif"}));
+  program.document();
+  Printed(book);
+  EXPECT_NE(said.find("missing.mif"), std::string::npos) << said;
+  const std::string none = program.folder.Write("none.mif", testing::MifBook({"<c>missing.mif"}));
+  EXPECT_EQ(program.Run({"convert", none, program.folder.File("none.pdf")}).status, 3);
+  EXPECT_FALSE(std::filesystem::exists(program.folder.File("none.pdf")));
+}
+
+}  // namespace
+}  // namespace qelm

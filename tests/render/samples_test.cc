@@ -1,0 +1,98 @@
+// Real documents: nothing that they show is lost or doubled on the way to pages.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "embedded/model/text_access.h"
+#include "render/laid_out.h"
+#include "support/samples.h"
+
+namespace qelm::embedded::render {
+namespace {
+
+void AppendVisible(std::string_view text, std::string* out) {
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text.substr(i).starts_with("\xE2\x80\xA8")) {  // a forced line end
+      i += 2;
+    } else if (static_cast<unsigned char>(text[i]) > ' ') {
+      out->push_back(text[i]);
+    }
+  }
+}
+
+// The text of the main flow as its items have it, with the numbers of paragraphs and notes.
+std::string VisibleText(const LaidOut& laid) {
+  const model::Document& document = *laid.document;
+  std::string text;
+  const model::Flow& flow = document.flows[document.main_flow];
+  for (std::uint32_t i = flow.first_item; i < flow.end_item; ++i) {
+    const model::Item& item = document.items[i];
+    if (model::HasConditions(item.kind) && !model::IsShown(document, item.conditions)) {
+      i = model::EndOfItem(document, i) - 1;
+      continue;
+    }
+    std::string piece;
+    const bool hidden_row = item.kind == model::ItemKind::kPartBegin &&
+                            !model::IsShown(document, document.parts[item.ref].conditions);
+    if (hidden_row) i = document.parts[item.ref].end_item - 1;
+    if (item.kind == model::ItemKind::kVariable) {
+      piece = VariableText(document, model::Substatement(document, item, "VariableName"), {}, {});
+    } else if (item.kind == model::ItemKind::kParagraphBegin && laid.setting->numbers[item.ref].numbered) {
+      piece = laid.setting->numbers[item.ref].text;
+    } else if (item.kind == model::ItemKind::kNoteAnchor && item.ref != 0) {
+      piece = laid.setting->note_numbers.at(item.ref) + laid.setting->note_numbers.at(item.ref) +
+              laid.setting->notes.number_suffix;
+    } else if (!hidden_row) {
+      model::AppendItemText(document, item, &piece);
+    }
+    AppendVisible(piece, &text);
+  }
+  return text;
+}
+
+constexpr const char* kSymbolFonts[] = {"<FFamily `Wingdings'>", "<FFamily `ZapfDingbats'>",
+                                        "<FFamily `Symbol'>"};
+
+std::ptrdiff_t Characters(const std::string& text) {
+  return std::count_if(text.begin(), text.end(),
+                       [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; });
+}
+
+TEST(Samples, EveryCharacterIsOnAPageOnce) {
+  testing::EachSample([](const std::filesystem::path& path, const std::string& bytes) {
+    SCOPED_TRACE(path.string());
+    const LaidOut laid(bytes);
+    std::string seen;
+    for (const SeenPage& page : laid.pages) {
+      for (const SeenLine& line : page.lines) {
+        if (!line.repeated) AppendVisible(line.text, &seen);
+      }
+    }
+    std::string visible = VisibleText(laid);
+    const auto records = PageDesigns(*laid.document).recorded();
+    if (records > 5) {
+      EXPECT_NEAR(static_cast<double>(laid.pages.size()), static_cast<double>(records),
+                  static_cast<double>(records) * 0.15);
+    }
+    // Symbols are other characters than the letters that the file has for them, and as many.
+    const bool symbols =
+        std::any_of(std::begin(kSymbolFonts), std::end(kSymbolFonts),
+                    [&](const char* family) { return bytes.find(family) != std::string::npos; });
+    if (symbols) {
+      EXPECT_EQ(Characters(seen), Characters(visible));
+      return;
+    }
+    if (laid.setting->note_numbers.empty()) {
+      // Without footnotes the order is that of the text as well.
+      const auto differ = std::mismatch(seen.begin(), seen.end(), visible.begin(), visible.end()).first;
+      EXPECT_TRUE(differ == seen.end() && seen.size() == visible.size())
+          << "from: " << std::string(differ, seen.end()).substr(0, 80);
+    }
+    std::sort(seen.begin(), seen.end());
+    std::sort(visible.begin(), visible.end());
+    EXPECT_EQ(seen, visible);
+  });
+}
+
+}  // namespace
+}  // namespace qelm::embedded::render
