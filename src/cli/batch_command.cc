@@ -8,6 +8,7 @@
 #include "cli/batch_records.h"
 #include "cli/batch_workers.h"
 #include "cli/command.h"
+#include "cli/did_you_mean.h"
 #include "cli/file_names.h"
 #include "cli/scheme_choice.h"
 #include "cli/session.h"
@@ -19,6 +20,7 @@
 #include "filtering/batch_names.h"
 #include "filtering/batch_scheme.h"
 #include "host/contexts.h"
+#include "schemes/scheme_loading.h"
 
 namespace qelm::cli {
 namespace {
@@ -80,6 +82,7 @@ class BatchCommand : public Command {
   BatchOutcome Taken(Session& session, std::int32_t number);
   void Keep(const BatchScheme& scheme, const BatchOutcome& outcome) const;
   Outcome Tell(Session& session, const BatchRun& run) const;
+  std::string Nearest(Session& session) const;
   std::string TextOf(const BatchRun& run) const;
 
   std::string source_;
@@ -94,6 +97,7 @@ class BatchCommand : public Command {
   std::string shard_text_;
   bool resume_ = false;
 
+  std::optional<filtering::BatchSource> held_;  // so that the batch finds it open
   std::optional<BatchRecords> records_;
   std::map<std::int32_t, BatchOutcome> kept_;    // schemes that need not be done again
   std::map<std::int32_t, BatchScheme> schemes_;  // of this run
@@ -179,7 +183,7 @@ Json BatchCommand::SourceFiles(Session& session, const BatchRequest& request) {
   host::Host& host = session.roles();
   Json files = Json::array();
   AddFile(request.source, &files);
-  const filtering::BatchSource source(host, request);
+  const filtering::BatchSource& source = held_.emplace(host, request);
   std::vector<host::Id> documents;
   if (source.is_book()) {
     for (host::Id component = host.books.FirstComponent(source.id()); component != host::kNone;
@@ -239,6 +243,7 @@ void BatchCommand::Begin(Session& session, const BatchRequest& request,
     }
   }
   if (jobs_ < 2 || left.size() < 2) return;
+  held_.reset();
   BatchWorkers::Hooks hooks;
   hooks.before = [this](const BatchScheme& scheme) { records_->Forget(scheme); };
   hooks.after = [this](const BatchScheme& scheme, const BatchOutcome& outcome) { Keep(scheme, outcome); };
@@ -300,9 +305,20 @@ Outcome BatchCommand::Run(Session& session) {
   filtering::BatchContext context = BatchContextOf(session.plugin());
   const BatchRun run = filtering::RunBatchFilter(context, request, Hooks(session, request));
   workers_.reset();
+  held_.reset();
   session.roles().documents.Close(source, /*discard=*/true);
   session.ShowNotices();
   return Tell(session, run);
+}
+
+// A category whose name may have been meant.
+std::string BatchCommand::Nearest(Session& session) const {
+  std::vector<std::string> names;
+  Plugin& plugin = session.plugin();
+  for (const schemes::SchemeListing& scheme : schemes::ListSchemes(plugin.engine, plugin.main_settings)) {
+    if (scheme.kind == schemes::SchemeKind::kFilter) names.push_back(scheme.category);
+  }
+  return DidYouMean(category_, names);
 }
 
 std::string BatchCommand::TextOf(const BatchRun& run) const {
@@ -336,7 +352,8 @@ Outcome BatchCommand::Tell(Session& session, const BatchRun& run) const {
   outcome.status = clean ? ExitStatus::kDone : ExitStatus::kFound;
   if (run.result == common::kDone) return outcome;
   if (run.result != common::kCancelled) {
-    const std::string where = configuration_.empty() ? "category \"" + category_ + "\"" : configuration_;
+    const std::string where =
+        configuration_.empty() ? "category \"" + category_ + "\"" + Nearest(session) : configuration_;
     throw Failure(ExitStatus::kOperation, session.target() + ": there are no filter schemes in " + where,
                   {{"result", run.result}, {"schemes", Json::array()}});
   }

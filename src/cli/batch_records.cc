@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "cli/file_names.h"
 #include "common/paths.h"
 #include "filtering/batch_names.h"
 
@@ -57,8 +58,9 @@ Json RecordJson(const BatchOutcome& outcome) {
 Json OutcomeJson(const BatchOutcome& outcome) {
   Json json{
       {"number", outcome.number}, {"name", outcome.name}, {"output", nullptr}, {"result", outcome.result}};
-  if (!outcome.output.empty()) json["output"] = outcome.output;
-  json["files"] = outcome.files;
+  if (!outcome.output.empty()) json["output"] = ShownPath(outcome.output);
+  json["files"] = Json::array();
+  for (const std::string& file : outcome.files) json["files"].push_back(ShownPath(file));
   json["steps"] = Json::array();
   for (const BatchStep& step : outcome.steps) {
     Json entry{{"message", step.message.empty() ? Json(nullptr) : Json(step.message)}, {"text", step.text}};

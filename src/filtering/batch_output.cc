@@ -5,7 +5,6 @@
 
 #include "common/paths.h"
 #include "common/text.h"
-#include "filtering/components.h"
 #include "filtering/metadata_packet.h"
 #include "filtering/variables_file.h"
 #include "messages/component_document.h"

@@ -317,7 +317,7 @@ bool DocumentsRole::Switch(Id document, host::DocumentSwitch which) {
     case host::DocumentSwitch::kShowAllConditions:
       return file->Tree().show_all;
     case host::DocumentSwitch::kElementBoundaries:
-      return file->element_boundaries;
+      return file->Tree().boundaries;
     case host::DocumentSwitch::kModified:
       return file->Tree().modified;
     case host::DocumentSwitch::kOnScreen:
@@ -351,7 +351,9 @@ bool DocumentsRole::SetSwitch(Id document, host::DocumentSwitch which, bool on) 
       MarkEdited(file, EditOf::kVisibility);
       break;
     case host::DocumentSwitch::kElementBoundaries:
-      file->element_boundaries = on;
+      if (file->Tree().boundaries == on) break;
+      file->Tree().boundaries = on;
+      MarkEdited(file, EditOf::kLooks);
       break;
     case host::DocumentSwitch::kModified:
       file->edited = file->edited || file->Tree().modified;

@@ -88,7 +88,6 @@ struct OpenFile {
   std::uint64_t layout = 1;    // of what decides on which page something stands
   bool on_screen = true;
   bool iconified = false;
-  bool element_boundaries = false;
   host::ViewMode view = host::ViewMode::kWysiwyg;
   host::TextRange selection;
   Id selected_element = host::kNone;

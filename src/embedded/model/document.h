@@ -287,6 +287,9 @@ class Document {
   bool show_all = false;
   bool source_show_all = false;
   Span show_all_statement;  // the value of DShowAllConditions
+  bool boundaries = false;  // of elements, are displayed
+  bool source_boundaries = false;
+  Span boundaries_statement;  // the value of DElementBordersOn
   Span condition_catalog;   // whole statements; empty when the file has none
   Span color_catalog;
   Span document_statement;

@@ -32,7 +32,7 @@ class MifSaver {
 
  private:
   void SaveCatalogs();
-  void SaveShowAll();
+  void SaveSwitch(std::string_view name, bool on, bool source_on, Span statement);
   void SaveParts();
   void SaveRow(const Part& row);
   void SaveFrames();
@@ -63,7 +63,10 @@ class MifSaver {
 Pieces MifSaver::Run() {
   ChooseMovingBlocks();
   SaveCatalogs();
-  SaveShowAll();
+  SaveSwitch("DShowAllConditions", document_.show_all, document_.source_show_all,
+             document_.show_all_statement);
+  SaveSwitch("DElementBordersOn", document_.boundaries, document_.source_boundaries,
+             document_.boundaries_statement);
   SaveParts();
   SaveFrames();
   SaveStories();
@@ -108,18 +111,19 @@ void MifSaver::SaveCatalogs() {
   AddToCatalog(document_, layout_, document_.color_catalog, "ColorCatalog", added, &splice_);
 }
 
-void MifSaver::SaveShowAll() {
-  if (document_.show_all == document_.source_show_all) return;
-  const std::string value = document_.show_all ? "Yes" : "No";
-  if (!document_.show_all_statement.Empty()) {
-    splice_.Replace(document_.show_all_statement.begin, document_.show_all_statement.end, value);
+// A switch of the Document statement that is not what the source says.
+void MifSaver::SaveSwitch(std::string_view name, bool on, bool source_on, Span statement) {
+  if (on == source_on) return;
+  const std::string value = on ? "Yes" : "No";
+  const std::string whole = "<" + std::string(name) + " " + value + ">";
+  if (!statement.Empty()) {
+    splice_.Replace(statement.begin, statement.end, value);
   } else if (document_.document_statement.Empty() && document_.content_begin != 0) {
     // It follows the catalogs and comes before everything else.
-    layout_.InsertBefore(document_.content_begin,
-                         {"<Document \n <DShowAllConditions " + value + ">\n> # end of Document"}, &splice_);
+    layout_.InsertBefore(document_.content_begin, {"<Document \n " + whole + "\n> # end of Document"},
+                         &splice_);
   } else {
-    AddToCatalog(document_, layout_, document_.document_statement, "Document",
-                 {"<DShowAllConditions " + value + ">"}, &splice_);
+    AddToCatalog(document_, layout_, document_.document_statement, "Document", {whole}, &splice_);
   }
 }
 

@@ -123,12 +123,19 @@ void MifScanner::TopLevel() {
 
 void MifScanner::ReadDocumentSettings() {
   Children(&reader_, [&] {
-    if (reader_.token() != Token::kDShowAllConditions) return;
+    const bool boundaries = reader_.name() == "DElementBordersOn";
+    if (!boundaries && reader_.token() != Token::kDShowAllConditions) return;
     const auto end = static_cast<std::uint32_t>(reader_.data().data() - document_.source.data() +
                                                 static_cast<std::ptrdiff_t>(reader_.data().size()));
-    document_.show_all_statement = {end - static_cast<std::uint32_t>(reader_.data().size()), end};
-    document_.show_all = reader_.data() == "Yes";
-    document_.source_show_all = document_.show_all;
+    const Span value = {end - static_cast<std::uint32_t>(reader_.data().size()), end};
+    const bool on = reader_.data() == "Yes";
+    if (boundaries) {
+      document_.boundaries_statement = value;
+      document_.boundaries = document_.source_boundaries = on;
+    } else {
+      document_.show_all_statement = value;
+      document_.show_all = document_.source_show_all = on;
+    }
   });
 }
 
