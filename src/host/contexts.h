@@ -2,8 +2,8 @@
 // run gets its log and its uncoloring.
 #pragma once
 
-#include "filtering/batch_run.h"
 #include "calls/calls.h"
+#include "filtering/batch_run.h"
 #include "filtering/document_filter.h"
 #include "host/plugin.h"
 
