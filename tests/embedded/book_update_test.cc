@@ -6,6 +6,7 @@
 #include "embedded/host_session.h"
 #include "support/golden_text.h"
 #include "support/mif_files.h"
+#include "support/samples.h"
 
 namespace qelm::embedded::adapter {
 namespace {
@@ -271,6 +272,26 @@ TEST_F(BookUpdateTest, InsetsAreReadFromTheirSources) {
   const std::string once = folder.Read("a.mif");
   EXPECT_FALSE(host.books.Update(Reopened(book), host::kUpdateTextInsets));
   EXPECT_EQ(folder.Read("a.mif"), once) << "what is up to date stays byte for byte";
+}
+
+// What comes out of real documents, with hidden text, images, text in frames, can be read, and is the same
+// the next time.
+TEST_F(BookUpdateTest, RealDocumentsAsInsets) {
+  std::size_t tried = 0;
+  testing::EachSample([&](const std::filesystem::path& path, const std::string& bytes) {
+    constexpr std::size_t kLargest = 1'000'000;
+    if (bytes.size() > kLargest || !bytes.starts_with("<MIFFile")) return;
+    SCOPED_TRACE(path.string());
+    folder.Write("s.mif", bytes);
+    const Id book = OpenBook({"<Doc>\n<P>a</P>\n<!Inset .file=\"<c>s.mif\">\n<P>b</P>\n</!Inset>\n</Doc>"});
+    EXPECT_TRUE(host.books.Update(book, host::kUpdateTextInsets)) << host.documents.LastError();
+    const std::string once = folder.Read("a.mif");
+    EXPECT_TRUE(host.books.Update(book, host::kUpdateTextInsets));
+    EXPECT_EQ(folder.Read("a.mif") == once, true);
+    host.documents.Close(book, true);
+    ++tried;
+  });
+  if (tried == 0) GTEST_SKIP() << "no samples";
 }
 
 TEST_F(BookUpdateTest, MasterPagesFollowTheTable) {

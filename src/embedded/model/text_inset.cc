@@ -88,6 +88,10 @@ class InsetWriter {
 };
 
 bool InsetWriter::CanWrite(std::string* problem) {
+  if (end_ >= document_.items.size() || end_ <= begin_) {
+    *problem = "it has no end";
+    return false;
+  }
   const Item& begin = document_.items[begin_];
   const Item& end = document_.items[end_];
   first_paragraph_ = ParagraphOf(document_, begin_);

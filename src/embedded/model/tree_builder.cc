@@ -42,6 +42,7 @@ class TreeBuilder {
   std::uint32_t Here() const { return static_cast<std::uint32_t>(document_.items.size()); }
 
   Document& document_;
+  std::vector<std::uint32_t> open_insets_;
   Scan& scan_;
   std::vector<Range> ranges_;
   std::vector<Id> open_;  // elements, outermost first
@@ -232,11 +233,15 @@ void TreeBuilder::Emit(const Item& raw, std::uint32_t block) {
       inset.first_item = Here();
       item.ref = static_cast<std::uint32_t>(document_.insets.size());
       document_.insets.push_back(inset);
+      open_insets_.push_back(item.ref);
       AddText(item);
       break;
     }
     case ItemKind::kInsetEnd:
-      if (document_.insets.size() > 1) document_.insets.back().end_item = Here() + 1;
+      if (!open_insets_.empty()) {
+        document_.insets[open_insets_.back()].end_item = Here() + 1;
+        open_insets_.pop_back();
+      }
       AddText(item);
       break;
     default:
