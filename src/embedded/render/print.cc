@@ -24,7 +24,7 @@ struct Job {
       : graphics(*source.document, std::filesystem::path(source.path).parent_path().string(), &fonts),
         setting(*source.document, fonts, graphics),
         designs(*source.document),
-        numbering(ReadPageNumbering(*source.document)),
+        page_style(source.page_style),
         first_page(source.first_page) {
     setting.time = options.time;
     setting.numbers = source.numbers;
@@ -33,7 +33,7 @@ struct Job {
   }
 
   std::size_t Run(PageSink* sink, std::vector<FlowLayout::PageStart>* starts = nullptr) {
-    FlowLayout layout(setting, designs, numbering.style, first_page, sink);
+    FlowLayout layout(setting, designs, page_style, first_page, sink);
     const std::size_t pages = layout.Run();
     if (starts != nullptr) *starts = layout.page_starts();
     return pages;
@@ -44,7 +44,7 @@ struct Job {
   Graphics graphics;
   Setting setting;
   PageDesigns designs;
-  PageNumbering numbering;
+  std::string page_style;
   std::int64_t first_page;
 };
 
@@ -94,7 +94,7 @@ void Job::CountPages() {
   const std::size_t pages = Run(&counter);
   setting.facts.count = std::to_string(pages);
   setting.facts.last = model::NumberIn(
-      numbering.style, first_page + static_cast<std::int64_t>(std::max<std::size_t>(pages, 1)) - 1);
+      page_style, first_page + static_cast<std::int64_t>(std::max<std::size_t>(pages, 1)) - 1);
 }
 
 std::string DateText(const PrintTime& time) {
