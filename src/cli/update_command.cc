@@ -16,15 +16,14 @@ struct Part {
 };
 using Settings = config::LocalSettings;
 constexpr Part kParts[] = {
-    {"--numbering", "Numbers of paragraphs, as their formats say", host::kUpdateNumbering,
+    {"--numbering", "Numbers of paragraphs and pages, as formats and book say", host::kUpdateNumbering,
      &Settings::bf_bu_update_numbering},
     {"--xrefs", "Texts of cross-references", host::kUpdateCrossReferences, &Settings::bf_bu_update_xrefs},
-    {"--text-insets", "Text insets: not done in this version, and reported", host::kUpdateTextInsets,
+    {"--text-insets", "Text insets: read again from their sources", host::kUpdateTextInsets,
      &Settings::bf_bu_update_text_insets},
-    {"--generated",
-     "Tables of contents, lists of figures, tables and paragraphs; indexes are not made and reported",
+    {"--generated", "Tables of contents, lists of paragraphs and markers, indexes",
      host::kUpdateGeneratedFiles, &Settings::bf_bu_update_generatable_files},
-    {"--master-pages", "Master pages: not done in this version, and reported", host::kUpdateMasterPages,
+    {"--master-pages", "Master pages, as the documents' own tables say", host::kUpdateMasterPages,
      &Settings::bf_bu_update_master_pages},
     {"--ole-links", "OLE links: not available, and reported", host::kUpdateOleLinks,
      &Settings::bf_bu_update_ole_refs},
@@ -45,7 +44,7 @@ class UpdateCommand : public Command {
 
 CLI::App* UpdateCommand::Define(CLI::App& program) {
   CLI::App* command =
-      AddCommand(program, {"update", "Bring the numbers and cross-references of a book up to date",
+      AddCommand(program, {"update", "Bring the numbers, references, lists and insets of a book up to date",
                            "Components that change are saved. What cannot be updated stays as it is and is\n"
                            "reported. Without options the settings BF_BU_UPDATE_... say what is updated.",
                            "qelm update manual.book.mif --numbering --xrefs"});

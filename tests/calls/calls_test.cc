@@ -277,21 +277,5 @@ TEST_F(Called, ACancelledFilterSaysSo) {
   EXPECT_EQ(session_.clients.sent.back(), "CMS:QELM_Filter_Cancelled");
 }
 
-TEST_F(Called, AClientThatCallsBackIsAnsweredAndTheRunGoesOn) {
-  session_.ActivateAll();
-  Call("SetParm---Filter_Type---Source");
-  Call("SetNotificationClient---CMS");
-  Call("SetNotificationStatus---1");
-  std::vector<std::int32_t> answers;
-  session_.clients.when_sent = [&] {
-    for (const std::string& call : {"FilterFile---" + path_, std::string("GetParm---QELMVersionMajor")}) {
-      session_.entries().Notify(kClientCall, host::kNone, call, 0);
-      answers.push_back(session_.clients.returned);
-    }
-  };
-  EXPECT_EQ(Call("FilterFile---" + path_), "1 filter");
-  EXPECT_EQ(answers, (std::vector<std::int32_t>{0, 1, 0, 1, 0, 1, 0, 1}));
-}
-
 }  // namespace
 }  // namespace qelm::testing

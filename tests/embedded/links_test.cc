@@ -218,9 +218,7 @@ TEST_F(LinksTest, PathsInTheInstructionsOfXmlChange) {
   ASSERT_TRUE(host.editing.DeleteElement(document, Find(document, "P")));
   std::string expected = Replaced(bytes, "<P>x</P>", "");
   for (const char* const old : {"img/a.png", "b.mif", "x.mif"}) {
-    const bool code = std::string_view(old) == "b.mif";
     expected = Replaced(expected, old, "\xFC.mif");
-    if (code) EXPECT_NE(expected.find("<c\\>\xFC.mif"), std::string::npos);
   }
   EXPECT_EQ(Saved(document), expected);
 }

@@ -76,6 +76,7 @@ TEST(Library, AHandlerMayAskAndNotInterfere) {
     qelm_session* session = nullptr;
     std::vector<std::string> events;
     int interfered = 0;
+    int answered = 0;
   } seen;
   ASSERT_EQ(qelm_start(folder.File("profile").c_str(), &seen.session), 1);
   const auto handler = [](void* data, const char* client, const char* text) {
@@ -85,6 +86,8 @@ TEST(Library, AHandlerMayAskAndNotInterfere) {
     told.interfered += qelm_close(told.session, kChapter);
     qelm_call(told.session, (std::string("RestoreFile---") + kChapter).c_str(), &result, nullptr);
     told.interfered += result;
+    qelm_call(told.session, "GetParm---QELMVersionMajor", &result, nullptr);
+    told.answered += result;
   };
   EXPECT_EQ(qelm_on_notification(seen.session, handler, &seen), 1);
   EXPECT_EQ(qelm_open(seen.session, kChapter), 1);
@@ -98,6 +101,7 @@ TEST(Library, AHandlerMayAskAndNotInterfere) {
   EXPECT_EQ(seen.events, (std::vector<std::string>{"me:QELM_Filter_RestoreDoc_Start",
                                                    "me:QELM_Filter_RestoreDoc_Complete"}));
   EXPECT_EQ(seen.interfered, 0);
+  EXPECT_EQ(seen.answered, 2);
   qelm_end(seen.session);
 }
 

@@ -47,10 +47,8 @@ class TestUser : public MenuTaker {
 class TestClients : public host::Clients {
  public:
   std::vector<std::string> sent;
-  std::function<void()> when_sent;  // what a client does that is told something
   bool Send(std::string_view client, std::string_view text) override {
     sent.push_back(std::string(client) + ":" + std::string(text));
-    if (when_sent) when_sent();
     return true;
   }
   std::int32_t returned = -1000;  // by the last call

@@ -165,7 +165,7 @@ void Updater::Number(Component* component) {
   OpenedDocument opened(workspace_, documents_, component->path);
   OpenFile* file = opened.File();
   if (file == nullptr) {
-    Find(std::string(documents_.LastError()));
+    Find(opened.Why());
     return SkipPages(*component);
   }
   component->readable = true;
@@ -269,7 +269,7 @@ void Updater::AnswerFrom(const std::string& identity) {
   OpenedDocument opened(workspace_, documents_, names_[identity]);
   OpenFile* file = opened.File();
   if (file == nullptr || file->document->format != model::Format::kMif || !SettleDocument(file)) {
-    std::string why = file == nullptr ? std::string(documents_.LastError()) : "the file is not MIF";
+    std::string why = file == nullptr ? opened.Why() : "the file is not MIF";
     while (!why.empty() && why.back() == '.') why.pop_back();
     for (auto& [question, text] : questions) text.problem = why;
     return;
@@ -296,7 +296,7 @@ void Updater::Apply(Component* component) {
   if (!any) return;
   OpenedDocument opened(workspace_, documents_, component->path);
   OpenFile* file = opened.File();
-  if (file == nullptr) return Find(std::string(documents_.LastError()));
+  if (file == nullptr) return Find(opened.Why());
   model::Document* document = file->document.get();
   auto request = component->requests.begin();
   std::uint32_t ordinal = 0;
@@ -326,7 +326,7 @@ bool Updater::Prepare(const Component& component, List* list) {
   }
   OpenedDocument opened(workspace_, documents_, component.path);
   if (opened.File() == nullptr) {
-    Find(std::string(documents_.LastError()));
+    Find(opened.Why());
     return false;
   }
   const model::Document& document = *opened.File()->document;

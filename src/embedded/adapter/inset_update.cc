@@ -55,7 +55,7 @@ std::optional<InsetContent> InsetUpdate::OfFlow(std::uint32_t inset, const Inset
   }
   OpenFile* source = source_->File();
   if (source == nullptr || source->document->format != model::Format::kMif) {
-    *why = source == nullptr ? AsReason(documents_.LastError()) : path + " is not MIF";
+    *why = source == nullptr ? AsReason(source_->Why()) : path + " is not MIF";
     return std::nullopt;
   }
   if (source != &file_ && !SettleDocument(source)) {

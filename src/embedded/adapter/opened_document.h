@@ -25,8 +25,12 @@ class OpenedDocument {
   OpenedDocument(const OpenedDocument&) = delete;
   OpenedDocument& operator=(const OpenedDocument&) = delete;
 
-  // Null for what cannot be opened or is a book.
+  // Null for what cannot be opened or is a book; Why() then says so.
   OpenFile* File() { return id_ == host::kNone ? nullptr : workspace_.DocumentFile(id_); }
+  std::string Why() {
+    if (id_ == host::kNone || workspace_.Book(id_) == nullptr) return std::string(documents_.LastError());
+    return workspace_.File(id_)->path + ": this is a book, which is updated on its own.";
+  }
 
   // Brings the changes into the document, and writes it unless it was open.
   bool Finish() {

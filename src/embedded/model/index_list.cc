@@ -213,7 +213,7 @@ std::vector<ListEntry> IndexList::Entries(std::vector<std::string>* problems) {
   for (std::size_t begin = 0; begin < records_.size();) {
     std::size_t end = begin;
     while (end < records_.size() && records_[end].keys == records_[begin].keys) {
-      unknown += records_[end].pages != EntryPages::kNone && records_[end].reference.runs.empty() ? 1 : 0;
+      if (records_[end].pages != EntryPages::kNone && records_[end].reference.runs.empty()) ++unknown;
       ++end;
     }
     const Record& record = records_[begin];

@@ -21,16 +21,29 @@ namespace {
 using mif::Piece;
 using mif::Token;
 
-// The statement with its strings in another encoding.
+// Where a line of image data ends that begins there; `at` itself for any other line.
+std::size_t EndOfData(std::string_view text, std::size_t at) {
+  const bool begins_line = at != 0 && text[at - 1] == '\n';
+  if (!begins_line || at >= text.size() || (text[at] != '=' && text[at] != '&')) return at;
+  return std::min(text.find('\n', at), text.size());
+}
+
+// The statement with its strings in another encoding. Image data is no text.
 std::string InEncoding(const std::string& statement, mif::Encoding from, mif::Encoding to) {
   if (from == to) return statement;
   std::string result;
   for (std::size_t at = 0; at < statement.size();) {
-    const std::size_t open = std::min(statement.find('`', at), statement.size());
-    const std::size_t close = statement.find('\'', open);
-    if (close == std::string::npos) return result.append(statement, at);
-    result.append(statement, at, open - at);
-    const std::string_view quoted = std::string_view(statement).substr(open, close + 1 - open);
+    if (const std::size_t end = EndOfData(statement, at); end != at) {
+      result.append(statement, at, end - at);
+      at = end;
+      continue;
+    }
+    const std::size_t close = statement[at] == '`' ? statement.find('\'', at) : std::string::npos;
+    if (close == std::string::npos) {
+      result.push_back(statement[at++]);
+      continue;
+    }
+    const std::string_view quoted = std::string_view(statement).substr(at, close + 1 - at);
     result += "`" + mif::Encode(mif::DecodeString(quoted, from), to) + "'";
     at = close + 1;
   }
@@ -46,7 +59,7 @@ struct NumberToken {
 constexpr NumberToken kNumberTokens[] = {
     {Token::kTblID, NumberKind::kTable},  {Token::kATbl, NumberKind::kTable},
     {Token::kID, NumberKind::kObject},    {Token::kAFrame, NumberKind::kObject},
-    {Token::kFNote, NumberKind::kObject},
+    {Token::kFNote, NumberKind::kObject}, {Token::kTextRectID, NumberKind::kObject},
 };
 
 class FlowContent {
@@ -67,7 +80,7 @@ class FlowContent {
         formats_(source),
         structured_(target.main_flow != 0 && target.flows[target.main_flow].root != 0) {}
 
-  bool Read(Id flow, std::string* problem);
+  void Read(Id flow);
 
  private:
   void Visit(const Item& item);
@@ -75,12 +88,14 @@ class FlowContent {
   std::vector<std::string> Format(const Paragraph& paragraph);
   const std::string* SourceFormat(std::string_view tag);
   void States(const Item& item);
-  void Put(const Item& item) { Add(Brought({item.begin, item.end})); }
+  void CopyFrame(std::uint32_t frame);
+  void EnqueueAnchors(std::uint32_t begin, std::uint32_t end);
+  void Put(const Item& item) { Add(Brought(layout_.Statement(item.begin, item.end))); }
   void Add(std::string statement) { content_.paragraphs.back().lines.back().push_back(std::move(statement)); }
-  std::string Brought(Span span);
+  std::string Brought(std::string_view statement);
+  std::string Object(Span span) { return Brought(source_.At(span)); }
   std::string Moved(std::string_view statement);
   std::string Renumbered(std::string_view statement);
-  void Enqueue(const Item& item);
   void CopyObjects();
 
   const Document& source_;
@@ -100,12 +115,11 @@ class FlowContent {
   std::unordered_set<Id> seen_conditions_;
   std::vector<std::uint32_t> objects_;  // items that anchor what is still to be copied
   std::optional<std::unordered_map<std::string, std::string>> source_formats_;
-  std::string problem_;
 };
 
-bool FlowContent::Read(Id id, std::string* problem) {
+void FlowContent::Read(Id id) {
   const Flow& flow = source_.flows[id];
-  for (std::uint32_t i = flow.first_item; i < flow.end_item && problem_.empty(); ++i) {
+  for (std::uint32_t i = flow.first_item; i < flow.end_item; ++i) {
     const Item& item = source_.items[i];
     // What is anchored here, and text in cells, comes with the object as a whole.
     const bool is_anchor = item.kind == ItemKind::kTableAnchor || item.kind == ItemKind::kNoteAnchor ||
@@ -116,9 +130,7 @@ bool FlowContent::Read(Id id, std::string* problem) {
   }
   if (content_.paragraphs.empty()) content_.paragraphs.push_back({{}, {{}}});
   if (conditions_ != 0) Add(ConditionalStatement(source_, 0));
-  if (problem_.empty()) CopyObjects();
-  *problem = problem_;
-  return problem_.empty();
+  CopyObjects();
 }
 
 void FlowContent::Visit(const Item& item) {
@@ -129,10 +141,8 @@ void FlowContent::Visit(const Item& item) {
     case ItemKind::kLine:
       if (!content_.paragraphs.back().lines.back().empty()) content_.paragraphs.back().lines.emplace_back();
       break;
+    // Text that lies apart because it is hidden comes here in its place, under its conditions.
     case ItemKind::kHiddenPlace:
-      problem_ = "its source holds hidden text in a place of its own";
-      break;
-    case ItemKind::kParagraphEnd:
     case ItemKind::kTextFrame:
     case ItemKind::kFont:
     case ItemKind::kConditional:
@@ -146,6 +156,9 @@ void FlowContent::Visit(const Item& item) {
     case ItemKind::kPrefixEnd:
     case ItemKind::kSuffixBegin:
       if (structured_) Put(item);
+      break;
+    case ItemKind::kParagraphEnd:
+      States(item);
       break;
     default:
       States(item);
@@ -180,7 +193,7 @@ const std::string* FlowContent::SourceFormat(std::string_view tag) {
       while (entry.Next() && entry.token() != Token::kPgfTag) {
       }
       std::string name = mif::DecodeString(entry.data(), source_.encoding);
-      source_formats_->emplace(std::move(name), Brought({begin, reader.end()}));
+      source_formats_->emplace(std::move(name), Brought(layout_.Statement(begin, reader.end())));
     }
   }
   const auto found = source_formats_->find(std::string(tag));
@@ -232,9 +245,8 @@ void FlowContent::States(const Item& item) {
 }
 
 // A statement of the source as it stands in the target: its paths lead where they led, and numbers are new.
-std::string FlowContent::Brought(Span span) {
-  const std::string text = Renumbered(Moved(layout_.Statement(span.begin, span.end)));
-  return InEncoding(text, source_.encoding, target_.encoding);
+std::string FlowContent::Brought(std::string_view statement) {
+  return InEncoding(Renumbered(Moved(statement)), source_.encoding, target_.encoding);
 }
 
 std::string FlowContent::Moved(std::string_view statement) {
@@ -282,28 +294,42 @@ std::string FlowContent::Renumbered(std::string_view statement) {
   return result.append(statement.substr(copied));
 }
 
+// What is anchored in text that is copied as a whole. The footnotes of a cell lie in the cell and come with
+// it.
+void FlowContent::EnqueueAnchors(std::uint32_t begin, std::uint32_t end) {
+  for (std::uint32_t i = begin; i < end; ++i) {
+    const ItemKind kind = source_.items[i].kind;
+    if (kind == ItemKind::kTableAnchor || kind == ItemKind::kFrameAnchor) objects_.push_back(i);
+    if (kind == ItemKind::kTableAnchor) i = EndOfItem(source_, i) - 1;
+  }
+}
+
+// The text in a frame is a flow of its own.
+void FlowContent::CopyFrame(std::uint32_t frame) {
+  content_.frames.push_back(Object(source_.frames[frame].span));
+  const auto [first, last] = source_.frame_flows.equal_range(frame);
+  std::vector<Id> flows;
+  for (auto at = first; at != last; ++at) flows.push_back(at->second);
+  std::sort(flows.begin(), flows.end());
+  for (const Id id : flows) {
+    const Flow& flow = source_.flows[id];
+    content_.flows.push_back(Object(flow.span));
+    EnqueueAnchors(flow.first_item, flow.end_item);
+  }
+}
+
 void FlowContent::CopyObjects() {
   // Objects in cells are found on the way, and come up in turn.
   for (std::size_t next = 0; next < objects_.size(); ++next) {
     const Item& item = source_.items[objects_[next]];
     if (item.ref == 0) continue;
     if (item.kind == ItemKind::kFrameAnchor) {
-      const std::string_view frame = source_.At(source_.frames[item.ref].span);
-      if (frame.find("<TextRect ") != std::string_view::npos) {
-        problem_ = "its source holds a frame with text in it";
-        return;
-      }
-      content_.frames.push_back(Brought(source_.frames[item.ref].span));
+      CopyFrame(item.ref);
       continue;
     }
     const Part& part = source_.parts[item.ref];
-    (item.kind == ItemKind::kTableAnchor ? content_.tables : content_.notes).push_back(Brought(part.span));
-    for (std::uint32_t i = part.first_item; i < part.end_item; ++i) {
-      // The footnotes of a cell lie in the cell and come with it.
-      const ItemKind kind = source_.items[i].kind;
-      if (kind == ItemKind::kTableAnchor || kind == ItemKind::kFrameAnchor) objects_.push_back(i);
-      if (kind == ItemKind::kTableAnchor) i = EndOfItem(source_, i) - 1;
-    }
+    (item.kind == ItemKind::kTableAnchor ? content_.tables : content_.notes).push_back(Object(part.span));
+    EnqueueAnchors(part.first_item, part.end_item);
   }
 }
 
@@ -364,7 +390,8 @@ bool ReadFlowContent(const Document& source, const InsetSettings& settings, cons
     *problem = settings.flow.empty() ? "its source has no text" : "its source has no flow " + settings.flow;
     return false;
   }
-  return FlowContent(source, settings, target, enclosing_format, moved, numbers, content).Read(flow, problem);
+  FlowContent(source, settings, target, enclosing_format, moved, numbers, content).Read(flow);
+  return true;
 }
 
 InsetContent ReadTextContent(std::string_view text, const InsetSettings& settings, const Document& target) {

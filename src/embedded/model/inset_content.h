@@ -38,7 +38,8 @@ struct InsetSettings {
 };
 InsetSettings ReadInset(const Document& document, std::uint32_t item);
 
-// Statements are indented from 0, their lines separated by '\n'.
+// Statements in paragraphs are indented from 0, their lines separated by '\n'. Objects have their lines as in
+// the source: image data stands in the first column.
 struct InsetParagraph {
   std::vector<std::string> format;              // empty: the format around
   std::vector<std::vector<std::string>> lines;  // at least one
@@ -48,6 +49,7 @@ struct InsetContent {
   std::vector<std::string> tables;
   std::vector<std::string> frames;
   std::vector<std::string> notes;
+  std::vector<std::string> flows;                        // of the text in frames
   std::vector<std::pair<std::string, bool>> conditions;  // that the text has, and whether they are shown
 };
 
@@ -61,8 +63,8 @@ class ObjectNumbers {
   std::uint32_t last_ = 0;
 };
 
-// The content of a flow of another MIF document. False, with `problem` set, where there is no such flow, or
-// it holds what cannot be taken over. `moved` gives the path that stands for a relative one of the source.
+// The content of a flow of another MIF document. False, with `problem` set, where there is no such flow.
+// `moved` gives the path that stands for a relative one of the source.
 bool ReadFlowContent(const Document& source, const InsetSettings& settings, const Document& target,
                      const std::vector<std::string>& enclosing_format,
                      const std::function<std::string(const std::string&)>& moved, ObjectNumbers* numbers,

@@ -63,6 +63,7 @@ class InsetWriter {
     return std::string(indentation_ - std::min(indentation_, outdent), ' ') + std::string(text) +
            std::string(layout_.LineEnd());
   }
+  std::string Objects(const std::vector<std::string>& objects) const;
   std::string Break(const std::vector<std::string>& format) const;
   std::string Statements(const std::vector<std::string>& line);
   std::string LastParagraph();
@@ -70,6 +71,7 @@ class InsetWriter {
   std::vector<Span> OldObjects() const;
   bool IsSame(const std::string& text) const;
   void PutObjects();
+  void PutFlows();
   void PutInGroup(Token token, std::string_view name, const std::vector<std::string>& statements);
   bool PutNotes(std::string* problem);
 
@@ -104,6 +106,12 @@ bool InsetWriter::CanWrite(std::string* problem) {
   if (place_.begin > place_.end) *problem = "its marks are out of order";
   indentation_ = layout_.Indentation(end.begin);
   return problem->empty();
+}
+
+std::string InsetWriter::Objects(const std::vector<std::string>& objects) const {
+  std::string text;
+  for (const std::string& object : objects) text.append(object).append(layout_.LineEnd());
+  return text;
 }
 
 std::string InsetWriter::Break(const std::vector<std::string>& format) const {
@@ -165,15 +173,25 @@ std::string InsetWriter::Text() {
   return text + EndState(own_paragraph);
 }
 
-// The tables, frames and footnotes that are anchored in the inset.
+// The tables, frames and footnotes that are anchored in the inset, and in the text of such frames.
 std::vector<Span> InsetWriter::OldObjects() const {
   std::vector<Span> objects;
-  for (std::uint32_t i = begin_; i < end_; ++i) {
-    const Item& item = document_.items[i];
-    if (item.ref == 0) continue;
-    if (item.kind == ItemKind::kFrameAnchor) objects.push_back(document_.frames[item.ref].span);
-    const bool is_part = item.kind == ItemKind::kTableAnchor || item.kind == ItemKind::kNoteAnchor;
-    if (is_part) objects.push_back(document_.parts[item.ref].span);
+  std::vector<Span> items{{begin_, end_}};
+  for (std::size_t next = 0; next < items.size(); ++next) {
+    const Span range = items[next];
+    for (std::uint32_t i = range.begin; i < range.end; ++i) {
+      const Item& item = document_.items[i];
+      const bool is_part = item.kind == ItemKind::kTableAnchor || item.kind == ItemKind::kNoteAnchor;
+      if (item.ref != 0 && is_part) objects.push_back(document_.parts[item.ref].span);
+      if (item.ref == 0 || item.kind != ItemKind::kFrameAnchor) continue;
+      objects.push_back(document_.frames[item.ref].span);
+      const auto [first, last] = document_.frame_flows.equal_range(item.ref);
+      for (auto at = first; at != last; ++at) {
+        const Flow& flow = document_.flows[at->second];
+        objects.push_back(flow.span);
+        items.push_back({flow.first_item, flow.end_item});
+      }
+    }
   }
   // A footnote in a cell goes with the table that it lies in.
   std::sort(objects.begin(), objects.end(), [](Span a, Span b) { return a.begin < b.begin; });
@@ -196,7 +214,7 @@ bool InsetWriter::IsSame(const std::string& text) const {
   std::vector<std::string> old_objects;
   for (const Span span : OldObjects()) AppendMeaning(document_.At(span), &old_objects.emplace_back());
   std::vector<std::string> objects;
-  for (const auto* const list : {&content_.tables, &content_.frames, &content_.notes}) {
+  for (const auto* const list : {&content_.tables, &content_.frames, &content_.notes, &content_.flows}) {
     for (const std::string& object : *list) AppendMeaning(object, &objects.emplace_back());
   }
   std::sort(old_objects.begin(), old_objects.end());
@@ -213,14 +231,14 @@ void InsetWriter::PutInGroup(Token token, std::string_view name, const std::vect
     if (is_group && reader.token() == token) {
       reader.Skip();
       const std::uint32_t close = reader.end() - 1;
-      return InsertText(&document_, layout_.LineBegin(close), layout_.Lines(statements, 1));
+      return InsertText(&document_, layout_.LineBegin(close), Objects(statements));
     }
     const bool is_behind = reader.token() == Token::kPage || reader.token() == Token::kTextFlow ||
                            reader.token() == Token::kPara;
     if (is_behind) break;
     if (is_group) reader.Skip();
   }
-  const std::string text = layout_.Lines({"<" + std::string(name) + " "}, 0) + layout_.Lines(statements, 1) +
+  const std::string text = layout_.Lines({"<" + std::string(name) + " "}, 0) + Objects(statements) +
                            layout_.Lines({"> # end of " + std::string(name)}, 0);
   InsertText(&document_, layout_.LineBegin(reader.begin()), text);
 }
@@ -237,7 +255,7 @@ bool InsetWriter::PutNotes(std::string* problem) {
   while (reader.Next()) {
     if (reader.depth() > 2 || reader.token() == Token::kPara) break;
     if (reader.token() != Token::kNotes) continue;
-    const std::string notes = layout_.Lines(content_.notes, 2);
+    const std::string notes = Objects(content_.notes);
     if (reader.kind() == Piece::kGroup) {
       reader.Skip();
       InsertText(&document_, layout_.LineBegin(flow.begin + reader.end() - 1), notes);
@@ -252,6 +270,14 @@ bool InsetWriter::PutNotes(std::string* problem) {
   return false;
 }
 
+// Behind all flows of the file.
+void InsetWriter::PutFlows() {
+  std::uint32_t end = 0;
+  for (const Flow& flow : document_.flows)
+    end = std::max(end, layout_.Removal(flow.span.begin, flow.span.end).end);
+  if (!content_.flows.empty()) InsertText(&document_, end, Objects(content_.flows));
+}
+
 void InsetWriter::PutObjects() {
   for (const Span span : OldObjects()) {
     const Span gone = layout_.Removal(span.begin, span.end);
@@ -259,6 +285,7 @@ void InsetWriter::PutObjects() {
   }
   PutInGroup(Token::kAFrames, "AFrames", content_.frames);
   PutInGroup(Token::kTbls, "Tbls", content_.tables);
+  PutFlows();
   for (const auto& [name, shown] : content_.conditions) {
     const auto known = document_.condition_index.find(name);
     if (known != document_.condition_index.end() && document_.conditions[known->second].declared) continue;

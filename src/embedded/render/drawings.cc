@@ -73,10 +73,7 @@ enum class Word : std::uint8_t {
   kImportObFileDI,
   kImportObFile,
   kFlipLr,
-  kMathFullForm,
   kPageSize,
-  kPageOrientation,
-  kPageAngle,
   kPageTag,
   kPageType,
   kPageBackground,
@@ -141,10 +138,7 @@ const std::unordered_map<std::string_view, Word>& Words() {
       {"ImportObFileDI", Word::kImportObFileDI},
       {"ImportObFile", Word::kImportObFile},
       {"FlipLR", Word::kFlipLr},
-      {"MathFullForm", Word::kMathFullForm},
       {"PageSize", Word::kPageSize},
-      {"PageOrientation", Word::kPageOrientation},
-      {"PageAngle", Word::kPageAngle},
       {"PageTag", Word::kPageTag},
       {"PageType", Word::kPageType},
       {"PageBackground", Word::kPageBackground},
@@ -220,6 +214,12 @@ Rect RectOf(std::string_view data, double unit) {
 Point PointOf(std::string_view data, double unit) {
   const std::vector<double> lengths = Lengths(data, unit);
   return lengths.size() < 2 ? Point() : Point{lengths[0], lengths[1]};
+}
+
+// The color of a number; `other` for one that only a name tells.
+std::string_view SeparationColor(std::string_view data, std::string_view other) {
+  const std::uint32_t number = Count(data);
+  return number < std::size(kSeparations) ? kSeparations[number] : other;
 }
 
 }  // namespace
@@ -326,7 +326,7 @@ bool Drawings::Reader::ReadStyle(Word word) {
       style_.pen_width = Length(data(), 1);
       break;
     case Word::kSeparation:
-      if (Count(data()) < std::size(kSeparations)) style_.color = kSeparations[Count(data())];
+      style_.color = SeparationColor(data(), style_.color);
       break;
     case Word::kObColor:
       style_.color = Kept();
@@ -410,6 +410,9 @@ void Drawings::Reader::ReadFont() {
         break;
       case Word::kFStrike:
         font_.strikethrough = data() == "Yes";
+        break;
+      case Word::kFSeparation:
+        font_.color = SeparationColor(data(), font_.color);
         break;
       case Word::kFColor:
         font_.color = Kept();
@@ -548,14 +551,12 @@ void Drawings::Reader::ReadObject(ObjectKind kind, std::uint32_t begin) {
   TextShape shape;
   TextLine line;
   ImportedImage image;
-  std::string formula;
   model::Children(reader_, [&] {
     const Word word = CurrentWord();
     if (word == Word::kNone || ReadStyle(word)) return;
     if (kind == ObjectKind::kTextFrame) ReadTextFrame(word, &shape);
     if (kind == ObjectKind::kTextLine) ReadTextLine(word, &line);
     if (kind == ObjectKind::kImage) ReadImage(word, &image);
-    if (word == Word::kMathFullForm) formula = Text();
     Child(word, &object);
   });
   object.count = static_cast<std::uint32_t>(out_.points.size()) - object.first;
@@ -577,10 +578,6 @@ void Drawings::Reader::ReadObject(ObjectKind kind, std::uint32_t begin) {
       image.embedded = document_.At(image.span).find("\n=") != std::string_view::npos;
       object.detail = static_cast<std::uint32_t>(out_.images.size());
       out_.images.push_back(std::move(image));
-      break;
-    case ObjectKind::kEquation:
-      object.detail = static_cast<std::uint32_t>(out_.equations.size());
-      out_.equations.push_back(std::move(formula));
       break;
     default:
       break;
@@ -630,9 +627,6 @@ void Drawings::Reader::ReadPageProperty(Word word, PageShape* page) {
       if (size.size() >= 2) std::tie(page->width, page->height) = std::tie(size[0], size[1]);
       break;
     }
-    case Word::kPageAngle:
-      page->angle = Number(data());
-      break;
     case Word::kPageTag:
       page->name = Name();
       break;

@@ -23,7 +23,6 @@ namespace qelm::embedded::render {
 // Patterns of pens and fills (MIF reference, "Pen" and "Fill"): 0 is solid, 1 to 6 are lighter and lighter
 // tints, 7 is white, 8 to 14 are hatched, 15 is none.
 inline constexpr std::uint8_t kSolid = 0;
-inline constexpr std::uint8_t kWhite = 7;
 inline constexpr std::uint8_t kNoPattern = 15;
 
 enum class LineCap : std::uint8_t { kButt, kRound, kSquare, kArrow };
@@ -75,7 +74,7 @@ struct Object {
   double sweep = 0;
   std::uint32_t first = 0;  // of its points
   std::uint32_t count = 0;
-  std::uint32_t detail = 0;  // by kind: index into text_lines, text_frames, images, equations
+  std::uint32_t detail = 0;  // by kind: index into text_lines, text_frames, images
 };
 
 struct TextPiece {
@@ -125,8 +124,7 @@ class Drawings {
   std::vector<TextLine> text_lines;
   std::vector<TextShape> text_frames;
   std::vector<ImportedImage> images;
-  std::vector<std::string> equations;  // as MIF writes formulas
-  std::deque<std::string> texts;       // what views refer to that is not in the source as it reads
+  std::deque<std::string> texts;  // what views refer to that is not in the source as it reads
 
   struct AnchoredShape {
     FramePlace place;
@@ -137,7 +135,6 @@ class Drawings {
   struct PageShape {
     double width = 0;  // 0: not said
     double height = 0;
-    double angle = 0;
     std::string_view name;
     std::string_view background;
     bool left_master = false;
