@@ -48,20 +48,20 @@ struct Job {
   std::int64_t first_page;
 };
 
-// Puts the language into a PDF as Cairo ends it: the catalog is the last object, so that nothing behind it
-// moves but the place of the table of objects.
-void AddLanguage(const std::string& language, std::string* pdf) {
+// Puts the language, and that the text is tagged, into a PDF as Cairo ends it: the catalog is the last
+// object, so that nothing behind it moves but the place of the table of objects.
+void CompleteCatalog(const std::string& language, std::string* pdf) {
   constexpr std::string_view kCatalog = "/Type /Catalog\n";
   constexpr std::string_view kStart = "startxref\n";
   const std::size_t catalog = pdf->rfind(kCatalog);
   const std::size_t start = pdf->rfind(kStart);
-  if (language.empty() || catalog == std::string::npos || start == std::string::npos || catalog > start)
-    return;
+  if (catalog == std::string::npos || start == std::string::npos || catalog > start) return;
   const char* const digits = pdf->data() + start + kStart.size();
   std::size_t table = 0;
   const char* const end = std::from_chars(digits, pdf->data() + pdf->size(), table).ptr;
   if (table < catalog || pdf->compare(table, 4, "xref") != 0) return;
-  const std::string entry = "   /Lang (" + language + ")\n";
+  std::string entry = "   /MarkInfo << /Marked true >>\n";
+  if (!language.empty()) entry += "   /Lang (" + language + ")\n";
   const std::string moved = std::to_string(table + entry.size());
   pdf->replace(start + kStart.size(), static_cast<std::size_t>(end - digits), moved);
   pdf->insert(catalog + kCatalog.size(), entry);
@@ -251,7 +251,7 @@ std::string PdfPrint::Work::Finish(std::string* why) {
     *why = cairo_status_to_string(status);
     return {};
   }
-  AddLanguage(language_, &bytes_);
+  CompleteCatalog(language_, &bytes_);
   return std::move(bytes_);
 }
 
