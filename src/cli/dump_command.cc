@@ -72,7 +72,7 @@ class JsonWriter : public Writer {
   void Write();
   void BeginElement(model::Id element, std::uint16_t row_conditions) override;
   void EndElement(model::Id) override;
-  void Run(const model::TextRun& run) override;
+  void Run(const model::DumpRun& run) override;
 
  private:
   void Separate();
@@ -142,7 +142,7 @@ void JsonWriter::EndElement(model::Id) {
   first_ = false;
 }
 
-void JsonWriter::Run(const model::TextRun& run) {
+void JsonWriter::Run(const model::DumpRun& run) {
   FlushSome();
   Separate();
   text_ += "{\"text\":";
@@ -185,13 +185,13 @@ class LineWriter : public Writer {
   void Write();
   void BeginElement(model::Id element, std::uint16_t row_conditions) override;
   void EndElement(model::Id) override;
-  void Run(const model::TextRun& run) override;
+  void Run(const model::DumpRun& run) override;
 
  private:
   void Indent();
   void EndTextLine();
   void AppendEscaped(std::string_view text, char mark);
-  std::string PropertyText(const model::TextRun& run) const;
+  std::string PropertyText(const model::DumpRun& run) const;
   std::string ConditionText(std::uint16_t set) const;
 
   std::size_t depth_ = 0;
@@ -248,7 +248,7 @@ std::string LineWriter::ConditionText(std::uint16_t set) const {
   return text;
 }
 
-std::string LineWriter::PropertyText(const model::TextRun& run) const {
+std::string LineWriter::PropertyText(const model::DumpRun& run) const {
   std::string text;
   const auto add = [&text](std::string_view word) {
     if (!word.empty()) text += (text.empty() ? "" : ",") + std::string(word);
@@ -303,7 +303,7 @@ void LineWriter::EndElement(model::Id) {
   --depth_;
 }
 
-void LineWriter::Run(const model::TextRun& run) {
+void LineWriter::Run(const model::DumpRun& run) {
   FlushSome();
   if (!in_text_) Indent();
   in_text_ = true;

@@ -217,6 +217,17 @@ TEST(Footnotes, StandAtTheFootOfTheirPageAndCountAnew) {
   EXPECT_NEAR(laid.pages[1].lines.back().baseline, 80 - 12 + 8, 1.5);
 }
 
+TEST(FlowLayout, TextOfAnyLengthIsSet) {
+  std::string words;
+  for (int i = 0; i < 60000; ++i) words += "word ";
+  std::size_t count = 0;
+  for (const SeenPage& page : LaidOut(Mif({.text = Para(words)})).pages) {
+    const std::string text = page.Text();
+    for (std::size_t at = 0; (at = text.find("word", at)) != std::string::npos; ++at) ++count;
+  }
+  EXPECT_EQ(count, 60000U);
+}
+
 TEST(FlowLayout, PagesAreFoundByItem) {
   const LaidOut laid(Mif({.text = Paras(1, 11)}));
   ASSERT_EQ(laid.starts.size(), 3U);

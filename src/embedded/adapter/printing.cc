@@ -5,6 +5,7 @@
 #include "embedded/model/files.h"
 #include "embedded/model/locate.h"
 #include "embedded/model/metadata.h"
+#include "embedded/model/page_numbering.h"
 #include "embedded/render/page_design.h"
 #include "embedded/render/pdf_metadata.h"
 
@@ -49,7 +50,9 @@ render::PrintSource SourceOf(const model::Document& document, const std::string&
   model::Counters counters;
   source.numbers = model::NumberParagraphs(document, source.places, &counters);
   if (GoesOn(document)) TakeStoredNumbers(document, &source.numbers);
-  source.first_page = render::ReadPageNumbering(document).first;
+  const render::PageNumbering pages = render::ReadPageNumbering(document);
+  source.first_page = pages.first;
+  source.page_style = pages.style;
   return source;
 }
 
@@ -102,7 +105,7 @@ class BookPrinter {
   OpenFile* book_;
   render::PdfPrint* print_;
   model::BookCounters counters_;
-  std::int64_t next_page_ = 1;
+  model::PageCounter page_counter_;
   std::size_t pages_ = 0;
 };
 
@@ -117,10 +120,11 @@ void BookPrinter::Add(const model::Component& component) {
   source.path = file->path;
   source.places = model::NextComponent(book_->book->tree, component.span, document, &counters_);
   source.numbers = model::NumberParagraphs(document, source.places, &counters_.paragraphs);
-  const render::PageNumbering own = render::ReadPageNumbering(document);
-  source.first_page = own.continues && pages_ > 0 ? next_page_ : own.first;
+  const model::PageRun run = model::PagesOf(book_->book->tree, component.span, document, page_counter_);
+  source.first_page = run.first;
+  source.page_style = run.style;
   const std::size_t pages = print_->Add(source);
-  next_page_ = source.first_page + static_cast<std::int64_t>(pages);
+  page_counter_ = {true, run.first + static_cast<std::int64_t>(pages) - 1};
   pages_ += pages;
 }
 

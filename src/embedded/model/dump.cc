@@ -49,7 +49,7 @@ class Dumper {
   std::vector<std::uint32_t> paragraphs_;  // of the flow's items: the paragraph, 0 for none
   std::unordered_map<Id, std::uint16_t> row_conditions_;
   std::unordered_map<std::uint64_t, CharacterProperties> properties_;  // by paragraph state and font
-  TextRun run_;
+  DumpRun run_;
   std::string text_;     // of the run
   std::string decoded_;  // of one item
 };
@@ -139,7 +139,7 @@ void Dumper::VisitText(std::uint32_t begin, std::uint32_t end, bool paragraph_en
 }
 
 void Dumper::Add(std::string_view text, std::string_view object, std::uint32_t item) {
-  TextRun next;
+  DumpRun next;
   next.object = object;
   next.properties = Properties(item);
   next.conditions = document_.items[item].conditions;
@@ -155,7 +155,7 @@ void Dumper::EndRun() {
     sink_.Run(run_);
   }
   text_.clear();
-  run_ = TextRun();
+  run_ = DumpRun();
 }
 
 CharacterProperties Dumper::Properties(std::uint32_t index) {
@@ -177,7 +177,7 @@ CharacterProperties Dumper::Properties(std::uint32_t index) {
 
 }  // namespace
 
-bool TextRun::SameProperties(const TextRun& other) const {
+bool DumpRun::SameProperties(const DumpRun& other) const {
   const CharacterProperties& a = properties;
   const CharacterProperties& b = other.properties;
   return conditions == other.conditions && a.color == b.color && a.underlining == b.underlining &&

@@ -13,13 +13,13 @@
 namespace qelm::embedded::model {
 
 // A stretch of text with one set of properties, or one object that is anchored in the text and is no element.
-struct TextRun {
+struct DumpRun {
   std::string_view text;    // decoded; holds until the next event
   std::string_view object;  // "table", "footnote", "frame", "marker", "cross-reference"; empty for text
   CharacterProperties properties;
   std::uint16_t conditions = 0;
 
-  bool SameProperties(const TextRun& other) const;
+  bool SameProperties(const DumpRun& other) const;
 };
 
 class DumpSink {
@@ -28,7 +28,7 @@ class DumpSink {
   // `row_conditions` is the condition set of a table row itself, 0 for none.
   virtual void BeginElement(Id element, std::uint16_t row_conditions) = 0;
   virtual void EndElement(Id element) = 0;
-  virtual void Run(const TextRun& run) = 0;
+  virtual void Run(const DumpRun& run) = 0;
 };
 
 // Tells the sink a flow: its element tree, or for a flow without elements its text, with a line end behind

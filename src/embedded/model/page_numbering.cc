@@ -53,18 +53,24 @@ bool HasPointPages(const Document& document) {
 
 }  // namespace
 
-std::vector<std::string> NextPages(const Document& book, Span component, const Document& document,
-                                   PageCounter* counter) {
+PageRun PagesOf(const Document& book, Span component, const Document& document, const PageCounter& counter) {
   const PageSettings of_book = ReadPageSettings(book.At(component));
   const PageSettings of_file = ReadPageSettings(document.At(document.document_statement));
   const PageSettings& settings = of_book.continues ? of_book : of_file;
-  std::int64_t next = settings.continues.value_or(false) && counter->any ? counter->last + 1 : settings.start;
+  const bool goes_on = settings.continues.value_or(false) && counter.any;
+  return {goes_on ? counter.last + 1 : settings.start, settings.style};
+}
+
+std::vector<std::string> NextPages(const Document& book, Span component, const Document& document,
+                                   PageCounter* counter) {
+  const PageRun run = PagesOf(book, component, document, *counter);
+  std::int64_t next = run.first;
   const bool keeps = HasPointPages(document);
   std::vector<std::string> numbers(document.pages.size());
   for (std::size_t i = 0; i < numbers.size(); ++i) {
     const Page& page = document.pages[i];
     if (page.kind != FlowKind::kBody) continue;
-    if (!keeps) numbers[i] = NumberIn(settings.style, next);
+    if (!keeps) numbers[i] = NumberIn(run.style, next);
     if (!keeps || page.number.find('.') == std::string_view::npos) ++next;
   }
   *counter = {true, next - 1};

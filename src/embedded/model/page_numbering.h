@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "embedded/model/document.h"
@@ -18,6 +19,13 @@ struct PageCounter {
   bool any = false;
   std::int64_t last = 0;
 };
+
+// The number of a component's first page, and the style of all of them.
+struct PageRun {
+  std::int64_t first = 1;
+  std::string_view style = "Arabic";  // in the book's bytes, or the document's
+};
+PageRun PagesOf(const Document& book, Span component, const Document& document, const PageCounter& counter);
 
 // Goes on to a component, whose statement in the book is `component`. Returns the numbers by page of the
 // document, empty for pages that keep theirs. Documents with numbers such as "12.1" keep all.

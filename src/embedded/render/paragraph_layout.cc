@@ -189,7 +189,7 @@ LaidParagraph::LaidParagraph(Setting& setting, StoryParagraph story, double widt
     : setting_(setting), story_(std::move(story)), format_(&setting.formats.Paragraph(story_.state)) {
   layout_ = pango_layout_new(setting.fonts.context());
   pango_layout_set_text(layout_, story_.text.data(), static_cast<int>(story_.text.size()));
-  const double first = format_->FirstIndent();
+  const double first = story_.goes_on ? format_->left_indent : format_->FirstIndent();
   left_ = std::min(first, format_->left_indent);
   pango_layout_set_indent(layout_, Units(first - format_->left_indent));
   pango_layout_set_width(layout_, Units(std::max(width - left_ - format_->right_indent, kNarrowest)));

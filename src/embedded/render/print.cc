@@ -24,7 +24,7 @@ struct Job {
       : graphics(*source.document, std::filesystem::path(source.path).parent_path().string(), &fonts),
         setting(*source.document, fonts, graphics),
         designs(*source.document),
-        numbering(ReadPageNumbering(*source.document)),
+        page_style(source.page_style),
         first_page(source.first_page) {
     setting.time = options.time;
     setting.numbers = source.numbers;
@@ -33,7 +33,7 @@ struct Job {
   }
 
   std::size_t Run(PageSink* sink, std::vector<FlowLayout::PageStart>* starts = nullptr) {
-    FlowLayout layout(setting, designs, numbering.style, first_page, sink);
+    FlowLayout layout(setting, designs, page_style, first_page, sink);
     const std::size_t pages = layout.Run();
     if (starts != nullptr) *starts = layout.page_starts();
     return pages;
@@ -44,24 +44,24 @@ struct Job {
   Graphics graphics;
   Setting setting;
   PageDesigns designs;
-  PageNumbering numbering;
+  std::string page_style;
   std::int64_t first_page;
 };
 
-// Puts the language into a PDF as Cairo ends it: the catalog is the last object, so that nothing behind it
-// moves but the place of the table of objects.
-void AddLanguage(const std::string& language, std::string* pdf) {
+// Puts the language, and that the text is tagged, into a PDF as Cairo ends it: the catalog is the last
+// object, so that nothing behind it moves but the place of the table of objects.
+void CompleteCatalog(const std::string& language, std::string* pdf) {
   constexpr std::string_view kCatalog = "/Type /Catalog\n";
   constexpr std::string_view kStart = "startxref\n";
   const std::size_t catalog = pdf->rfind(kCatalog);
   const std::size_t start = pdf->rfind(kStart);
-  if (language.empty() || catalog == std::string::npos || start == std::string::npos || catalog > start)
-    return;
+  if (catalog == std::string::npos || start == std::string::npos || catalog > start) return;
   const char* const digits = pdf->data() + start + kStart.size();
   std::size_t table = 0;
   const char* const end = std::from_chars(digits, pdf->data() + pdf->size(), table).ptr;
   if (table < catalog || pdf->compare(table, 4, "xref") != 0) return;
-  const std::string entry = "   /Lang (" + language + ")\n";
+  std::string entry = "   /MarkInfo << /Marked true >>\n";
+  if (!language.empty()) entry += "   /Lang (" + language + ")\n";
   const std::string moved = std::to_string(table + entry.size());
   pdf->replace(start + kStart.size(), static_cast<std::size_t>(end - digits), moved);
   pdf->insert(catalog + kCatalog.size(), entry);
@@ -94,7 +94,7 @@ void Job::CountPages() {
   const std::size_t pages = Run(&counter);
   setting.facts.count = std::to_string(pages);
   setting.facts.last = model::NumberIn(
-      numbering.style, first_page + static_cast<std::int64_t>(std::max<std::size_t>(pages, 1)) - 1);
+      page_style, first_page + static_cast<std::int64_t>(std::max<std::size_t>(pages, 1)) - 1);
 }
 
 std::string DateText(const PrintTime& time) {
@@ -251,7 +251,7 @@ std::string PdfPrint::Work::Finish(std::string* why) {
     *why = cairo_status_to_string(status);
     return {};
   }
-  AddLanguage(language_, &bytes_);
+  CompleteCatalog(language_, &bytes_);
   return std::move(bytes_);
 }
 

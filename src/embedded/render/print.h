@@ -32,6 +32,7 @@ struct PrintSource {
   std::vector<model::ParagraphNumber> numbers;  // by paragraph
   model::PlaceNumbers places;                   // volume, chapter, ...
   std::int64_t first_page = 1;
+  std::string page_style = "Arabic";  // as model::NumberIn takes it
 };
 
 class PdfPrint {

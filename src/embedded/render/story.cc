@@ -34,6 +34,47 @@ void AppendLine(std::string_view text, std::string* line) {
 
 }  // namespace
 
+StoryParagraph SplitLongText(StoryParagraph* story) {
+  std::size_t at = story->text.rfind(' ', kLongestText);
+  at = at == std::string::npos ? kLongestText : at + 1;
+  while ((static_cast<unsigned char>(story->text[at]) & 0xC0) == 0x80) --at;
+  const auto cut = static_cast<std::uint32_t>(at);
+  StoryParagraph rest;
+  rest.paragraph = story->paragraph;
+  rest.state = story->state;
+  rest.first_item = story->first_item;
+  rest.end_item = story->end_item;
+  rest.goes_on = true;
+  rest.tables = std::exchange(story->tables, {});
+  rest.text = story->text.substr(cut);
+  story->text.resize(cut);
+  story->is_split = true;
+  for (const StoryRun& run : story->runs) {
+    if (run.end > cut) rest.runs.emplace_back(run).end -= cut;
+  }
+  std::erase_if(story->runs, [cut](const StoryRun& run) { return run.end > cut; });
+  if (!rest.runs.empty() && (story->runs.empty() || story->runs.back().end < cut)) {
+    story->runs.emplace_back(rest.runs.front()).end = cut;
+  }
+  const auto move = [cut](auto* from, auto* to, auto at_of) {
+    for (auto& one : *from) {
+      if (at_of(one) < cut) continue;
+      to->push_back(one);
+      at_of(to->back()) -= cut;
+    }
+    std::erase_if(*from, [&](auto& one) { return at_of(one) >= cut; });
+  };
+  move(&story->objects, &rest.objects, [](auto& one) -> std::uint32_t& { return one.at; });
+  move(&story->places, &rest.places, [](auto& one) -> std::uint32_t& { return one.at; });
+  move(&story->item_starts, &rest.item_starts, [](auto& one) -> std::uint32_t& { return one.first; });
+  for (StoryLink& link : story->links) {
+    if (link.end <= cut) continue;
+    rest.links.push_back({link.begin > cut ? link.begin - cut : 0, link.end - cut, link.attributes});
+    link.end = std::max(link.begin, cut);
+  }
+  return rest;
+}
+
 StoryReader::StoryReader(Setting& setting, std::uint32_t first, std::uint32_t end, std::uint32_t depth)
     : setting_(setting), document_(setting.document), at_(first), end_(end), depth_(depth) {
   const auto place = std::lower_bound(setting.places.begin(), setting.places.end(), first,

@@ -60,7 +60,16 @@ struct StoryParagraph {
   std::vector<StoryPlace> places;
   std::vector<StoryMarker> markers;   // of headers and footers
   std::vector<std::uint32_t> tables;  // parts
+  bool goes_on = false;               // behind what was split off
+  bool is_split = false;              // more of it follows
 };
+
+// Text that is longer than this is set in several pieces: the widths of a font's longest stretches have to be
+// numbers of 32 bits.
+inline constexpr std::uint32_t kLongestText = 1U << 16;
+
+// Cuts a text that is longer than that, at a blank where there is one. Returns what is behind.
+StoryParagraph SplitLongText(StoryParagraph* story);
 
 class StoryReader {
  public:

@@ -27,6 +27,11 @@ void StripMaker::RunNote(std::uint32_t part, const TakeStrip& take) {
 }
 
 bool StripMaker::AddParagraph(StoryParagraph story) {
+  while (story.text.size() > kLongestText) {
+    StoryParagraph rest = SplitLongText(&story);
+    if (!AddLines(std::make_shared<const LaidParagraph>(setting_, std::move(story), width_))) return false;
+    story = std::move(rest);
+  }
   const ParagraphFormat& format = setting_.formats.Paragraph(story.state);
   const bool beside = format.style == PlacementStyle::kSideHead && side_width_ > 0;
   const auto laid =
@@ -50,7 +55,7 @@ bool StripMaker::AddLines(const std::shared_ptr<const LaidParagraph>& laid) {
   const auto count = static_cast<std::uint32_t>(laid->lines().size());
   for (std::uint32_t i = 0; i < count; ++i) {
     Strip strip = LineStrip(laid, i);
-    if (i == 0) {
+    if (i == 0 && !laid->story().goes_on) {
       strip.glued = keep_next_ || format.with_previous;
       strip.start = format.start;
       strip.space_before = format.space_before;
@@ -64,7 +69,7 @@ bool StripMaker::AddLines(const std::shared_ptr<const LaidParagraph>& laid) {
                            [](const auto& start, std::uint32_t byte) { return start.first < byte; });
       if (at != starts.end()) strip.first_item = at->second;
     }
-    if (i + 1 == count) strip.space_after = format.space_after;
+    if (i + 1 == count && !laid->story().is_split) strip.space_after = format.space_after;
     if (!Give(std::move(strip))) return false;
     for (Strip& frame : behind_) {
       if (!Give(std::move(frame))) return false;

@@ -6,16 +6,17 @@ namespace qelm::embedded::render {
 namespace {
 
 // What stands in the places of "!" to "~".
-constexpr std::u32string_view kSymbol =
+constexpr std::u32string_view kSymbolLetters =
     U"!∀#∃%&∋()∗+,−./0123456789:;<=>?≅"
     U"ΑΒΧΔΕΦΓΗΙϑΚΛΜΝΟΠΘΡΣΤΥςΩΞΨΖ[∴]⊥_‾"
     U"αβχδεφγηιϕκλμνοπθρστυϖωξψζ{|}∼";
-constexpr std::u32string_view kDingbats =
+constexpr std::u32string_view kDingbatLetters =
     U"✁✂✃✄☎✆✇✈✉☛☞✌✍✎✏✐✑✒✓✔✕✖✗✘✙✚✛✜✝✞✟✠"
     U"✡✢✣✤✥✦✧★✩✪✫✬✭✮✯✰✱✲✳✴✵✶✷✸✹✺✻✼✽✾✿❀"
     U"❁❂❃❄❅❆❇❈❉❊❋●❍■❏❐❑❒▲▼◆❖◗❘❙❚❛❜❝❞";
-constexpr std::u32string_view kWingdings =
-    U"✏✂✁👓🕭🕮🕯☎✆🖂🖃📪📫📬📭📁📂📄🗏🗐🗄⌛🖮🖰🖲🖳🖴🖫🖬✇"
+constexpr std::u32string_view kWingdingLetters =
+    U"✏✂✁👓🕭🕮🕯☎✆🖂🖃📪📫📬📭📁📂📄🗏🗐🗄⌛🖮🖰🖲🖳🖴🖫🖬"
+    U"✇"
     U"✍"
     U"🖎"
     U"✌👌👍👎☜☞☝☟✋☺😐☹💣☠🏳🏱✈☼💧❄🕆✞🕈✠✡☪☯ॐ☸♈♉"
@@ -56,9 +57,9 @@ char32_t Shown(Family family, char32_t c) {
   constexpr char32_t kPrivate = 0xF000;
   if (c > kPrivate && c <= kPrivate + 0xFF) c -= kPrivate;
   if (c > U' ' && c <= U'~') {
-    const std::u32string_view table = family == Family::kSymbol     ? kSymbol
-                                      : family == Family::kDingbats ? kDingbats
-                                                                    : kWingdings;
+    const std::u32string_view table = family == Family::kSymbol     ? kSymbolLetters
+                                      : family == Family::kDingbats ? kDingbatLetters
+                                                                    : kWingdingLetters;
     return table[c - U'!'];
   }
   if (family == Family::kWingdings) {
