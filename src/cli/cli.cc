@@ -20,8 +20,7 @@ constexpr std::array kCommands = {
     &MakeValidateCommand, &MakeCheckTableCommand, &MakeXPathCommand,    &MakeSchemesCommand,
     &MakeInfoCommand,     &MakeDumpCommand,       &MakeConvertCommand,  &MakeMenuCommand,
     &MakeMenusCommand,    &MakeRunCommand,        &MakeSettingsCommand, &MakeLanguagesCommand,
-    &MakeUpdateCommand,   &MakeBatchCommand,
-    &MakeUpdateCommand,   &MakeCallCommand,       &MakeServeCommand,
+    &MakeUpdateCommand,   &MakeBatchCommand,      &MakeCallCommand,     &MakeServeCommand,
 };
 
 constexpr std::string_view kDescription =
