@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "embedded/model/numbering.h"
+
 namespace qelm::embedded::render {
 namespace {
 
@@ -32,6 +34,23 @@ std::string PlainText(std::string_view text) {
     }
   }
   return plain;
+}
+
+// What a header shows of a marker's text: its codes as they are in formats. A return is a blank, as a running
+// head has one line.
+std::string MarkerText(std::string_view text) {
+  std::string shown;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    if (text[at] != '\\') {
+      shown.push_back(text[at]);
+    } else if (text.substr(at + 1).starts_with('r')) {
+      if (!shown.empty()) shown.push_back(' ');
+      ++at;
+    } else {
+      at += model::AppendFormatEscape(text.substr(at + 1), &shown);
+    }
+  }
+  return shown;
 }
 
 }  // namespace
@@ -82,7 +101,7 @@ void RunningText::Add(const StoryParagraph& story) {
     page_.push_back(event);
   }
   for (const StoryMarker& marker : story.markers) {
-    page_.push_back({false, marker.type.ends_with("1") ? "$1" : "$2", marker.text, {}, {}});
+    page_.push_back({false, marker.type.ends_with("1") ? "$1" : "$2", MarkerText(marker.text), {}, {}});
   }
   if (element_tags_.empty()) return;
   for (std::uint32_t i = story.first_item; i < story.end_item; ++i) {
