@@ -1,5 +1,7 @@
 #include "cli/open_files.h"
 
+#include <filesystem>
+
 #include "cli/exit_status.h"
 
 namespace qelm::cli {
@@ -19,15 +21,27 @@ void CheckIdle(Session& session) {
   }
 }
 
+// A pipe or a device may keep whoever opens it waiting for ever, and with him all other clients.
+void CheckOrdinary(const std::string& path) {
+  std::error_code error;
+  const std::filesystem::file_type type = std::filesystem::status(path, error).type();
+  using Type = std::filesystem::file_type;
+  if (type == Type::fifo || type == Type::character || type == Type::block || type == Type::socket) {
+    throw Failure(ExitStatus::kFile, path + ": this is not an ordinary file");
+  }
+}
+
 }  // namespace
 
 void OpenFile(Session& session, const std::string& path) {
   CheckIdle(session);
+  CheckOrdinary(path);
   if (session.roles().documents.FindOpen(path) == host::kNone) session.Open(path);
 }
 
 void SaveFile(Session& session, const std::string& path, const std::string& as) {
   CheckIdle(session);
+  if (!as.empty()) CheckOrdinary(as);
   session.Save(FindOrFail(session, path), as);
 }
 

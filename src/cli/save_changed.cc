@@ -49,14 +49,19 @@ void SaveChanged(Session& session, const std::vector<Id>& targets, const std::st
   Saving saving(session, outcome);
   for (const Id target : targets) {
     const bool to_output = target == targets.front() && !output.empty();
-    if (!to_output && !saving.Changed(target)) continue;
+    // Filtering in place changes what a book shows of its entries for the time being, and its file stays.
+    const bool in_place = session.roles().books.IsBook(target) &&
+                          target == session.plugin().filter_run.result_book &&
+                          session.plugin().filter_run.mode != filtering::LaunchMode::kDuplicate;
+    if (!to_output && (in_place || !saving.Changed(target))) continue;
     saving.Save(target, to_output ? output : "");
     if (target == targets.front()) outcome->output = saving.saved().back();
   }
   saving.SaveOthers(targets);
   // Open documents are known to the host, the book that a filter made only to its run.
   const Id book = session.plugin().filter_run.result_book;
-  if (std::find(targets.begin(), targets.end(), book) == targets.end() && saving.Changed(book)) {
+  const bool copied = session.plugin().filter_run.mode == filtering::LaunchMode::kDuplicate;
+  if (copied && std::find(targets.begin(), targets.end(), book) == targets.end() && saving.Changed(book)) {
     saving.Save(book, "");
   }
   outcome->members["saved"] = std::move(saving.saved());

@@ -116,10 +116,13 @@ Outcome ServeCommand::Run(Session& session) {
   std::uint64_t count = 0;
   // One client's question would keep all others waiting, and a run under way ends with the server.
   session.user().SetUnattended();
+  session.user().SetSilent();
+  session.options().quiet = true;  // of notices, which answers carry
   session.user().SetEsc([] { return stopping.load(); });
   session.clients().SetReceiver([&](std::string_view name, std::string_view text) {
     const std::optional<SocketServer::Client> client = names.Find(name);
-    return client && server.Send(*client, nlohmann::ordered_json({{"event", text}}).dump());
+    return client &&
+           server.Send(*client, nlohmann::ordered_json({{"event", text}}).dump(), SocketServer::Kind::kEvent);
   });
   SocketServer::Handler handler;
   handler.line = [&](SocketServer::Client client, std::string_view line) {

@@ -5,6 +5,7 @@
 #include <ostream>
 
 #include "cli/exit_status.h"
+#include "common/text.h"
 #include "config/read_settings.h"
 #include "host/notifications.h"
 #include "messages/document_name.h"
@@ -235,12 +236,25 @@ host::Id Session::OpenDocument(const std::string& path) {
                 path + ": this is a book; this command works on documents only, not on books yet");
 }
 
+namespace {
+
+// Whoever gives such a name wants pages, and would find a document under it.
+bool NamesPages(const std::string& path) {
+  const std::string ending = common::AsciiLower(std::filesystem::path(path).extension().string());
+  return ending == ".pdf" || ending == ".png";
+}
+
+}  // namespace
+
 std::string Session::Save(host::Id document, const std::string& path, host::SaveFormat format) {
   if (environment_.esc && environment_.esc()) {
     throw Failure(ExitStatus::kCancelled, "cancelled; nothing was written");
   }
   host::Documents& documents = roles().documents;
   const std::string name = path.empty() ? NameOf(document) : path;
+  if (format == host::SaveFormat::kDocument && NamesPages(path)) {
+    throw Failure(ExitStatus::kUsage, path + ": a document is not saved as pages; qelm convert prints it");
+  }
   host::SaveOptions options;
   options.path = path;
   options.format = format;

@@ -25,6 +25,7 @@ constexpr std::size_t kMostWaiting = std::size_t{1} << 16;  // answers; then the
 constexpr std::size_t kMostEvents = std::size_t{1} << 20;   // beyond this it is cut off
 constexpr int kBacklog = 64;
 constexpr int kPauseMilliseconds = 100;
+constexpr int kLockTries = 20;
 constexpr mode_t kOwnerOnly = 0600;
 
 [[noreturn]] void Fail(const std::string& path, const std::string& why) {
@@ -55,8 +56,11 @@ class FolderLock {
   explicit FolderLock(const std::string& socket_path)
       : folder_(::open(FolderOf(socket_path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
     if (folder_.get() < 0) Fail(FolderOf(socket_path), Reason(errno));
-    while (::flock(folder_.get(), LOCK_EX) != 0) {
-      if (errno != EINTR) Fail(FolderOf(socket_path), Reason(errno));
+    // Anybody may hold a lock on a folder that all can read, so it is not waited for without end.
+    for (int tries = 0; ::flock(folder_.get(), LOCK_EX | LOCK_NB) != 0; ++tries) {
+      if (errno != EINTR && errno != EWOULDBLOCK) Fail(FolderOf(socket_path), Reason(errno));
+      if (tries == kLockTries) Fail(FolderOf(socket_path), "another program keeps the folder locked");
+      ::poll(nullptr, 0, kPauseMilliseconds);
     }
   }
 
@@ -79,6 +83,11 @@ sockaddr_un AddressOf(const std::string& path) {
   }
   std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
   return address;
+}
+
+bool HasInput(int descriptor) {
+  pollfd polled{descriptor, POLLIN, 0};
+  return ::poll(&polled, 1, 0) > 0;
 }
 
 const sockaddr* Generic(const sockaddr_un& address) { return reinterpret_cast<const sockaddr*>(&address); }
@@ -130,11 +139,7 @@ SocketServer::SocketServer(const std::string& path) : path_(path) {
 
 SocketServer::~SocketServer() {
   for (const auto& [client, connection] : connections_) ::close(connection.fd);
-  try {
-    const FolderLock lock(path_);
-    Remove();
-  } catch (...) {  // the folder is gone, and the socket with it
-  }
+  Remove();
   ::close(listener_);
 }
 
@@ -160,7 +165,9 @@ void SocketServer::Run(const Handler& handler, int stop) {
     }
     more = false;
     for (auto& [client, connection] : connections_) {
-      if (MayHandle(&connection)) HandleLine(&connection, client, handler);
+      if (!MayHandle(&connection)) continue;
+      if (HasInput(stop)) return;
+      HandleLine(&connection, client, handler);
       more = more || MayHandle(&connection);
     }
     DropEnded(handler);
@@ -255,13 +262,14 @@ void SocketServer::HandleLine(Connection* connection, Client client, const Handl
   connection->begin = connection->searched = 0;
 }
 
-bool SocketServer::Send(Client client, std::string_view line) {
+bool SocketServer::Send(Client client, std::string_view line, Kind kind) {
   const auto found = connections_.find(client);
   if (found == connections_.end() || found->second.broken) return false;
   Connection& connection = found->second;
   connection.out.append(line).push_back('\n');
   Flush(&connection);
-  if (connection.out.size() - connection.sent > kMostEvents) connection.broken = true;
+  const bool piled_up = connection.out.size() - connection.sent > kMostEvents;
+  if (kind == Kind::kEvent && piled_up) connection.broken = true;
   return !connection.broken;
 }
 

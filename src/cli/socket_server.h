@@ -44,8 +44,10 @@ class SocketServer {
   // Serves until `stop` (a file descriptor) can be read.
   void Run(const Handler& handler, int stop);
 
-  // Sends a line, for which the end is added. False when there is no such client any more.
-  bool Send(Client client, std::string_view line);
+  // Sends a line, for which the end is added. A client that lets events pile up is cut off; one that takes
+  // its time with an answer it asked for is not. False when there is no such client any more.
+  enum class Kind : std::uint8_t { kAnswer, kEvent };
+  bool Send(Client client, std::string_view line, Kind kind = Kind::kAnswer);
 
  private:
   struct Connection {

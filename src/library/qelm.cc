@@ -57,6 +57,7 @@ int Guard(qelm_session* handle, Work work) noexcept {
     TakeAlerts(handle);
     return 1;
   } catch (const std::exception& problem) {
+    handle->session->user().TakeAlerts();  // of what failed; they are not the message of what comes next
     return Fail(handle, problem.what());
   } catch (...) {
     return Fail(handle, "the operation was given up");
@@ -108,6 +109,8 @@ int qelm_start_with(const qelm_options* options, qelm_session** session) {
     *session = handle.release();
     (*session)->session.reset();
     return Fail(*session, problem.what());
+  } catch (...) {
+    return 0;
   }
 }
 

@@ -76,7 +76,7 @@ TEST(CallCommand, ADuplicateComesWhereTheFilterCommandPutsIt) {
   EXPECT_EQ(program.folder.Read(name), copy);
 }
 
-TEST(CallCommand, WhatFailedOrWasCancelledIsNotSaved) {
+TEST(CallCommand, NothingIsSavedWhenAnOperationFailed) {
   Program program;
   const std::string before = program.folder.Read("doc.mif");
   const ProgramResult failed = Call(program, {program.document()},
@@ -85,6 +85,24 @@ TEST(CallCommand, WhatFailedOrWasCancelledIsNotSaved) {
   EXPECT_EQ(failed.out, "1\n1\n0\n");
   EXPECT_NE(failed.err.find("nothing was saved"), std::string::npos) << failed.err;
   EXPECT_EQ(program.folder.Read("doc.mif"), before);
+}
+
+TEST(CallCommand, ABookInPlaceIsFilteredAsByTheFilterCommand) {
+  const std::filesystem::path pump = QELM_SOURCE_DIR "/examples/pump";
+  Program program;
+  for (const char* name : {"called", "filtered"}) {
+    std::filesystem::copy(pump, program.folder.File(name), std::filesystem::copy_options::recursive);
+  }
+  const std::string called = program.folder.File("called/pump.book.mif");
+  const ProgramResult result = Call(program, {called}, Filtering("Source", called));
+  EXPECT_EQ(result.out, "1\n1\n1\n") << result.err;
+  program.Run({"filter", program.folder.File("filtered/pump.book.mif"), "--scheme", "Audience/Admin",
+               "--mode", "source"});
+  for (const auto& file : std::filesystem::directory_iterator(pump)) {
+    if (file.path().extension() != ".mif") continue;
+    const std::string name = file.path().filename().string();
+    EXPECT_EQ(program.folder.Read("called/" + name), program.folder.Read("filtered/" + name)) << name;
+  }
 }
 
 TEST(RunCommand, CallsAreStepsToo) {

@@ -254,11 +254,29 @@ TEST_F(Serve, TheSocketIsTheOwnersAndGoesAtTheEnd) {
   EXPECT_NE(second.err.find("another server"), std::string::npos) << second.err;
   Client client(server_.path());
   EXPECT_EQ(client.Ask(Request("open", program_.document())), R"({"result":1})");
+  EXPECT_EQ(client.Ask(R"({"call": "SetScheme---filter---Audience---Admin"})"), kOne);
+  EXPECT_EQ(client.Ask(R"({"call": "SetParm---Filter_Type---Source"})"), kOne);
+  EXPECT_EQ(client.Ask(Request("call", "FilterFile---" + program_.document())),
+            R"({"result":1,"from":"filter"})");
   const std::string before = program_.folder.Read("doc.mif");
   EXPECT_EQ(server_.End(), 0);
   EXPECT_EQ(client.Line(), "");
   EXPECT_NE(::lstat(server_.path().c_str(), &there), 0);
   EXPECT_EQ(program_.folder.Read("doc.mif"), before);
+}
+
+// Whoever opens a pipe waits for its other end.
+TEST_F(Serve, PipesAndPagesAreNotOpenedOrSaved) {
+  const std::string pipe = program_.folder.File("pipe");
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  Client client(server_.path());
+  EXPECT_NE(client.Ask(Request("open", pipe)).find("not an ordinary file"), std::string::npos);
+  EXPECT_EQ(client.Ask(Request("open", program_.document())), R"({"result":1})");
+  for (const std::string& name : {pipe, program_.folder.File("pages.pdf")}) {
+    const nlohmann::json save = {{"save", program_.document()}, {"as", name}};
+    EXPECT_NE(client.Ask(save.dump()).find("error"), std::string::npos) << name;
+  }
+  EXPECT_FALSE(std::filesystem::exists(program_.folder.File("pages.pdf")));
 }
 
 TEST_F(Serve, ALeftOverSocketIsReplacedAndAFileIsNot) {

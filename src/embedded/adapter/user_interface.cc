@@ -44,7 +44,7 @@ std::int32_t ScriptedUserInterface::Question(std::string_view text) {
   const Answer answer = Decide(text);
   const std::string_view word = answer.yes ? "yes" : "no";
   options_.events.Write("question", {{"text", text}, {"answer", word}, {"by", answer.by}});
-  if (answer.by == "default") {
+  if (answer.by == "default" && !silent_) {
     ClearLine();
     options_.messages
         << "Nobody was there to answer this question; it was answered \"no\" (see --yes, --no and "
@@ -133,6 +133,7 @@ bool ScriptedUserInterface::EscPressed() {
 
 void ScriptedUserInterface::Print(std::string_view text) {
   options_.events.Write("console", {{"text", text}});
+  if (silent_) return;
   ClearLine();
   std::ostream& stream = console_ != nullptr ? *console_ : options_.messages;
   stream << text << std::flush;

@@ -87,6 +87,9 @@ class ScriptedUserInterface : public host::UserInterface {
   void SetEsc(std::function<bool()> esc) { options_.esc = std::move(esc); }
   // Nobody is asked any more, also where a terminal is at hand.
   void SetUnattended() { options_.interactive = false; }
+  // Nothing at all is written for people to see: whoever drives the session takes alerts and events. A stream
+  // that nobody reads would bring everything to a halt.
+  void SetSilent() { options_.quiet = silent_ = true; }
   // Alerts are collected, and from now on not shown, or shown again.
   void SetQuiet(bool quiet) { options_.quiet = quiet; }
   // Where console text goes; without a stream it is shown among the messages.
@@ -124,6 +127,7 @@ class ScriptedUserInterface : public host::UserInterface {
   std::vector<MenuEntry> entries_;
   std::string status_line_;
   bool esc_asked_ = false;
+  bool silent_ = false;
 };
 
 }  // namespace qelm::embedded::adapter
