@@ -107,6 +107,22 @@ TEST_F(Pages, OnePageAsPicture) {
   EXPECT_NE(beyond.err.find("there is no page 99; the document has 2."), std::string::npos) << beyond.err;
 }
 
+TEST_F(Pages, SourceIsNoPlaceForTheOutput) {
+  const std::string source =
+      program.folder.Read(std::filesystem::path(program.document()).filename().string());
+  for (const char* name : {"same.pdf", "same.png"}) {
+    const std::string path = program.folder.Write(name, source);
+    const std::string link = program.folder.File(std::string("link-") + name);
+    std::filesystem::create_symlink(path, link);
+    for (const std::string& output : {path, link}) {
+      const ProgramResult result = program.Run({"convert", path, output});
+      EXPECT_EQ(result.status, 3) << output;
+      EXPECT_NE(result.err.find("a document of that name is open."), std::string::npos) << result.err;
+      EXPECT_EQ(program.folder.Read(name), source) << output;
+    }
+  }
+}
+
 TEST_F(Pages, ComponentThatIsMissingIsNamedAndPassedOver) {
   const std::string book =
       program.folder.Write("book.mif", testing::MifBook({"<c>doc.mif", "<c>missing.mif"}));

@@ -121,7 +121,7 @@ class DocumentsRole : public host::Documents {
   }
   bool SaveTo(Id id, OpenFile* file, const host::SaveOptions& options);
   bool SaveDelivered(Id id, OpenFile* file, const std::string& path);
-  bool SaveAsPdf(const std::string& path, OpenFile* file, const host::SaveOptions& options);
+  bool SaveAsPdf(OpenFile* file, const host::SaveOptions& options);
   model::Pieces Bytes(OpenFile* file, Format format);
   bool ImportFromOther(OpenFile* file, const OpenFile& from, std::uint32_t flags);
 
@@ -227,9 +227,9 @@ bool DocumentsRole::Save(Id id, const host::SaveOptions& options) {
 }
 
 bool DocumentsRole::SaveTo(Id id, OpenFile* file, const host::SaveOptions& options) {
+  if (options.format == host::SaveFormat::kPdf) return SaveAsPdf(file, options);
   const std::string path = options.path.empty() ? file->path : AbsolutePath(options.path);
   if (path.empty()) return FailSave("document " + std::to_string(id), "the document has no name yet.");
-  if (options.format == host::SaveFormat::kPdf) return SaveAsPdf(path, file, options);
   const Id there = workspace_.FindPath(path);
   if (there != host::kNone && there != id) return FailSave(path, "a document of that name is open.");
   if (options.format == host::SaveFormat::kXml && !options.structure_application.empty()) {
@@ -275,8 +275,12 @@ bool DocumentsRole::SaveDelivered(Id id, OpenFile* file, const std::string& path
          FailSave(path, "the file cannot be written" + workspace_.FileErrorSuffix());
 }
 
-// A PDF is another file: the document keeps its path and what is to be saved of it.
-bool DocumentsRole::SaveAsPdf(const std::string& path, OpenFile* file, const host::SaveOptions& options) {
+// A PDF is another file: the document keeps its path and what is to be saved of it, so that its own file is
+// no place for the PDF.
+bool DocumentsRole::SaveAsPdf(OpenFile* file, const host::SaveOptions& options) {
+  if (options.path.empty()) return FailSave(file->path, "a PDF needs a name of its own.");
+  const std::string path = AbsolutePath(options.path);
+  if (workspace_.FindPath(path) != host::kNone) return FailSave(path, "a document of that name is open.");
   std::string why;
   const std::optional<std::string> pdf = PrintPdf(workspace_, *this, file, options, &why);
   if (!pdf) return FailSave(path, why);

@@ -1,5 +1,6 @@
 #include "embedded/adapter/embedded_host.h"
 
+#include "embedded/adapter/file_places.h"
 #include "embedded/adapter/printing.h"
 #include "embedded/adapter/roles.h"
 
@@ -51,6 +52,10 @@ bool EmbeddedHost::SavePage(Id document, const std::string& path, std::size_t pa
                             std::string* why) {
   OpenFile* file = workspace_->DocumentFile(document);
   if (file == nullptr) return false;
+  if (path.empty() || workspace_->FindPath(AbsolutePath(path)) != host::kNone) {
+    *why = path.empty() ? "the picture needs a name of its own." : "a document of that name is open.";
+    return false;
+  }
   const std::optional<std::string> png = PrintPage(*workspace_, file, page, dpi, why);
   if (!png) return false;
   if (workspace_->platform().ReplaceFile(path, *png)) return true;
