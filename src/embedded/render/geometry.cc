@@ -16,6 +16,9 @@ constexpr double kDidot = 1.0678;
 // No page is larger; beyond it drawing libraries lose their way.
 constexpr double kLongest = 100'000;
 
+// Every number fits into an int.
+constexpr double kLargest = 2147483647;
+
 struct Unit {
   std::string_view name;
   double points;
@@ -74,7 +77,7 @@ double Length(std::string_view data, double unit) {
 
 double Number(std::string_view data, double missing) {
   double value = 0;
-  return TakeNumber(&data, &value) ? value : missing;
+  return TakeNumber(&data, &value) ? std::clamp(value, -kLargest, kLargest) : missing;
 }
 
 double PointsOfUnit(std::string_view keyword) {

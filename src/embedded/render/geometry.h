@@ -24,7 +24,7 @@ std::vector<double> Lengths(std::string_view data, double unit);
 // The first of them, 0 when there is none.
 double Length(std::string_view data, double unit);
 
-// A number, a percentage or an angle; `missing` when there is none.
+// A number, a percentage or an angle, in the range of an int; `missing` when there is none.
 double Number(std::string_view data, double missing = 0);
 
 // How many points the unit of a Units statement has (Uin, Ucm, Umm, Upica, Upt, Udd, Ucc); inches for an

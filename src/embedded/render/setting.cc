@@ -100,7 +100,7 @@ void Setting::ReadSettings() {
     if (name.starts_with("DTblFNote")) ReadNoteStyle(name.substr(9), data, document.encoding, &table_notes);
     if (name == "DLanguage") language = Fonts::LanguageTag(data);
     if (name == "FNoteStartNum") notes.first = static_cast<std::int64_t>(Number(data));
-    if (name == "DFNoteMaxH") most_note_height = Length(data, unit);
+    if (name == "DFNoteMaxH") most_note_height = std::max(Length(data, unit), 0.0);
     if (name == "DChBarGap") change_bars.gap = Length(data, unit);
     if (name == "DChBarWidth") change_bars.width = Length(data, 1);
     if (name == "DChBarPosition") change_bars.side = SideNamed(data);
