@@ -124,8 +124,10 @@ void Graphics::Painter::Curve(cairo_t* cr, const Object& object) const {
 void Graphics::Painter::Arc(cairo_t* cr, const Object& arc, bool pie) const {
   const Rect& place = arc.place;
   if (place.width <= 0 || place.height <= 0) return;
-  const double begin = (arc.start - 90) * kRadians;
-  const double end = (arc.start + arc.sweep - 90) * kRadians;
+  // Cairo adds up turns one by one.
+  const double start = std::fmod(arc.start, 360.0) - 90;
+  const double begin = start * kRadians;
+  const double end = (start + std::clamp(arc.sweep, -360.0, 360.0)) * kRadians;
   cairo_save(cr);
   cairo_translate(cr, place.x + place.width / 2, place.y + place.height / 2);
   cairo_scale(cr, place.width / 2, place.height / 2);
