@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "embedded/model/files.h"
+#include "embedded/render/color.h"
 #include "embedded/render/images.h"
 #include "support/temp_folder.h"
 
@@ -59,6 +60,16 @@ class Picture {
  private:
   cairo_surface_t* surface_;
 };
+
+TEST(Color, TintHasAShareOfItsBase) {
+  std::string error;
+  const auto document = model::BuildMif(
+      "<MIFFile 10.0>\n<ColorCatalog <Color <ColorTag `Pale'> <ColorBlack 100> <ColorTintPercentage 25.0> "
+      "<ColorTintBaseColor `Green'>>>\n<TextFlow <TFTag `A'> <TFAutoConnect Yes> <Para <ParaLine>>>\n",
+      &error);
+  ASSERT_TRUE(document) << error;
+  EXPECT_EQ(ColorNamed(*document, "Pale"), (Rgb{0.75, 1, 0.75}));
+}
 
 TEST(Graphics, ObjectsStandWhereTheirStatementsSay) {
   struct Case {

@@ -1,6 +1,8 @@
 #include <charconv>
+#include <vector>
 
 #include "embedded/model/mif_scan.h"
+#include "embedded/model/xml_marks.h"
 
 namespace qelm::embedded::model {
 
@@ -137,10 +139,41 @@ std::uint32_t NumberData(const mif::Reader& reader) {
   return value;
 }
 
+struct Tint {
+  std::string_view color;
+  std::string_view base;
+  double percentage = 0;
+};
+
+// A tint has a share of the inks of its base; the inks of its own statement are not what it looks like.
+void TakeTint(const Tint& tint, Document* document) {
+  const auto found = document->color_index.find(tint.base);
+  const bool known = found != document->color_index.end() && document->colors[found->second].declared;
+  const double* const reserved = ReservedInks(tint.base);
+  if (!known && reserved == nullptr) return;
+  Color base;
+  if (known) {
+    base = document->colors[found->second];
+  } else {
+    base.cyan = reserved[0];
+    base.magenta = reserved[1];
+    base.yellow = reserved[2];
+    base.black = reserved[3];
+  }
+  const double share = tint.percentage / 100;
+  Color& color = document->colors[document->InternColor(tint.color)];
+  color.cyan = base.cyan * share;
+  color.magenta = base.magenta * share;
+  color.yellow = base.yellow * share;
+  color.black = base.black * share;
+}
+
 void ScanColors(mif::Reader* reader, Document* document) {
+  std::vector<Tint> tints;  // a base may follow what it is the base of
   Children(reader, [&] {
     if (reader->token() != Token::kColor || reader->kind() != Piece::kGroup) return;
     Color color;
+    Tint tint;
     color.declared = true;
     Children(reader, [&] {
       switch (reader->token()) {
@@ -160,13 +193,18 @@ void ScanColors(mif::Reader* reader, Document* document) {
           color.black = RealData(*reader);
           break;
         default:
+          if (reader->name() == "ColorTintPercentage") tint.percentage = RealData(*reader);
+          if (reader->name() == "ColorTintBaseColor") tint.base = StringData(*reader, document);
           break;
       }
     });
     Color& known = document->colors[document->InternColor(color.name)];
     color.name = known.name;
     known = color;
+    tint.color = known.name;
+    if (!tint.base.empty() && tint.percentage >= 0 && tint.percentage <= 100) tints.push_back(tint);
   });
+  for (const Tint& tint : tints) TakeTint(tint, document);
 }
 
 void ScanConditions(mif::Reader* reader, Document* document) {
