@@ -1,5 +1,7 @@
 // qelm convert: writes a document in the format that the name of the output asks for.
 #include <CLI/CLI.hpp>
+#include <charconv>
+#include <cmath>
 
 #include "cli/command.h"
 #include "cli/session.h"
@@ -14,6 +16,20 @@ std::string Ending(const std::string& path) {
   const std::string_view name = common::FileName(path);
   const std::size_t dot = name.rfind('.');
   return dot == std::string_view::npos ? std::string() : common::AsciiLower(name.substr(dot));
+}
+
+// What is no number lies in every range.
+std::string IsFinite(const std::string& text) {
+  double value = 0;
+  const bool read = CLI::detail::lexical_cast(text, value);
+  return read && std::isfinite(value) ? std::string() : "Value " + text + " is not a number";
+}
+
+std::string IsPage(const std::string& text) {
+  std::uint32_t page = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), page);
+  const bool whole = error == std::errc() && end == text.data() + text.size() && page > 0;
+  return whole ? std::string() : "Page " + text + " is not a whole number from 1 to 4294967295";
 }
 
 class ConvertCommand : public Command {
@@ -37,9 +53,10 @@ CLI::App* ConvertCommand::Define(CLI::App& program) {
        "qelm convert operation.mif operation.pdf"});
   command->add_option("IN", input_, "The document (MIF or XML), for PDF a book as well")->required();
   command->add_option("OUT", output_, "Where the result goes; its ending says the format")->required();
-  command->add_option("--page", page_, "For .png: which page, from 1")->check(CLI::PositiveNumber);
+  command->add_option("--page", page_, "For .png: which page, from 1")->check(IsPage);
   command->add_option("--dpi", dpi_, "For .png: dots an inch")
       ->check(CLI::Range(10.0, 1200.0))
+      ->check(IsFinite)
       ->capture_default_str();
   return command;
 }

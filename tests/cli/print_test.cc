@@ -102,6 +102,11 @@ TEST_F(Pages, OnePageAsPicture) {
   const std::string source = kPump + "operation.mif";
   EXPECT_EQ(program.Run({"convert", source, png, "--page", "2", "--dpi", "50"}).status, 0);
   EXPECT_EQ(program.folder.Read("page.png").substr(1, 3), "PNG");
+  EXPECT_EQ(program.Run({"convert", source, png, "--dpi", "nan"}).status, 2);
+  EXPECT_EQ(program.Run({"convert", source, png, "--page", "0"}).status, 2);
+  const ProgramResult large = program.Run({"convert", source, png, "--dpi", "1200"});
+  EXPECT_EQ(large.status, 3);
+  EXPECT_NE(large.err.find("more than 100 million pixels"), std::string::npos) << large.err;
   const ProgramResult beyond = program.Run({"convert", source, png, "--page", "99"});
   EXPECT_EQ(beyond.status, 3);
   EXPECT_NE(beyond.err.find("there is no page 99; the document has 2."), std::string::npos) << beyond.err;

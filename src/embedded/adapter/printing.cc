@@ -12,14 +12,16 @@
 namespace qelm::embedded::adapter {
 namespace {
 
-// A document as it is laid out: itself, or the MIF of what is XML.
+// A document as it is laid out: itself, or the MIF of what is XML. Null when there is no such MIF, and `why`
+// says so.
 class Printable {
  public:
-  explicit Printable(OpenFile* file) : document_(file->document.get()) {
+  Printable(OpenFile* file, std::string* why) : document_(file->document.get()) {
     if (document_->format == model::Format::kMif) return;
     std::string error;
     converted_ = model::BuildMif(model::ConvertToMif(*document_), &error);
     document_ = converted_.get();
+    if (document_ == nullptr) *why = "the document cannot be written as MIF to print it: " + error;
   }
   const model::Document* get() const { return document_; }
 
@@ -64,7 +66,7 @@ render::PrintOptions OptionsFor(const OpenFile& file, const host::SaveOptions& o
   print.time = render::CurrentTime();
   const std::size_t slash = file.path.find_last_of('/');
   print.title = file.path.substr(slash == std::string::npos ? 0 : slash + 1);
-  print.title = print.title.substr(0, print.title.find('.'));
+  print.title = print.title.substr(0, print.title.rfind('.'));
   return print;
 }
 
@@ -83,7 +85,9 @@ class BookPrinter {
         workspace_.Notice(std::string(documents_.LastError()) + " It is left out of " + book_->path + ".");
         continue;
       }
-      print_->Announce(*Printable(file).get(), file->path);
+      std::string why;
+      const Printable printable(file, &why);
+      if (printable.get() != nullptr) print_->Announce(*printable.get(), file->path);
     }
     for (const model::Component& component : book_->book->components) {
       if (IsPrinted(component)) Add(component);
@@ -113,7 +117,12 @@ void BookPrinter::Add(const model::Component& component) {
   OpenedDocument opened(workspace_, documents_, PathOf(component));
   OpenFile* file = opened.File();
   if (file == nullptr || !SettleDocument(file)) return;
-  const Printable printable(file);
+  std::string why;
+  const Printable printable(file, &why);
+  if (printable.get() == nullptr) {
+    workspace_.Notice(file->path + ": " + why + " It is left out of " + book_->path + ".");
+    return;
+  }
   const model::Document& document = *printable.get();
   render::PrintSource source;
   source.document = &document;
@@ -138,10 +147,11 @@ std::optional<std::string> PrintPdf(Workspace& workspace, host::Documents& docum
     pages = BookPrinter(workspace, documents, file, &print).Run();
     if (pages == 0) *why = "none of the components of the book can be opened.";
   } else {
-    const Printable printable(file);
+    const Printable printable(file, why);
+    if (printable.get() == nullptr) return std::nullopt;
     print.Announce(*printable.get(), file->path);
     pages = print.Add(SourceOf(*printable.get(), file->path));
-    if (pages == 0) *why = "there is not enough memory for the pages.";
+    if (pages == 0) *why = print.Status();
   }
   if (pages == 0) return std::nullopt;
   std::string pdf = print.Finish(why);
@@ -156,7 +166,8 @@ std::optional<std::string> PrintPdf(Workspace& workspace, host::Documents& docum
 
 std::optional<std::string> PrintPage(Workspace& workspace, OpenFile* file, std::size_t page, double dpi,
                                      std::string* why) {
-  const Printable printable(file);
+  const Printable printable(file, why);
+  if (printable.get() == nullptr) return std::nullopt;
   std::vector<std::string> notices;
   std::string png = render::PrintPng(SourceOf(*printable.get(), file->path), OptionsFor(*file, {}), page, dpi,
                                      &notices, why);

@@ -127,6 +127,9 @@ class PdfPrint::Work {
 
   std::size_t Add(const PrintSource& source);
   std::string Finish(std::string* why);
+  std::string Status() const {
+    return cr_ == nullptr ? "no page was made." : cairo_status_to_string(cairo_status(cr_));
+  }
 
   LinkTable links;
   Fonts fonts;
@@ -264,6 +267,8 @@ void PdfPrint::Announce(const model::Document& document, const std::string& path
 
 std::size_t PdfPrint::Add(const PrintSource& source) { return work_->Add(source); }
 
+std::string PdfPrint::Status() const { return work_->Status(); }
+
 std::string PdfPrint::Finish(std::string* why) { return work_->Finish(why); }
 
 std::vector<std::string> PdfPrint::Notices() const {
@@ -285,8 +290,11 @@ class PngSink : public PageSink {
     const auto pixels = [scale](double points) {
       return static_cast<int>(std::lround(std::clamp(points * scale, 1.0, 32000.0)));
     };
-    cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, pixels(page.design->width),
-                                                          pixels(page.design->height));
+    const int width = pixels(page.design->width);
+    const int height = pixels(page.design->height);
+    too_large_ = static_cast<double>(width) * height > kMostPixels;
+    if (too_large_) return false;
+    cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height);
     cairo_t* cr = cairo_create(surface);
     cairo_set_source_rgb(cr, 1, 1, 1);
     cairo_paint(cr);
@@ -300,8 +308,10 @@ class PngSink : public PageSink {
 
   std::string png_;
   cairo_status_t status_ = CAIRO_STATUS_SUCCESS;
+  bool too_large_ = false;
 
  private:
+  static constexpr double kMostPixels = 1e8;
   Job& job_;
   std::size_t wanted_;
   double dpi_;
@@ -318,6 +328,10 @@ std::string PrintPng(const PrintSource& source, const PrintOptions& options, std
   const std::size_t pages = job.Run(&sink);
   *notices = fonts.notices();
   AddNotices(job, source.path, notices);
+  if (sink.too_large_) {
+    *why = "the picture would have more than 100 million pixels; fewer dots an inch make a smaller one.";
+    return {};
+  }
   if (sink.status_ != CAIRO_STATUS_SUCCESS) {
     *why = cairo_status_to_string(sink.status_);
     return {};

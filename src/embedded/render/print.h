@@ -45,6 +45,8 @@ class PdfPrint {
   void Announce(const model::Document& document, const std::string& path);
   // Returns how many pages were made; 0 when the PDF cannot be written.
   std::size_t Add(const PrintSource& source);
+  // Why the PDF cannot be written.
+  std::string Status() const;
   // The PDF; empty when it could not be made, and `why` says so.
   std::string Finish(std::string* why);
 
