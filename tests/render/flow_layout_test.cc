@@ -166,6 +166,13 @@ TEST(TableLayout, HeadingsStandOnEveryPage) {
                    .catalogs = kTableCatalogs,
                    .objects = TableMif(rows, Row(Cell("H") + Cell("")))}),
             "t|H||r1||r2||r3|\nH||r4||r5||r6||p1");
+  // But not one that takes more than half of it.
+  const std::string high = "<Cell <CellContent " + Para("h1") + Para("h2") + Para("h3") + ">>";
+  const std::string text = Pages({.text = kAnchor + Paras(1, 1),
+                                  .catalogs = kTableCatalogs,
+                                  .objects = TableMif(rows, Row(high + Cell("")))});
+  EXPECT_EQ(text.find("h1"), text.rfind("h1")) << text;
+  EXPECT_NE(text.find("r6"), std::string::npos) << text;
 }
 
 TEST(TableLayout, StraddledCellsAreAsWideAndHighAsTheySay) {

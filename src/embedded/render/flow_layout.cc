@@ -90,9 +90,7 @@ void FlowLayout::PlaceOneByOne() {
         NextColumn();
         continue;
       }
-      const double height =
-          Room() - (at_top_ ? 0 : SpaceAbove(behind_, next)) -
-          (at_top_ && next.table && next.table == open_table_ ? next.table->heading_height : 0);
+      const double height = Room() - (at_top_ ? 0 : SpaceAbove(behind_, next)) - RepeatedHeight(next);
       Strip rest = CutStrip(&next, height);
       if (rest.height <= 0 || next.height <= 0) {
         // It cannot be cut. At the top of a column it stands as it is, else it goes to the next one.
@@ -132,17 +130,22 @@ bool FlowLayout::Start(StartAt start) {
   return going_;
 }
 
+// The height of the heading that stands again above a row at the top of a column. One that would leave the
+// rows less than half the column is not repeated.
+double FlowLayout::RepeatedHeight(const Strip& strip) const {
+  if (!at_top_ || !strip.table || strip.table != open_table_) return 0;
+  const double height = strip.table->heading_height;
+  return height > Column().height / 2 ? 0 : height;
+}
+
 // The height that strips take below what stands in the column, with their footnotes.
 double FlowLayout::Needed(const std::vector<Strip>& strips, std::size_t count) const {
-  double at = 0;
+  double at = RepeatedHeight(strips.front());
   double lowest = 0;
   double notes = 0;
   double behind = behind_;
   bool top = at_top_;
   bool any_note = !notes_.empty();
-  if (top && strips.front().table && strips.front().table == open_table_) {
-    at += strips.front().table->heading_height;
-  }
   for (std::size_t i = 0; i < count; ++i) {
     const Strip& strip = strips[i];
     if (!top) at += SpaceAbove(behind, strip);
@@ -164,7 +167,7 @@ double FlowLayout::Room() const {
 }
 
 void FlowLayout::PlaceStrip(Strip&& strip) {
-  if (strip.table && strip.table == open_table_ && at_top_) PlaceHeading(strip);
+  if (RepeatedHeight(strip) > 0) PlaceHeading(strip);
   if (!at_top_) y_ += SpaceAbove(behind_, strip);
   const Rect& column = Column();
   double x = column.x;

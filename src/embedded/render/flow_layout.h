@@ -38,6 +38,7 @@ class FlowLayout {
   bool Start(StartAt start);
   double Needed(const std::vector<Strip>& strips, std::size_t count) const;
   double Room() const;
+  double RepeatedHeight(const Strip& strip) const;
   void PlaceStrip(Strip&& strip);
   void PlaceHeading(const Strip& next);
   void PlaceNotes();
