@@ -197,6 +197,23 @@ TEST(TableLayout, StraddledCellsAreAsWideAndHighAsTheySay) {
   EXPECT_NEAR(find("y").baseline - find("x").baseline, 12, 0.01);
 }
 
+TEST(TableLayout, StraddledTextGoesOnWithItsRows) {
+  std::string cell = "<Cell <CellRows 8> <CellContent ";
+  for (int i = 1; i <= 8; ++i) cell += Para("c" + std::to_string(i));
+  std::string rows = Row(cell + ">>" + Cell("r1"));
+  for (int i = 2; i <= 8; ++i) rows += Row(Cell("") + Cell("r" + std::to_string(i)));
+  const LaidOut laid(
+      Mif({.text = kAnchor + Paras(1, 1), .catalogs = kTableCatalogs, .objects = TableMif(rows)}));
+  const std::string text = laid.Pages();
+  for (int i = 1; i <= 8; ++i) {
+    EXPECT_NE(text.find("c" + std::to_string(i)), std::string::npos) << text;
+    EXPECT_NE(text.find("r" + std::to_string(i)), std::string::npos) << text;
+  }
+  for (const SeenPage& page : laid.pages) {
+    for (const SeenLine& line : page.lines) EXPECT_LE(line.baseline, 80) << line.text;
+  }
+}
+
 TEST(TableLayout, RowHigherThanAPageLosesNothing) {
   std::string cell = "<Cell <CellContent ";
   for (int i = 1; i <= 8; ++i) cell += Para("c" + std::to_string(i));

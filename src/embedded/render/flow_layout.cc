@@ -14,6 +14,38 @@ constexpr std::string_view kNoteSeparator = "Footnote";
 
 double SpaceAbove(double behind, const Strip& strip) { return std::max(behind, strip.space_before); }
 
+// How far down the text of a row goes: below the row where a cell straddles others.
+double Reach(const Strip& strip) {
+  double reach = strip.height;
+  if (!strip.table) return reach;
+  for (const Mark& mark : strip.marks) {
+    if (mark.kind == Mark::Kind::kLine) reach = std::max(reach, mark.y);
+  }
+  return reach;
+}
+
+// Makes one strip of rows and those that their text goes down into, so that they are cut together.
+std::vector<Strip> JoinStraddled(std::vector<Strip>&& strips) {
+  std::vector<Strip> joined;
+  double reach = 0;  // of the last one
+  for (Strip& strip : strips) {
+    const bool inside = !joined.empty() && joined.back().table && joined.back().table == strip.table &&
+                        reach > joined.back().height + kTolerance;
+    if (!inside) {
+      reach = Reach(strip);
+      joined.push_back(std::move(strip));
+      continue;
+    }
+    Strip& whole = joined.back();
+    reach = std::max(reach, whole.height + Reach(strip));
+    PlaceMarks(strip.marks, 0, whole.height, &whole.marks);
+    whole.height += strip.height;
+    whole.space_after = strip.space_after;
+    for (std::shared_ptr<NoteBlock>& note : strip.notes) whole.notes.push_back(std::move(note));
+  }
+  return joined;
+}
+
 }  // namespace
 
 FlowLayout::FlowLayout(Setting& setting, const PageDesigns& designs, std::string_view number_style,
@@ -55,16 +87,18 @@ bool FlowLayout::Take(Strip&& strip) {
     return going_;
   }
   if (!strip.glued || strip.start != StartAt::kAnywhere) PlaceGroup();
+  group_reach_ = std::max(group_reach_, group_height_ + Reach(strip));
   group_height_ += strip.height;
   group_.push_back(std::move(strip));
-  // What no column can hold together need not wait.
-  if (going_ && group_height_ > Column().height) PlaceGroup();
+  // What no column can hold together need not wait, but for the rows that its text goes down into.
+  const bool straddled = group_reach_ > group_height_ + kTolerance;
+  if (going_ && !straddled && group_height_ > Column().height) PlaceGroup();
   return going_;
 }
 
 bool FlowLayout::PlaceGroup() {
   std::vector<Strip> group = std::exchange(group_, {});
-  group_height_ = 0;
+  group_height_ = group_reach_ = 0;
   if (group.empty() || !Start(group.front().start)) return going_;
   if (!at_top_ && Needed(group, group.size()) > Room()) NextColumn();
   if (!going_) return false;
@@ -79,7 +113,7 @@ bool FlowLayout::PlaceGroup() {
 
 // A gathering that is too high: as much of it as fits, column by column.
 void FlowLayout::PlaceOneByOne() {
-  std::vector<Strip> group = std::exchange(group_, {});
+  std::vector<Strip> group = JoinStraddled(std::exchange(group_, {}));
   for (Strip& strip : group) {
     std::vector<Strip> one;
     one.push_back(std::move(strip));

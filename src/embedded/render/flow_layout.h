@@ -78,6 +78,7 @@ class FlowLayout {
   std::shared_ptr<const TableParts> open_table_;  // of the strip that was placed last
   std::vector<Strip> group_;
   double group_height_ = 0;
+  double group_reach_ = 0;     // how far down its text goes
   std::vector<Strip> floats_;  // wait for the top of a column
   std::vector<PageStart> page_starts_;
 };
