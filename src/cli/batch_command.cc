@@ -161,6 +161,7 @@ BatchRequest BatchCommand::Request(Session& session) const {
   }
   if (!output_.empty()) request.output_pattern = Absolute(output_);
   if (!report_.empty()) settings.bf_report_filename_pattern = Absolute(report_);
+  request.report_is_named = !report_.empty();
   if (!variables_.empty()) settings.bf_post_process_default_var_import_folder = Absolute(variables_);
   settings.bf_post_process_default_enable_pdf_save &= pdf_;
   settings.bf_post_process_default_enable_xml_save &= xml_;
@@ -332,13 +333,13 @@ std::string BatchCommand::TextOf(const BatchRun& run) const {
       if (step.failure) text += "   " + step.text + "\n";
     }
   }
-  return run.report.empty() ? text : text + "report: " + ShownPath(run.report) + "\n";
+  return text + "report: " + (run.report.empty() ? "not written" : ShownPath(run.report)) + "\n";
 }
 
 Outcome BatchCommand::Tell(Session& session, const BatchRun& run) const {
   Outcome outcome;
   outcome.result = run.result;
-  bool clean = true;
+  bool clean = !run.report.empty();
   Json schemes = Json::array();
   for (const BatchOutcome& scheme : run.outcomes) {
     clean = clean && scheme.Clean();
@@ -351,6 +352,9 @@ Outcome BatchCommand::Tell(Session& session, const BatchRun& run) const {
   outcome.text = TextOf(run);
   outcome.status = clean ? ExitStatus::kDone : ExitStatus::kFound;
   if (run.result == common::kDone) return outcome;
+  if (run.result != common::kCancelled && !run.why.empty()) {
+    throw Failure(ExitStatus::kOperation, run.why, {{"result", run.result}, {"schemes", Json::array()}});
+  }
   if (run.result != common::kCancelled) {
     const std::string where =
         configuration_.empty() ? "category \"" + category_ + "\"" + Nearest(session) : configuration_;

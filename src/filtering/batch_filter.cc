@@ -22,6 +22,7 @@ constexpr std::int64_t kMillisecondsASecond = 1000;
 constexpr std::int64_t kSecondsAMinute = 60;
 constexpr char kTitle[] = "QELM - Batch Filtering";
 constexpr char kEsc[] = "Press Esc to cancel";
+constexpr std::string_view kMifBegins = "<MIFFile";
 
 std::string WithoutEndSeparator(std::string path) {
   while (path.size() > 1 && path.back() == common::kPathSeparator) path.pop_back();
@@ -56,6 +57,18 @@ std::string ReportPath(const BatchRequest& request) {
   return common::JoinPath(FromSource(request, folder), name);
 }
 
+// The path, with a number before its extension when there is such a file already.
+std::string FreePath(host::Platform& platform, const std::string& path) {
+  const std::filesystem::path whole = path;
+  const std::string extension = whole.extension().string();
+  const std::string stem = path.substr(0, path.size() - extension.size());
+  std::string free = path;
+  for (int number = 2; platform.FileExists(free) || platform.FolderExists(free); ++number) {
+    free = stem + "-" + std::to_string(number) + extension;
+  }
+  return free;
+}
+
 // Two schemes that write into one folder would each destroy what the other made.
 void NameFolders(const BatchRequest& request, std::vector<BatchScheme>* schemes) {
   std::unordered_map<std::string, std::string> owners;
@@ -85,7 +98,8 @@ class Batch {
   BatchRun Run();
 
  private:
-  void OpenReportFile();
+  bool OpenReportFile();
+  bool IsReport(const std::string& path);
   void Schemes();
   void Header(const std::vector<BatchScheme>& schemes);
   bool RunScheme(const BatchScheme& scheme, std::size_t count);
@@ -110,7 +124,7 @@ class Batch {
 BatchRun Batch::Run() {
   const Id document = host_.documents.ActiveDocument();
   const Id active = document != kNone ? document : host_.documents.ActiveBook();
-  OpenReportFile();
+  if (!OpenReportFile()) return std::move(run_);
   {
     const messages::StatusShown status(host_.user);
     Schemes();
@@ -122,10 +136,35 @@ BatchRun Batch::Run() {
   return std::move(run_);
 }
 
-void Batch::OpenReportFile() {
-  const std::string path = ReportPath(request_);
-  host_.platform.MakeFolder(std::string(common::FolderOf(path)));
+// False when the report would take the place of a file that is no report of a batch.
+bool Batch::OpenReportFile() {
+  host::Platform& platform = host_.platform;
+  std::string path = ReportPath(request_);
+  if (request_.report_is_named) {
+    if (platform.FileExists(path) && !IsReport(path)) {
+      run_.why = messenger_.Format("QELM_MSG_FILTER_REP_27", path);
+      if (request_.prompts) messenger_.Alert(run_.why);
+      return false;
+    }
+    platform.MakeFolder(std::string(common::FolderOf(path)));
+  } else {
+    path = FreePath(platform, path);
+    platform.MakeFolder(std::string(common::FolderOf(path)));
+    // The name is taken at once, so that a batch of the same second chooses another.
+    platform.AppendFile(path, {});
+  }
   if (OpenReport(messenger_, roles_, path, &report_)) run_.report = path;
+  return true;
+}
+
+// By the paragraphs with which every report of a batch begins.
+bool Batch::IsReport(const std::string& path) {
+  const std::optional<std::string> content = host_.platform.ReadFile(path);
+  if (!content || !content->starts_with(kMifBegins)) return false;
+  for (const char* id : {"QELM_MSG_FILTER_REP_1", "QELM_MSG_FILTER_REP_2"}) {
+    if (content->find("`" + std::string(messenger_.Get(id)) + "'") == std::string::npos) return false;
+  }
+  return true;
 }
 
 void Batch::Schemes() {
@@ -137,9 +176,13 @@ void Batch::Schemes() {
   if (found_.schemes.empty()) {
     std::vector<BatchStep> lines;
     BatchSteps steps(messenger_, &lines);
+    steps.Say(kTitleLine, "QELM_MSG_FILTER_REP_1");
+    steps.Say(kPlainLine, "QELM_MSG_FILTER_REP_2");
+    steps.Link(kLinkLine, request_.source);
     if (!found_.why.empty()) steps.Say(kErrorLine, "QELM_MSG_FILTER_REP_25", found_.why);
     steps.Say(kErrorLine, "QELM_MSG_FILTER_REP_14");
     Write(lines);
+    run_.why = found_.why;
     if (request_.prompts) messenger_.Alert("QELM_MSG_FILTER_REP_14");
     return;
   }
