@@ -117,7 +117,8 @@ bool SchemeRun::MakeFolder() {
   const std::string source_folder(common::FolderOf(source_.path()));
   host::Platform& platform = host_.platform;
   if (platform.ResolvedPath(outcome_->folder) == platform.ResolvedPath(source_folder)) {
-    Refuse(kOutputIsSource, "QELM_MSG_FILTER_REP_11", context_.messenger.Get("QELM_MSG_FILTER_22"));
+    const std::string why = context_.messenger.Get("QELM_MSG_FILTER_22");
+    Refuse(kOutputIsSource, "QELM_MSG_FILTER_REP_11", why);
     return false;
   }
   if (platform.MakeFolder(outcome_->folder)) return true;
@@ -222,10 +223,15 @@ bool SchemeRun::Filtered(std::int32_t result) {
   outcome_->result = result;
   outcome_->cancelled = run_.ending == Ending::kByUser;
   if (result == kDone) return true;
-  if (result == kCopyFailed) steps_.SayText(kErrorLine, kBookNotCopied);
   if (outcome_->cancelled) outcome_->result = kCancelled;
-  steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_11",
-             outcome_->cancelled ? context_.messenger.Get("QELM_MSG_FILTER_29") : run_.why);
+  if (outcome_->result == kCopyFailed) {
+    steps_.SayText(kErrorLine, kBookNotCopied);
+  } else {
+    // A copy of the text: the messenger keeps one at a time.
+    std::string why = run_.why;
+    if (outcome_->cancelled) why = context_.messenger.Get("QELM_MSG_FILTER_29");
+    steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_11", why);
+  }
   steps_.Link(kLinkLine, source_.path());
   return false;
 }

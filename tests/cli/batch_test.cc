@@ -229,6 +229,13 @@ TEST_F(Batch, OneSchemesFailureDoesNotReachTheNext) {
   EXPECT_EQ(MessagesOf(schemes[3]), (Names{"REP_5", "REP_20"}));
   EXPECT_EQ(program.Dump(program.folder.File("source/all/doc.mif")), program.Dump(program.document()));
 
+  Names into_source = arguments;
+  into_source.insert(into_source.end(), {"--output", program.folder.File("source")});
+  const json refused = Shipped(into_source).Json()["schemes"][0];
+  EXPECT_EQ(refused["result"], 107);
+  const std::string why = refused["steps"].back()["text"];
+  EXPECT_TRUE(why.starts_with("The filter did not come to its end: The output folder is the folder")) << why;
+
   Names nothing = {"batch", program.document(), "--category", "No such category"};
   EXPECT_EQ(Shipped(nothing).status, 5);
   nothing[1] = program.folder.File("missing.mif");
