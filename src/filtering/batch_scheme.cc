@@ -7,6 +7,7 @@
 #include "filtering/book_filter.h"
 #include "filtering/components.h"
 #include "filtering/copy_plan.h"
+#include "filtering/staged_files.h"
 #include "schemes/scheme_loading.h"
 
 namespace qelm::filtering {
@@ -121,7 +122,10 @@ bool SchemeRun::MakeFolder() {
     Refuse(kOutputIsSource, "QELM_MSG_FILTER_REP_11", why);
     return false;
   }
-  if (platform.MakeFolder(outcome_->folder)) return true;
+  if (platform.MakeFolder(outcome_->folder)) {
+    RemoveAbandonedStages(platform, outcome_->folder);
+    return true;
+  }
   steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
   Refuse(0, "QELM_MSG_FILTER_REP_9", outcome_->folder);
   return false;
