@@ -59,6 +59,8 @@ class SchemeRun {
   FilterContext Filter();
   void FilterBook();
   void FilterCopy();
+  bool MayReplace(const std::string& target);
+  std::string_view RootTag(Id document);
   void Redirect(Id copy);
   bool Filtered(std::int32_t result);
   void TellResult(const std::string& path);
@@ -184,11 +186,42 @@ void SchemeRun::FilterBook() {
   if (book != kNone && book != source_.id()) host_.documents.Close(book, /*discard=*/true);
 }
 
+std::string_view SchemeRun::RootTag(Id document) {
+  const Id root = host_.elements.Root(document, host_.elements.MainFlow(document));
+  if (root == kNone) return {};
+  return host_.definitions.DefinitionName(document, host_.elements.Definition(document, root));
+}
+
+// A document with the root of the source lies there from an earlier run; any other file is somebody's.
+bool SchemeRun::MayReplace(const std::string& target) {
+  if (!host_.platform.FileExists(target)) return true;
+  const auto refuse = [&](const char* id) {
+    steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
+    Refuse(kCopyFailed, id, target);
+    return false;
+  };
+  if (host_.platform.SameFile(source_.path(), target)) return refuse("QELM_MSG_FILTER_53");
+  std::vector<host::Link> links;
+  host_.links.Read(source_.id(), &links);
+  for (const host::Link& link : links) {
+    if (!link.path.empty() && host_.platform.SameFile(link.path, target)) return refuse("QELM_MSG_FILTER_53");
+  }
+  host::OpenStatus status = host::OpenStatus::kUnreadable;
+  const Id earlier = host_.documents.Open(target, {.visible = false, .suppress_alerts = true}, &status);
+  if (earlier == kNone) return refuse("QELM_MSG_FILTER_REP_28");
+  if (status != host::OpenStatus::kOpened) return refuse("QELM_MSG_FILTER_54");
+  const bool same = !host_.books.IsBook(earlier) && !RootTag(earlier).empty() &&
+                    std::string(RootTag(earlier)) == RootTag(source_.id());
+  host_.documents.Close(earlier, /*discard=*/true);
+  return same || refuse("QELM_MSG_FILTER_REP_28");
+}
+
 void SchemeRun::FilterCopy() {
+  const std::string target = common::JoinPath(outcome_->folder, common::FileName(source_.path()));
+  if (!MayReplace(target)) return;
   host::OpenOptions options{.visible = false, .suppress_alerts = true, .as_new = true};
   host::OpenStatus status = host::OpenStatus::kUnreadable;
   const Id copy = host_.documents.Open(source_.path(), options, &status);
-  const std::string target = common::JoinPath(outcome_->folder, common::FileName(source_.path()));
   if (copy == kNone || !host_.documents.SetPath(copy, target)) {
     steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
     Refuse(kCopyFailed, "QELM_MSG_FILTER_REP_10", std::string(host_.documents.LastError()));

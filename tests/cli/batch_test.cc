@@ -163,15 +163,31 @@ TEST_F(Batch, RunThatWasCutShortIsTakenUpAgain) {
   program.esc = {};
   EXPECT_FALSE(fs::exists(program.folder.File("cut/Service/operation.mif")));
   // A killed run has begun a scheme and has no record of it.
-  program.folder.Write("cut/Service/operation.mif", "half a file");
+  program.folder.Write("cut/Service/operation.mif", program.folder.Read("whole/Deutsch/operation.mif"));
   EXPECT_EQ(Resumed(run("cut", {"--resume"})), Names{"Operator P100"});
   EXPECT_TRUE(Output("cut") == Output("whole"));
 
   EXPECT_EQ(Resumed(run("cut", {"--resume"})), kEditions);
-  program.folder.Write("cut/Deutsch/operation.mif", "changed by somebody");
+  const std::string earlier = program.folder.Read("cut/Deutsch/operation.mif");
+  program.folder.Write("cut/Deutsch/operation.mif", earlier + "# changed by somebody\n");
   EXPECT_EQ(Resumed(run("cut", {"--resume"})).size(), kEditions.size() - 1);
   EXPECT_TRUE(
       Resumed(run("cut", {"--resume", "--set", "BF_POST_PROCESS_DEFAULT_XML_STRUCT_APP=other"})).empty());
+}
+
+TEST_F(Batch, FilesThatAreNotItsOwnStay) {
+  const std::string notes = program.folder.Write("out/Service/operation.mif", "notes");
+  const json schemes = Run("out", {"--json"}, "operation.mif").Json()["schemes"];
+  EXPECT_EQ(schemes[2]["result"], 106);
+  EXPECT_NE(schemes[2]["steps"].back()["text"].get<std::string>().find(notes), std::string::npos);
+  EXPECT_EQ(program.folder.Read("out/Service/operation.mif"), "notes");
+  EXPECT_EQ(schemes[3]["result"], 1);
+
+  program.folder.Write("out/report.fm", "notes");
+  const ProgramResult refused = Run("out", {}, "operation.mif");
+  EXPECT_EQ(refused.status, 5);
+  EXPECT_NE(refused.err.find(program.folder.File("out/report.fm")), std::string::npos) << refused.err;
+  EXPECT_EQ(program.folder.Read("out/report.fm"), "notes");
 }
 
 TEST_F(Batch, DialogSetsUpTheSameRun) {
