@@ -5,6 +5,7 @@
 
 #include "common/paths.h"
 #include "filtering/batch_names.h"
+#include "filtering/batch_output.h"
 #include "filtering/batch_scheme.h"
 #include "filtering/filter_run.h"
 #include "filtering/report/report.h"
@@ -36,13 +37,18 @@ std::string FromSource(const BatchRequest& request, const std::string& folder) {
   return WithoutEndSeparator(std::filesystem::path(path).lexically_normal().string());
 }
 
-std::string OutputFolder(const BatchRequest& request, const BatchScheme& scheme) {
+NameValues NamesOf(const BatchRequest& request, const BatchScheme& scheme, std::string_view folder) {
   NameValues values;
   values.scheme_name = scheme.name;
   values.scheme_number = scheme.number;
   values.source_name = NameWithoutExtension(request.source);
-  values.folder_name = common::FileName(common::FolderOf(request.source));
+  values.folder_name = common::FileName(folder);
   values.time = request.time;
+  return values;
+}
+
+std::string OutputFolder(const BatchRequest& request, const BatchScheme& scheme) {
+  const NameValues values = NamesOf(request, scheme, common::FolderOf(request.source));
   return FromSource(request, PathByPattern(request.output_pattern, values));
 }
 
@@ -76,6 +82,22 @@ void NameFolders(const BatchRequest& request, std::vector<BatchScheme>* schemes)
     scheme.folder = OutputFolder(request, scheme);
     const auto [owner, is_new] = owners.try_emplace(scheme.folder, scheme.name);
     if (!is_new) scheme.shares_with = owner->second;
+  }
+}
+
+// The same for the files that are saved beside, which may go into one folder for all schemes.
+void NameExports(const BatchRequest& request, std::vector<BatchScheme>* schemes) {
+  std::unordered_map<std::string, std::string> owners;
+  for (BatchScheme& scheme : *schemes) {
+    if (!scheme.shares_with.empty()) continue;
+    const NameValues names = NamesOf(request, scheme, scheme.folder);
+    const auto take = [&](host::SaveFormat format, std::string* shares_with) {
+      const std::string path = ExportPath(request.settings, names, scheme.folder, format);
+      const auto [owner, is_new] = owners.try_emplace(path, scheme.name);
+      if (!is_new) *shares_with = owner->second;
+    };
+    take(host::SaveFormat::kPdf, &scheme.pdf_shares_with);
+    take(host::SaveFormat::kXml, &scheme.xml_shares_with);
   }
 }
 
@@ -302,6 +324,7 @@ BatchSchemes FindBatchSchemes(BatchContext& context, const BatchRequest& request
     found.schemes.push_back({number, listed.category, listed.name, {}, {}});
   }
   NameFolders(request, &found.schemes);
+  NameExports(request, &found.schemes);
   return found;
 }
 

@@ -41,8 +41,10 @@ struct BatchScheme {
   std::int32_t number = 0;
   std::string category;
   std::string name;
-  std::string folder;       // the output folder
-  std::string shares_with;  // the scheme before it that has the same one; empty: none has
+  std::string folder;                // the output folder
+  std::string shares_with;           // the scheme before it that has the same one; empty: none has
+  std::string pdf_shares_with = {};  // the same for the file of the PDF
+  std::string xml_shares_with = {};  // and of the XML
 };
 
 struct BatchOutcome {

@@ -39,6 +39,7 @@ class SchemeRun {
         host_(context.host),
         request_(request),
         source_(source),
+        batch_scheme_(scheme),
         outcome_(outcome),
         steps_(context.messenger, &outcome->steps),
         started_(context.host.platform.Milliseconds()) {
@@ -71,6 +72,7 @@ class SchemeRun {
   host::Host& host_;
   const BatchRequest& request_;
   const BatchSource& source_;
+  const BatchScheme& batch_scheme_;
   BatchOutcome* outcome_;
   BatchSteps steps_;
   std::int64_t started_;
@@ -180,7 +182,7 @@ void SchemeRun::FilterBook() {
     TellResult(outcome_->output);
     for (const CopiedFile& file : run_.copied) outcome_->files.push_back(file.target);
     for (const std::string& removed : run_.removed_files) std::erase(outcome_->files, removed);
-    FinishOutput(context_, request_, names_, book, outcome_);
+    FinishOutput(context_, request_, batch_scheme_, names_, book, outcome_);
   }
   for (const Id document : copies_) host_.documents.Close(document, /*discard=*/true);
   if (book != kNone && book != source_.id()) host_.documents.Close(book, /*discard=*/true);
@@ -235,7 +237,7 @@ void SchemeRun::FilterCopy() {
       outcome_->files.push_back(target);
       TellResult(target);
       host_.documents.SetSwitch(copy, host::DocumentSwitch::kModified, true);
-      FinishOutput(context_, request_, names_, copy, outcome_);
+      FinishOutput(context_, request_, batch_scheme_, names_, copy, outcome_);
     }
   }
   if (copy != kNone) host_.documents.Close(copy, /*discard=*/true);

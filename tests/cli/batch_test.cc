@@ -190,6 +190,22 @@ TEST_F(Batch, FilesThatAreNotItsOwnStay) {
   EXPECT_EQ(program.folder.Read("out/report.fm"), "notes");
 }
 
+TEST_F(Batch, FileOfTwoSchemesIsThatOfTheFirst) {
+  for (const char* jobs : {"1", "2"}) {
+    const std::string xml = program.folder.File(std::string("xml") + jobs);
+    const ProgramResult run =
+        Run(std::string("out") + jobs,
+            {"--json", "--jobs", jobs, "--set", "BF_POST_PROCESS_DEFAULT_XML_DESTINATION_FOLDER=" + xml},
+            "operation.mif");
+    EXPECT_EQ(run.status, 1);
+    const json schemes = run.Json()["schemes"];
+    for (std::size_t i = 0; i < schemes.size(); ++i) {
+      const Names messages = MessagesOf(schemes[i]);
+      EXPECT_EQ(std::count(messages.begin(), messages.end(), i == 0 ? "REP_51" : "REP_83"), 1) << i;
+    }
+  }
+}
+
 TEST_F(Batch, DialogSetsUpTheSameRun) {
   const std::string out = program.folder.File("out");
   program.folder.Write(
