@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <memory>
 #include <ostream>
+#include <set>
 
 #include "cli/batch_records.h"
 #include "cli/batch_workers.h"
@@ -179,7 +180,7 @@ BatchRequest BatchCommand::Request(Session& session) const {
   return request;
 }
 
-// The source with all files that it shows or consists of.
+// The source with all files that it consists of, shows or takes text from.
 Json BatchCommand::SourceFiles(Session& session, const BatchRequest& request) {
   host::Host& host = session.roles();
   Json files = Json::array();
@@ -196,13 +197,17 @@ Json BatchCommand::SourceFiles(Session& session, const BatchRequest& request) {
     documents.push_back(source.id());
   }
   std::vector<host::Link> links;
+  std::set<std::string> paths;
   for (const host::Id document : documents) {
     if (document == host::kNone || !host.links.Read(document, &links)) continue;
     for (const host::Link& link : links) {
-      const bool shown = link.kind == host::LinkKind::kTextInset || link.kind == host::LinkKind::kGraphic;
-      if (shown && !link.path.empty()) AddFile(link.path, &files);
+      // What a cross-reference says comes from the file that it leads to.
+      const bool read = link.kind == host::LinkKind::kTextInset || link.kind == host::LinkKind::kGraphic ||
+                        link.kind == host::LinkKind::kCrossReference;
+      if (read && !link.path.empty()) paths.insert(link.path);
     }
   }
+  for (const std::string& path : paths) AddFile(path, &files);
   return files;
 }
 

@@ -2,6 +2,7 @@
 // up in the report.
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <map>
 #include <regex>
@@ -177,11 +178,15 @@ TEST_F(Batch, RunThatWasCutShortIsTakenUpAgain) {
 
 TEST_F(Batch, FilesThatAreNotItsOwnStay) {
   const std::string notes = program.folder.Write("out/Service/operation.mif", "notes");
+  // But what a killed run has left goes.
+  const fs::path left = fs::path(program.folder.Write("out/Deutsch/.qelm-copy-7/0", "half")).parent_path();
+  fs::last_write_time(left, fs::file_time_type::clock::now() - std::chrono::hours(1));
   const json schemes = Run("out", {"--json"}, "operation.mif").Json()["schemes"];
   EXPECT_EQ(schemes[2]["result"], 106);
   EXPECT_NE(schemes[2]["steps"].back()["text"].get<std::string>().find(notes), std::string::npos);
   EXPECT_EQ(program.folder.Read("out/Service/operation.mif"), "notes");
   EXPECT_EQ(schemes[3]["result"], 1);
+  EXPECT_FALSE(fs::exists(left));
 
   program.folder.Write("out/report.fm", "notes");
   const ProgramResult refused = Run("out", {}, "operation.mif");
