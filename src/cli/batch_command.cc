@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <memory>
 #include <ostream>
+#include <set>
 
 #include "cli/batch_records.h"
 #include "cli/batch_workers.h"
@@ -161,6 +162,7 @@ BatchRequest BatchCommand::Request(Session& session) const {
   }
   if (!output_.empty()) request.output_pattern = Absolute(output_);
   if (!report_.empty()) settings.bf_report_filename_pattern = Absolute(report_);
+  request.report_is_named = !report_.empty();
   if (!variables_.empty()) settings.bf_post_process_default_var_import_folder = Absolute(variables_);
   settings.bf_post_process_default_enable_pdf_save &= pdf_;
   settings.bf_post_process_default_enable_xml_save &= xml_;
@@ -178,7 +180,7 @@ BatchRequest BatchCommand::Request(Session& session) const {
   return request;
 }
 
-// The source with all files that it shows or consists of.
+// The source with all files that it consists of, shows or takes text from.
 Json BatchCommand::SourceFiles(Session& session, const BatchRequest& request) {
   host::Host& host = session.roles();
   Json files = Json::array();
@@ -195,13 +197,17 @@ Json BatchCommand::SourceFiles(Session& session, const BatchRequest& request) {
     documents.push_back(source.id());
   }
   std::vector<host::Link> links;
+  std::set<std::string> paths;
   for (const host::Id document : documents) {
     if (document == host::kNone || !host.links.Read(document, &links)) continue;
     for (const host::Link& link : links) {
-      const bool shown = link.kind == host::LinkKind::kTextInset || link.kind == host::LinkKind::kGraphic;
-      if (shown && !link.path.empty()) AddFile(link.path, &files);
+      // What a cross-reference says comes from the file that it leads to.
+      const bool read = link.kind == host::LinkKind::kTextInset || link.kind == host::LinkKind::kGraphic ||
+                        link.kind == host::LinkKind::kCrossReference;
+      if (read && !link.path.empty()) paths.insert(link.path);
     }
   }
+  for (const std::string& path : paths) AddFile(path, &files);
   return files;
 }
 
@@ -332,13 +338,13 @@ std::string BatchCommand::TextOf(const BatchRun& run) const {
       if (step.failure) text += "   " + step.text + "\n";
     }
   }
-  return run.report.empty() ? text : text + "report: " + ShownPath(run.report) + "\n";
+  return text + "report: " + (run.report.empty() ? "not written" : ShownPath(run.report)) + "\n";
 }
 
 Outcome BatchCommand::Tell(Session& session, const BatchRun& run) const {
   Outcome outcome;
   outcome.result = run.result;
-  bool clean = true;
+  bool clean = !run.report.empty();
   Json schemes = Json::array();
   for (const BatchOutcome& scheme : run.outcomes) {
     clean = clean && scheme.Clean();
@@ -351,6 +357,9 @@ Outcome BatchCommand::Tell(Session& session, const BatchRun& run) const {
   outcome.text = TextOf(run);
   outcome.status = clean ? ExitStatus::kDone : ExitStatus::kFound;
   if (run.result == common::kDone) return outcome;
+  if (run.result != common::kCancelled && !run.why.empty()) {
+    throw Failure(ExitStatus::kOperation, run.why, {{"result", run.result}, {"schemes", Json::array()}});
+  }
   if (run.result != common::kCancelled) {
     const std::string where =
         configuration_.empty() ? "category \"" + category_ + "\"" + Nearest(session) : configuration_;

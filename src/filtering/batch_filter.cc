@@ -5,6 +5,7 @@
 
 #include "common/paths.h"
 #include "filtering/batch_names.h"
+#include "filtering/batch_output.h"
 #include "filtering/batch_scheme.h"
 #include "filtering/filter_run.h"
 #include "filtering/report/report.h"
@@ -22,6 +23,7 @@ constexpr std::int64_t kMillisecondsASecond = 1000;
 constexpr std::int64_t kSecondsAMinute = 60;
 constexpr char kTitle[] = "QELM - Batch Filtering";
 constexpr char kEsc[] = "Press Esc to cancel";
+constexpr std::string_view kMifBegins = "<MIFFile";
 
 std::string WithoutEndSeparator(std::string path) {
   while (path.size() > 1 && path.back() == common::kPathSeparator) path.pop_back();
@@ -35,13 +37,18 @@ std::string FromSource(const BatchRequest& request, const std::string& folder) {
   return WithoutEndSeparator(std::filesystem::path(path).lexically_normal().string());
 }
 
-std::string OutputFolder(const BatchRequest& request, const BatchScheme& scheme) {
+NameValues NamesOf(const BatchRequest& request, const BatchScheme& scheme, std::string_view folder) {
   NameValues values;
   values.scheme_name = scheme.name;
   values.scheme_number = scheme.number;
   values.source_name = NameWithoutExtension(request.source);
-  values.folder_name = common::FileName(common::FolderOf(request.source));
+  values.folder_name = common::FileName(folder);
   values.time = request.time;
+  return values;
+}
+
+std::string OutputFolder(const BatchRequest& request, const BatchScheme& scheme) {
+  const NameValues values = NamesOf(request, scheme, common::FolderOf(request.source));
   return FromSource(request, PathByPattern(request.output_pattern, values));
 }
 
@@ -56,6 +63,18 @@ std::string ReportPath(const BatchRequest& request) {
   return common::JoinPath(FromSource(request, folder), name);
 }
 
+// The path, with a number before its extension when there is such a file already.
+std::string FreePath(host::Platform& platform, const std::string& path) {
+  const std::filesystem::path whole = path;
+  const std::string extension = whole.extension().string();
+  const std::string stem = path.substr(0, path.size() - extension.size());
+  std::string free = path;
+  for (int number = 2; platform.FileExists(free) || platform.FolderExists(free); ++number) {
+    free = stem + "-" + std::to_string(number) + extension;
+  }
+  return free;
+}
+
 // Two schemes that write into one folder would each destroy what the other made.
 void NameFolders(const BatchRequest& request, std::vector<BatchScheme>* schemes) {
   std::unordered_map<std::string, std::string> owners;
@@ -63,6 +82,22 @@ void NameFolders(const BatchRequest& request, std::vector<BatchScheme>* schemes)
     scheme.folder = OutputFolder(request, scheme);
     const auto [owner, is_new] = owners.try_emplace(scheme.folder, scheme.name);
     if (!is_new) scheme.shares_with = owner->second;
+  }
+}
+
+// The same for the files that are saved beside, which may go into one folder for all schemes.
+void NameExports(const BatchRequest& request, std::vector<BatchScheme>* schemes) {
+  std::unordered_map<std::string, std::string> owners;
+  for (BatchScheme& scheme : *schemes) {
+    if (!scheme.shares_with.empty()) continue;
+    const NameValues names = NamesOf(request, scheme, scheme.folder);
+    const auto take = [&](host::SaveFormat format, std::string* shares_with) {
+      const std::string path = ExportPath(request.settings, names, scheme.folder, format);
+      const auto [owner, is_new] = owners.try_emplace(path, scheme.name);
+      if (!is_new) *shares_with = owner->second;
+    };
+    take(host::SaveFormat::kPdf, &scheme.pdf_shares_with);
+    take(host::SaveFormat::kXml, &scheme.xml_shares_with);
   }
 }
 
@@ -85,7 +120,8 @@ class Batch {
   BatchRun Run();
 
  private:
-  void OpenReportFile();
+  bool OpenReportFile();
+  bool IsReport(const std::string& path);
   void Schemes();
   void Header(const std::vector<BatchScheme>& schemes);
   bool RunScheme(const BatchScheme& scheme, std::size_t count);
@@ -110,7 +146,7 @@ class Batch {
 BatchRun Batch::Run() {
   const Id document = host_.documents.ActiveDocument();
   const Id active = document != kNone ? document : host_.documents.ActiveBook();
-  OpenReportFile();
+  if (!OpenReportFile()) return std::move(run_);
   {
     const messages::StatusShown status(host_.user);
     Schemes();
@@ -122,10 +158,35 @@ BatchRun Batch::Run() {
   return std::move(run_);
 }
 
-void Batch::OpenReportFile() {
-  const std::string path = ReportPath(request_);
-  host_.platform.MakeFolder(std::string(common::FolderOf(path)));
+// False when the report would take the place of a file that is no report of a batch.
+bool Batch::OpenReportFile() {
+  host::Platform& platform = host_.platform;
+  std::string path = ReportPath(request_);
+  if (request_.report_is_named) {
+    if (platform.FileExists(path) && !IsReport(path)) {
+      run_.why = messenger_.Format("QELM_MSG_FILTER_REP_27", path);
+      if (request_.prompts) messenger_.Alert(run_.why);
+      return false;
+    }
+    platform.MakeFolder(std::string(common::FolderOf(path)));
+  } else {
+    path = FreePath(platform, path);
+    platform.MakeFolder(std::string(common::FolderOf(path)));
+    // The name is taken at once, so that a batch of the same second chooses another.
+    platform.AppendFile(path, {});
+  }
   if (OpenReport(messenger_, roles_, path, &report_)) run_.report = path;
+  return true;
+}
+
+// By the paragraphs with which every report of a batch begins.
+bool Batch::IsReport(const std::string& path) {
+  const std::optional<std::string> content = host_.platform.ReadFile(path);
+  if (!content || !content->starts_with(kMifBegins)) return false;
+  for (const char* id : {"QELM_MSG_FILTER_REP_1", "QELM_MSG_FILTER_REP_2"}) {
+    if (content->find("`" + std::string(messenger_.Get(id)) + "'") == std::string::npos) return false;
+  }
+  return true;
 }
 
 void Batch::Schemes() {
@@ -137,9 +198,13 @@ void Batch::Schemes() {
   if (found_.schemes.empty()) {
     std::vector<BatchStep> lines;
     BatchSteps steps(messenger_, &lines);
+    steps.Say(kTitleLine, "QELM_MSG_FILTER_REP_1");
+    steps.Say(kPlainLine, "QELM_MSG_FILTER_REP_2");
+    steps.Link(kLinkLine, request_.source);
     if (!found_.why.empty()) steps.Say(kErrorLine, "QELM_MSG_FILTER_REP_25", found_.why);
     steps.Say(kErrorLine, "QELM_MSG_FILTER_REP_14");
     Write(lines);
+    run_.why = found_.why;
     if (request_.prompts) messenger_.Alert("QELM_MSG_FILTER_REP_14");
     return;
   }
@@ -259,6 +324,7 @@ BatchSchemes FindBatchSchemes(BatchContext& context, const BatchRequest& request
     found.schemes.push_back({number, listed.category, listed.name, {}, {}});
   }
   NameFolders(request, &found.schemes);
+  NameExports(request, &found.schemes);
   return found;
 }
 

@@ -46,6 +46,7 @@ struct ExportForm {
   bool LocalSettings::*enabled;
   std::string LocalSettings::*folder;
   std::string LocalSettings::*pattern;
+  std::string BatchScheme::*shares_with;
   std::string_view extension;
   host::SaveFormat format;
   std::string_view disabled_id;
@@ -57,6 +58,7 @@ struct ExportForm {
 constexpr ExportForm kPdf = {&LocalSettings::bf_post_process_default_enable_pdf_save,
                              &LocalSettings::bf_post_process_default_pdf_destination_folder,
                              &LocalSettings::bf_post_process_pdf_filename_pattern,
+                             &BatchScheme::pdf_shares_with,
                              ".pdf",
                              host::SaveFormat::kPdf,
                              "QELM_MSG_FILTER_REP_40",
@@ -66,12 +68,21 @@ constexpr ExportForm kPdf = {&LocalSettings::bf_post_process_default_enable_pdf_
 constexpr ExportForm kXml = {&LocalSettings::bf_post_process_default_enable_xml_save,
                              &LocalSettings::bf_post_process_default_xml_destination_folder,
                              &LocalSettings::bf_post_process_xml_filename_pattern,
+                             &BatchScheme::xml_shares_with,
                              ".xml",
                              host::SaveFormat::kXml,
                              "QELM_MSG_FILTER_REP_50",
                              "QELM_MSG_FILTER_REP_51",
                              "QELM_MSG_FILTER_REP_52",
                              "QELM_MSG_FILTER_REP_53"};
+
+// Folders of the settings are seen from the output folder.
+std::string FolderFromOutput(const std::string& output_folder, const std::string& folder) {
+  if (folder.empty() || folder == kSameFolder) return output_folder;
+  std::string path = common::PlatformPath(folder);
+  if (!common::IsAbsolutePath(path)) path = common::JoinPath(output_folder, path);
+  return std::filesystem::path(path).lexically_normal().string();
+}
 
 // What the book's update does, by setting.
 struct UpdatePart {
@@ -89,11 +100,12 @@ constexpr UpdatePart kUpdateParts[] = {
 
 class OutputSteps {
  public:
-  OutputSteps(BatchContext& context, const BatchRequest& request, const NameValues& names, Id output,
-              BatchOutcome* outcome)
+  OutputSteps(BatchContext& context, const BatchRequest& request, const BatchScheme& scheme,
+              const NameValues& names, Id output, BatchOutcome* outcome)
       : host_(context.host),
         request_(request),
         settings_(request.settings),
+        scheme_(scheme),
         names_(names),
         output_(output),
         is_book_(context.host.books.IsBook(output)),
@@ -116,7 +128,7 @@ class OutputSteps {
   void UpdateBook();
   void SaveChanged();
   void Export(const ExportForm& form);
-  std::string ExportFolder(const std::string& folder) const;
+  bool IsInUse(const std::string& path) const;
   template <typename... Arguments>
   void Incomplete(std::int32_t format, std::string_view id, const Arguments&... arguments) {
     steps_.Say(format, id, arguments...);
@@ -127,6 +139,7 @@ class OutputSteps {
   host::Host& host_;
   const BatchRequest& request_;
   const LocalSettings& settings_;
+  const BatchScheme& scheme_;
   const NameValues& names_;
   Id output_;
   bool is_book_;
@@ -216,7 +229,8 @@ void OutputSteps::ImportVariables() {
     steps_.Say(kStepLine, "QELM_MSG_FILTER_REP_30");
     return;
   }
-  const std::string folder = ExportFolder(settings_.bf_post_process_default_var_import_folder);
+  const std::string folder =
+      FolderFromOutput(outcome_->folder, settings_.bf_post_process_default_var_import_folder);
   const std::string path = FindVariablesFile(host_.platform, settings_, folder, names_.scheme_name);
   if (path.empty()) {
     steps_.Say(kStepLine, "QELM_MSG_FILTER_REP_32", folder);
@@ -306,12 +320,13 @@ void OutputSteps::SaveChanged() {
   }
 }
 
-// Folders of the settings are seen from the output folder.
-std::string OutputSteps::ExportFolder(const std::string& folder) const {
-  if (folder.empty() || folder == kSameFolder) return outcome_->folder;
-  std::string path = common::PlatformPath(folder);
-  if (!common::IsAbsolutePath(path)) path = common::JoinPath(outcome_->folder, path);
-  return std::filesystem::path(path).lexically_normal().string();
+// Whether saving there would destroy what is filtered or what came of it.
+bool OutputSteps::IsInUse(const std::string& path) const {
+  const auto is_it = [&](const std::string& file) {
+    return file == path || host_.platform.SameFile(file, path);
+  };
+  return is_it(request_.source) || is_it(outcome_->output) ||
+         std::any_of(outcome_->files.begin(), outcome_->files.end(), is_it);
 }
 
 void OutputSteps::Export(const ExportForm& form) {
@@ -319,14 +334,22 @@ void OutputSteps::Export(const ExportForm& form) {
     steps_.Say(kStepLine, form.disabled_id);
     return;
   }
-  const std::string folder = ExportFolder(settings_.*form.folder);
+  host::SaveOptions options;
+  options.format = form.format;
+  options.path = ExportPath(settings_, names_, outcome_->folder, form.format);
+  if (const std::string& owner = scheme_.*form.shares_with; !owner.empty()) {
+    Incomplete(kStepErrorLine, "QELM_MSG_FILTER_REP_83", owner, options.path);
+    return;
+  }
+  if (IsInUse(options.path)) {
+    Incomplete(kStepErrorLine, "QELM_MSG_FILTER_REP_84", options.path);
+    return;
+  }
+  const std::string folder = FolderFromOutput(outcome_->folder, settings_.*form.folder);
   if (!host_.platform.MakeFolder(folder)) {
     Incomplete(kStepErrorLine, form.no_folder_id, folder);
     return;
   }
-  host::SaveOptions options;
-  options.format = form.format;
-  options.path = common::JoinPath(folder, FileNameByPattern(settings_.*form.pattern, names_, form.extension));
   if (form.format == host::SaveFormat::kPdf) {
     options.pdf_job_options = settings_.bf_post_process_pdf_job_options;
     options.pdf_page_width = settings_.pdf_page_width;
@@ -347,9 +370,16 @@ void OutputSteps::Export(const ExportForm& form) {
 
 }  // namespace
 
-void FinishOutput(BatchContext& context, const BatchRequest& request, const NameValues& names, Id output,
-                  BatchOutcome* outcome) {
-  OutputSteps(context, request, names, output, outcome).Run();
+std::string ExportPath(const LocalSettings& settings, const NameValues& names,
+                       const std::string& output_folder, host::SaveFormat format) {
+  const ExportForm& form = format == host::SaveFormat::kPdf ? kPdf : kXml;
+  return common::JoinPath(FolderFromOutput(output_folder, settings.*form.folder),
+                          FileNameByPattern(settings.*form.pattern, names, form.extension));
+}
+
+void FinishOutput(BatchContext& context, const BatchRequest& request, const BatchScheme& scheme,
+                  const NameValues& names, Id output, BatchOutcome* outcome) {
+  OutputSteps(context, request, scheme, names, output, outcome).Run();
 }
 
 }  // namespace qelm::filtering

@@ -8,9 +8,13 @@
 
 namespace qelm::filtering {
 
+// The file into which PDF or XML is saved for the scheme whose names these are.
+std::string ExportPath(const config::LocalSettings& settings, const NameValues& names,
+                       const std::string& output_folder, host::SaveFormat format);
+
 // Does the steps on the open document or book. Documents that they change are saved before anything is made
 // from them. `outcome` gets the steps and the files that were written.
-void FinishOutput(BatchContext& context, const BatchRequest& request, const NameValues& names,
-                  host::Id output, BatchOutcome* outcome);
+void FinishOutput(BatchContext& context, const BatchRequest& request, const BatchScheme& scheme,
+                  const NameValues& names, host::Id output, BatchOutcome* outcome);
 
 }  // namespace qelm::filtering

@@ -16,13 +16,14 @@
 namespace qelm::filtering {
 
 struct BatchRequest {
-  std::string source;          // the document or book
-  std::string category;        // the schemes of this category of the main settings document,
-  std::string configuration;   // or, when this is not empty, all schemes of this one
-  std::string output_pattern;  // a folder for each scheme; relative ones are seen from the source's folder
-  host::LocalTime time;        // for placeholders; year 0: when the batch begins
-  std::string report_folder;   // where the report goes; empty: where the output folders lie
-  bool prompts = true;         // alerts at the end; nothing else asks
+  std::string source;            // the document or book
+  std::string category;          // the schemes of this category of the main settings document,
+  std::string configuration;     // or, when this is not empty, all schemes of this one
+  std::string output_pattern;    // a folder for each scheme; relative ones are seen from the source's folder
+  host::LocalTime time;          // for placeholders; year 0: when the batch begins
+  std::string report_folder;     // where the report goes; empty: where the output folders lie
+  bool report_is_named = false;  // the user named this very file: no other is made in its place
+  bool prompts = true;           // alerts at the end; nothing else asks
   config::LocalSettings settings;  // of which those of batches, as they stand or as a dialog changed them
 };
 
@@ -40,8 +41,10 @@ struct BatchScheme {
   std::int32_t number = 0;
   std::string category;
   std::string name;
-  std::string folder;       // the output folder
-  std::string shares_with;  // the scheme before it that has the same one; empty: none has
+  std::string folder;                // the output folder
+  std::string shares_with;           // the scheme before it that has the same one; empty: none has
+  std::string pdf_shares_with = {};  // the same for the file of the PDF
+  std::string xml_shares_with = {};  // and of the XML
 };
 
 struct BatchOutcome {
@@ -67,6 +70,7 @@ struct BatchRun {
   std::int32_t result = 0;                 // kDone, kCancelled, or 0: there was nothing to do
   std::string report;                      // the report's file; empty: there is none
   host::Id report_document = host::kNone;  // while it is open
+  std::string why;                         // with result 0: the reason, where one is known
   std::vector<BatchOutcome> outcomes;
 };
 

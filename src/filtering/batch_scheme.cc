@@ -7,6 +7,7 @@
 #include "filtering/book_filter.h"
 #include "filtering/components.h"
 #include "filtering/copy_plan.h"
+#include "filtering/staged_files.h"
 #include "schemes/scheme_loading.h"
 
 namespace qelm::filtering {
@@ -38,6 +39,7 @@ class SchemeRun {
         host_(context.host),
         request_(request),
         source_(source),
+        batch_scheme_(scheme),
         outcome_(outcome),
         steps_(context.messenger, &outcome->steps),
         started_(context.host.platform.Milliseconds()) {
@@ -58,6 +60,8 @@ class SchemeRun {
   FilterContext Filter();
   void FilterBook();
   void FilterCopy();
+  bool MayReplace(const std::string& target);
+  std::string_view RootTag(Id document);
   void Redirect(Id copy);
   bool Filtered(std::int32_t result);
   void TellResult(const std::string& path);
@@ -68,6 +72,7 @@ class SchemeRun {
   host::Host& host_;
   const BatchRequest& request_;
   const BatchSource& source_;
+  const BatchScheme& batch_scheme_;
   BatchOutcome* outcome_;
   BatchSteps steps_;
   std::int64_t started_;
@@ -117,10 +122,14 @@ bool SchemeRun::MakeFolder() {
   const std::string source_folder(common::FolderOf(source_.path()));
   host::Platform& platform = host_.platform;
   if (platform.ResolvedPath(outcome_->folder) == platform.ResolvedPath(source_folder)) {
-    Refuse(kOutputIsSource, "QELM_MSG_FILTER_REP_11", context_.messenger.Get("QELM_MSG_FILTER_22"));
+    const std::string why = context_.messenger.Get("QELM_MSG_FILTER_22");
+    Refuse(kOutputIsSource, "QELM_MSG_FILTER_REP_11", why);
     return false;
   }
-  if (platform.MakeFolder(outcome_->folder)) return true;
+  if (platform.MakeFolder(outcome_->folder)) {
+    RemoveAbandonedStages(platform, outcome_->folder);
+    return true;
+  }
   steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
   Refuse(0, "QELM_MSG_FILTER_REP_9", outcome_->folder);
   return false;
@@ -173,17 +182,48 @@ void SchemeRun::FilterBook() {
     TellResult(outcome_->output);
     for (const CopiedFile& file : run_.copied) outcome_->files.push_back(file.target);
     for (const std::string& removed : run_.removed_files) std::erase(outcome_->files, removed);
-    FinishOutput(context_, request_, names_, book, outcome_);
+    FinishOutput(context_, request_, batch_scheme_, names_, book, outcome_);
   }
   for (const Id document : copies_) host_.documents.Close(document, /*discard=*/true);
   if (book != kNone && book != source_.id()) host_.documents.Close(book, /*discard=*/true);
 }
 
+std::string_view SchemeRun::RootTag(Id document) {
+  const Id root = host_.elements.Root(document, host_.elements.MainFlow(document));
+  if (root == kNone) return {};
+  return host_.definitions.DefinitionName(document, host_.elements.Definition(document, root));
+}
+
+// A document with the root of the source lies there from an earlier run; any other file is somebody's.
+bool SchemeRun::MayReplace(const std::string& target) {
+  if (!host_.platform.FileExists(target)) return true;
+  const auto refuse = [&](const char* id) {
+    steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
+    Refuse(kCopyFailed, id, target);
+    return false;
+  };
+  if (host_.platform.SameFile(source_.path(), target)) return refuse("QELM_MSG_FILTER_53");
+  std::vector<host::Link> links;
+  host_.links.Read(source_.id(), &links);
+  for (const host::Link& link : links) {
+    if (!link.path.empty() && host_.platform.SameFile(link.path, target)) return refuse("QELM_MSG_FILTER_53");
+  }
+  host::OpenStatus status = host::OpenStatus::kUnreadable;
+  const Id earlier = host_.documents.Open(target, {.visible = false, .suppress_alerts = true}, &status);
+  if (earlier == kNone) return refuse("QELM_MSG_FILTER_REP_28");
+  if (status != host::OpenStatus::kOpened) return refuse("QELM_MSG_FILTER_54");
+  const bool same = !host_.books.IsBook(earlier) && !RootTag(earlier).empty() &&
+                    std::string(RootTag(earlier)) == RootTag(source_.id());
+  host_.documents.Close(earlier, /*discard=*/true);
+  return same || refuse("QELM_MSG_FILTER_REP_28");
+}
+
 void SchemeRun::FilterCopy() {
+  const std::string target = common::JoinPath(outcome_->folder, common::FileName(source_.path()));
+  if (!MayReplace(target)) return;
   host::OpenOptions options{.visible = false, .suppress_alerts = true, .as_new = true};
   host::OpenStatus status = host::OpenStatus::kUnreadable;
   const Id copy = host_.documents.Open(source_.path(), options, &status);
-  const std::string target = common::JoinPath(outcome_->folder, common::FileName(source_.path()));
   if (copy == kNone || !host_.documents.SetPath(copy, target)) {
     steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
     Refuse(kCopyFailed, "QELM_MSG_FILTER_REP_10", std::string(host_.documents.LastError()));
@@ -197,7 +237,7 @@ void SchemeRun::FilterCopy() {
       outcome_->files.push_back(target);
       TellResult(target);
       host_.documents.SetSwitch(copy, host::DocumentSwitch::kModified, true);
-      FinishOutput(context_, request_, names_, copy, outcome_);
+      FinishOutput(context_, request_, batch_scheme_, names_, copy, outcome_);
     }
   }
   if (copy != kNone) host_.documents.Close(copy, /*discard=*/true);
@@ -222,10 +262,15 @@ bool SchemeRun::Filtered(std::int32_t result) {
   outcome_->result = result;
   outcome_->cancelled = run_.ending == Ending::kByUser;
   if (result == kDone) return true;
-  if (result == kCopyFailed) steps_.SayText(kErrorLine, kBookNotCopied);
   if (outcome_->cancelled) outcome_->result = kCancelled;
-  steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_11",
-             outcome_->cancelled ? context_.messenger.Get("QELM_MSG_FILTER_29") : run_.why);
+  if (outcome_->result == kCopyFailed) {
+    steps_.SayText(kErrorLine, kBookNotCopied);
+  } else {
+    // A copy of the text: the messenger keeps one at a time.
+    std::string why = run_.why;
+    if (outcome_->cancelled) why = context_.messenger.Get("QELM_MSG_FILTER_29");
+    steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_11", why);
+  }
   steps_.Link(kLinkLine, source_.path());
   return false;
 }

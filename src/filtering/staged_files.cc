@@ -1,12 +1,28 @@
 #include "filtering/staged_files.h"
 
+#include <algorithm>
+#include <filesystem>
+
 #include "common/paths.h"
 
 namespace qelm::filtering {
 namespace {
 
 constexpr char kStageName[] = ".qelm-copy-";
+constexpr std::string_view kBefore = "-before";
 constexpr int kMostStages = 1000;  // left behind by processes that were killed
+
+const std::filesystem::file_time_type kProgramBegan = std::filesystem::file_time_type::clock::now();
+
+bool IsNumber(std::string_view text) {
+  return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
+// Whether the file's name is one that a stage gives.
+bool IsStaged(std::string_view name) {
+  if (name.ends_with(kBefore)) name.remove_suffix(kBefore.size());
+  return IsNumber(name);
+}
 
 }  // namespace
 
@@ -43,7 +59,7 @@ bool StagedFiles::Place(const std::string& staged, const std::string& target) {
   if (!MakeFolder(std::string(common::FolderOf(target)))) return false;
   Placed placed{target, {}};
   if (platform_.FileExists(target)) {
-    placed.before = staged + "-before";
+    placed.before = staged + std::string(kBefore);
     if (!platform_.MoveFile(target, placed.before)) return false;
   }
   // From here on it is undone, also when the move fails.
@@ -87,6 +103,22 @@ void StagedFiles::RemoveStage() {
     if (platform_.FileExists(file)) Remove(file);
   }
   if (!platform_.RemoveFolder(stage_)) platform_.RemoveFolder(stage_);
+}
+
+void RemoveAbandonedStages(host::Platform& platform, const std::string& folder) {
+  for (const std::string& name : platform.FolderNames(folder)) {
+    if (!name.starts_with(kStageName) || !IsNumber(std::string_view(name).substr(sizeof(kStageName) - 1)))
+      continue;
+    const std::string stage = common::JoinPath(folder, name);
+    std::error_code error;
+    if (!std::filesystem::is_directory(std::filesystem::symlink_status(stage, error)) || error) continue;
+    const std::filesystem::file_time_type changed = std::filesystem::last_write_time(stage, error);
+    if (error || changed >= kProgramBegan) continue;
+    for (const std::string& file : platform.FolderNames(stage)) {
+      if (IsStaged(file)) platform.RemoveFile(common::JoinPath(stage, file));
+    }
+    platform.RemoveFolder(stage);
+  }
 }
 
 }  // namespace qelm::filtering

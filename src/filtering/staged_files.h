@@ -65,4 +65,8 @@ class StagedFiles {
   bool kept_ = false;
 };
 
+// Removes from the folder what processes that were killed have left of such inner folders: those that were
+// last changed before this program began. For folders of which everything is made anew.
+void RemoveAbandonedStages(host::Platform& platform, const std::string& folder);
+
 }  // namespace qelm::filtering

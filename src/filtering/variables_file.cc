@@ -14,6 +14,8 @@ namespace {
 using host::Id;
 using host::kNone;
 
+constexpr std::string_view kDocumentExtensions[] = {".mif", ".fm", ".xml"};
+
 std::vector<std::vector<std::string>> RowsOf(host::Tables& tables, Id document, Id table) {
   std::vector<std::vector<std::string>> rows;
   for (Id row = tables.FirstRow(document, table); row != kNone; row = tables.NextRow(document, row)) {
@@ -38,6 +40,12 @@ bool NamesField(const std::vector<std::vector<std::string>>& rows) {
   });
 }
 
+bool IsDocumentName(std::string_view name) {
+  const std::string lower = common::AsciiLower(name);
+  return std::any_of(std::begin(kDocumentExtensions), std::end(kDocumentExtensions),
+                     [&](std::string_view extension) { return lower.ends_with(extension); });
+}
+
 bool IsMeant(host::Tables& tables, Id document, Id table, std::string_view identifier,
              const std::vector<std::vector<std::string>>& rows) {
   if (identifier.empty()) return NamesField(rows);
@@ -54,6 +62,7 @@ std::string FindVariablesFile(host::Platform& platform, const config::LocalSetti
   const std::string wanted = WithoutStrings(scheme, from_scheme);
   const std::string as_file = SafeName(wanted);
   for (const std::string& name : platform.FolderNames(folder)) {
+    if (!IsDocumentName(name)) continue;
     const std::string own = WithoutStrings(NameWithoutExtension(name), from_file);
     if (!common::EqualsIgnoreCase(own, wanted) && !common::EqualsIgnoreCase(own, as_file)) continue;
     const std::string path = common::JoinPath(folder, name);

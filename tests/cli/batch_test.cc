@@ -2,6 +2,7 @@
 // up in the report.
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <map>
 #include <regex>
@@ -163,15 +164,51 @@ TEST_F(Batch, RunThatWasCutShortIsTakenUpAgain) {
   program.esc = {};
   EXPECT_FALSE(fs::exists(program.folder.File("cut/Service/operation.mif")));
   // A killed run has begun a scheme and has no record of it.
-  program.folder.Write("cut/Service/operation.mif", "half a file");
+  program.folder.Write("cut/Service/operation.mif", program.folder.Read("whole/Deutsch/operation.mif"));
   EXPECT_EQ(Resumed(run("cut", {"--resume"})), Names{"Operator P100"});
   EXPECT_TRUE(Output("cut") == Output("whole"));
 
   EXPECT_EQ(Resumed(run("cut", {"--resume"})), kEditions);
-  program.folder.Write("cut/Deutsch/operation.mif", "changed by somebody");
+  const std::string earlier = program.folder.Read("cut/Deutsch/operation.mif");
+  program.folder.Write("cut/Deutsch/operation.mif", earlier + "# changed by somebody\n");
   EXPECT_EQ(Resumed(run("cut", {"--resume"})).size(), kEditions.size() - 1);
   EXPECT_TRUE(
       Resumed(run("cut", {"--resume", "--set", "BF_POST_PROCESS_DEFAULT_XML_STRUCT_APP=other"})).empty());
+}
+
+TEST_F(Batch, FilesThatAreNotItsOwnStay) {
+  const std::string notes = program.folder.Write("out/Service/operation.mif", "notes");
+  // But what a killed run has left goes.
+  const fs::path left = fs::path(program.folder.Write("out/Deutsch/.qelm-copy-7/0", "half")).parent_path();
+  fs::last_write_time(left, fs::file_time_type::clock::now() - std::chrono::hours(1));
+  const json schemes = Run("out", {"--json"}, "operation.mif").Json()["schemes"];
+  EXPECT_EQ(schemes[2]["result"], 106);
+  EXPECT_NE(schemes[2]["steps"].back()["text"].get<std::string>().find(notes), std::string::npos);
+  EXPECT_EQ(program.folder.Read("out/Service/operation.mif"), "notes");
+  EXPECT_EQ(schemes[3]["result"], 1);
+  EXPECT_FALSE(fs::exists(left));
+
+  program.folder.Write("out/report.fm", "notes");
+  const ProgramResult refused = Run("out", {}, "operation.mif");
+  EXPECT_EQ(refused.status, 5);
+  EXPECT_NE(refused.err.find(program.folder.File("out/report.fm")), std::string::npos) << refused.err;
+  EXPECT_EQ(program.folder.Read("out/report.fm"), "notes");
+}
+
+TEST_F(Batch, FileOfTwoSchemesIsThatOfTheFirst) {
+  for (const char* jobs : {"1", "2"}) {
+    const std::string xml = program.folder.File(std::string("xml") + jobs);
+    const ProgramResult run =
+        Run(std::string("out") + jobs,
+            {"--json", "--jobs", jobs, "--set", "BF_POST_PROCESS_DEFAULT_XML_DESTINATION_FOLDER=" + xml},
+            "operation.mif");
+    EXPECT_EQ(run.status, 1);
+    const json schemes = run.Json()["schemes"];
+    for (std::size_t i = 0; i < schemes.size(); ++i) {
+      const Names messages = MessagesOf(schemes[i]);
+      EXPECT_EQ(std::count(messages.begin(), messages.end(), i == 0 ? "REP_51" : "REP_83"), 1) << i;
+    }
+  }
 }
 
 TEST_F(Batch, DialogSetsUpTheSameRun) {
@@ -228,6 +265,13 @@ TEST_F(Batch, OneSchemesFailureDoesNotReachTheNext) {
   EXPECT_EQ(MessagesOf(schemes[0]), (Names{"REP_5", "REP_11"}));
   EXPECT_EQ(MessagesOf(schemes[3]), (Names{"REP_5", "REP_20"}));
   EXPECT_EQ(program.Dump(program.folder.File("source/all/doc.mif")), program.Dump(program.document()));
+
+  Names into_source = arguments;
+  into_source.insert(into_source.end(), {"--output", program.folder.File("source")});
+  const json refused = Shipped(into_source).Json()["schemes"][0];
+  EXPECT_EQ(refused["result"], 107);
+  const std::string why = refused["steps"].back()["text"];
+  EXPECT_TRUE(why.starts_with("The filter did not come to its end: The output folder is the folder")) << why;
 
   Names nothing = {"batch", program.document(), "--category", "No such category"};
   EXPECT_EQ(Shipped(nothing).status, 5);
