@@ -1,7 +1,7 @@
 // What a batch keeps of the schemes that it is through with, so that a later run need not do them again: one
-// small file a scheme, in a folder beside the report. It is removed before the scheme is run and written when
-// all of its files are complete, so that whatever ends a run in between, a scheme without a record is one
-// that has to be done.
+// small file a scheme, in a folder beside the output folders. It is removed before the scheme is run and
+// written when all of its files are complete, so that whatever ends a run in between, a scheme without a
+// record is one that has to be done.
 #pragma once
 
 #include <nlohmann/json.hpp>
