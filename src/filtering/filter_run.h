@@ -123,7 +123,7 @@ struct FilterRun : FilterCounts {
   bool touched = false;         // the document was changed, or may have been
   bool root_filtered = false;   // the highest-level element of the main flow failed the scheme
   Ending ending = Ending::kNone;
-  std::string why;  // what the user is told, or would be, of a run that failed
+  std::string why;                         // what the user is told, or would be, of a run that failed
   host::Id result_document = host::kNone;  // the document that was filtered: in mode 3 the copy
 
   std::vector<host::Id> would_go;           // of a dry run: the elements that failed the scheme
