@@ -290,7 +290,7 @@ class Document {
   bool boundaries = false;  // of elements, are displayed
   bool source_boundaries = false;
   Span boundaries_statement;  // the value of DElementBordersOn
-  Span condition_catalog;   // whole statements; empty when the file has none
+  Span condition_catalog;     // whole statements; empty when the file has none
   Span color_catalog;
   Span document_statement;
   std::uint32_t content_begin =

@@ -15,7 +15,8 @@ constexpr std::u32string_view kDingbatLetters =
     U"✡✢✣✤✥✦✧★✩✪✫✬✭✮✯✰✱✲✳✴✵✶✷✸✹✺✻✼✽✾✿❀"
     U"❁❂❃❄❅❆❇❈❉❊❋●❍■❏❐❑❒▲▼◆❖◗❘❙❚❛❜❝❞";
 constexpr std::u32string_view kWingdingLetters =
-    U"✏✂✁👓🕭🕮🕯☎✆🖂🖃📪📫📬📭📁📂📄🗏🗐🗄⌛🖮🖰🖲🖳🖴🖫"
+    U"✏✂✁👓🕭🕮🕯☎✆🖂🖃📪📫📬📭📁📂📄🗏🗐🗄⌛🖮🖰🖲🖳🖴"
+    U"🖫"
     U"🖬"
     U"✇"
     U"✍"
