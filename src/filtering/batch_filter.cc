@@ -175,7 +175,11 @@ bool Batch::OpenReportFile() {
     // The name is taken at once, so that a batch of the same second chooses another.
     platform.AppendFile(path, {});
   }
-  if (OpenReport(messenger_, roles_, path, &report_)) run_.report = path;
+  if (OpenReport(messenger_, roles_, path, &report_)) {
+    run_.report = path;
+  } else if (!request_.report_is_named) {
+    platform.RemoveFile(path);
+  }
   return true;
 }
 
@@ -267,7 +271,10 @@ void Batch::Total() {
 
 void Batch::Finish() {
   if (report_.document == kNone) return;
-  if (!SaveReport(messenger_, roles_, report_)) run_.report.clear();
+  if (!SaveReport(messenger_, roles_, report_)) {
+    if (!request_.report_is_named) host_.platform.RemoveFile(run_.report);
+    run_.report.clear();
+  }
   if (request_.settings.bf_default_close_report_after_batch_filter) {
     CloseReport(roles_, &report_);
   } else {

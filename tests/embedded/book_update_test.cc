@@ -182,7 +182,7 @@ TEST_F(BookUpdateTest, OnlyWhatIsAskedForIsUpdated) {
 
 TEST_F(BookUpdateTest, AListIsMadeAsItsReferencePageSays) {
   MifFile list;
-  list.flows = {{.text = "[Head]Contents\n[HeadingTOC]Old 9\n"},
+  list.flows = {{.text = "[Head]Contents\n[HeadingTOC]Old 9\n[Body]by hand\n"},
                 {.text = "[HeadingTOC]\\<$paranumonly>: \\<$paratext> \\<$paratag>\n[OtherTOC]x",
                  .place = testing::MifFlow::Place::kReference,
                  .tag = "TOC"}};
@@ -197,7 +197,8 @@ TEST_F(BookUpdateTest, AListIsMadeAsItsReferencePageSays) {
       << host.documents.LastError();
   const std::string toc = Golden("toc.mif");
   EXPECT_EQ(toc,
-            "Contents\n<!Marker/>1: Pump Heading\n<!Marker/>2: Valve Heading\n<!Marker/>3: Seal Heading");
+            "Contents\n<!Marker/>1: Pump Heading\n<!Marker/>2: Valve Heading\n<!Marker/>3: Seal Heading\nby "
+            "hand");
   EXPECT_NE(folder.Read("toc.mif").find("<MText `openObjectId b.mif:5 "), std::string::npos);
   const std::string once = folder.Read("toc.mif");
   EXPECT_TRUE(host.books.Update(Reopened(book), host::kUpdateGeneratedFiles | host::kUpdateNumbering));

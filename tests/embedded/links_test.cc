@@ -270,6 +270,7 @@ TEST(HypertextTest, CommandsNameFilesAndPlaces) {
       {"newlink ", "||", ""},
       {"previouspage", "||", ""},
       {"alert gotolink x", "||", ""},
+      {"alert See https://a.b", "||", ""},
   };
   for (const Case& test : kCases) {
     const model::Hypertext read = model::ReadHypertext(test.text);

@@ -80,8 +80,9 @@ std::string ElementNumber(const Document& document, std::uint32_t begin, Id elem
 struct OwnText {
   std::vector<std::uint32_t> paragraphs;
   std::vector<std::uint32_t> begins;
-  std::size_t first_entry = 0;
-  bool has_more = false;  // elements or anchors, which no entry has
+  std::size_t first_entry = 0;  // of paragraphs; all of them when there is no entry
+  std::size_t end_entries = 0;  // what stands behind it was put there by hand
+  bool has_more = false;        // elements or anchors, which no entry has
 };
 
 bool IsEntryTag(const ListSettings& settings, std::string_view tag) {
@@ -121,6 +122,11 @@ OwnText ReadOwnText(const Document& list, const ListSettings& settings) {
       std::find_if(text.paragraphs.begin(), text.paragraphs.end(),
                    [&](std::uint32_t paragraph) { return IsEntryTag(settings, TagOf(list, paragraph)); });
   text.first_entry = static_cast<std::size_t>(first - text.paragraphs.begin());
+  const auto last =
+      std::find_if(text.paragraphs.rbegin(), text.paragraphs.rend(),
+                   [&](std::uint32_t paragraph) { return IsEntryTag(settings, TagOf(list, paragraph)); });
+  const auto behind = static_cast<std::size_t>(last - text.paragraphs.rbegin());
+  text.end_entries = text.paragraphs.size() - (last == text.paragraphs.rend() ? 0 : behind);
   return text;
 }
 
@@ -131,7 +137,7 @@ std::string Plain(const ListEntry& entry) {
 }
 
 bool IsSame(const Document& list, const OwnText& own, const std::vector<ListEntry>& entries) {
-  if (own.paragraphs.size() - own.first_entry != entries.size()) return false;
+  if (own.end_entries - own.first_entry != entries.size()) return false;
   for (std::size_t i = 0; i < entries.size(); ++i) {
     const std::size_t place = own.first_entry + i;
     if (TagOf(list, own.paragraphs[place]) != entries[i].format ||
@@ -340,8 +346,13 @@ bool SetEntries(Document* list, const ListSettings& settings, const std::vector<
   const MifLayout layout(*list);
   const auto place = [&](std::size_t i) { return list->paragraphs[own.paragraphs[i]]; };
   const bool keeps_title = own.first_entry != 0;
+  const bool keeps_end = own.end_entries < own.paragraphs.size();
+  if (keeps_end && !place(own.end_entries).absolute) {
+    *problem = "the paragraph behind its last entry has its format from that entry; give it one of its own";
+    return false;
+  }
   // Without entries a text still has a paragraph.
-  if (entries.empty() && !keeps_title) {
+  if (entries.empty() && !keeps_title && !keeps_end) {
     *problem = "there is nothing to list";
     return false;
   }
@@ -350,7 +361,7 @@ bool SetEntries(Document* list, const ListSettings& settings, const std::vector<
   for (const ListEntry& entry : entries) {
     text += EntryParagraph(*list, layout, entry, &entry == &entries.front() ? text_frame : 0);
   }
-  const Paragraph last = place(own.paragraphs.size() - 1);
+  const Paragraph last = place(own.end_entries - 1);
   const std::uint32_t end = layout.Removal(last.begin, last.end).end;
   const bool has_entries = own.first_entry < own.paragraphs.size();
   const std::uint32_t begin = has_entries ? layout.LineBegin(place(own.first_entry).begin) : end;

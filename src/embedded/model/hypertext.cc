@@ -41,8 +41,11 @@ std::string_view TakeWord(std::string_view* text) {
   return word;
 }
 
+// What names a scheme holds no blank, so that a command with an address among its words is none.
 bool IsAddress(std::string_view text) {
-  return text.starts_with("mailto:") || text.find("://") != std::string_view::npos;
+  const std::size_t scheme_end = text.find("://");
+  const bool has_scheme = scheme_end != std::string_view::npos && text.find(' ') > scheme_end;
+  return text.starts_with("mailto:") || has_scheme;
 }
 
 // Where the name of a file ends that is written with the codes of device-independent paths: at the first

@@ -6,223 +6,11 @@
 #include "embedded/mif/reader.h"
 #include "embedded/mif/strings.h"
 #include "embedded/model/mif_scan.h"
+#include "embedded/render/drawing_words.h"
 
 namespace qelm::embedded::render {
 
 using mif::Piece;
-
-namespace {
-
-// The statements that are read, by name.
-enum class Word : std::uint8_t {
-  kNone,
-  kPen,
-  kFill,
-  kPenWidth,
-  kSeparation,
-  kObColor,
-  kObTint,
-  kDashedPattern,
-  kDashedStyle,
-  kDashSegment,
-  kHeadCap,
-  kTailCap,
-  kArrowStyle,
-  kTipAngle,
-  kBaseAngle,
-  kArrowLength,
-  kHeadType,
-  kAngle,
-  kShapeRect,
-  kBRect,
-  kArcRect,
-  kArcTheta,
-  kArcDTheta,
-  kRadius,
-  kPoint,
-  kSmoothed,
-  kId,
-  kTag,
-  kFrameType,
-  kAnchorAlign,
-  kAnchorBeside,
-  kNsOffset,
-  kBlOffset,
-  kFloat,
-  kCropped,
-  kTrNumColumns,
-  kTrColumnGap,
-  kTrColumnBalance,
-  kTrSideheadWidth,
-  kTrSideheadGap,
-  kTrSideheadPlacement,
-  kTrNext,
-  kTlOrigin,
-  kTlAlignment,
-  kFont,
-  kString,
-  kChar,
-  kFFamily,
-  kFWeight,
-  kFAngle,
-  kFSize,
-  kFUnderlining,
-  kFStrike,
-  kFColor,
-  kFSeparation,
-  kImportObFileDI,
-  kImportObFile,
-  kFlipLr,
-  kPageSize,
-  kPageTag,
-  kPageType,
-  kPageBackground,
-};
-
-const std::unordered_map<std::string_view, Word>& Words() {
-  static const std::unordered_map<std::string_view, Word> words = {
-      {"Pen", Word::kPen},
-      {"Fill", Word::kFill},
-      {"PenWidth", Word::kPenWidth},
-      {"Separation", Word::kSeparation},
-      {"ObColor", Word::kObColor},
-      {"ObTint", Word::kObTint},
-      {"DashedPattern", Word::kDashedPattern},
-      {"DashedStyle", Word::kDashedStyle},
-      {"DashSegment", Word::kDashSegment},
-      {"HeadCap", Word::kHeadCap},
-      {"TailCap", Word::kTailCap},
-      {"ArrowStyle", Word::kArrowStyle},
-      {"TipAngle", Word::kTipAngle},
-      {"BaseAngle", Word::kBaseAngle},
-      {"Length", Word::kArrowLength},
-      {"HeadType", Word::kHeadType},
-      {"Angle", Word::kAngle},
-      {"ShapeRect", Word::kShapeRect},
-      {"BRect", Word::kBRect},
-      {"ArcRect", Word::kArcRect},
-      {"ArcTheta", Word::kArcTheta},
-      {"ArcDTheta", Word::kArcDTheta},
-      {"Radius", Word::kRadius},
-      {"Point", Word::kPoint},
-      {"Smoothed", Word::kSmoothed},
-      {"ID", Word::kId},
-      {"Tag", Word::kTag},
-      {"FrameType", Word::kFrameType},
-      {"AnchorAlign", Word::kAnchorAlign},
-      {"AnchorBeside", Word::kAnchorBeside},
-      {"NSOffset", Word::kNsOffset},
-      {"BLOffset", Word::kBlOffset},
-      {"Float", Word::kFloat},
-      {"Cropped", Word::kCropped},
-      {"TRNumColumns", Word::kTrNumColumns},
-      {"TRColumnGap", Word::kTrColumnGap},
-      {"TRColumnBalance", Word::kTrColumnBalance},
-      {"TRSideheadWidth", Word::kTrSideheadWidth},
-      {"TRSideheadGap", Word::kTrSideheadGap},
-      {"TRSideheadPlacement", Word::kTrSideheadPlacement},
-      {"TRNext", Word::kTrNext},
-      {"TLOrigin", Word::kTlOrigin},
-      {"TLAlignment", Word::kTlAlignment},
-      {"Font", Word::kFont},
-      {"String", Word::kString},
-      {"Char", Word::kChar},
-      {"FFamily", Word::kFFamily},
-      {"FWeight", Word::kFWeight},
-      {"FAngle", Word::kFAngle},
-      {"FSize", Word::kFSize},
-      {"FUnderlining", Word::kFUnderlining},
-      {"FStrike", Word::kFStrike},
-      {"FColor", Word::kFColor},
-      {"FSeparation", Word::kFSeparation},
-      {"ImportObFileDI", Word::kImportObFileDI},
-      {"ImportObFile", Word::kImportObFile},
-      {"FlipLR", Word::kFlipLr},
-      {"PageSize", Word::kPageSize},
-      {"PageTag", Word::kPageTag},
-      {"PageType", Word::kPageType},
-      {"PageBackground", Word::kPageBackground},
-  };
-  return words;
-}
-
-struct ObjectName {
-  std::string_view name;
-  ObjectKind kind;
-};
-constexpr ObjectName kObjectNames[] = {
-    {"PolyLine", ObjectKind::kLines},      {"Polygon", ObjectKind::kPolygon},
-    {"Rectangle", ObjectKind::kRectangle}, {"RoundRect", ObjectKind::kRoundRectangle},
-    {"Ellipse", ObjectKind::kEllipse},     {"Arc", ObjectKind::kArc},
-    {"TextLine", ObjectKind::kTextLine},   {"TextRect", ObjectKind::kTextFrame},
-    {"ImportObject", ObjectKind::kImage},  {"Math", ObjectKind::kEquation},
-    {"Frame", ObjectKind::kFrameBegin},
-};
-
-struct FrameKindName {
-  std::string_view name;
-  FrameKind kind;
-};
-constexpr FrameKindName kFrameKinds[] = {
-    {"Inline", FrameKind::kInline},
-    {"Top", FrameKind::kTop},
-    {"Below", FrameKind::kBelow},
-    {"Bottom", FrameKind::kBottom},
-    {"Left", FrameKind::kLeft},
-    {"Right", FrameKind::kRight},
-    {"Inside", FrameKind::kInside},
-    {"Outside", FrameKind::kOutside},
-    {"Near", FrameKind::kNear},
-    {"Far", FrameKind::kFar},
-    {"RunIntoParagraph", FrameKind::kRunIn},
-    {"NotAnchored", FrameKind::kNotAnchored},
-};
-
-// The colors that older files name by number alone.
-constexpr std::string_view kSeparations[] = {"Black", "White", "Red",     "Green",
-                                             "Blue",  "Cyan",  "Magenta", "Yellow"};
-
-FrameAlignment AlignmentOf(std::string_view data) {
-  if (data == "Left") return FrameAlignment::kLeft;
-  if (data == "Right") return FrameAlignment::kRight;
-  if (data == "Inside") return FrameAlignment::kInside;
-  if (data == "Outside") return FrameAlignment::kOutside;
-  return FrameAlignment::kCenter;
-}
-
-LineCap CapOf(std::string_view data) {
-  if (data == "ArrowHead") return LineCap::kArrow;
-  if (data == "Round") return LineCap::kRound;
-  return data == "Butt" ? LineCap::kButt : LineCap::kSquare;
-}
-
-std::uint8_t PatternOf(std::string_view data) {
-  const double pattern = Number(data, kNoPattern);
-  return pattern >= 0 && pattern <= kNoPattern ? static_cast<std::uint8_t>(pattern) : kNoPattern;
-}
-
-std::uint32_t Count(std::string_view data) {
-  const double number = Number(data);
-  return number > 0 && number < 4e9 ? static_cast<std::uint32_t>(number) : 0;
-}
-
-Rect RectOf(std::string_view data, double unit) {
-  const std::vector<double> lengths = Lengths(data, unit);
-  return lengths.size() < 4 ? Rect() : Rect{lengths[0], lengths[1], lengths[2], lengths[3]};
-}
-
-Point PointOf(std::string_view data, double unit) {
-  const std::vector<double> lengths = Lengths(data, unit);
-  return lengths.size() < 2 ? Point() : Point{lengths[0], lengths[1]};
-}
-
-// The color of a number; `other` for one that only a name tells.
-std::string_view SeparationColor(std::string_view data, std::string_view other) {
-  const std::uint32_t number = Count(data);
-  return number < std::size(kSeparations) ? kSeparations[number] : other;
-}
-
-}  // namespace
 
 class Drawings::Reader {
  public:
@@ -269,10 +57,7 @@ class Drawings::Reader {
   std::string_view Name() const { return mif::IsString(data()) ? mif::Inside(data()) : data(); }
   // A text that holds for as long as the drawings do.
   std::string_view Kept();
-  Word CurrentWord() const {
-    const auto found = Words().find(reader_->name());
-    return found == Words().end() ? Word::kNone : found->second;
-  }
+  Word CurrentWord() const { return WordOf(reader_->name()); }
   void Begin(model::Span span);
 
   const model::Document& document_;
@@ -592,9 +377,7 @@ void Drawings::Reader::ReadFrameProperty(Word word, Open* frame) {
       frame->tag = Text();
       break;
     case Word::kFrameType:
-      for (const FrameKindName& known : kFrameKinds) {
-        if (known.name == data()) place.kind = known.kind;
-      }
+      place.kind = FrameKindOf(data(), place.kind);
       break;
     case Word::kAnchorAlign:
       place.alignment = AlignmentOf(data());
@@ -676,15 +459,13 @@ void Drawings::Reader::ReadContent(std::size_t inside, Open* anchored, PageShape
     }
     Open* const frame = open.empty() ? anchored : &open.back();
     const bool is_group = reader_->kind() == Piece::kGroup;
-    const auto* const known =
-        std::find_if(std::begin(kObjectNames), std::end(kObjectNames),
-                     [&](const ObjectName& object) { return is_group && object.name == reader_->name(); });
-    if (known != std::end(kObjectNames)) {
+    const std::optional<ObjectKind> kind = is_group ? ObjectOf(reader_->name()) : std::nullopt;
+    if (kind) {
       if (frame != nullptr) Seal(frame);
-      if (known->kind == ObjectKind::kFrameBegin) {
+      if (*kind == ObjectKind::kFrameBegin) {
         open.emplace_back().object.kind = ObjectKind::kFrameBegin;
       } else {
-        ReadObject(known->kind, offset_ + reader_->begin());
+        ReadObject(*kind, offset_ + reader_->begin());
       }
       continue;
     }
