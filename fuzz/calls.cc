@@ -1,5 +1,5 @@
-// Calls of other clients: each line of the input is one, over a document, by a plug-in with one scheme of each
-// kind. Every call must be answered, and the session must stand afterwards.
+// Calls of other clients: each line of the input is one, over a document, by a plug-in with one scheme of
+// each kind. Every call must be answered, and the session must stand afterwards.
 #include "edits.h"
 #include "host/entries.h"
 #include "host/notifications.h"
