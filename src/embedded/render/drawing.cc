@@ -192,7 +192,7 @@ void DrawPage(Setting& setting, cairo_t* cr, const LaidPage& page, bool tagged) 
   const PageDesign& design = *page.design;
   if (design.master != model::kNoIndex) setting.graphics.DrawMasterPage(cr, design.master);
   if (design.page != model::kNoIndex) setting.graphics.DrawBodyPage(cr, design.page);
-  for (const LaidText& text : page.texts) {
+  const auto draw = [&](const LaidText& text) {
     cairo_save(cr);
     if (text.angle != 0) {
       const double x = text.place.x + text.place.width / 2;
@@ -203,8 +203,9 @@ void DrawPage(Setting& setting, cairo_t* cr, const LaidPage& page, bool tagged) 
     }
     PageDrawer(setting, cr, page.design, tagged).Draw(text.marks);
     cairo_restore(cr);
-  }
-  PageDrawer(setting, cr, page.design, tagged).Draw(page.marks);
+  };
+  for (const LaidText& text : page.around) draw(text);
+  for (const LaidText& text : page.body) draw(text);
 }
 
 void DrawAnchoredFrame(Setting& setting, cairo_t* cr, std::uint32_t frame, double x, double y) {

@@ -67,7 +67,7 @@ class Graphics {
   // Draws the objects of an anchored frame with the frame's upper left corner at x, y.
   void DrawFrame(cairo_t* cr, std::uint32_t frame, double x, double y, const DrawText& text);
   // Draws the objects of a page: an index into Document::pages. Text frames of the main flow and of master
-  // pages are left to the layout; of a body page, `text` is called for none (PageDesign::own_text has them).
+  // pages are left to the layout; of a body page, `text` is called for none (PageDesign::others has them).
   void DrawMasterPage(cairo_t* cr, std::uint32_t page);
   void DrawBodyPage(cairo_t* cr, std::uint32_t page);
   // Draws a frame of the reference pages by its name, as paragraph formats name one above or below them.

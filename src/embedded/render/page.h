@@ -65,14 +65,16 @@ struct TableParts {
 // A footnote set in lines, or a frame, to stand at the foot of the column where its anchor stands.
 struct NoteBlock {
   std::uint32_t part = 0;  // of the footnote; 0: a frame
-  double height = 0;
+  double height = 0;       // of what does not stand on a page yet
   std::vector<Strip> strips;
+  std::size_t placed = 0;  // strips that stand on pages
 };
 
-// Text beside the main flow: a header, a footer, a flow of one page.
+// Text in one frame of a page, or in all of those that are upright.
 struct LaidText {
-  Rect place;
-  double angle = 0;  // counterclockwise around the middle of the place, in degrees
+  Rect place;        // around whose middle it is turned
+  double angle = 0;  // counterclockwise, in degrees
+  model::Id flow = 0;
   std::vector<Mark> marks;
 };
 
@@ -80,8 +82,8 @@ struct LaidPage {
   std::size_t ordinal = 0;  // from 1 in the document
   std::int64_t number = 0;
   const PageDesign* design = nullptr;
-  std::vector<LaidText> texts;
-  std::vector<Mark> marks;
+  std::vector<LaidText> around;  // headers, footers
+  std::vector<LaidText> body;    // the main flow, then the others
   struct Begin {
     std::shared_ptr<const LaidParagraph> paragraph;
     double y = 0;
@@ -109,9 +111,5 @@ inline double SpaceBetween(const Strip& above, const Strip& below) {
 // are left to the caller.
 double StackStrips(const std::vector<Strip>& strips, double x, double y, std::vector<Mark>* out);
 double StackedHeight(const std::vector<Strip>& strips);
-
-// Cuts a strip that is higher than `height`: what fits stays, and the rest is returned, moved up. Nothing is
-// left out; what cannot be cut and does not fit goes to the rest.
-Strip CutStrip(Strip* strip, double height);
 
 }  // namespace qelm::embedded::render

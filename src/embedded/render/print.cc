@@ -32,10 +32,11 @@ struct Job {
     DrawObjectsInLines(fonts.context());
   }
 
-  std::size_t Run(PageSink* sink, std::vector<FlowLayout::PageStart>* starts = nullptr) {
+  std::size_t Run(PageSink* sink, std::vector<PageStart>* starts = nullptr) {
+    setting.notices.clear();
     FlowLayout layout(setting, designs, page_style, first_page, sink);
     const std::size_t pages = layout.Run();
-    if (starts != nullptr) *starts = layout.page_starts();
+    if (starts != nullptr) *starts = layout.TakePageStarts();
     return pages;
   }
   // How many pages there are, where some text asks for it, is known when they were laid out once.
@@ -113,6 +114,7 @@ cairo_status_t Append(void* closure, const unsigned char* data, unsigned int len
 
 void AddNotices(const Job& job, const std::string& path, std::vector<std::string>* notices) {
   for (const std::string& missing : job.graphics.missing()) notices->push_back(path + ": " + missing);
+  for (const std::string& notice : job.setting.notices) notices->push_back(path + ": " + notice);
 }
 
 }  // namespace
@@ -345,10 +347,10 @@ std::vector<PageAt> FindPages(const PrintSource& source) {
   Fonts fonts;
   Job job(source, PrintOptions(), fonts);
   Counter counter;
-  std::vector<FlowLayout::PageStart> starts;
+  std::vector<PageStart> starts;
   job.Run(&counter, &starts);
   std::vector<PageAt> pages;
-  for (FlowLayout::PageStart& start : starts) {
+  for (PageStart& start : starts) {
     pages.push_back({start.item, start.number, std::move(start.text)});
   }
   return pages;

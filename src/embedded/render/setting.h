@@ -82,6 +82,7 @@ struct Setting {
   std::int64_t next_table_note = 1;
   double table_note_width = 468;
   bool table_goes_on = false;  // what is read stands where a table is continued
+  std::vector<std::string> notices;  // of text that has no place
   std::string language;        // of the document, as in "en-us"; empty: not said
 
   // Notes where the document's own targets are, for those that `namer` has a name for.
