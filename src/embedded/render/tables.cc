@@ -68,6 +68,7 @@ class TableSetter {
   void ReadColumns(double width);
   void ReadSections();
   bool AddRow(std::uint32_t part, ElementKind section);
+  void MarkCovered(Row* row);
   Row ReadRow(std::uint32_t part, ElementKind section) const;
   void ReadCellLook(Cell* cell) const;
   void SetCell(Cell* cell, std::size_t column);
@@ -95,6 +96,9 @@ class TableSetter {
   std::shared_ptr<TableParts> parts_;
   std::vector<double> left_;  // of each column, and the right edge of the last
   std::vector<Row> rows_;     // that wait to be set together
+  std::size_t reach_ = 0;     // how many of them and of those behind them their cells reach over
+  std::vector<std::size_t>
+      covered_to_;            // by column, how many rows from the first are covered by a cell above
   std::optional<Row> above_;  // the row before them
   std::vector<Strip> title_;
   std::vector<std::shared_ptr<NoteBlock>> notes_;
@@ -249,35 +253,34 @@ bool TableSetter::EmitNotes() {
 bool TableSetter::AddRow(std::uint32_t part, ElementKind section) {
   const model::Part& row = document_.parts[part];
   if (row.deleted || !setting_.shown[row.conditions]) return true;
-  std::size_t reach = 0;
-  for (std::size_t i = 0; i < rows_.size(); ++i) {
-    for (const Cell& cell : rows_[i].cells) {
-      if (!cell.covered) reach = std::max(reach, i + cell.rows);
-    }
-  }
   constexpr std::size_t kMostTogether = 500;
-  const bool together = reach > rows_.size() && rows_.size() < kMostTogether && !rows_.empty() &&
+  const bool together = reach_ > rows_.size() && rows_.size() < kMostTogether && !rows_.empty() &&
                         rows_.front().section == section;
   if (!together && !SetRows(false)) return false;
   rows_.push_back(ReadRow(part, section));
   Row& added = rows_.back();
   added.body_index =
       counts_[static_cast<std::size_t>(section) - static_cast<std::size_t>(ElementKind::kTableHeading)]++;
-  // Cells under a straddle are there and empty.
-  for (std::size_t c = 0; c < added.cells.size(); ++c) {
-    Cell& cell = added.cells[c];
-    for (std::size_t left = 0; left < c; ++left) {
-      cell.covered = cell.covered || (!added.cells[left].covered && left + added.cells[left].columns > c);
-    }
-    for (std::size_t r = 0; r + 1 < rows_.size() && !cell.covered; ++r) {
-      for (std::size_t left = 0; left <= c && left < rows_[r].cells.size(); ++left) {
-        const Cell& other = rows_[r].cells[left];
-        cell.covered =
-            cell.covered || (!other.covered && left + other.columns > c && r + other.rows > rows_.size() - 1);
-      }
+  MarkCovered(&added);
+  return true;
+}
+
+// Cells under a straddle are there and empty.
+void TableSetter::MarkCovered(Row* row) {
+  const std::size_t index = rows_.size() - 1;
+  const std::size_t count = row->cells.size();
+  if (covered_to_.size() < count) covered_to_.resize(count, 0);
+  std::size_t across = 0;  // how far the cell to the left reaches
+  for (std::size_t c = 0; c < count; ++c) {
+    Cell& cell = row->cells[c];
+    cell.covered = c < across || index < covered_to_[c];
+    if (cell.covered) continue;
+    across = std::max(across, c + cell.columns);
+    reach_ = std::max(reach_, index + cell.rows);
+    for (std::size_t i = c; cell.rows > 1 && i < std::min(across, count); ++i) {
+      covered_to_[i] = std::max(covered_to_[i], index + cell.rows);
     }
   }
-  return true;
 }
 
 Row TableSetter::ReadRow(std::uint32_t part, ElementKind section) const {
@@ -397,6 +400,8 @@ bool TableSetter::SetRows(bool last) {
   above_ = std::move(rows_.back());
   for (Cell& cell : above_->cells) cell.strips.clear();
   rows_.clear();
+  reach_ = 0;
+  covered_to_.clear();
   return going;
 }
 
