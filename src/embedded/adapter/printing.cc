@@ -1,5 +1,7 @@
 #include "embedded/adapter/printing.h"
 
+#include <algorithm>
+
 #include "embedded/adapter/opened_document.h"
 #include "embedded/model/book_numbering.h"
 #include "embedded/model/files.h"
@@ -176,9 +178,31 @@ std::optional<std::string> PrintPage(Workspace& workspace, OpenFile* file, std::
   return png;
 }
 
-std::vector<render::PageAt> LayOutPages(OpenFile* file) {
-  if (!file->document || file->document->format != model::Format::kMif) return {};
-  return render::FindPages(SourceOf(*file->document, file->path));
+bool HasStalePages(OpenFile* file) {
+  const std::vector<model::Page>& pages = file->Tree().pages;
+  const auto is_body = [](const model::Page& page) { return page.kind == model::FlowKind::kBody; };
+  return file->layout != kLayoutAsRead || std::none_of(pages.begin(), pages.end(), is_body);
+}
+
+const render::FoundPages& LaidPages(OpenFile* file) {
+  const render::PageNumbering pages = render::ReadPageNumbering(file->Tree());
+  return LaidPages(file, {pages.first, pages.style});
+}
+
+const render::FoundPages& LaidPages(OpenFile* file, const model::PageRun& run) {
+  DerivedData& derived = file->derived;
+  const auto laid_with = std::make_pair(run.first, std::string(run.style));
+  if (derived.laid_at == file->layout && derived.laid_with == laid_with) return derived.laid_pages;
+  derived.laid_pages = {};
+  if (file->document && file->document->format == model::Format::kMif) {
+    render::PrintSource source = SourceOf(*file->document, file->path);
+    source.first_page = run.first;
+    source.page_style = run.style;
+    derived.laid_pages = render::FindPages(source);
+  }
+  derived.laid_at = file->layout;
+  derived.laid_with = laid_with;
+  return derived.laid_pages;
 }
 
 }  // namespace qelm::embedded::adapter

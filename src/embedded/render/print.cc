@@ -343,17 +343,24 @@ std::string PrintPng(const PrintSource& source, const PrintOptions& options, std
   return std::move(sink.png_);
 }
 
-std::vector<PageAt> FindPages(const PrintSource& source) {
+FoundPages FindPages(const PrintSource& source) {
   Fonts fonts;
   Job job(source, PrintOptions(), fonts);
   Counter counter;
   std::vector<PageStart> starts;
-  job.Run(&counter, &starts);
-  std::vector<PageAt> pages;
-  for (PageStart& start : starts) {
-    pages.push_back({start.item, start.number, std::move(start.text)});
+  FoundPages found;
+  found.count = job.Run(&counter, &starts);
+  const std::vector<model::Flow>& flows = source.document->flows;
+  auto start = starts.begin();
+  for (const model::Flow& flow : flows) {
+    const bool any = start != starts.end() && start->item < flow.end_item;
+    for (; start != starts.end() && start->item < flow.end_item; ++start) {
+      const auto ordinal = static_cast<std::size_t>(start->number - source.first_page + 1);
+      found.starts.push_back({start->item, ordinal, start->number, std::move(start->text)});
+    }
+    if (any) found.starts.push_back({flow.end_item, 0, 0, {}});
   }
-  return pages;
+  return found;
 }
 
 }  // namespace qelm::embedded::render
