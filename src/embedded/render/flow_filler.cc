@@ -55,6 +55,8 @@ std::vector<Strip> JoinStraddled(std::vector<Strip>&& strips) {
     PlaceMarks(strip.marks, 0, whole.height, &whole.marks);
     whole.height += strip.height;
     whole.space_after = strip.space_after;
+    whole.foots = strip.foots;
+    whole.ends_table = strip.ends_table;
     for (std::shared_ptr<NoteBlock>& note : strip.notes) whole.notes.push_back(std::move(note));
   }
   return joined;
@@ -144,7 +146,8 @@ bool FlowFiller::PlaceInPieces(Strip* strip) {
       continue;
     }
     if (!cutter) cutter.emplace(strip);
-    const double height = Room() - (at_top_ ? 0 : SpaceAbove(behind_, *strip)) - RepeatedHeight(*strip);
+    const double height =
+        Room() - (at_top_ ? 0 : SpaceAbove(behind_, *strip)) - RepeatedHeight(*strip) - FootingBelow(*strip);
     Strip piece = cutter->Cut(height, at_top_);
     // What cannot be cut stands at the top of a column as it is.
     if (piece.height <= 0 && at_top_) break;
@@ -184,6 +187,13 @@ double FlowFiller::RepeatedHeight(const Strip& strip) const {
   return height > Here().height / 2 ? 0 : height;
 }
 
+// The height of the footing that has to stand below a row, should the table be broken off there. One with
+// which heading and footing would leave the rows less than half the column is not repeated.
+double FlowFiller::FootingHeight(const TableParts* table) const {
+  if (table == nullptr || table->footing_height + table->heading_height > Here().height / 2) return 0;
+  return table->footing_height;
+}
+
 // The height that strips take below what stands in the column, with their footnotes.
 double FlowFiller::Needed(std::span<const Strip> strips) const {
   double at = RepeatedHeight(strips.front());
@@ -204,7 +214,7 @@ double FlowFiller::Needed(std::span<const Strip> strips) const {
       notes += note->height;
     }
   }
-  return std::max(at, lowest) + std::min(notes, setting_.most_note_height);
+  return std::max(at, lowest) + FootingBelow(strips.back()) + std::min(notes, setting_.most_note_height);
 }
 
 // In the very last column a line fits when its letters do.
@@ -244,7 +254,8 @@ void FlowFiller::PlaceStrip(Strip&& strip) {
   behind_ = strip.space_after;
   at_top_ = page_empty_ = false;
   for (std::shared_ptr<NoteBlock>& note : strip.notes) TakeNote(std::move(note));
-  open_table_ = std::move(strip.table);
+  const bool goes_on = strip.table && !strip.foots && !strip.ends_table;
+  open_table_ = goes_on ? std::move(strip.table) : nullptr;
 }
 
 void FlowFiller::PlaceHeading(const Strip& next) {
@@ -315,10 +326,17 @@ bool FlowFiller::PlaceNote(NoteBlock* note, bool any_placed, double* y) {
 }
 
 void FlowFiller::EndColumn() {
-  if (open_table_ && !open_table_->broken_off.empty() && !at_top_) {
-    PlaceMarks(open_table_->broken_off, Here().x, Here().y + y_, &Marks());
-  }
+  if (open_table_ && !at_top_) BreakTable();
   PlaceNotes();
+}
+
+void FlowFiller::BreakTable() {
+  const Column& column = Here();
+  if (FootingHeight(open_table_.get()) > 0) {
+    y_ += StackStrips(open_table_->footing, column.x, column.y + y_, &Marks());
+  } else {
+    PlaceMarks(open_table_->broken_off, column.x, column.y + y_, &Marks());
+  }
 }
 
 void FlowFiller::NextColumn() {

@@ -62,8 +62,11 @@ class FlowFiller {
   bool Fits(std::span<const Strip> strips) const;
   double Room() const;
   double RepeatedHeight(const Strip& strip) const;
+  double FootingHeight(const TableParts* table) const;
+  double FootingBelow(const Strip& strip) const { return strip.foots ? 0 : FootingHeight(strip.table.get()); }
   void PlaceStrip(Strip&& strip);
   void PlaceHeading(const Strip& next);
+  void BreakTable();
   void TakeNote(std::shared_ptr<NoteBlock> note);
   void PlaceNotes();
   bool PlaceNote(NoteBlock* note, bool any_placed, double* y);
@@ -101,7 +104,7 @@ class FlowFiller {
   double notes_height_ = 0;
   std::vector<std::shared_ptr<NoteBlock>> carried_;  // what did not fit into the column before
   std::int64_t page_notes_ = 0;
-  std::shared_ptr<const TableParts> open_table_;  // of the strip that was placed last
+  std::shared_ptr<const TableParts> open_table_;  // of which more is to come
   std::vector<Strip> group_;
   double group_height_ = 0;
   double group_reach_ = 0;    // how far down its text goes

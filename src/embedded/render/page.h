@@ -50,6 +50,8 @@ struct Strip {
   std::vector<Mark> marks;
   std::vector<std::shared_ptr<NoteBlock>> notes;
   std::shared_ptr<const TableParts> table;  // of a row that is not the table's heading
+  bool foots = false;                       // a row of the table's footing
+  bool ends_table = false;                  // its last row
   std::uint32_t first_item =
       model::kNoIndex;  // of what it shows, where something begins that pages are told of
   std::shared_ptr<const LaidParagraph> begins;  // the paragraph that begins here
@@ -59,7 +61,9 @@ struct Strip {
 struct TableParts {
   std::vector<Strip> heading;  // with the title
   double heading_height = 0;
-  std::vector<Mark> broken_off;  // the rule below the last row on a page
+  std::vector<Strip> footing;
+  double footing_height = 0;
+  std::vector<Mark> broken_off;  // the rule below the last row on a page, where there is no footing
 };
 
 // A footnote set in lines, or a frame, to stand at the foot of the column where its anchor stands.

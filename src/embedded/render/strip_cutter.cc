@@ -85,10 +85,15 @@ Strip StripCutter::MakePiece(double cut) {
   *strip_ = {};
   strip_->table = piece.table;
   strip_->side_head = piece.side_head;
+  strip_->foots = piece.foots;
+  strip_->ends_table = std::exchange(piece.ends_table, false);
   strip_->space_after = std::exchange(piece.space_after, 0);
   strip_->height = std::max(piece.height - cut, 0.0);
   piece.height = std::min(piece.height, cut);
-  if (strip_->height == 0) piece.space_after = strip_->space_after;
+  if (strip_->height == 0) {
+    piece.space_after = strip_->space_after;
+    piece.ends_table = strip_->ends_table;
+  }
   for (Entry& entry : taken) piece.marks.push_back(std::move(entry.mark));
   above_ += cut;
   return piece;

@@ -49,6 +49,15 @@ struct EdgeName {
 constexpr std::array kEdgeNames = {EdgeName{"CellLRuling", kLeftEdge}, EdgeName{"CellTRuling", kTopEdge},
                                    EdgeName{"CellRRuling", kRightEdge}, EdgeName{"CellBRuling", kBottomEdge}};
 
+// Makes of a strip what stands on further pages of a table.
+void MakeCopy(Strip* strip) {
+  strip->table.reset();
+  strip->begins.reset();
+  strip->first_item = model::kNoIndex;
+  strip->notes.clear();
+  for (Mark& mark : strip->marks) mark.repeated = true;
+}
+
 class TableSetter {
  public:
   TableSetter(Setting& setting, std::uint32_t part, double width, std::uint32_t depth, const TakeStrip& take)
@@ -67,6 +76,7 @@ class TableSetter {
  private:
   void ReadColumns(double width);
   void ReadSections();
+  void SetFooting(const model::Part& footing);
   bool AddRow(std::uint32_t part, ElementKind section);
   void MarkCovered(Row* row);
   Row ReadRow(std::uint32_t part, ElementKind section) const;
@@ -103,6 +113,7 @@ class TableSetter {
   std::vector<Strip> title_;
   std::vector<std::shared_ptr<NoteBlock>> notes_;
   std::uint32_t counts_[3] = {0, 0, 0};  // rows by section
+  std::vector<Strip>* kept_ = nullptr;   // where strips go instead of being given
   bool closing_ = false;                 // the rows that wait are the last
   bool first_ = true;                    // no strip was given yet
   bool glued_ = false;                   // the next strip stays with the one before
@@ -176,14 +187,43 @@ bool TableSetter::Run(bool glued) {
   return going;
 }
 
-// The title, which is repeated with the heading, comes before the rows wherever it stands.
+// What is repeated comes before the rows, wherever it stands.
 void TableSetter::ReadSections() {
   for (std::uint32_t i = table_.first_item + 1; i + 1 < table_.end_item; ++i) {
     const model::Item& item = document_.items[i];
     if (item.kind != ItemKind::kPartBegin) continue;
-    if (document_.parts[item.ref].kind == ElementKind::kTableTitle) SetTitle(item.ref);
-    break;
+    const model::Part& part = document_.parts[item.ref];
+    if (part.kind == ElementKind::kTableTitle) SetTitle(item.ref);
+    if (part.kind == ElementKind::kTableFooting) SetFooting(part);
+    i = part.end_item - 1;
   }
+}
+
+// The footing as it stands where the table is broken off; at its end it comes with the other rows.
+void TableSetter::SetFooting(const model::Part& footing) {
+  const std::int64_t next_note = setting_.next_table_note;
+  const std::size_t notes = notes_.size();
+  const bool glued = glued_;
+  kept_ = &parts_->footing;
+  above_.emplace().section = ElementKind::kTableBody;
+  for (std::uint32_t i = footing.first_item + 1; i + 1 < footing.end_item; ++i) {
+    const model::Item& item = document_.items[i];
+    if (item.kind != ItemKind::kPartBegin) continue;
+    AddRow(item.ref, ElementKind::kTableFooting);
+    i = document_.parts[item.ref].end_item - 1;
+  }
+  SetRows(!format_.bottom_ruling_last);
+  kept_ = nullptr;
+  glued_ = glued;
+  above_.reset();
+  counts_[2] = 0;
+  notes_.resize(notes);
+  setting_.next_table_note = next_note;
+  for (Strip& strip : parts_->footing) {
+    MakeCopy(&strip);
+    strip.space_after = 0;
+  }
+  parts_->footing_height = StackedHeight(parts_->footing);
 }
 
 void TableSetter::SetTitle(std::uint32_t part) {
@@ -211,12 +251,7 @@ void TableSetter::SetTitle(std::uint32_t part) {
   setting_.table_goes_on = true;
   parts_->heading = set_title();
   setting_.table_goes_on = false;
-  for (Strip& strip : parts_->heading) {
-    strip.begins.reset();
-    strip.first_item = model::kNoIndex;
-    strip.notes.clear();
-    for (Mark& mark : strip.marks) mark.repeated = true;
-  }
+  for (Strip& strip : parts_->heading) MakeCopy(&strip);
   parts_->heading.back().space_after = format_.title_gap;
   parts_->heading_height = StackedHeight(parts_->heading) + format_.title_gap;
 }
@@ -228,6 +263,10 @@ void TableSetter::Collect(Strip* strip) {
 }
 
 bool TableSetter::Emit(Strip&& strip) {
+  if (kept_ != nullptr) {
+    kept_->push_back(std::move(strip));
+    return true;
+  }
   if (first_) {
     strip.space_before = std::max(strip.space_before, format_.space_before);
     strip.start = format_.start;
@@ -384,15 +423,16 @@ bool TableSetter::SetRows(bool last) {
     glued_ = heading || row.with_next;
     strip.start = row.start;
     strip.first_item = document_.parts[row.part].first_item;
-    if (last && r + 1 == rows_.size()) strip.space_after = format_.space_after;
+    strip.ends_table = last && r + 1 == rows_.size();
+    if (strip.ends_table) strip.space_after = format_.space_after;
     if (heading) {
       Strip again = strip;
-      again.first_item = model::kNoIndex;
-      for (Mark& mark : again.marks) mark.repeated = true;
+      MakeCopy(&again);
       parts_->heading_height += again.height;
       parts_->heading.push_back(std::move(again));
     } else {
       strip.table = parts_;
+      strip.foots = row.section == ElementKind::kTableFooting;
       body_rows_ += body ? 1 : 0;
     }
     going = Emit(std::move(strip));
