@@ -7,6 +7,7 @@
 #include "embedded/mif/strings.h"
 #include "embedded/model/mif_scan.h"
 #include "embedded/render/drawing_words.h"
+#include "embedded/render/equation_text.h"
 
 namespace qelm::embedded::render {
 
@@ -336,12 +337,14 @@ void Drawings::Reader::ReadObject(ObjectKind kind, std::uint32_t begin) {
   TextShape shape;
   TextLine line;
   ImportedImage image;
+  std::string equation;
   model::Children(reader_, [&] {
     const Word word = CurrentWord();
     if (word == Word::kNone || ReadStyle(word)) return;
     if (kind == ObjectKind::kTextFrame) ReadTextFrame(word, &shape);
     if (kind == ObjectKind::kTextLine) ReadTextLine(word, &line);
     if (kind == ObjectKind::kImage) ReadImage(word, &image);
+    if (word == Word::kMathFullForm) equation = EquationText(Text());
     Child(word, &object);
   });
   object.count = static_cast<std::uint32_t>(out_.points.size()) - object.first;
@@ -363,6 +366,10 @@ void Drawings::Reader::ReadObject(ObjectKind kind, std::uint32_t begin) {
       image.embedded = document_.At(image.span).find("\n=") != std::string_view::npos;
       object.detail = static_cast<std::uint32_t>(out_.images.size());
       out_.images.push_back(std::move(image));
+      break;
+    case ObjectKind::kEquation:
+      object.detail = static_cast<std::uint32_t>(out_.equations.size());
+      out_.equations.push_back(equation.empty() ? "equation" : std::move(equation));
       break;
     default:
       break;

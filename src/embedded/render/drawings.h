@@ -74,7 +74,8 @@ struct Object {
   double sweep = 0;
   std::uint32_t first = 0;  // of its points
   std::uint32_t count = 0;
-  std::uint32_t detail = 0;  // by kind: index into text_lines, text_frames, images
+  std::uint32_t detail = 0;  // by kind: index into text_lines, text_frames, images,
+                             // equations
 };
 
 struct TextPiece {
@@ -124,7 +125,8 @@ class Drawings {
   std::vector<TextLine> text_lines;
   std::vector<TextShape> text_frames;
   std::vector<ImportedImage> images;
-  std::deque<std::string> texts;  // what views refer to that is not in the source as it reads
+  std::vector<std::string> equations;  // in one line each (equation_text.h)
+  std::deque<std::string> texts;       // what views refer to that is not in the source as it reads
 
   struct AnchoredShape {
     FramePlace place;

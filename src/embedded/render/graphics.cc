@@ -391,7 +391,7 @@ void Graphics::Painter::Draw(cairo_t* cr, const Object& object, const DrawText& 
       Image(cr, object);
       break;
     case ObjectKind::kEquation:
-      NamedBox(cr, object.place, "equation");
+      NamedBox(cr, object.place, drawings_.equations[object.detail]);
       break;
     case ObjectKind::kTextFrame: {
       Paint(cr, object);
