@@ -26,7 +26,7 @@ std::optional<std::string> PrintPage(Workspace& workspace, OpenFile* file, std::
 bool HasStalePages(OpenFile* file);
 
 // Where the pages of a document begin when it is laid out: with page numbers of its own, or those of a book.
-// Kept until something moves. Nothing for XML, whose text has no place in MIF yet.
+// Kept until something moves. Of XML the items are those with which its elements begin.
 const render::FoundPages& LaidPages(OpenFile* file);
 const render::FoundPages& LaidPages(OpenFile* file, const model::PageRun& run);
 
