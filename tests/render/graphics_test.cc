@@ -124,7 +124,8 @@ TEST(Graphics, ReservedColorsNeedNoCatalog) {
 TEST(Graphics, TextFramesAreHandedOut) {
   const auto document = WithFrame("<TextRect <ID 9> <Pen 15> <Fill 15> <ShapeRect 5 pt 6 pt 30 pt 20 pt>>");
   std::vector<double> places;
-  const Picture picture(*document, "", [&](model::Id flow, const Rect& place) {
+  const Picture picture(*document, "", [&](model::Id flow, std::uint32_t frame) {
+    const Rect place = Graphics(*document, "").TextFrames(flow).at(frame).at(0);
     places = {static_cast<double>(flow), place.x, place.y, place.width, place.height};
   });
   EXPECT_EQ(places, (std::vector<double>{1, 5, 6, 30, 20}));

@@ -1,6 +1,9 @@
 // Flows besides the main one: pages of four lines of 10 points, a frame of two lines beside them.
 #include <gtest/gtest.h>
 
+#include <cmath>
+
+#include "embedded/render/frame_text.h"
 #include "render/laid_out.h"
 
 namespace qelm::embedded::render {
@@ -81,6 +84,28 @@ TEST(SideFlow, TurnedFramesHaveATextOfTheirOwn) {
   ASSERT_EQ(laid.pages[1].texts.size(), 1U);
   EXPECT_EQ(laid.pages[1].texts[0].angle, 90);
   EXPECT_EQ(laid.pages[1].texts[0].place.width, 40);
+}
+
+TEST(FrameText, GoesOnInTheNextFrameOfItsGraphic) {
+  const auto lines = [](int count, std::uint32_t place) {
+    const LaidOut laid(
+        "<MIFFile 10.0>\n<Units Upt>\n<PgfCatalog <Pgf <PgfTag `Body'> <PgfFont <FFamily `Arial'> "
+        "<FSize 8 pt>> <PgfLineSpacing Fixed> <PgfLeading 2 pt> <PgfBlockSize 1>>>\n"
+        "<AFrames <Frame <ID 1> <ShapeRect 0 0 100 pt 100 pt> " +
+        Frame(21, "0 0 40 pt 20 pt", "<TRNext 22>") +
+        Frame(22, "50 pt 0 50 pt 20 pt", "<TRNumColumns 2> <TRColumnGap 10 pt>") + ">>\n" +
+        Flow(21, "", Lines("f", count)) +
+        "<TextFlow <TFTag `A'> <TFAutoConnect Yes> <Para <ParaLine <AFrame 1>>>>\n");
+    std::string text;
+    for (const Mark& mark : FrameMarks(*laid.setting, 1, place)) {
+      text += mark.paragraph->LineText(mark.ref) + "@" + std::to_string(std::lround(mark.x)) + " ";
+    }
+    return text + std::to_string(laid.setting->notices.size());
+  };
+  EXPECT_EQ(lines(6, 0), "f1@0 f2@0 0");
+  EXPECT_EQ(lines(6, 1), "f3@50 f4@50 f5@80 f6@80 0");
+  // What has no room stands below the last one, and that is said.
+  EXPECT_EQ(lines(7, 1), "f3@50 f4@50 f5@80 f6@80 f7@80 1");
 }
 
 }  // namespace

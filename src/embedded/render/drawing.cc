@@ -6,7 +6,7 @@
 #include <charconv>
 #include <numbers>
 
-#include "embedded/render/strips.h"
+#include "embedded/render/frame_text.h"
 
 namespace qelm::embedded::render {
 namespace {
@@ -212,12 +212,8 @@ void DrawAnchoredFrame(Setting& setting, cairo_t* cr, std::uint32_t frame, doubl
   if (setting.open_frames >= kDeepestFrames) return;
   ++setting.open_frames;
   cairo_save(cr);
-  setting.graphics.DrawFrame(cr, frame, x, y, [&](model::Id id, const Rect& place) {
-    const model::Flow& flow = setting.document.flows[id];
-    std::vector<Mark> marks;
-    StackStrips(MakeStrips(setting, flow.first_item, flow.end_item, place.width, 1), place.x, place.y,
-                &marks);
-    PageDrawer(setting, cr, nullptr, false).Draw(marks);
+  setting.graphics.DrawFrame(cr, frame, x, y, [&](model::Id flow, std::uint32_t place) {
+    PageDrawer(setting, cr, nullptr, false).Draw(FrameMarks(setting, flow, place));
   });
   cairo_restore(cr);
   --setting.open_frames;

@@ -535,4 +535,36 @@ Drawings::Drawings(const model::Document& document) {
   for (const model::Page& page : document.pages) reader.ReadPage(page);
 }
 
+std::vector<Rect> ColumnsOf(const TextShape& shape, const Rect& text) {
+  const auto count = static_cast<double>(shape.columns);
+  const double width = std::max(0.0, (text.width - (count - 1) * shape.gap) / count);
+  std::vector<Rect> columns;
+  for (std::uint32_t i = 0; i < shape.columns; ++i) {
+    columns.push_back({text.x + i * (width + shape.gap), text.y, width, text.height});
+  }
+  return columns;
+}
+
+std::unordered_map<std::uint32_t, FlowPlace> Drawings::FollowFlows(const model::Document& document) const {
+  std::unordered_map<std::uint32_t, FlowPlace> flow_of;
+  std::unordered_map<std::uint32_t, std::uint32_t> next;
+  for (const TextShape& shape : text_frames) next[shape.number] = shape.next;
+  for (model::Id id = 1; id < document.flows.size(); ++id) {
+    const model::Flow& flow = document.flows[id];
+    std::uint32_t place = 0;
+    const auto follow = [&](std::uint32_t number) {
+      while (number != 0 && flow_of.try_emplace(number, FlowPlace{id, place}).second) {
+        ++place;
+        const auto found = next.find(number);
+        number = found == next.end() ? 0 : found->second;
+      }
+    };
+    follow(flow.text_frame);
+    for (std::uint32_t i = flow.first_item; i < flow.end_item; ++i) {
+      if (document.items[i].kind == model::ItemKind::kTextFrame) follow(document.items[i].ref);
+    }
+  }
+  return flow_of;
+}
+
 }  // namespace qelm::embedded::render

@@ -114,6 +114,15 @@ struct Range {
   std::uint32_t end = 0;
 };
 
+// Which flow runs through a text frame, and where the frame stands among those of the flow.
+struct FlowPlace {
+  model::Id flow = 0;
+  std::uint32_t place = 0;
+};
+
+// The columns of a text frame, of which `text` is what is not left for side heads.
+std::vector<Rect> ColumnsOf(const TextShape& shape, const Rect& text);
+
 class Drawings {
  public:
   explicit Drawings(const model::Document& document);
@@ -146,6 +155,10 @@ class Drawings {
   std::vector<PageShape> pages;                                 // by index into Document::pages
   std::unordered_map<std::string, std::uint32_t> named_frames;  // of reference pages: their begin marks
   double unit = 72;                                             // points a unit of lengths without one
+
+  // By the numbers of text frames. Text says which frames it enters, and a text frame which one comes after
+  // it, where there is no text yet.
+  std::unordered_map<std::uint32_t, FlowPlace> FollowFlows(const model::Document& document) const;
 
  private:
   class Reader;

@@ -72,7 +72,6 @@ class PageDesigns::Builder {
   void Run();
 
  private:
-  void FollowFlows();
   PageDesign Plain() const;
   PageDesign Master(std::uint32_t page, bool left) const;
   Sides Record(std::uint32_t page) const;
@@ -92,11 +91,6 @@ class PageDesigns::Builder {
   bool IsMain(model::Id flow) const;
   std::uint32_t SideMaster(bool left) const;
 
-  struct FlowPlace {
-    model::Id flow = 0;
-    std::uint32_t place = 0;  // among the flow's frames
-  };
-
   const model::Document& document_;
   Drawings drawings_;
   PageDesigns& designs_;
@@ -107,27 +101,6 @@ class PageDesigns::Builder {
   std::vector<bool> side_heads_;               // by flow
   std::unordered_set<std::string_view> tags_;  // of the flows of body pages
 };
-
-// Text says which frames it enters, and a text frame which one comes after it, where there is no text yet.
-void PageDesigns::Builder::FollowFlows() {
-  std::unordered_map<std::uint32_t, std::uint32_t> next;
-  for (const TextShape& shape : drawings_.text_frames) next[shape.number] = shape.next;
-  for (model::Id id = 1; id < document_.flows.size(); ++id) {
-    const model::Flow& flow = document_.flows[id];
-    std::uint32_t place = 0;
-    const auto follow = [&](std::uint32_t number) {
-      while (number != 0 && flow_of_.try_emplace(number, FlowPlace{id, place}).second) {
-        ++place;
-        const auto found = next.find(number);
-        number = found == next.end() ? 0 : found->second;
-      }
-    };
-    follow(flow.text_frame);
-    for (std::uint32_t i = flow.first_item; i < flow.end_item; ++i) {
-      if (document_.items[i].kind == model::ItemKind::kTextFrame) follow(document_.items[i].ref);
-    }
-  }
-}
 
 // On a master page the main flow is a template of the same name, through which text connects from page to
 // page.
@@ -210,12 +183,7 @@ void PageDesigns::Builder::AddColumns(const Object& frame, bool side_heads, bool
       side.x += text.width + shape.side_head_gap;
     }
   }
-  const auto count = static_cast<double>(shape.columns);
-  const double width = std::max(0.0, (text.width - (count - 1) * shape.gap) / count);
-  for (std::uint32_t i = 0; i < shape.columns; ++i) {
-    columns->push_back(
-        {{text.x + i * (width + shape.gap), text.y, width, text.height}, side, whole, frame.angle});
-  }
+  for (const Rect& column : ColumnsOf(shape, text)) columns->push_back({column, side, whole, frame.angle});
 }
 
 void PageDesigns::Builder::SetSize(std::uint32_t page, PageDesign* design) const {
@@ -298,7 +266,7 @@ void PageDesigns::Builder::Run() {
     if (document_.format == model::Format::kMif) side_heads_[flow] = HasSideHeads(document_, flow);
     if (document_.flows[flow].kind == model::FlowKind::kBody) tags_.insert(document_.flows[flow].name);
   }
-  FollowFlows();
+  flow_of_ = drawings_.FollowFlows(document_);
   for (std::uint32_t i = 0; i < drawings_.pages.size(); ++i) {
     if (document_.pages[i].kind != model::FlowKind::kMaster) continue;
     masters_.try_emplace(drawings_.pages[i].name, i);
