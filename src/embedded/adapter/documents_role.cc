@@ -202,6 +202,7 @@ Id DocumentsRole::Build(const std::string& path, std::string bytes, const host::
   if (!options.as_new) {
     file->path = file->Tree().path = path;
     file->identity = Workspace::Identity(path);
+    if (workspace_.moved_files.contains(file->identity)) file->layout = kLayoutAsRead + 1;
   }
   file->on_screen = options.visible;
   const Id id = workspace_.Add(std::move(file));
@@ -256,6 +257,11 @@ bool DocumentsRole::SaveTo(Id id, OpenFile* file, const host::SaveOptions& optio
   file->component_paths.clear();
   file->edited = file->edited || file->Tree().modified;
   file->Tree().modified = false;
+  if (file->layout != kLayoutAsRead) {
+    workspace_.moved_files.insert(file->identity);
+  } else {
+    workspace_.moved_files.erase(file->identity);
+  }
   return true;
 }
 
