@@ -16,7 +16,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   session.platform.files["/docs/doc.xml"] = kDocument;
   session.platform.files["/docs/configuration.xml"] = std::string(reinterpret_cast<const char*>(data), size);
   filtering::BatchContext context{session.host, session.messenger, session.engine};
-  filtering::BatchRequest request = filtering::BatchDefaults(config::LocalSettings{});
+  config::LocalSettings settings;
+  settings.bf_post_process_default_enable_pdf_save = false;
+  filtering::BatchRequest request = filtering::BatchDefaults(settings);
   request.source = "/docs/doc.xml";
   request.configuration = "/docs/configuration.xml";
   filtering::RunBatchFilter(context, request);
