@@ -115,6 +115,33 @@ TEST(FlowLayout, IndentsTabsAndAlignment) {
   EXPECT_NEAR(lines[3].width, 180, 0.05);
 }
 
+TEST(FlowLayout, TextStandsBesideAFrameThatRunsIn) {
+  const auto laid = [](const std::string& more, const std::string& text) {
+    return LaidOut(
+        Mif({.text = "<Para <PgfTag `Body'> <ParaLine <AFrame 1> <String `" + text + "'>>>\n" + Paras(1, 1),
+             .objects = "<AFrames <Frame <ID 1> <FrameType RunIntoParagraph> <NSOffset 4 pt> "
+                        "<ShapeRect 0 0 30 pt 20 pt> " +
+                        more + ">>\n"}));
+  };
+  const std::string words =
+      "words that fill the first line and the second, both beside the frame, and a third below it";
+  const LaidOut left = laid("<AnchorAlign Left>", words);
+  const std::vector<SeenLine>& lines = left.pages.at(0).lines;
+  ASSERT_GE(lines.size(), 4U);
+  EXPECT_NEAR(lines[0].x, 10 + 34, 0.01);
+  EXPECT_NEAR(lines[1].x, 10 + 34, 0.01);
+  EXPECT_NEAR(lines[2].x, 10, 0.01);
+  std::string text;
+  for (const SeenLine& line : lines) text += line.text;
+  EXPECT_EQ(text, words + "p1");
+  const LaidOut right = laid("<AnchorAlign Right>", words);
+  EXPECT_NEAR(right.pages.at(0).lines[0].x, 10, 0.01);
+  EXPECT_LE(right.pages.at(0).lines[0].width, 146);
+  // A paragraph that is lower than the frame is made as high.
+  const LaidOut lower = laid("<AnchorAlign Left>", "low");
+  EXPECT_NEAR(lower.pages.at(0).lines[1].baseline - lower.pages.at(0).lines[0].baseline, 20, 0.01);
+}
+
 TEST(FlowLayout, HiddenTextTakesNoRoom) {
   const std::string conditions =
       "<ConditionCatalog <Condition <CTag `Secret'> <CState CHidden>> <Condition <CTag `Open'> <CState "

@@ -118,7 +118,7 @@ void ExpectInPdf(const LaidOut& laid, const std::string& path) {
     std::string seen;
     for (const SeenLine& line : laid.pages[i].lines) AppendVisible(line.text, &seen);
     std::size_t found = 0;
-    for (const char c : pages[i]) found += found < seen.size() && seen[found] == c ? 1 : 0;
+    for (const char c : pages[i]) found += found < seen.size() && seen[found] == c ? 1U : 0U;
     EXPECT_EQ(seen.substr(found, 80), "") << "page " << i + 1;
   }
 }

@@ -86,6 +86,22 @@ TEST(SideFlow, TurnedFramesHaveATextOfTheirOwn) {
   EXPECT_EQ(laid.pages[1].texts[0].place.width, 40);
 }
 
+TEST(SideFlow, BalancedColumnsEndAtTheSameHeight) {
+  const std::string columns = "<TRNumColumns 2> <TRColumnGap 0> <TRColumnBalance Yes>";
+  const auto places = [&](int lines, const std::string& columns_say) {
+    const LaidOut laid(TwoPages("<TFTag `B'>", 1, lines, Frame(14, kSide, columns_say)));
+    std::string text;
+    for (const SeenLine& line : laid.pages.at(1).lines) {
+      text += line.text + "@" + std::to_string(std::lround(line.x)) + "," +
+              std::to_string(std::lround(line.baseline - laid.pages.at(1).lines[0].baseline)) + " ";
+    }
+    return text;
+  };
+  EXPECT_EQ(places(5, "<TRNumColumns 2> <TRColumnGap 0>"), "s3@110,0 s4@110,10 s5@150,0 ");
+  EXPECT_EQ(places(4, columns), "s3@110,0 s4@150,0 ");
+  EXPECT_EQ(places(5, columns), "s3@110,0 s4@110,10 s5@150,0 ");
+}
+
 TEST(FrameText, GoesOnInTheNextFrameOfItsGraphic) {
   const auto lines = [](int count, std::uint32_t place) {
     const LaidOut laid(

@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "embedded/render/column_balance.h"
 #include "embedded/render/strip_cutter.h"
 
 namespace qelm::embedded::render {
@@ -36,6 +37,10 @@ bool HasText(const Strip& strip) {
     if (mark.kind != Mark::Kind::kLine) return mark.kind == Mark::Kind::kFrame;
     return mark.paragraph->LineText(mark.ref).find_first_not_of(" \t") != std::string::npos;
   });
+}
+
+bool InOneFrame(const Column& one, const Column& other) {
+  return one.frame.x == other.frame.x && one.frame.y == other.frame.y;
 }
 
 // Makes one strip of rows and those that their text goes down into, so that they are cut together.
@@ -90,6 +95,7 @@ void FlowFiller::Finish() {
   finished_ = true;
   if (going_) PlaceGroup();
   while (going_ && !floats_.empty()) NextColumn();
+  if (going_) Balance();
   if (going_) EndColumn();
   while (going_ && !carried_.empty()) {
     Advance();
@@ -174,6 +180,7 @@ void FlowFiller::Start(StartAt start) {
 }
 
 void FlowFiller::ToNewPage() {
+  Balance();
   EndColumn();
   column_ = pages_.Columns().size();
   Advance();
@@ -249,6 +256,10 @@ void FlowFiller::PlaceStrip(Strip&& strip) {
       (page_starts_.empty() || page_starts_.back().number != page.number)) {
     page_starts_.push_back({strip.first_item, page.number, setting_.facts.number});
   }
+  if (column.balanced) {
+    balanced_.push_back(strip);
+    balanced_begins_.push_back(page.begins.size() - (strip.begins ? 1 : 0));
+  }
   PlaceMarks(strip.marks, x, column.y + y, &Marks());
   if (!strip.side_head) y_ += strip.height;
   behind_ = strip.space_after;
@@ -280,6 +291,7 @@ void FlowFiller::NumberNote(const NoteBlock& note) {
 // Footnotes stand at the foot of the column; what has no room there goes on in the next one.
 void FlowFiller::PlaceNotes() {
   if (notes_.empty()) return;
+  frame_has_notes_ = true;
   const Column& column = Here();
   double height = 0;
   for (const std::shared_ptr<NoteBlock>& note : notes_) height += note->height;
@@ -388,6 +400,39 @@ void FlowFiller::BeginColumn() {
   };
   if (texts.empty() || !shared(texts.back())) texts.push_back({column.frame, column.angle, id_, {}});
   text_ = texts.size() - 1;
+  if (column_ != 0 && InOneFrame(pages_.Columns()[column_ - 1], column)) return;
+  balanced_.clear();
+  balanced_begins_.clear();
+  first_balanced_ = Marks().size();
+  frame_has_notes_ = false;
+}
+
+// Where text ends before its frame does, its columns end at the same height. Footnotes, side heads and
+// tables, which are broken off with what belongs to them, are left where they are.
+void FlowFiller::Balance() {
+  const bool plain = std::all_of(balanced_.begin(), balanced_.end(), [](const Strip& strip) {
+    return strip.notes.empty() && !strip.side_head && !strip.table;
+  });
+  if (balanced_.empty() || !plain || frame_has_notes_ || !notes_.empty()) return;
+  const std::vector<Column>& columns = pages_.Columns();
+  std::size_t first = column_;
+  while (first > 0 && InOneFrame(columns[first - 1], columns[column_])) --first;
+  std::size_t end = column_ + 1;
+  while (end < columns.size() && InOneFrame(columns[end], columns[column_])) ++end;
+  const std::vector<std::size_t> places = BalanceColumns(balanced_, end - first, columns[first].height);
+  if (places.empty()) return;
+  Marks().resize(first_balanced_);
+  double y = 0;
+  for (std::size_t i = 0; i < balanced_.size(); ++i) {
+    const Strip& strip = balanced_[i];
+    const bool at_top = i == 0 || places[i] != places[i - 1];
+    y = at_top ? 0 : y + SpaceBetween(balanced_[i - 1], strip);
+    const Column& column = columns[first + places[i]];
+    if (strip.begins) pages_.Page().begins[balanced_begins_[i]].y = column.y + y;
+    PlaceMarks(strip.marks, column.x, column.y + y, &Marks());
+    y += strip.height;
+  }
+  balanced_.clear();
 }
 
 }  // namespace qelm::embedded::render

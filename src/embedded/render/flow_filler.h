@@ -77,6 +77,7 @@ class FlowFiller {
   void BeginPage();
   void BeginColumn();
   void EndColumn();
+  void Balance();
   bool IsLastColumn() const { return column_ + 1 >= pages_.Columns().size() && !pages_.HasNext(); }
   double SeparatorHeight() const;
   const Column& Here() const { return pages_.Columns()[column_]; }
@@ -100,6 +101,12 @@ class FlowFiller {
   bool at_top_ = true;    // nothing stands in the column yet
   bool page_empty_ = true;
   double side_bottom_ = 0;
+  // Of a frame with balanced columns: what stands in it, the index of the paragraph that begins with it, and
+  // where its marks begin.
+  std::vector<Strip> balanced_;
+  std::vector<std::size_t> balanced_begins_;
+  std::size_t first_balanced_ = 0;
+  bool frame_has_notes_ = false;
   std::vector<std::shared_ptr<NoteBlock>> notes_;  // of the column
   double notes_height_ = 0;
   std::vector<std::shared_ptr<NoteBlock>> carried_;  // what did not fit into the column before

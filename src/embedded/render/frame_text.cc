@@ -19,7 +19,7 @@ class FramePages : public FlowPages {
   explicit FramePages(const std::vector<std::vector<Rect>>& frames) : pages_(frames.size()) {
     for (const std::vector<Rect>& frame : frames) {
       std::vector<Column>& columns = columns_.emplace_back();
-      for (const Rect& column : frame) columns.push_back({column, {}, frame.front(), 0});
+      for (const Rect& column : frame) columns.push_back({column, {}, frame.front()});
     }
   }
   bool HasNext() const override { return at_ + 1 < pages_.size(); }

@@ -157,7 +157,6 @@ void PageDesigns::Builder::PutFrames(const FlowFrames& frames, PageDesign* desig
   }
   for (const auto& [place, frame] : frames.frames) {
     AddColumns(frame, side_heads_[frames.flow], design->left, columns);
-    if (main && drawings_.text_frames[frame.detail].balanced) design->balanced = true;
   }
 }
 
@@ -183,7 +182,9 @@ void PageDesigns::Builder::AddColumns(const Object& frame, bool side_heads, bool
       side.x += text.width + shape.side_head_gap;
     }
   }
-  for (const Rect& column : ColumnsOf(shape, text)) columns->push_back({column, side, whole, frame.angle});
+  const bool balanced = shape.balanced && shape.columns > 1;
+  for (const Rect& column : ColumnsOf(shape, text))
+    columns->push_back({column, side, whole, frame.angle, balanced});
 }
 
 void PageDesigns::Builder::SetSize(std::uint32_t page, PageDesign* design) const {
@@ -199,7 +200,7 @@ PageDesign PageDesigns::Builder::Plain() const {
   design.height = designs_.height_;
   const double margin = std::min({kPlainMargin, design.width / 8, design.height / 8});
   const Rect all{margin, margin, design.width - 2 * margin, design.height - 2 * margin};
-  design.columns.push_back({all, {}, all, 0});
+  design.columns.push_back({all, {}, all});
   return design;
 }
 
@@ -243,7 +244,6 @@ PageDesign PageDesigns::Builder::OnSide(std::uint32_t page, bool left) const {
   SetSize(page, &design);
   design.columns.clear();
   design.others.clear();
-  design.balanced = false;
   for (const FlowFrames& frames : FramesOf(page)) PutFrames(frames, &design);
   return design;
 }

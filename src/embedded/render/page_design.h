@@ -24,9 +24,10 @@ struct BackgroundFlow {
 
 // A column that text runs through. A frame with several of them is turned as a whole.
 struct Column : Rect {
-  Rect side_head;    // the area of its side heads; no width: there are none
-  Rect frame;        // that it belongs to
-  double angle = 0;  // of the frame, counterclockwise around its middle, in degrees
+  Rect side_head;         // the area of its side heads; no width: there are none
+  Rect frame;             // that it belongs to
+  double angle = 0;       // of the frame, counterclockwise around its middle, in degrees
+  bool balanced = false;  // the columns of the frame are to end at the same height
 };
 
 // The columns that a page has for a flow, in the order in which text runs through them.
@@ -43,7 +44,6 @@ struct PageDesign {
   // without a text frame of its main flow (a blank page, a cover) has none; pages behind the last record have
   // at least one.
   std::vector<Column> columns;
-  bool balanced = false;                   // columns are to end at the same height
   std::vector<BackgroundFlow> background;  // text of the master page
   // What the page has for flows besides the main one: of the document's own body page, else what its master
   // page has for body pages.

@@ -249,7 +249,7 @@ void LaidParagraph::AddObjects(Setting& setting, void* list) {
     bool drawn = true;
     if (object.kind == StoryObject::Kind::kFrame) {
       const FramePlace frame = setting.graphics.Place(object.ref);
-      drawn = frame.kind == FrameKind::kInline || frame.kind == FrameKind::kRunIn;
+      drawn = frame.kind == FrameKind::kInline;
       if (drawn) {
         place.width = Units(frame.width);
         place.height = Units(frame.height);
@@ -340,7 +340,7 @@ void LaidParagraph::MeasureLines(Setting& setting) {
       const StoryObject& one = story_.objects[object++];
       if (one.kind != StoryObject::Kind::kFrame) continue;
       const FramePlace frame = setting.graphics.Place(one.ref);
-      if (frame.kind != FrameKind::kInline && frame.kind != FrameKind::kRunIn) continue;
+      if (frame.kind != FrameKind::kInline) continue;
       line.ascent = std::max(line.ascent, frame.height + frame.baseline_offset);
       descent = std::max(descent, -frame.baseline_offset);
     }

@@ -38,7 +38,10 @@ StoryParagraph SplitLongText(StoryParagraph* story) {
   std::size_t at = story->text.rfind(' ', kLongestText);
   at = at == std::string::npos ? kLongestText : at + 1;
   while ((static_cast<unsigned char>(story->text[at]) & 0xC0) == 0x80) --at;
-  const auto cut = static_cast<std::uint32_t>(at);
+  return SplitText(story, static_cast<std::uint32_t>(at));
+}
+
+StoryParagraph SplitText(StoryParagraph* story, std::uint32_t cut) {
   StoryParagraph rest;
   rest.paragraph = story->paragraph;
   rest.state = story->state;

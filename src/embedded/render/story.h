@@ -68,6 +68,8 @@ struct StoryParagraph {
 // numbers of 32 bits.
 inline constexpr std::uint32_t kLongestText = 1U << 16;
 
+// Cuts a text at a byte that begins a character. Returns what is behind.
+StoryParagraph SplitText(StoryParagraph* story, std::uint32_t cut);
 // Cuts a text that is longer than that, at a blank where there is one. Returns what is behind.
 StoryParagraph SplitLongText(StoryParagraph* story);
 

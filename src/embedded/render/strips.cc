@@ -1,6 +1,7 @@
 #include "embedded/render/strips.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace qelm::embedded::render {
 
@@ -29,31 +30,78 @@ void StripMaker::RunNote(std::uint32_t part, const TakeStrip& take) {
 bool StripMaker::AddParagraph(StoryParagraph story) {
   while (story.text.size() > kLongestText) {
     StoryParagraph rest = SplitLongText(&story);
-    if (!AddLines(std::make_shared<const LaidParagraph>(setting_, std::move(story), width_))) return false;
+    if (!AddAllLines(std::make_shared<const LaidParagraph>(setting_, std::move(story), width_))) return false;
     story = std::move(rest);
   }
   const ParagraphFormat& format = setting_.formats.Paragraph(story.state);
+  const std::vector<std::uint32_t> tables = story.tables;
   const bool beside = format.style == PlacementStyle::kSideHead && side_width_ > 0;
-  const auto laid =
-      std::make_shared<const LaidParagraph>(setting_, std::move(story), beside ? side_width_ : width_);
   if (beside) {
-    if (!Give(SideHead(laid))) return false;
+    const auto laid = std::make_shared<const LaidParagraph>(setting_, std::move(story), side_width_);
+    if (!Give(SideHead(laid)) || !GiveBehind()) return false;
     keep_next_ = true;
   } else {
-    if (!AddLines(laid)) return false;
+    const std::uint32_t frame = RunInFrame(story);
+    const bool going =
+        frame != 0 ? AddBesideFrame(std::move(story), frame)
+                   : AddAllLines(std::make_shared<const LaidParagraph>(setting_, std::move(story), width_));
+    if (!going) return false;
     keep_next_ = format.with_next;
   }
-  for (const std::uint32_t table : laid->story().tables) {
+  for (const std::uint32_t table : tables) {
     if (!SetTable(setting_, table, width_, depth_, keep_next_, *take_)) return false;
     keep_next_ = false;
   }
   return true;
 }
 
-bool StripMaker::AddLines(const std::shared_ptr<const LaidParagraph>& laid) {
+// 0 where none runs into the paragraph, or it would leave no room for text.
+std::uint32_t StripMaker::RunInFrame(const StoryParagraph& story) const {
+  for (const StoryObject& object : story.objects) {
+    if (object.kind != StoryObject::Kind::kFrame) continue;
+    const FramePlace place = setting_.graphics.Place(object.ref);
+    if (place.kind == FrameKind::kRunIn && place.width < width_ * 3 / 4) return object.ref;
+  }
+  return 0;
+}
+
+// The first lines are set to what is left beside the frame, and the text behind them to the whole width.
+bool StripMaker::AddBesideFrame(StoryParagraph story, std::uint32_t frame) {
+  const ParagraphFormat& format = setting_.formats.Paragraph(story.state);
+  const FramePlace place = setting_.graphics.Place(frame);
+  const double taken = place.width + std::max(place.near_side_offset, 0.0);
+  const bool right = place.alignment == FrameAlignment::kRight || place.alignment == FrameAlignment::kOutside;
+  StoryParagraph rest = story;
+  const auto laid = std::make_shared<const LaidParagraph>(setting_, std::move(story), width_ - taken);
+  run_in_ = {};
+  run_in_.frame = frame;
+  double height = 0;
+  for (const LaidLine& line : laid->lines()) {
+    if (height + 0.5 >= place.height) break;
+    height += line.height;
+    ++run_in_.lines;
+  }
+  run_in_.text_x = right ? 0 : taken;
+  run_in_.missing = std::max(place.height - height, 0.0);
+  Mark& mark = run_in_.mark;
+  mark.kind = Mark::Kind::kFrame;
+  mark.ref = frame;
+  mark.x =
+      right ? width_ - format.right_indent - place.width : std::min(format.FirstIndent(), format.left_indent);
+  mark.width = place.width;
+  mark.height = place.height;
+  const bool all = run_in_.lines == laid->lines().size();
+  if (!AddLines(laid, run_in_.lines)) return false;
+  const std::uint32_t beside = std::exchange(run_in_.lines, 0);
+  if (all) return true;
+  rest = SplitText(&rest, laid->lines()[beside].begin);
+  return AddAllLines(std::make_shared<const LaidParagraph>(setting_, std::move(rest), width_));
+}
+
+bool StripMaker::AddLines(const std::shared_ptr<const LaidParagraph>& laid, std::uint32_t end) {
   const ParagraphFormat& format = laid->format();
   const auto count = static_cast<std::uint32_t>(laid->lines().size());
-  for (std::uint32_t i = 0; i < count; ++i) {
+  for (std::uint32_t i = 0; i < end; ++i) {
     Strip strip = LineStrip(laid, i);
     if (i == 0 && !laid->story().goes_on) {
       strip.glued = keep_next_ || format.with_previous;
@@ -62,7 +110,7 @@ bool StripMaker::AddLines(const std::shared_ptr<const LaidParagraph>& laid) {
       strip.begins = laid;
       strip.first_item = laid->story().first_item;
     } else {
-      strip.glued = i < format.block_lines || count - i < format.block_lines;
+      strip.glued = i < format.block_lines || count - i < format.block_lines || i < run_in_.lines;
       const auto& starts = laid->story().item_starts;
       const auto at =
           std::lower_bound(starts.begin(), starts.end(), laid->lines()[i].begin,
@@ -70,11 +118,14 @@ bool StripMaker::AddLines(const std::shared_ptr<const LaidParagraph>& laid) {
       if (at != starts.end()) strip.first_item = at->second;
     }
     if (i + 1 == count && !laid->story().is_split) strip.space_after = format.space_after;
+    if (!Give(std::move(strip)) || !GiveBehind()) return false;
+  }
+  return true;
+}
+
+bool StripMaker::GiveBehind() {
+  for (Strip& strip : std::exchange(behind_, {})) {
     if (!Give(std::move(strip))) return false;
-    for (Strip& frame : behind_) {
-      if (!Give(std::move(frame))) return false;
-    }
-    behind_.clear();
   }
   return true;
 }
@@ -102,6 +153,11 @@ Strip StripMaker::LineStrip(const std::shared_ptr<const LaidParagraph>& laid, st
   mark.height = line.height;
   mark.ref = index;
   mark.paragraph = laid;
+  if (index < run_in_.lines) {
+    mark.x = run_in_.text_x;
+    if (index + 1 == run_in_.lines) strip.height += run_in_.missing;
+    if (index == 0) strip.marks.insert(strip.marks.end() - 1, run_in_.mark);
+  }
   if (line.first_object != line.end_object) AddObjects(*laid, line, &strip);
   AddSeparators(*laid, index, &strip);
   return strip;
@@ -129,7 +185,7 @@ void StripMaker::AddSeparators(const LaidParagraph& laid, std::uint32_t index, S
   }
 }
 
-Strip StripMaker::SideHead(const std::shared_ptr<const LaidParagraph>& laid) const {
+Strip StripMaker::SideHead(const std::shared_ptr<const LaidParagraph>& laid) {
   const ParagraphFormat& format = laid->format();
   Strip strip;
   strip.side_head = true;
@@ -147,6 +203,9 @@ Strip StripMaker::SideHead(const std::shared_ptr<const LaidParagraph>& laid) con
     mark.height = line.height;
     mark.ref = i;
     mark.paragraph = laid;
+    const std::size_t first_beside = strip.marks.size();
+    AddObjects(*laid, line, &strip);
+    for (std::size_t m = first_beside; m < strip.marks.size(); ++m) strip.marks[m].y += strip.height;
     strip.height += line.height;
   }
   return strip;
@@ -169,9 +228,11 @@ void StripMaker::AddFrame(std::uint32_t frame, const LaidLine& line, Strip* stri
   mark.height = place.height;
   switch (place.kind) {
     case FrameKind::kInline:
-    case FrameKind::kRunIn:
     case FrameKind::kNotAnchored:
       return;  // drawn with the line
+    case FrameKind::kRunIn:
+      if (frame == run_in_.frame) return;
+      break;
     case FrameKind::kLeft:
     case FrameKind::kInside:
     case FrameKind::kNear:

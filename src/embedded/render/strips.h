@@ -38,9 +38,15 @@ class StripMaker {
 
  private:
   bool AddParagraph(StoryParagraph story);
-  bool AddLines(const std::shared_ptr<const LaidParagraph>& laid);
+  bool AddLines(const std::shared_ptr<const LaidParagraph>& laid, std::uint32_t end);
+  bool AddAllLines(const std::shared_ptr<const LaidParagraph>& laid) {
+    return AddLines(laid, static_cast<std::uint32_t>(laid->lines().size()));
+  }
+  bool AddBesideFrame(StoryParagraph story, std::uint32_t frame);
+  std::uint32_t RunInFrame(const StoryParagraph& story) const;
+  bool GiveBehind();
   Strip LineStrip(const std::shared_ptr<const LaidParagraph>& laid, std::uint32_t index);
-  Strip SideHead(const std::shared_ptr<const LaidParagraph>& laid) const;
+  Strip SideHead(const std::shared_ptr<const LaidParagraph>& laid);
   void AddSeparators(const LaidParagraph& laid, std::uint32_t index, Strip* strip) const;
   void AddObjects(const LaidParagraph& laid, const LaidLine& line, Strip* strip);
   void AddFrame(std::uint32_t frame, const LaidLine& line, Strip* strip);
@@ -53,7 +59,16 @@ class StripMaker {
   double side_width_ = 0;
   std::optional<StoryReader> reader_;
   const TakeStrip* take_ = nullptr;
-  bool keep_next_ = false;     // what comes next stays with what was before
+  bool keep_next_ = false;  // what comes next stays with what was before
+  // The frame that runs into the paragraph at hand.
+  struct RunIn {
+    std::uint32_t frame = 0;  // 0: none
+    Mark mark;                // in the first line
+    std::uint32_t lines = 0;  // that stand beside it
+    double text_x = 0;        // of these
+    double missing = 0;       // height that they lack to be as high
+  };
+  RunIn run_in_;
   std::vector<Strip> behind_;  // frames that come behind the line at hand
 };
 
