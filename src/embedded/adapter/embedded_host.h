@@ -46,7 +46,7 @@ class EmbeddedHost {
     // Why the platform's last operation on a file failed, in words; where it is missing no reason is given.
     std::function<std::string()> file_error;
     // Documents that another host has read (ShareDocuments). Null: there are none.
-    std::shared_ptr<const SharedDocuments> documents;
+    std::shared_ptr<const SharedDocuments> documents = {};
   };
 
   EmbeddedHost(const Options& options, host::UserInterface& user, host::Dialogs& dialogs,
