@@ -1,12 +1,21 @@
 # qelm_room(NAME FOLDER [LIBRARIES...]) makes the library qelm_NAME of the sources right in FOLDER (not below it:
 # a folder inside is a room of its own). A room without a source is an interface library.
+#
+# With g++ all sources of a room get the standard library's usual headers precompiled, which is a fifth of the time
+# that it takes to compile them. Not with clang++, which so shows where an #include is missing.
 function(qelm_room name folder)
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/${folder}/*.cc)
-  list(FILTER sources EXCLUDE REGEX "/main\\.cc$")
+  # What only the program has.
+  list(FILTER sources EXCLUDE REGEX "/(main|large_memory)\\.cc$")
   if(sources)
     add_library(qelm_${name} STATIC ${sources})
     target_link_libraries(qelm_${name} PUBLIC ${ARGN})
     target_include_directories(qelm_${name} PUBLIC ${CMAKE_SOURCE_DIR}/src)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+      target_compile_options(qelm_${name} PRIVATE -fpch-preprocess)  # ccache needs it
+      target_precompile_headers(qelm_${name} PRIVATE <algorithm> <array> <cstdint> <functional> <map> <memory>
+        <optional> <span> <string> <string_view> <unordered_map> <vector>)
+    endif()
   else()
     add_library(qelm_${name} INTERFACE)
     target_link_libraries(qelm_${name} INTERFACE ${ARGN})

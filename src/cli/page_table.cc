@@ -23,7 +23,7 @@ Json PageJson(const model::Document& document, const render::PageDesign& design)
           {"width", Rounded(design.width)},
           {"height", Rounded(design.height)},
           {"columns", design.columns.size()},
-          {"other_text", design.own_text.size()}};
+          {"other_text", design.others.size()}};
 }
 
 std::string MasterOf(const Json& page) {

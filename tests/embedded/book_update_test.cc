@@ -150,6 +150,31 @@ TEST_F(BookUpdateTest, PageNumbersGoOnOrBeginAnew) {
   EXPECT_NE(Golden("b.mif").find("<XRef>p. 5</XRef>"), std::string::npos) << Golden("b.mif");
 }
 
+// What the first chapter has on record are two pages. What is left of it takes one.
+TEST_F(BookUpdateTest, PagesOfTextThatMovedAreLaidOut) {
+  const Id before =
+      OpenBook({"<Doc>\n<P>a</P>\n<P>x</P>\n<P id=\"t\">a<!Page/>b</P>\n<P id=\"u\">c</P>\n</Doc>",
+                "<Doc>\n<P><XRef .format=\"Page\" .source=\"u: P\" .file=\"<c>a.mif\">?</XRef></P>\n"
+                "<P id=\"v\"><XRef .format=\"Page\" .source=\"v: P\">?</XRef></P>\n</Doc>"});
+  std::string text = folder.Read("book.mif");
+  text.insert(text.rfind("<BookComponent") + 15, "\n <PageNumbering Continue>");
+  folder.Write("book.mif", text);
+  const Id book = Reopened(before);
+  EXPECT_TRUE(host.books.Update(book, kBoth)) << host.documents.LastError();
+  EXPECT_NE(Golden("b.mif").find("<XRef>p. 2</XRef>"), std::string::npos) << Golden("b.mif");
+  EXPECT_NE(Golden("b.mif").find("<XRef>p. 3</XRef>"), std::string::npos) << Golden("b.mif");
+
+  const Id chapter = OpenFile("a.mif");
+  const Id first =
+      host.elements.FirstChild(chapter, host.elements.Root(chapter, host.elements.MainFlow(chapter)));
+  ASSERT_TRUE(host.editing.DeleteElement(chapter, first));
+  ASSERT_TRUE(host.documents.Save(chapter, {}));
+  host.documents.Close(chapter, true);
+  EXPECT_TRUE(host.books.Update(book, kBoth)) << host.documents.LastError();
+  EXPECT_NE(Golden("b.mif").find("<XRef>p. 1</XRef>"), std::string::npos) << Golden("b.mif");
+  EXPECT_NE(Golden("b.mif").find("<XRef>p. 2</XRef>"), std::string::npos) << Golden("b.mif");
+}
+
 TEST_F(BookUpdateTest, WhatCannotBeUpdatedStaysAndIsReported) {
   const Id book = OpenBook({
       "<Doc>\n<P>1 <XRef .format=\"Head\" .source=\"none: Title\">gone</XRef></P>\n"

@@ -518,6 +518,12 @@ TEST_F(HostTest, PropertiesOfElements) {
   // What the file says of its pages holds until something moves; then layout tells.
   EXPECT_TRUE(host.editing.DeleteElement(id, Find(id, "P")));
   EXPECT_EQ(Property(id, Find(id, "Row"), ElementProperty::kPageNumber), "1");
+  // XML has the pages of the MIF that it would be.
+  std::string lines;
+  for (int i = 0; i < 100; ++i) lines += "<P>line</P>\n";
+  const Id xml = OpenText("<?xml version='1.0'?>\n<Doc>" + lines + "<Last>x</Last></Doc>");
+  EXPECT_EQ(Property(xml, Find(xml, "P", 3), ElementProperty::kPageNumber), "1");
+  EXPECT_EQ(Property(xml, Find(xml, "Last"), ElementProperty::kPageNumberText), "3");
   const Id barred = OpenText(Mif("<Doc><P>{ChangeBar}a{}</P></Doc>"));
   EXPECT_EQ(Property(barred, Find(barred, "Doc"), ElementProperty::kChangeBar), "true");
 }

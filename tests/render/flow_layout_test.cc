@@ -148,10 +148,12 @@ std::string Row(const std::string& cells, const std::string& look = {}) {
 std::string Cell(const std::string& text, const std::string& look = {}) {
   return "<Cell " + look + "<CellContent " + Para(text) + ">>";
 }
-std::string TableMif(const std::string& rows, const std::string& heading = {}) {
+std::string TableMif(const std::string& rows, const std::string& heading = {},
+                     const std::string& footing = {}) {
   return "<Tbls <Tbl <TblID 1> <TblTag `T'> <TblNumColumns 2> <TblColumnWidth 60 pt> <TblColumnWidth 60 "
          "pt> " +
-         (heading.empty() ? "" : "<TblH " + heading + ">") + "<TblBody " + rows + ">>>\n";
+         (heading.empty() ? "" : "<TblH " + heading + ">") + "<TblBody " + rows + ">" +
+         (footing.empty() ? "" : "<TblF " + footing + ">") + ">>\n";
 }
 const char* const kTableCatalogs =
     "<RulingCatalog <Ruling <RulingTag `Thin'> <RulingPenWidth 0.5 pt> <RulingPen 0> <RulingLines 1>>>\n"
@@ -173,6 +175,40 @@ TEST(TableLayout, HeadingsStandOnEveryPage) {
                                   .objects = TableMif(rows, Row(high + Cell("")))});
   EXPECT_EQ(text.find("h1"), text.rfind("h1")) << text;
   EXPECT_NE(text.find("r6"), std::string::npos) << text;
+}
+
+TEST(TableLayout, FootingsStandOnEveryPageAndOnceAtTheEnd) {
+  const auto pages = [](int rows, const std::string& footing) {
+    std::string body;
+    for (int i = 1; i <= rows; ++i) body += Row(Cell("r" + std::to_string(i)) + Cell(""));
+    return Pages(
+        {.text = kAnchor + Paras(1, 1), .catalogs = kTableCatalogs, .objects = TableMif(body, {}, footing)});
+  };
+  const std::string footing = Row(Cell("F") + Cell(""));
+  EXPECT_EQ(pages(5, footing), "t|r1||r2||r3||F|\nr4||r5||F||p1");
+  // Where the table ends with the page, it is there once.
+  EXPECT_EQ(pages(3, footing), "t|r1||r2||r3||F|\np1");
+  // A last row and its footing stay together.
+  EXPECT_EQ(pages(4, footing), "t|r1||r2||r3||F|\nr4||F||p1");
+  // One that would take more than half of the page stands at the end only.
+  const std::string high =
+      Row("<Cell <CellContent " + Para("F1") + Para("F2") + Para("F3") + ">>" + Cell(""));
+  EXPECT_EQ(pages(5, high), "t|r1||r2||r3||r4|\nr5||F1|F2|F3||p1");
+}
+
+TEST(TableLayout, RowsAndCellsOutOfPlaceAreSaid) {
+  const LaidOut laid(Mif({.text = kAnchor + Paras(1, 1),
+                          .catalogs = kTableCatalogs,
+                          .objects = "<Tbls <Tbl <TblID 1> <TblTag `T'> <TblNumColumns 1> " + Row(Cell("a")) +
+                                     "<TblBody " + Row(Cell("b")) + Cell("c") + ">>>\n"}));
+  EXPECT_EQ(laid.Pages(), "t|b|p1");
+  std::string warnings;
+  for (const model::Warning& warning : laid.document->warnings) {
+    warnings += warning.text.substr(warning.text.find(": ") + 2) + "|";
+  }
+  EXPECT_EQ(warnings,
+            "table 1 has a row outside of its heading, body and footing; its text is not shown|"
+            "table 1 has a cell outside of its rows; its text is not shown|");
 }
 
 TEST(TableLayout, StraddledCellsAreAsWideAndHighAsTheySay) {

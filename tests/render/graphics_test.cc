@@ -124,7 +124,8 @@ TEST(Graphics, ReservedColorsNeedNoCatalog) {
 TEST(Graphics, TextFramesAreHandedOut) {
   const auto document = WithFrame("<TextRect <ID 9> <Pen 15> <Fill 15> <ShapeRect 5 pt 6 pt 30 pt 20 pt>>");
   std::vector<double> places;
-  const Picture picture(*document, "", [&](model::Id flow, const Rect& place) {
+  const Picture picture(*document, "", [&](model::Id flow, std::uint32_t frame) {
+    const Rect place = Graphics(*document, "").TextFrames(flow).at(frame).at(0);
     places = {static_cast<double>(flow), place.x, place.y, place.width, place.height};
   });
   EXPECT_EQ(places, (std::vector<double>{1, 5, 6, 30, 20}));
@@ -211,24 +212,50 @@ cairo_status_t Append(void* pdf, const unsigned char* data, unsigned length) {
   return CAIRO_STATUS_SUCCESS;
 }
 
-TEST(Graphics, APdfTakesAJpegOnceAndAsItIs) {
-  testing::TempFolder folder;
-  const std::string jpeg = Encoded("jpeg", 64, 64);
-  folder.Write("red.jpg", jpeg);
-  const auto document = WithFrame(Import("<c\\>red.jpg") + Import("<c\\>red.jpg"));
+std::string Printed(const model::Document& document, const std::string& folder,
+                    std::set<std::string>* missing) {
   std::string pdf;
   cairo_surface_t* const surface = cairo_pdf_surface_create_for_stream(Append, &pdf, 120, 120);
   cairo_t* const cr = cairo_create(surface);
-  Graphics graphics(*document, folder.path());
+  Graphics graphics(document, folder);
   for (int page = 0; page < 2; ++page) {
     graphics.DrawFrame(cr, 1, 10, 10, nullptr);
     cairo_show_page(cr);
   }
   cairo_destroy(cr);
   cairo_surface_destroy(surface);
+  *missing = graphics.missing();
+  return pdf;
+}
+
+TEST(Graphics, APdfTakesAJpegOnceAndAsItIs) {
+  testing::TempFolder folder;
+  const std::string jpeg = Encoded("jpeg", 64, 64);
+  folder.Write("red.jpg", jpeg);
+  const auto document = WithFrame(Import("<c\\>red.jpg") + Import("<c\\>red.jpg"));
+  std::set<std::string> missing;
+  const std::string pdf = Printed(*document, folder.path(), &missing);
   const std::size_t first = pdf.find(jpeg);
   ASSERT_NE(first, std::string::npos);
   EXPECT_EQ(pdf.find(jpeg, first + 1), std::string::npos);
+  EXPECT_TRUE(missing.empty());
+}
+
+TEST(Graphics, ADamagedJpegIsABox) {
+  const std::string whole = Encoded("jpeg", 64, 64);
+  const std::string cut = whole.substr(0, whole.size() - 10);
+  std::string tables = whole;  // of codes: more of them than there can be
+  std::fill_n(tables.begin() + static_cast<std::ptrdiff_t>(tables.find("\xFF\xC4") + 5), 16, '\x7F');
+  for (const std::string& damaged : {cut, tables}) {
+    testing::TempFolder folder;
+    folder.Write("red.jpg", damaged);
+    const auto document = WithFrame(Import("<c\\>red.jpg"));
+    std::set<std::string> missing;
+    const std::string pdf = Printed(*document, folder.path(), &missing);
+    EXPECT_EQ(pdf.find(damaged.substr(0, 20)), std::string::npos);
+    ASSERT_EQ(missing.size(), 1U);
+    EXPECT_TRUE(missing.begin()->starts_with("red.jpg: ")) << *missing.begin();
+  }
 }
 
 }  // namespace

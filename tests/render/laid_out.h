@@ -15,12 +15,14 @@ struct SeenLine {
   double baseline = 0;
   double width = 0;
   bool repeated = false;
+  model::Id flow = 0;
 };
 
 struct SeenPage {
-  std::vector<SeenLine> lines;   // of the main flow, tables and footnotes
+  std::vector<SeenLine> lines;   // of flows, tables and footnotes
   std::vector<SeenLine> around;  // headers, footers
   std::vector<Mark> fills;       // rules and shadings
+  std::vector<LaidText> texts;   // where lines stand, without them
   std::string Text() const {
     std::string text;
     for (const SeenLine& line : lines) text += line.text + "\n";
@@ -41,15 +43,18 @@ class LaidOut : public PageSink {
     const PageDesigns designs(*document);
     FlowLayout layout(*setting, designs, "Arabic", 1, this);
     layout.Run();
-    starts = layout.page_starts();
+    starts = layout.TakePageStarts();
   }
 
   bool Take(LaidPage&& page) override {
     for (const auto& [part, number] : page.note_numbers) setting->note_numbers[part] = number;
     SeenPage& seen = pages.emplace_back();
-    for (const Mark& mark : page.marks) See(mark, &seen.lines, &seen.fills);
-    for (const LaidText& text : page.texts) {
-      for (const Mark& mark : text.marks) See(mark, &seen.around, &seen.fills);
+    for (const LaidText& text : page.body) {
+      seen.texts.push_back({text.place, text.angle, text.flow, {}});
+      for (const Mark& mark : text.marks) See(mark, text.flow, &seen.lines, &seen.fills);
+    }
+    for (const LaidText& text : page.around) {
+      for (const Mark& mark : text.marks) See(mark, text.flow, &seen.around, &seen.fills);
     }
     return true;
   }
@@ -69,15 +74,15 @@ class LaidOut : public PageSink {
   std::unique_ptr<Graphics> graphics;
   std::unique_ptr<Setting> setting;
   std::vector<SeenPage> pages;
-  std::vector<FlowLayout::PageStart> starts;
+  std::vector<PageStart> starts;
 
  private:
-  static void See(const Mark& mark, std::vector<SeenLine>* lines, std::vector<Mark>* fills) {
+  static void See(const Mark& mark, model::Id flow, std::vector<SeenLine>* lines, std::vector<Mark>* fills) {
     if (mark.kind == Mark::Kind::kFill || mark.kind == Mark::Kind::kChangeBar) fills->push_back(mark);
     if (mark.kind != Mark::Kind::kLine) return;
     const LaidLine& line = mark.paragraph->lines()[mark.ref];
     lines->push_back(
-        {mark.paragraph->LineText(mark.ref), mark.x + line.x, mark.y, line.width, mark.repeated});
+        {mark.paragraph->LineText(mark.ref), mark.x + line.x, mark.y, line.width, mark.repeated, flow});
   }
 };
 

@@ -51,7 +51,7 @@ TEST(PageDesigns, RecordsHoldAndSidesTakeTurnsBehindThem) {
   ASSERT_EQ(cover.columns.size(), 2U);  // in the order of the text, not of the file
   EXPECT_DOUBLE_EQ(cover.columns[0].y, 72);
   EXPECT_DOUBLE_EQ(cover.columns[1].y, 360);
-  ASSERT_EQ(cover.own_text.size(), 1U);
+  ASSERT_EQ(cover.others.size(), 1U);
   EXPECT_EQ(designs.Design(2, 2).master_name, "Left");
   const PageDesign& blank = designs.Design(3, 3);
   EXPECT_EQ(blank.master, model::kNoIndex);

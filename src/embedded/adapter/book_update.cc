@@ -7,6 +7,7 @@
 
 #include "embedded/adapter/inset_update.h"
 #include "embedded/adapter/opened_document.h"
+#include "embedded/adapter/printing.h"
 #include "embedded/mif/strings.h"
 #include "embedded/model/book_numbering.h"
 #include "embedded/model/files.h"
@@ -37,6 +38,8 @@ struct Component {
   Id id = host::kNone;
   std::string path;
   model::BookCounters before;  // what its numbers go on from
+  std::int64_t first_page = 1;
+  std::string page_style;  // of its page numbers
   std::vector<Request> requests;
   bool readable = false;
   bool generated = false;
@@ -74,6 +77,8 @@ class Updater {
     model::SkipPages(workspace_.Book(book_)->tree, StatementOf(component), &pages_);
   }
   Numbered Numbers(const model::Document& document, const Component* component);
+  std::vector<std::string> NextPages(OpenFile* file, Component* component);
+  model::ReferenceTargets Targets(OpenFile* file, const Component* component, const Numbered& numbers);
   std::size_t References(OpenFile* file, Component* component, const Numbered& numbers);
   std::size_t OwnReference(OpenFile* file, std::uint32_t item, const model::ReferenceStatement& reference,
                            const std::string& format, model::ReferenceTargets* targets);
@@ -180,16 +185,50 @@ void Updater::Number(Component* component) {
   component->before = counters_;
   const Numbered numbers = Numbers(*file->document, component);
   std::size_t changed = 0;
+  const std::vector<std::string> pages = NextPages(file, component);
   if (Asked(host::kUpdateNumbering)) {
     changed += model::SetNumbers(file->document.get(), numbers.paragraphs);
-    const model::Book& book = *workspace_.Book(book_);
-    const std::vector<std::string> pages =
-        model::NextPages(book.tree, StatementOf(*component), *file->document, &pages_);
     changed += model::SetPageNumbers(file->document.get(), pages);
   }
   if (Asked(host::kUpdateCrossReferences)) changed += References(file, component, numbers);
   if (Asked(host::kUpdateMasterPages)) changed += MasterPages(file);
-  if (changed != 0 && !opened.Finish()) Find(std::string(documents_.LastError()));
+  if (changed != 0 && !opened.Finish(OpenedDocument::Change::kReferences))
+    Find(std::string(documents_.LastError()));
+}
+
+// Goes on to a component. Returns the numbers of the pages that its file has. How many there are is what the
+// file says; where text has moved, what layout finds.
+std::vector<std::string> Updater::NextPages(OpenFile* file, Component* component) {
+  const model::Document& book = workspace_.Book(book_)->tree;
+  const model::PageRun run = model::PagesOf(book, StatementOf(*component), *file->document, pages_);
+  component->first_page = run.first;
+  component->page_style = run.style;
+  std::vector<std::string> numbers =
+      model::NextPages(book, StatementOf(*component), *file->document, &pages_);
+  if (Asked(host::kUpdateNumbering) && HasStalePages(file)) {
+    const std::size_t count = LaidPages(file, run).count;
+    if (count != 0) pages_.last = run.first + static_cast<std::int64_t>(count) - 1;
+  }
+  return numbers;
+}
+
+// A document as the target of references: with the pages that it has on record, or that layout finds where
+// its text has moved. Such a document is numbered as its book says when numbers are updated.
+model::ReferenceTargets Updater::Targets(OpenFile* file, const Component* component,
+                                         const Numbered& numbers) {
+  model::ReferenceTargets targets(*file->document, numbers.paragraphs, numbers.places);
+  if (!HasStalePages(file)) return targets;
+  const bool of_book = component != nullptr && Asked(host::kUpdateNumbering);
+  targets.SetPages([file, component, of_book] {
+    const render::FoundPages& laid =
+        of_book ? LaidPages(file, {component->first_page, component->page_style}) : LaidPages(file);
+    std::vector<model::ReferenceTargets::PageStart> pages;
+    for (const render::PageAt& page : laid.starts) {
+      pages.push_back({page.item, static_cast<std::int32_t>(page.ordinal), page.text});
+    }
+    return pages;
+  });
+  return targets;
 }
 
 void Updater::Keep(const std::string& path, const std::string& shown, const std::string& target,
@@ -231,7 +270,7 @@ std::size_t Updater::References(OpenFile* file, Component* component, const Numb
     } else if (!model::IsPlainReference(*document, i)) {
       Keep(file->path, shown, reference.target, {}, "its text holds more than text");
     } else if (reference.file.empty()) {
-      if (!targets) targets.emplace(*document, numbers.paragraphs, numbers.places);
+      if (!targets) targets.emplace(Targets(file, component, numbers));
       changed += OwnReference(file, i, reference, format->second, &*targets);
     } else {
       const auto [place, is_new] = places.try_emplace(reference.file);
@@ -259,7 +298,7 @@ void Updater::Insets() {
     const std::size_t known = outcome_.findings.size();
     const bool changed = UpdateInsets(workspace_, documents_, file, &outcome_.findings) != 0;
     if (outcome_.findings.size() != known) outcome_.complete = false;
-    if (changed && !opened.Finish()) Find(std::string(documents_.LastError()));
+    if (changed && !opened.Finish(OpenedDocument::Change::kText)) Find(std::string(documents_.LastError()));
   }
 }
 
@@ -287,9 +326,9 @@ void Updater::AnswerFrom(const std::string& identity) {
     return;
   }
   const auto component = by_identity_.find(identity);
-  const Numbered numbers =
-      Numbers(*file->document, component == by_identity_.end() ? nullptr : &components_[component->second]);
-  model::ReferenceTargets targets(*file->document, numbers.paragraphs, numbers.places);
+  const Component* const known = component == by_identity_.end() ? nullptr : &components_[component->second];
+  const Numbered numbers = Numbers(*file->document, known);
+  model::ReferenceTargets targets = Targets(file, known, numbers);
   for (auto& [question, text] : questions) text = targets.Expand(question.second, question.first);
 }
 
@@ -320,7 +359,8 @@ void Updater::Apply(Component* component) {
     ++request;
     if (text.problem.empty() && model::SetReferenceText(document, i, text)) ++changed;
   }
-  if (changed != 0 && !opened.Finish()) Find(std::string(documents_.LastError()));
+  if (changed != 0 && !opened.Finish(OpenedDocument::Change::kReferences))
+    Find(std::string(documents_.LastError()));
 }
 
 // How the entries of a list read; false where it cannot be made.
@@ -368,7 +408,7 @@ void Updater::Generate() {
     component.before = counters_;
     const Numbered numbers = Numbers(*file->document, &component);
     if (component.generated) continue;
-    model::ReferenceTargets targets(*file->document, numbers.paragraphs, numbers.places);
+    model::ReferenceTargets targets = Targets(file, &component, numbers);
     for (List& list : lists) {
       const std::filesystem::path folder = std::filesystem::path(list.component->path).parent_path();
       const std::string name = std::filesystem::path(component.path).lexically_relative(folder).string();
@@ -396,7 +436,8 @@ void Updater::Write(List* list) {
   std::string problem;
   const bool changed = model::SetEntries(file->document.get(), list->settings, list->entries, &problem);
   if (!problem.empty()) Find(file->path + ": the list is not made anew: " + problem + "; it stays as it is.");
-  if (changed && !opened.Finish()) Find(std::string(documents_.LastError()));
+  if (changed && !opened.Finish(OpenedDocument::Change::kReferences))
+    Find(std::string(documents_.LastError()));
 }
 
 }  // namespace

@@ -228,6 +228,7 @@ Id DocumentsRole::Add(const std::string& path, std::unique_ptr<OpenFile> file,
   if (!options.as_new) {
     file->path = file->Tree().path = path;
     file->identity = Workspace::Identity(path);
+    if (workspace_.moved_files.contains(file->identity)) file->layout = kLayoutAsRead + 1;
   }
   file->on_screen = options.visible;
   const Id id = workspace_.Add(std::move(file));
@@ -282,6 +283,11 @@ bool DocumentsRole::SaveTo(Id id, OpenFile* file, const host::SaveOptions& optio
   file->component_paths.clear();
   file->edited = file->edited || file->Tree().modified;
   file->Tree().modified = false;
+  if (file->layout != kLayoutAsRead) {
+    workspace_.moved_files.insert(file->identity);
+  } else {
+    workspace_.moved_files.erase(file->identity);
+  }
   return true;
 }
 

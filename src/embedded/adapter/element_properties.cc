@@ -116,28 +116,16 @@ std::string PageInteger(const model::Page& page) {
 
 // The page on which an item stands when the document is laid out as it is now; null where it stands on none.
 const render::PageAt* LaidPage(OpenFile* file, std::uint32_t item) {
-  const model::Document& document = file->Tree();
-  const model::Flow& flow = document.flows[document.main_flow];
-  if (item < flow.first_item || item >= flow.end_item) return nullptr;
-  DerivedData& derived = file->derived;
-  if (derived.laid_at != file->layout) {
-    derived.laid_pages = LayOutPages(file);
-    derived.laid_at = file->layout;
-  }
+  const std::vector<render::PageAt>& starts = LaidPages(file).starts;
   const auto after =
-      std::upper_bound(derived.laid_pages.begin(), derived.laid_pages.end(), item,
+      std::upper_bound(starts.begin(), starts.end(), item,
                        [](std::uint32_t at, const render::PageAt& page) { return at < page.item; });
-  return after == derived.laid_pages.begin() ? nullptr : &*(after - 1);
+  return after == starts.begin() || (after - 1)->ordinal == 0 ? nullptr : &*(after - 1);
 }
 
 // The document's own record of its pages holds until something moves.
 bool ReadPageNumber(OpenFile* file, std::uint32_t item, bool as_text, std::string* value) {
-  constexpr std::uint64_t kAsRead = 1;
-  const std::vector<model::Page>& pages = file->Tree().pages;
-  const bool recorded = std::any_of(pages.begin(), pages.end(), [](const model::Page& page) {
-    return page.kind == model::FlowKind::kBody;
-  });
-  if (!recorded || file->layout != kAsRead) {
+  if (HasStalePages(file)) {
     const render::PageAt* laid = LaidPage(file, item);
     if (laid != nullptr) {
       *value = as_text ? laid->text : std::to_string(laid->number);

@@ -32,10 +32,15 @@ class OpenedDocument {
     return workspace_.File(id_)->path + ": this is a book, which is updated on its own.";
   }
 
+  // What was changed: text that moves other text, or only the numbers and titles that references show, for
+  // which the document's record of its pages still holds.
+  enum class Change : std::uint8_t { kText, kReferences };
   // Brings the changes into the document, and writes it unless it was open.
-  bool Finish() {
+  bool Finish(Change change) {
     OpenFile* file = File();
+    const std::uint64_t layout = file->layout;
     MarkEdited(file);
+    if (change == Change::kReferences) file->layout = layout;
     if (!SettleDocument(file)) return false;
     return was_open_ || documents_.Save(id_, {});
   }

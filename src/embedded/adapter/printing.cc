@@ -1,5 +1,7 @@
 #include "embedded/adapter/printing.h"
 
+#include <algorithm>
+
 #include "embedded/adapter/opened_document.h"
 #include "embedded/model/book_numbering.h"
 #include "embedded/model/files.h"
@@ -176,9 +178,76 @@ std::optional<std::string> PrintPage(Workspace& workspace, OpenFile* file, std::
   return png;
 }
 
-std::vector<render::PageAt> LayOutPages(OpenFile* file) {
-  if (!file->document || file->document->format != model::Format::kMif) return {};
-  return render::FindPages(SourceOf(*file->document, file->path));
+namespace {
+
+// The elements of a document in the order of its text.
+std::vector<Id> ElementsInOrder(const model::Document& document) {
+  std::vector<Id> elements;
+  for (Id id = 1; id < document.elements.size(); ++id) {
+    const model::Element& element = document.elements[id];
+    if (element.definition != 0 && !element.deleted) elements.push_back(id);
+  }
+  std::stable_sort(elements.begin(), elements.end(), [&](Id one, Id other) {
+    return document.elements[one].first_item < document.elements[other].first_item;
+  });
+  return elements;
+}
+
+// Pages of the MIF that XML was made to, by the items of the XML: their elements are the same.
+render::FoundPages PagesOfXml(const model::Document& xml, const model::Document& mif,
+                              const render::FoundPages& found) {
+  const std::vector<Id> elements = ElementsInOrder(xml);
+  const std::vector<Id> same = ElementsInOrder(mif);
+  render::FoundPages pages;
+  pages.count = found.count;
+  if (elements.size() != same.size()) return pages;
+  auto page = found.starts.begin();
+  const render::PageAt* last = nullptr;
+  for (std::size_t i = 0; i < elements.size(); ++i) {
+    const std::uint32_t item = mif.elements[same[i]].first_item;
+    while (page != found.starts.end() && page->item <= item) ++page;
+    if (page == found.starts.begin() || &*(page - 1) == last) continue;
+    last = &*(page - 1);
+    pages.starts.push_back(*last);
+    pages.starts.back().item = xml.elements[elements[i]].first_item;
+  }
+  return pages;
+}
+
+render::FoundPages FindPagesOf(OpenFile* file, const model::PageRun& run) {
+  std::string why;
+  const Printable printable(file, &why);
+  if (printable.get() == nullptr) return {};
+  render::PrintSource source = SourceOf(*printable.get(), file->path);
+  source.first_page = run.first;
+  source.page_style = run.style;
+  render::FoundPages found = render::FindPages(source);
+  const bool converted = printable.get() != file->document.get();
+  return converted ? PagesOfXml(*file->document, *printable.get(), found) : found;
+}
+
+}  // namespace
+
+bool HasStalePages(OpenFile* file) {
+  const std::vector<model::Page>& pages = file->Tree().pages;
+  const auto is_body = [](const model::Page& page) { return page.kind == model::FlowKind::kBody; };
+  return file->layout != kLayoutAsRead || std::none_of(pages.begin(), pages.end(), is_body);
+}
+
+const render::FoundPages& LaidPages(OpenFile* file) {
+  const render::PageNumbering pages = render::ReadPageNumbering(file->Tree());
+  return LaidPages(file, {pages.first, pages.style});
+}
+
+const render::FoundPages& LaidPages(OpenFile* file, const model::PageRun& run) {
+  DerivedData& derived = file->derived;
+  const auto laid_with = std::make_pair(run.first, std::string(run.style));
+  if (derived.laid_at == file->layout && derived.laid_with == laid_with) return derived.laid_pages;
+  derived.laid_pages = {};
+  if (file->document) derived.laid_pages = FindPagesOf(file, run);
+  derived.laid_at = file->layout;
+  derived.laid_with = laid_with;
+  return derived.laid_pages;
 }
 
 }  // namespace qelm::embedded::adapter

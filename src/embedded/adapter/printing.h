@@ -8,6 +8,7 @@
 #include <string>
 
 #include "embedded/adapter/workspace.h"
+#include "embedded/model/page_numbering.h"
 #include "embedded/render/print.h"
 #include "host/interface/documents.h"
 
@@ -21,7 +22,12 @@ std::optional<std::string> PrintPdf(Workspace& workspace, host::Documents& docum
 std::optional<std::string> PrintPage(Workspace& workspace, OpenFile* file, std::size_t page, double dpi,
                                      std::string* why);
 
-// Where the pages of a document begin when it is laid out. Empty for XML, whose text has no place in MIF yet.
-std::vector<render::PageAt> LayOutPages(OpenFile* file);
+// Whether the document's own record of its pages does not hold any more, or there is none.
+bool HasStalePages(OpenFile* file);
+
+// Where the pages of a document begin when it is laid out: with page numbers of its own, or those of a book.
+// Kept until something moves. Of XML the items are those with which its elements begin.
+const render::FoundPages& LaidPages(OpenFile* file);
+const render::FoundPages& LaidPages(OpenFile* file, const model::PageRun& run);
 
 }  // namespace qelm::embedded::adapter

@@ -64,9 +64,11 @@ struct DerivedData {
   };
   std::optional<std::vector<PageStart>> page_starts;
 
-  // The pages as the document is laid out at a state of OpenFile::layout; 0: it was not.
-  std::vector<render::PageAt> laid_pages;
+  // The pages as the document is laid out at a state of OpenFile::layout (0: it was not), and from what page
+  // number on in which style.
+  render::FoundPages laid_pages;
   std::uint64_t laid_at = 0;
+  std::pair<std::int64_t, std::string> laid_with;
 
   // What the element definitions say of formats.
   std::unique_ptr<model::FormatRules> format_rules;
@@ -78,16 +80,19 @@ struct DerivedData {
   bool backgrounds_noted = false;  // that the document cannot hold them was said
 };
 
+// OpenFile::layout of a document whose text is where its own record of pages says.
+inline constexpr std::uint64_t kLayoutAsRead = 1;
+
 // One open document or book.
 struct OpenFile {
   std::unique_ptr<model::Document> document;  // exactly one of these two
   std::unique_ptr<model::Book> book;
-  std::string path;                // empty while it has no name
-  std::string identity;            // the same with links resolved: what tells two files apart
-  std::optional<FileStamp> stamp;  // of the file when it was read
-  bool edited = false;             // since it was opened; saving does not clear it
-  std::uint64_t revision = 1;      // of elements, attributes and text
-  std::uint64_t layout = 1;        // of what decides on which page something stands
+  std::string path;                      // empty while it has no name
+  std::string identity;                  // the same with links resolved: what tells two files apart
+  std::optional<FileStamp> stamp;        // of the file when it was read
+  bool edited = false;                   // since it was opened; saving does not clear it
+  std::uint64_t revision = 1;            // of elements, attributes and text
+  std::uint64_t layout = kLayoutAsRead;  // of what decides on which page something stands
   bool on_screen = true;
   bool iconified = false;
   host::ViewMode view = host::ViewMode::kWysiwyg;
@@ -181,6 +186,8 @@ class Workspace {
   }
 
   bool screen_updates = true;
+  // The files, by identity, that were written with text which is not where their record of pages says.
+  std::unordered_set<std::string> moved_files;
   std::set<std::int32_t> requested_notifications;
   host::EntryPoints* plugin = nullptr;
 

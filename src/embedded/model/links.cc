@@ -93,7 +93,11 @@ model::Mark OwnMark(std::string_view instruction) {
 class Walk {
  public:
   Walk(const Document& document, std::vector<Link>* links, std::vector<LinkTarget>* targets)
-      : document_(document), links_(links), targets_(targets) {}
+      : document_(document),
+        xml_encoding_(document.format == Format::kXml ? xml::DetectEncoding(document.source)
+                                                      : xml::Encoding::kUtf8),
+        links_(links),
+        targets_(targets) {}
   void Run();
 
  private:
@@ -131,6 +135,7 @@ class Walk {
   }
 
   const Document& document_;
+  const xml::Encoding xml_encoding_;
   std::vector<Link>* links_;
   std::vector<LinkTarget>* targets_;
   std::vector<bool> hidden_sets_;
@@ -276,11 +281,12 @@ void Walk::BeginPart(const Item& item) {
 
 // An XML document keeps objects that it has no words for in instructions.
 void Walk::Mark(const Item& item) {
+  // Most of what is no text is the white space between elements.
+  const std::string_view bytes = document_.At(item);
+  if (xml::AsciiAt(bytes, xml::UnitSize(xml_encoding_), xml_encoding_) != '?') return;
   const auto edit = document_.replacements.find(item.begin);
   const model::Mark mark =
-      OwnMark(edit != document_.replacements.end()
-                  ? edit->second.text
-                  : xml::ToUtf8(document_.At(item), xml::DetectEncoding(document_.source)));
+      OwnMark(edit != document_.replacements.end() ? edit->second.text : xml::ToUtf8(bytes, xml_encoding_));
   if (mark.kind == MarkKind::kObject) Object(mark.name, item, mif::Encoding::kUtf8);
   if (mark.kind != MarkKind::kGraphic || links_ == nullptr || item.Is(kDeleted)) return;
   Link link;

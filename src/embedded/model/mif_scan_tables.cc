@@ -62,6 +62,10 @@ void MifScanner::ReadTable() {
       case Token::kTblF:
         if (group) ReadRows(part);
         break;
+      case Token::kRow:
+      case Token::kCell:
+        if (group) WarnOfStray(part);
+        break;
       default:
         break;
     }
@@ -90,8 +94,18 @@ void MifScanner::ReadRows(std::uint32_t parent) {
     if (reader_.kind() != Piece::kGroup) return;
     if (reader_.token() == Token::kElement) scan_.part_elements[part] = ReadElement();
     if (reader_.token() == Token::kRow) ReadRow(part);
+    if (reader_.token() == Token::kCell) WarnOfStray(parent);
   });
   ClosePart(part);
+}
+
+// A row or cell where there can be none is no part of the table; it is kept in the file.
+void MifScanner::WarnOfStray(std::uint32_t table) {
+  const bool row = reader_.token() == Token::kRow;
+  Warn(reader_.begin(),
+       "table " + std::to_string(document_.parts[table].number) +
+           (row ? " has a row outside of its heading, body and footing" : " has a cell outside of its rows") +
+           "; its text is not shown");
 }
 
 void MifScanner::ReadRow(std::uint32_t parent) {

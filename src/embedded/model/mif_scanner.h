@@ -28,6 +28,7 @@ class MifScanner {
   void ReadTable();
   void ReadTitle(std::uint32_t part);
   void ReadRows(std::uint32_t part);
+  void WarnOfStray(std::uint32_t table);
   void ReadRow(std::uint32_t part);
   void ReadCell(std::uint32_t part);
   void ReadNotes();

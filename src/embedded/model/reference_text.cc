@@ -80,10 +80,25 @@ ReferenceTargets::ReferenceTargets(const Document& document, const std::vector<P
   for (std::uint32_t i = 0; i < document.items.size(); ++i) {
     const Item& item = document.items[i];
     if (item.kind == ItemKind::kParagraphBegin) begins_[item.ref] = i;
+  }
+}
+
+// As the document has them on record.
+void ReferenceTargets::ReadPages() {
+  pages_.emplace();
+  for (std::uint32_t i = 0; i < document_.items.size(); ++i) {
+    const Item& item = document_.items[i];
     if (item.kind != ItemKind::kTextFrame || item.Is(kInBlock)) continue;
-    const auto frame = document.text_frame_index.find(item.ref);
-    if (frame != document.text_frame_index.end())
-      pages_.push_back({i, document.text_frames[frame->second].page});
+    const auto frame = document_.text_frame_index.find(item.ref);
+    if (frame == document_.text_frame_index.end()) continue;
+    const std::int32_t index = document_.text_frames[frame->second].page;
+    PageStart& start = pages_->emplace_back();
+    start.item = i;
+    if (index < 0 || static_cast<std::size_t>(index) >= document_.pages.size()) continue;
+    const Page& page = document_.pages[static_cast<std::size_t>(index)];
+    if (page.kind != FlowKind::kBody) continue;
+    start.ordinal = page.ordinal;
+    start.number = page.number;
   }
 }
 
@@ -107,8 +122,8 @@ ReferenceText ReferenceTargets::ExpandAtItem(std::string_view format, std::uint3
   return ExpandAt(format, Place{0, item, paragraph_of_[item]});
 }
 
-std::int32_t ReferenceTargets::PageOfItem(std::uint32_t item) const {
-  const Page* page = PageAt(item);
+std::int32_t ReferenceTargets::PageOfItem(std::uint32_t item) {
+  const PageStart* page = PageAt(item);
   return page == nullptr ? -1 : page->ordinal;
 }
 
@@ -161,7 +176,7 @@ bool ReferenceTargets::Block(std::string_view block, const Place& target, std::s
     known = place.element != 0 && ElementBlock(name.substr(4), place, text);
   } else if (name == "pagenum" && argument.empty() && target.element == 0) {
     // A paragraph may go on on another page.
-    const Page* page = PageAt(target.item);
+    const PageStart* page = PageAt(target.item);
     known = page != nullptr;
     if (known) text->append(page->number);
   } else if (name == "pagenum" || name.starts_with("para")) {
@@ -195,7 +210,7 @@ bool ReferenceTargets::ParagraphBlock(std::string_view name, std::uint32_t parag
   } else if (name == "paranumonly") {
     text->append(numbers_[paragraph].only);
   } else if (name == "pagenum") {
-    const Page* page = PageAt(begins_[paragraph]);
+    const PageStart* page = PageAt(begins_[paragraph]);
     if (page == nullptr) return false;
     text->append(page->number);
   } else {
@@ -305,18 +320,17 @@ std::string ReferenceTargets::ElementText(Id id, bool generated) const {
   return text;
 }
 
-const Page* ReferenceTargets::PageAt(std::uint32_t item) const {
+const ReferenceTargets::PageStart* ReferenceTargets::PageAt(std::uint32_t item) {
   if (item == kNoIndex) return nullptr;
+  if (!pages_ && find_pages_) pages_ = find_pages_();
+  if (!pages_) ReadPages();
   const auto after =
-      std::upper_bound(pages_.begin(), pages_.end(), item + 1,
+      std::upper_bound(pages_->begin(), pages_->end(), find_pages_ ? item : item + 1,
                        [](std::uint32_t at, const PageStart& start) { return at < start.item; });
   // A paragraph that begins a page enters its frame with its first line.
-  const auto own = after != pages_.end() && after->item <= item + 2 ? after + 1 : after;
-  if (own == pages_.begin()) return nullptr;
-  const std::int32_t page = (own - 1)->page;
-  if (page < 0 || static_cast<std::size_t>(page) >= document_.pages.size()) return nullptr;
-  const Page& found = document_.pages[static_cast<std::size_t>(page)];
-  return found.kind == FlowKind::kBody ? &found : nullptr;
+  const bool enters = !find_pages_ && after != pages_->end() && after->item <= item + 2;
+  const auto own = enters ? after + 1 : after;
+  return own == pages_->begin() || (own - 1)->ordinal == 0 ? nullptr : &*(own - 1);
 }
 
 namespace {

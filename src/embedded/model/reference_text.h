@@ -6,6 +6,7 @@
 // are those of the last layout, as the file records them.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -43,6 +44,17 @@ class ReferenceTargets {
   ReferenceTargets(const Document& document, const std::vector<ParagraphNumber>& numbers,
                    const PlaceNumbers& places);
 
+  // A place in the text from which on it stands on another page. Ordinal 0: on none.
+  struct PageStart {
+    std::uint32_t item = 0;
+    std::int32_t ordinal = 0;  // among the body pages, from 1
+    std::string number;
+  };
+  // Pages as they are found otherwise, by item, instead of those that the document has on record: asked for
+  // when a page number is needed.
+  using FindPages = std::function<std::vector<PageStart>()>;
+  void SetPages(FindPages find) { find_pages_ = std::move(find); }
+
   // What a reference of that format to a target shows.
   ReferenceText Expand(std::string_view format, const std::string& target);
   // The same with a paragraph as the target.
@@ -50,7 +62,7 @@ class ReferenceTargets {
   // The same with a place in the text, such as that of a marker, whose page is asked for.
   ReferenceText ExpandAtItem(std::string_view format, std::uint32_t item);
   // The body page on which an item is, counted from 1; -1 where none is recorded.
-  std::int32_t PageOfItem(std::uint32_t item) const;
+  std::int32_t PageOfItem(std::uint32_t item);
 
  private:
   struct Place {
@@ -68,7 +80,8 @@ class ReferenceTargets {
   std::uint32_t NearestParagraph(std::string_view tag, const Place& from);
   std::string ParagraphText(std::uint32_t paragraph, bool generated) const;
   std::string ElementText(Id element, bool generated) const;
-  const Page* PageAt(std::uint32_t item) const;
+  const PageStart* PageAt(std::uint32_t item);
+  void ReadPages();
 
   const Document& document_;
   const std::vector<ParagraphNumber>& numbers_;
@@ -76,11 +89,8 @@ class ReferenceTargets {
   std::unordered_map<std::string, LinkTarget> targets_;
   std::vector<std::uint32_t> paragraph_of_;  // by item
   std::vector<std::uint32_t> begins_;        // by paragraph: its first item
-  struct PageStart {
-    std::uint32_t item;
-    std::int32_t page;
-  };
-  std::vector<PageStart> pages_;
+  FindPages find_pages_;
+  std::optional<std::vector<PageStart>> pages_;
   // Elements of a definition, and paragraphs of a format, in the order of the text; made when first asked
   // for.
   std::unordered_map<Id, std::vector<Id>> by_definition_;

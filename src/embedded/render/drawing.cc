@@ -6,7 +6,7 @@
 #include <charconv>
 #include <numbers>
 
-#include "embedded/render/strips.h"
+#include "embedded/render/frame_text.h"
 
 namespace qelm::embedded::render {
 namespace {
@@ -192,7 +192,7 @@ void DrawPage(Setting& setting, cairo_t* cr, const LaidPage& page, bool tagged) 
   const PageDesign& design = *page.design;
   if (design.master != model::kNoIndex) setting.graphics.DrawMasterPage(cr, design.master);
   if (design.page != model::kNoIndex) setting.graphics.DrawBodyPage(cr, design.page);
-  for (const LaidText& text : page.texts) {
+  const auto draw = [&](const LaidText& text) {
     cairo_save(cr);
     if (text.angle != 0) {
       const double x = text.place.x + text.place.width / 2;
@@ -203,20 +203,17 @@ void DrawPage(Setting& setting, cairo_t* cr, const LaidPage& page, bool tagged) 
     }
     PageDrawer(setting, cr, page.design, tagged).Draw(text.marks);
     cairo_restore(cr);
-  }
-  PageDrawer(setting, cr, page.design, tagged).Draw(page.marks);
+  };
+  for (const LaidText& text : page.around) draw(text);
+  for (const LaidText& text : page.body) draw(text);
 }
 
 void DrawAnchoredFrame(Setting& setting, cairo_t* cr, std::uint32_t frame, double x, double y) {
   if (setting.open_frames >= kDeepestFrames) return;
   ++setting.open_frames;
   cairo_save(cr);
-  setting.graphics.DrawFrame(cr, frame, x, y, [&](model::Id id, const Rect& place) {
-    const model::Flow& flow = setting.document.flows[id];
-    std::vector<Mark> marks;
-    StackStrips(MakeStrips(setting, flow.first_item, flow.end_item, place.width, 1), place.x, place.y,
-                &marks);
-    PageDrawer(setting, cr, nullptr, false).Draw(marks);
+  setting.graphics.DrawFrame(cr, frame, x, y, [&](model::Id flow, std::uint32_t place) {
+    PageDrawer(setting, cr, nullptr, false).Draw(FrameMarks(setting, flow, place));
   });
   cairo_restore(cr);
   --setting.open_frames;

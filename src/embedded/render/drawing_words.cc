@@ -65,6 +65,7 @@ const std::unordered_map<std::string_view, Word>& Words() {
       {"ImportObFileDI", Word::kImportObFileDI},
       {"ImportObFile", Word::kImportObFile},
       {"FlipLR", Word::kFlipLr},
+      {"MathFullForm", Word::kMathFullForm},
       {"PageSize", Word::kPageSize},
       {"PageTag", Word::kPageTag},
       {"PageType", Word::kPageType},

@@ -69,6 +69,7 @@ enum class Word : std::uint8_t {
   kImportObFileDI,
   kImportObFile,
   kFlipLr,
+  kMathFullForm,
   kPageSize,
   kPageTag,
   kPageType,

@@ -7,6 +7,7 @@
 #include "embedded/mif/strings.h"
 #include "embedded/model/mif_scan.h"
 #include "embedded/render/drawing_words.h"
+#include "embedded/render/equation_text.h"
 
 namespace qelm::embedded::render {
 
@@ -336,12 +337,14 @@ void Drawings::Reader::ReadObject(ObjectKind kind, std::uint32_t begin) {
   TextShape shape;
   TextLine line;
   ImportedImage image;
+  std::string equation;
   model::Children(reader_, [&] {
     const Word word = CurrentWord();
     if (word == Word::kNone || ReadStyle(word)) return;
     if (kind == ObjectKind::kTextFrame) ReadTextFrame(word, &shape);
     if (kind == ObjectKind::kTextLine) ReadTextLine(word, &line);
     if (kind == ObjectKind::kImage) ReadImage(word, &image);
+    if (word == Word::kMathFullForm) equation = EquationText(Text());
     Child(word, &object);
   });
   object.count = static_cast<std::uint32_t>(out_.points.size()) - object.first;
@@ -363,6 +366,10 @@ void Drawings::Reader::ReadObject(ObjectKind kind, std::uint32_t begin) {
       image.embedded = document_.At(image.span).find("\n=") != std::string_view::npos;
       object.detail = static_cast<std::uint32_t>(out_.images.size());
       out_.images.push_back(std::move(image));
+      break;
+    case ObjectKind::kEquation:
+      object.detail = static_cast<std::uint32_t>(out_.equations.size());
+      out_.equations.push_back(equation.empty() ? "equation" : std::move(equation));
       break;
     default:
       break;
@@ -526,6 +533,38 @@ Drawings::Drawings(const model::Document& document) {
   // Anchored frames stand before the pages in the file.
   for (std::size_t i = 1; i < document.frames.size(); ++i) reader.ReadFrame(document.frames[i]);
   for (const model::Page& page : document.pages) reader.ReadPage(page);
+}
+
+std::vector<Rect> ColumnsOf(const TextShape& shape, const Rect& text) {
+  const auto count = static_cast<double>(shape.columns);
+  const double width = std::max(0.0, (text.width - (count - 1) * shape.gap) / count);
+  std::vector<Rect> columns;
+  for (std::uint32_t i = 0; i < shape.columns; ++i) {
+    columns.push_back({text.x + i * (width + shape.gap), text.y, width, text.height});
+  }
+  return columns;
+}
+
+std::unordered_map<std::uint32_t, FlowPlace> Drawings::FollowFlows(const model::Document& document) const {
+  std::unordered_map<std::uint32_t, FlowPlace> flow_of;
+  std::unordered_map<std::uint32_t, std::uint32_t> next;
+  for (const TextShape& shape : text_frames) next[shape.number] = shape.next;
+  for (model::Id id = 1; id < document.flows.size(); ++id) {
+    const model::Flow& flow = document.flows[id];
+    std::uint32_t place = 0;
+    const auto follow = [&](std::uint32_t number) {
+      while (number != 0 && flow_of.try_emplace(number, FlowPlace{id, place}).second) {
+        ++place;
+        const auto found = next.find(number);
+        number = found == next.end() ? 0 : found->second;
+      }
+    };
+    follow(flow.text_frame);
+    for (std::uint32_t i = flow.first_item; i < flow.end_item; ++i) {
+      if (document.items[i].kind == model::ItemKind::kTextFrame) follow(document.items[i].ref);
+    }
+  }
+  return flow_of;
 }
 
 }  // namespace qelm::embedded::render

@@ -74,7 +74,8 @@ struct Object {
   double sweep = 0;
   std::uint32_t first = 0;  // of its points
   std::uint32_t count = 0;
-  std::uint32_t detail = 0;  // by kind: index into text_lines, text_frames, images
+  std::uint32_t detail = 0;  // by kind: index into text_lines, text_frames, images,
+                             // equations
 };
 
 struct TextPiece {
@@ -113,6 +114,15 @@ struct Range {
   std::uint32_t end = 0;
 };
 
+// Which flow runs through a text frame, and where the frame stands among those of the flow.
+struct FlowPlace {
+  model::Id flow = 0;
+  std::uint32_t place = 0;
+};
+
+// The columns of a text frame, of which `text` is what is not left for side heads.
+std::vector<Rect> ColumnsOf(const TextShape& shape, const Rect& text);
+
 class Drawings {
  public:
   explicit Drawings(const model::Document& document);
@@ -124,7 +134,8 @@ class Drawings {
   std::vector<TextLine> text_lines;
   std::vector<TextShape> text_frames;
   std::vector<ImportedImage> images;
-  std::deque<std::string> texts;  // what views refer to that is not in the source as it reads
+  std::vector<std::string> equations;  // in one line each (equation_text.h)
+  std::deque<std::string> texts;       // what views refer to that is not in the source as it reads
 
   struct AnchoredShape {
     FramePlace place;
@@ -144,6 +155,10 @@ class Drawings {
   std::vector<PageShape> pages;                                 // by index into Document::pages
   std::unordered_map<std::string, std::uint32_t> named_frames;  // of reference pages: their begin marks
   double unit = 72;                                             // points a unit of lengths without one
+
+  // By the numbers of text frames. Text says which frames it enters, and a text frame which one comes after
+  // it, where there is no text yet.
+  std::unordered_map<std::uint32_t, FlowPlace> FollowFlows(const model::Document& document) const;
 
  private:
   class Reader;

@@ -58,10 +58,18 @@ class Graphics::Painter {
         images_(document, std::move(folder)),
         own_fonts_(fonts == nullptr ? std::make_unique<Fonts>() : nullptr),
         fonts_(fonts == nullptr ? *own_fonts_ : *fonts) {
-    for (model::Id flow = 1; flow < document.flows.size(); ++flow) {
-      const std::uint32_t number = document.flows[flow].text_frame;
-      if (number != 0) flow_of_.try_emplace(number, flow);
+    flow_of_ = drawings_.FollowFlows(document);
+    for (const Object& object : drawings_.objects) {
+      const FlowPlace* const flow = object.kind == ObjectKind::kTextFrame ? FlowOf(object) : nullptr;
+      if (flow == nullptr || document.flows[flow->flow].kind != model::FlowKind::kFrame) continue;
+      std::vector<std::vector<Rect>>& frames = text_frames_[flow->flow];
+      frames.resize(std::max<std::size_t>(frames.size(), flow->place + 1));
+      frames[flow->place] = ColumnsOf(drawings_.text_frames[object.detail], object.place);
     }
+  }
+  const FlowPlace* FlowOf(const Object& text_frame) const {
+    const auto found = flow_of_.find(drawings_.text_frames[text_frame.detail].number);
+    return found == flow_of_.end() ? nullptr : &found->second;
   }
 
   void Frame(cairo_t* cr, std::uint32_t frame, double x, double y, const DrawText& text);
@@ -71,6 +79,10 @@ class Graphics::Painter {
 
   const Drawings& drawings() const { return drawings_; }
   const std::set<std::string>& missing() const { return missing_; }
+  std::vector<std::vector<Rect>> TextFrames(model::Id flow) const {
+    const auto found = text_frames_.find(flow);
+    return found == text_frames_.end() ? std::vector<std::vector<Rect>>() : found->second;
+  }
 
  private:
   void Objects(cairo_t* cr, Range range, const DrawText& text);
@@ -96,7 +108,8 @@ class Graphics::Painter {
   Images images_;
   std::unique_ptr<Fonts> own_fonts_;
   Fonts& fonts_;
-  std::unordered_map<std::uint32_t, model::Id> flow_of_;  // by the number of the text frame it begins in
+  std::unordered_map<std::uint32_t, FlowPlace> flow_of_;  // by the numbers of text frames
+  std::unordered_map<model::Id, std::vector<std::vector<Rect>>> text_frames_;  // of anchored frames
   std::set<std::string> missing_;
 };
 
@@ -391,12 +404,12 @@ void Graphics::Painter::Draw(cairo_t* cr, const Object& object, const DrawText& 
       Image(cr, object);
       break;
     case ObjectKind::kEquation:
-      NamedBox(cr, object.place, "equation");
+      NamedBox(cr, object.place, drawings_.equations[object.detail]);
       break;
     case ObjectKind::kTextFrame: {
       Paint(cr, object);
-      const auto flow = flow_of_.find(drawings_.text_frames[object.detail].number);
-      if (text && flow != flow_of_.end()) text(flow->second, object.place);
+      const FlowPlace* const flow = FlowOf(object);
+      if (text && flow != nullptr) text(flow->flow, flow->place);
       break;
     }
     default:
@@ -480,6 +493,15 @@ FramePlace Graphics::ReferenceFrame(std::string_view name) const {
   place.width = frame->place.width;
   place.height = frame->place.height;
   return place;
+}
+
+// A frame that is not in the file has no room.
+std::vector<std::vector<Rect>> Graphics::TextFrames(model::Id flow) const {
+  std::vector<std::vector<Rect>> frames = painter_->TextFrames(flow);
+  for (std::vector<Rect>& frame : frames) {
+    if (frame.empty()) frame.emplace_back();
+  }
+  return frames;
 }
 
 const std::set<std::string>& Graphics::missing() const { return painter_->missing(); }

@@ -9,6 +9,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "embedded/model/document.h"
 #include "embedded/render/geometry.h"
@@ -60,14 +61,16 @@ class Graphics {
   // `frame`: index into Document::frames.
   FramePlace Place(std::uint32_t frame) const;
 
-  // Called for each text frame: its flow and where it stands. The context is set up so that the place is
-  // upright. Empty: text frames are not drawn.
-  using DrawText = std::function<void(model::Id flow, const Rect& place)>;
+  // Called for each text frame: its flow, and its place among the flow's frames. The context is set up so
+  // that the frame is where TextFrames says and upright. Empty: text frames are not drawn.
+  using DrawText = std::function<void(model::Id flow, std::uint32_t place)>;
+  // The columns of the text frames of a flow in anchored frames, frame by frame in the order of its text.
+  std::vector<std::vector<Rect>> TextFrames(model::Id flow) const;
 
   // Draws the objects of an anchored frame with the frame's upper left corner at x, y.
   void DrawFrame(cairo_t* cr, std::uint32_t frame, double x, double y, const DrawText& text);
   // Draws the objects of a page: an index into Document::pages. Text frames of the main flow and of master
-  // pages are left to the layout; of a body page, `text` is called for none (PageDesign::own_text has them).
+  // pages are left to the layout; of a body page, `text` is called for none (PageDesign::others has them).
   void DrawMasterPage(cairo_t* cr, std::uint32_t page);
   void DrawBodyPage(cairo_t* cr, std::uint32_t page);
   // Draws a frame of the reference pages by its name, as paragraph formats name one above or below them.

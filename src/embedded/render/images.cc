@@ -45,6 +45,7 @@ std::string TooLarge() {
 struct SizeCheck {
   int width = 0;  // of a drawing: as fine as it is to be made; 0: as it is
   int height = 0;
+  bool rough = false;  // nobody looks at the pixels
   bool too_large = false;
 };
 
@@ -58,6 +59,8 @@ void OnSize(GdkPixbufLoader* loader, int width, int height, gpointer data) {
     return;
   }
   check->too_large = std::int64_t{width} * height > kMostPixels;
+  // The coarsest that JPEG can be read to.
+  if (check->rough) gdk_pixbuf_loader_set_size(loader, std::max(width / 8, 1), std::max(height / 8, 1));
   if (check->too_large) gdk_pixbuf_loader_set_size(loader, 0, 0);
 }
 
@@ -133,28 +136,37 @@ struct JpegSize {
   int components = 0;
 };
 
-// What the frame header of a JPEG says (ITU-T T.81, B.2.2). Nothing for what is no plain JPEG.
-std::optional<JpegSize> ReadJpegSize(std::string_view bytes) {
+// Goes through the segments of a JPEG (ITU-T T.81, B.1.1) up to its first scan: `segment(marker, at)` is told
+// of each with the place behind its length, and ends it with true. Returns where it ended; npos where the
+// file did.
+template <typename Segment>
+std::size_t WalkJpeg(std::string_view bytes, Segment&& segment) {
   const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(bytes[at]); };
-  const auto word = [&](std::size_t at) { return byte(at) << 8U | byte(at + 1); };
-  if (bytes.size() < 4 || byte(0) != 0xFF || byte(1) != 0xD8) return std::nullopt;
-  std::size_t at = 2;
-  while (at + 10 < bytes.size()) {
-    if (byte(at) != 0xFF) return std::nullopt;
+  for (std::size_t at = bytes.starts_with("\xFF\xD8") ? 2 : bytes.size(); at + 4 <= bytes.size();) {
+    if (byte(at) != 0xFF) break;
     const unsigned marker = byte(at + 1);
     if (marker == 0xFF) {
       ++at;
       continue;
     }
-    // Baseline, extended and progressive Huffman coding: what PDF readers are made to read.
-    if (marker >= 0xC0 && marker <= 0xC2) {
-      if (byte(at + 4) != 8) return std::nullopt;
-      return JpegSize{word(at + 7), word(at + 5), byte(at + 9)};
-    }
-    if (marker >= 0xD0 && marker <= 0xDA) return std::nullopt;
-    at += 2 + static_cast<std::size_t>(word(at + 2));
+    if (segment(marker, at + 4) || (marker >= 0xD0 && marker <= 0xDA)) return at;
+    at += 2U + static_cast<std::size_t>(byte(at + 2) << 8U | byte(at + 3));
   }
-  return std::nullopt;
+  return std::string_view::npos;
+}
+
+// What the frame header of a JPEG says (ITU-T T.81, B.2.2). Nothing for what is no plain JPEG.
+std::optional<JpegSize> ReadJpegSize(std::string_view bytes) {
+  const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(bytes[at]); };
+  const auto word = [&](std::size_t at) { return byte(at) << 8U | byte(at + 1); };
+  std::optional<JpegSize> size;
+  WalkJpeg(bytes, [&](unsigned marker, std::size_t at) {
+    // Baseline, extended and progressive Huffman coding: what PDF readers are made to read.
+    const bool frame = marker >= 0xC0 && marker <= 0xC2 && at + 6 <= bytes.size();
+    if (frame && byte(at) == 8) size = JpegSize{word(at + 3), word(at + 1), byte(at + 5)};
+    return frame;
+  });
+  return size;
 }
 
 void DeleteBytes(void* data) { delete static_cast<std::string*>(data); }
@@ -178,6 +190,8 @@ cairo_surface_t* MakeJpegSurface(std::string_view bytes, std::string* why) {
     *why = TooLarge();
     return nullptr;
   }
+  // A reader of the PDF would show damage as nothing, or not open the page at all.
+  if (Decode(bytes, {.rough = true}, why) == nullptr) return nullptr;
   cairo_surface_t* const surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, 1, 1);
   AttachBytes(surface, CAIRO_MIME_TYPE_JPEG, bytes);
   return surface;
@@ -196,9 +210,12 @@ std::string_view EpsPreview(std::string_view bytes) {
   return begin < bytes.size() ? bytes.substr(begin, number(24)) : std::string_view();
 }
 
-// Readers of PNG take what there is of a file that was cut off.
+// Readers of PNG and JPEG take what there is of a file that was cut off. A picture within the picture ends
+// before the scan.
 bool IsCutOff(std::string_view bytes) {
-  return bytes.starts_with("\x89PNG") && bytes.find("IEND") == std::string_view::npos;
+  if (bytes.starts_with("\x89PNG")) return bytes.find("IEND") == std::string_view::npos;
+  const std::size_t scan = WalkJpeg(bytes, [](unsigned, std::size_t) { return false; });
+  return scan != std::string_view::npos && bytes.find("\xFF\xD9", scan) == std::string_view::npos;
 }
 
 cairo_surface_t* MakeImage(std::string_view bytes, const SizeCheck& check, bool as_file, std::string* why) {
@@ -305,7 +322,7 @@ SizeCheck Fineness(const Rect& place) {
   double width = std::max(1.0, place.width * dots);
   double height = std::max(1.0, place.height * dots);
   const double most = std::max({1.0, width / 8192, height / 8192});
-  return {static_cast<int>(width / most), static_cast<int>(height / most), false};
+  return {.width = static_cast<int>(width / most), .height = static_cast<int>(height / most)};
 }
 
 }  // namespace

@@ -50,6 +50,8 @@ struct Strip {
   std::vector<Mark> marks;
   std::vector<std::shared_ptr<NoteBlock>> notes;
   std::shared_ptr<const TableParts> table;  // of a row that is not the table's heading
+  bool foots = false;                       // a row of the table's footing
+  bool ends_table = false;                  // its last row
   std::uint32_t first_item =
       model::kNoIndex;  // of what it shows, where something begins that pages are told of
   std::shared_ptr<const LaidParagraph> begins;  // the paragraph that begins here
@@ -59,20 +61,24 @@ struct Strip {
 struct TableParts {
   std::vector<Strip> heading;  // with the title
   double heading_height = 0;
-  std::vector<Mark> broken_off;  // the rule below the last row on a page
+  std::vector<Strip> footing;
+  double footing_height = 0;
+  std::vector<Mark> broken_off;  // the rule below the last row on a page, where there is no footing
 };
 
 // A footnote set in lines, or a frame, to stand at the foot of the column where its anchor stands.
 struct NoteBlock {
   std::uint32_t part = 0;  // of the footnote; 0: a frame
-  double height = 0;
+  double height = 0;       // of what does not stand on a page yet
   std::vector<Strip> strips;
+  std::size_t placed = 0;  // strips that stand on pages
 };
 
-// Text beside the main flow: a header, a footer, a flow of one page.
+// Text in one frame of a page, or in all of those that are upright.
 struct LaidText {
-  Rect place;
-  double angle = 0;  // counterclockwise around the middle of the place, in degrees
+  Rect place;        // around whose middle it is turned
+  double angle = 0;  // counterclockwise, in degrees
+  model::Id flow = 0;
   std::vector<Mark> marks;
 };
 
@@ -80,8 +86,8 @@ struct LaidPage {
   std::size_t ordinal = 0;  // from 1 in the document
   std::int64_t number = 0;
   const PageDesign* design = nullptr;
-  std::vector<LaidText> texts;
-  std::vector<Mark> marks;
+  std::vector<LaidText> around;  // headers, footers
+  std::vector<LaidText> body;    // the main flow, then the others
   struct Begin {
     std::shared_ptr<const LaidParagraph> paragraph;
     double y = 0;
@@ -109,9 +115,5 @@ inline double SpaceBetween(const Strip& above, const Strip& below) {
 // are left to the caller.
 double StackStrips(const std::vector<Strip>& strips, double x, double y, std::vector<Mark>* out);
 double StackedHeight(const std::vector<Strip>& strips);
-
-// Cuts a strip that is higher than `height`: what fits stays, and the rest is returned, moved up. Nothing is
-// left out; what cannot be cut and does not fit goes to the rest.
-Strip CutStrip(Strip* strip, double height);
 
 }  // namespace qelm::embedded::render

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 
 #include "embedded/mif/reader.h"
@@ -71,28 +72,24 @@ class PageDesigns::Builder {
   void Run();
 
  private:
-  void FollowFlows();
   PageDesign Plain() const;
   PageDesign Master(std::uint32_t page, bool left) const;
   Sides Record(std::uint32_t page) const;
   PageDesign OnSide(std::uint32_t page, bool left) const;
-  void AddColumns(const Object& frame, bool side_heads, PageDesign* design) const;
+  void AddColumns(const Object& frame, bool side_heads, bool left, std::vector<Column>* columns) const;
   void SetSize(std::uint32_t page, PageDesign* design) const;
-  // The text frames of a page with their places on the page: those of one of the main flows, in the order of
-  // the text, and those in which other flows begin.
-  struct PageFrames {
-    std::vector<Object> main;
-    std::vector<BackgroundFlow> other;
+  // The text frames of a page with their places on the page, those of one flow in the order of the text.
+  struct FlowFrames {
+    model::Id flow = 0;
+    std::vector<std::pair<std::uint32_t, Object>> frames;  // behind their places among the flow's frames
   };
-  PageFrames FramesOf(std::uint32_t page) const;
+  std::vector<FlowFrames> FramesOf(std::uint32_t page) const;
+  void PutFrames(const FlowFrames& frames, PageDesign* design) const;
+  bool IsTemplate(model::Id flow) const;
+  void FindChains();
   std::uint32_t FindMaster(std::string_view name) const;
   bool IsMain(model::Id flow) const;
   std::uint32_t SideMaster(bool left) const;
-
-  struct FlowPlace {
-    model::Id flow = 0;
-    std::uint32_t place = 0;  // among the flow's frames
-  };
 
   const model::Document& document_;
   Drawings drawings_;
@@ -101,29 +98,9 @@ class PageDesigns::Builder {
   std::unordered_map<std::string_view, std::uint32_t> masters_;
   std::uint32_t right_ = model::kNoIndex;
   std::uint32_t left_ = model::kNoIndex;
-  bool side_heads_ = false;
+  std::vector<bool> side_heads_;               // by flow
+  std::unordered_set<std::string_view> tags_;  // of the flows of body pages
 };
-
-// Text says which frames it enters, and a text frame which one comes after it, where there is no text yet.
-void PageDesigns::Builder::FollowFlows() {
-  std::unordered_map<std::uint32_t, std::uint32_t> next;
-  for (const TextShape& shape : drawings_.text_frames) next[shape.number] = shape.next;
-  for (model::Id id = 1; id < document_.flows.size(); ++id) {
-    const model::Flow& flow = document_.flows[id];
-    std::uint32_t place = 0;
-    const auto follow = [&](std::uint32_t number) {
-      while (number != 0 && flow_of_.try_emplace(number, FlowPlace{id, place}).second) {
-        ++place;
-        const auto found = next.find(number);
-        number = found == next.end() ? 0 : found->second;
-      }
-    };
-    follow(flow.text_frame);
-    for (std::uint32_t i = flow.first_item; i < flow.end_item; ++i) {
-      if (document_.items[i].kind == model::ItemKind::kTextFrame) follow(document_.items[i].ref);
-    }
-  }
-}
 
 // On a master page the main flow is a template of the same name, through which text connects from page to
 // page.
@@ -134,10 +111,17 @@ bool PageDesigns::Builder::IsMain(model::Id flow) const {
   return document_.main_flow == 0 || other.name == document_.flows[document_.main_flow].name;
 }
 
+// A flow of a master page that only says where body pages have a flow of its name.
+bool PageDesigns::Builder::IsTemplate(model::Id flow) const {
+  const model::Flow& other = document_.flows[flow];
+  return other.kind == model::FlowKind::kMaster && other.auto_connect && !other.name.empty() &&
+         tags_.contains(other.name);
+}
+
 // Frames that lie in others have their places in those.
-PageDesigns::Builder::PageFrames PageDesigns::Builder::FramesOf(std::uint32_t page) const {
-  PageFrames frames;
-  std::vector<std::pair<std::uint32_t, Object>> main;
+std::vector<PageDesigns::Builder::FlowFrames> PageDesigns::Builder::FramesOf(std::uint32_t page) const {
+  std::vector<FlowFrames> flows;
+  std::unordered_map<model::Id, std::size_t> index;
   std::vector<Point> around{{}};
   const Range range = drawings_.pages[page].objects;
   for (std::uint32_t i = range.begin; i < range.end; ++i) {
@@ -150,30 +134,47 @@ PageDesigns::Builder::PageFrames PageDesigns::Builder::FramesOf(std::uint32_t pa
     if (object.kind != ObjectKind::kTextFrame) continue;
     const auto found = flow_of_.find(drawings_.text_frames[object.detail].number);
     if (found == flow_of_.end()) continue;
-    if (IsMain(found->second.flow)) {
-      main.push_back({found->second.place, object});
-    } else if (found->second.place == 0) {
-      // Such text is laid out in its first frame; it only runs on in others where it is long.
-      frames.other.push_back({found->second.flow, object.place, object.angle});
-    }
+    // On a master page several flows may be templates of the main one.
+    const model::Id flow = IsMain(found->second.flow) ? document_.main_flow : found->second.flow;
+    const auto [at, is_new] = index.try_emplace(flow, flows.size());
+    if (is_new) flows.push_back({flow, {}});
+    flows[at->second].frames.emplace_back(found->second.place, object);
   }
-  std::stable_sort(main.begin(), main.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
-  for (const auto& frame : main) frames.main.push_back(frame.second);
-  return frames;
+  for (FlowFrames& flow : flows) {
+    std::stable_sort(flow.frames.begin(), flow.frames.end(),
+                     [](const auto& a, const auto& b) { return a.first < b.first; });
+  }
+  return flows;
 }
 
-void PageDesigns::Builder::AddColumns(const Object& frame, bool side_heads, PageDesign* design) const {
+// Puts the frames of a flow where the page's text runs through them.
+void PageDesigns::Builder::PutFrames(const FlowFrames& frames, PageDesign* design) const {
+  const bool main = frames.flow == document_.main_flow;
+  std::vector<Column>* columns = &design->columns;
+  if (!main) {
+    columns =
+        &design->others.emplace_back(FlowColumns{frames.flow, document_.flows[frames.flow].name, {}}).columns;
+  }
+  for (const auto& [place, frame] : frames.frames) {
+    AddColumns(frame, side_heads_[frames.flow], design->left, columns);
+    if (main && drawings_.text_frames[frame.detail].balanced) design->balanced = true;
+  }
+}
+
+void PageDesigns::Builder::AddColumns(const Object& frame, bool side_heads, bool left,
+                                      std::vector<Column>* columns) const {
   const TextShape& shape = drawings_.text_frames[frame.detail];
   // Where a hand-written file gives no size, there is only the page's.
   const bool has_size = frame.place.width >= 1 && frame.place.height >= 1;
-  Rect text = has_size ? frame.place : Plain().columns.front();
-  Rect side = text;
+  Rect text = has_size ? frame.place : static_cast<Rect>(Plain().columns.front());
+  const Rect whole = text;
+  Rect side;
   const double taken = shape.side_head_width + shape.side_head_gap;
-  const bool has_side = side_heads && taken < text.width;
-  if (has_side) {
+  if (side_heads && taken < text.width) {
     const bool at_left = shape.side_head_side == TextShape::Side::kLeft ||
-                         (shape.side_head_side == TextShape::Side::kInside && !design->left) ||
-                         (shape.side_head_side == TextShape::Side::kOutside && design->left);
+                         (shape.side_head_side == TextShape::Side::kInside && !left) ||
+                         (shape.side_head_side == TextShape::Side::kOutside && left);
+    side = text;
     side.width = shape.side_head_width;
     text.width -= taken;
     if (at_left) {
@@ -182,13 +183,7 @@ void PageDesigns::Builder::AddColumns(const Object& frame, bool side_heads, Page
       side.x += text.width + shape.side_head_gap;
     }
   }
-  const auto columns = static_cast<double>(shape.columns);
-  const double width = std::max(0.0, (text.width - (columns - 1) * shape.gap) / columns);
-  for (std::uint32_t i = 0; i < shape.columns; ++i) {
-    design->columns.push_back({text.x + i * (width + shape.gap), text.y, width, text.height});
-    if (has_side) design->side_heads.push_back(side);
-  }
-  design->balanced = design->balanced || shape.balanced;
+  for (const Rect& column : ColumnsOf(shape, text)) columns->push_back({column, side, whole, frame.angle});
 }
 
 void PageDesigns::Builder::SetSize(std::uint32_t page, PageDesign* design) const {
@@ -203,7 +198,8 @@ PageDesign PageDesigns::Builder::Plain() const {
   design.width = designs_.width_;
   design.height = designs_.height_;
   const double margin = std::min({kPlainMargin, design.width / 8, design.height / 8});
-  design.columns.push_back({margin, margin, design.width - 2 * margin, design.height - 2 * margin});
+  const Rect all{margin, margin, design.width - 2 * margin, design.height - 2 * margin};
+  design.columns.push_back({all, {}, all, 0});
   return design;
 }
 
@@ -215,10 +211,17 @@ PageDesign PageDesigns::Builder::Master(std::uint32_t page, bool left) const {
   design.master = page;
   design.master_name = drawings_.pages[page].name;
   SetSize(page, &design);
-  const PageFrames frames = FramesOf(page);
-  if (!frames.main.empty()) design.columns.clear();
-  for (const Object& frame : frames.main) AddColumns(frame, side_heads_, &design);
-  design.background = frames.other;
+  const std::vector<Column> plain = std::exchange(design.columns, {});
+  for (const FlowFrames& frames : FramesOf(page)) {
+    if (frames.flow == document_.main_flow || IsTemplate(frames.flow)) {
+      PutFrames(frames, &design);
+      continue;
+    }
+    // Such text is laid out in its first frame; it only runs on in others where it is long.
+    const auto& [place, first] = frames.frames.front();
+    if (place == 0) design.background.push_back({frames.flow, first.place, first.angle});
+  }
+  if (design.columns.empty()) design.columns = plain;
   return design;
 }
 
@@ -239,11 +242,9 @@ PageDesign PageDesigns::Builder::OnSide(std::uint32_t page, bool left) const {
   design.page = page;
   SetSize(page, &design);
   design.columns.clear();
-  design.side_heads.clear();
+  design.others.clear();
   design.balanced = false;
-  const PageFrames frames = FramesOf(page);
-  for (const Object& frame : frames.main) AddColumns(frame, side_heads_, &design);
-  design.own_text = frames.other;
+  for (const FlowFrames& frames : FramesOf(page)) PutFrames(frames, &design);
   return design;
 }
 
@@ -260,9 +261,12 @@ void PageDesigns::Builder::Run() {
   designs_.double_sided_ = settings.double_sided;
   if (settings.parity == "FirstLeft") designs_.first_side_ = FirstSide::kLeft;
   if (settings.parity == "FirstRight") designs_.first_side_ = FirstSide::kRight;
-  side_heads_ = document_.main_flow != 0 && document_.format == model::Format::kMif &&
-                HasSideHeads(document_, document_.main_flow);
-  FollowFlows();
+  side_heads_.resize(document_.flows.size(), false);
+  for (model::Id flow = 1; flow < document_.flows.size(); ++flow) {
+    if (document_.format == model::Format::kMif) side_heads_[flow] = HasSideHeads(document_, flow);
+    if (document_.flows[flow].kind == model::FlowKind::kBody) tags_.insert(document_.flows[flow].name);
+  }
+  flow_of_ = drawings_.FollowFlows(document_);
   for (std::uint32_t i = 0; i < drawings_.pages.size(); ++i) {
     if (document_.pages[i].kind != model::FlowKind::kMaster) continue;
     masters_.try_emplace(drawings_.pages[i].name, i);
@@ -274,6 +278,30 @@ void PageDesigns::Builder::Run() {
   for (std::uint32_t i = 0; i < drawings_.pages.size(); ++i) {
     if (document_.pages[i].kind == model::FlowKind::kBody) designs_.recorded_.push_back(Record(i));
   }
+  FindChains();
+}
+
+// Pages come in the order of the places that their first frames have among the flow's.
+void PageDesigns::Builder::FindChains() {
+  std::vector<std::vector<std::pair<std::uint32_t, FlowChain::Visit>>> visits(document_.flows.size());
+  std::size_t ordinal = 0;
+  for (std::uint32_t i = 0; i < drawings_.pages.size(); ++i) {
+    if (document_.pages[i].kind != model::FlowKind::kBody) continue;
+    ++ordinal;
+    std::size_t index = 0;
+    for (const FlowFrames& frames : FramesOf(i)) {
+      if (frames.flow == document_.main_flow) continue;
+      visits[frames.flow].push_back({frames.frames.front().first, {ordinal, index++}});
+    }
+  }
+  for (model::Id flow = 1; flow < document_.flows.size(); ++flow) {
+    if (flow == document_.main_flow || document_.flows[flow].kind != model::FlowKind::kBody) continue;
+    std::stable_sort(visits[flow].begin(), visits[flow].end(),
+                     [](const auto& a, const auto& b) { return a.first < b.first; });
+    FlowChain& chain = designs_.chains_.emplace_back();
+    chain.flow = flow;
+    for (const auto& [place, visit] : visits[flow]) chain.visits.push_back(visit);
+  }
 }
 
 PageNumbering ReadPageNumbering(const model::Document& document) {
@@ -284,7 +312,9 @@ PageNumbering ReadPageNumbering(const model::Document& document) {
   return numbering;
 }
 
-PageDesigns::PageDesigns(const model::Document& document) { Builder(document, this).Run(); }
+PageDesigns::PageDesigns(const model::Document& document) : document_(document) {
+  Builder(document, this).Run();
+}
 
 bool PageDesigns::IsLeft(std::size_t ordinal, std::int64_t number) const {
   if (!double_sided_) return false;
@@ -304,6 +334,17 @@ const PageDesign& PageDesigns::Design(std::size_t ordinal, std::int64_t number) 
   const bool recorded = ordinal != 0 && ordinal <= recorded_.size();
   const Sides& sides = recorded ? recorded_[ordinal - 1] : further_;
   return IsLeft(ordinal, number) ? sides.left : sides.right;
+}
+
+std::vector<Column> PageDesigns::FurtherColumns(model::Id flow, std::size_t ordinal,
+                                                std::int64_t number) const {
+  const PageDesign& design = IsLeft(ordinal, number) ? further_.left : further_.right;
+  const std::string_view tag = document_.flows[flow].name;
+  for (const FlowColumns& other : design.others) {
+    if (other.tag == tag) return other.columns;
+  }
+  const bool as_main = document_.flows[document_.main_flow].name == tag;
+  return as_main ? design.columns : std::vector<Column>();
 }
 
 }  // namespace qelm::embedded::render

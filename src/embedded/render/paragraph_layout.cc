@@ -73,6 +73,23 @@ void AddIndicator(const Indicator& indicator, FontFormat* font) {
   }
 }
 
+// Breaking a word that is longer than a line costs what the rest of its item does, so that words of thousands
+// of letters are given borders of items. An attribute that says what holds anyway makes one.
+void DivideLongWords(std::string_view text, PangoAttrList* list) {
+  constexpr std::size_t kPiece = 1024;
+  const auto character_at = [text](std::size_t at) {
+    while (at < text.size() && (static_cast<unsigned char>(text[at]) & 0xC0) == 0x80) ++at;
+    return static_cast<std::uint32_t>(std::min(at, text.size()));
+  };
+  for (std::size_t begin = 0, end = 0; begin < text.size(); begin = end + 1) {
+    end = std::min(text.find(' ', begin), text.size());
+    for (std::size_t at = begin + kPiece; at < end; at += 2 * kPiece) {
+      Range{list, character_at(at), character_at(std::min(at + kPiece, end))}.Add(
+          pango_attr_fallback_new(TRUE));
+    }
+  }
+}
+
 // The character properties of a run as they are shown. `made` keeps those that no format has by itself.
 const FontFormat& FontOf(Setting& setting, const StoryRun& run, FontFormat* made) {
   const FontFormat* font = &setting.formats.Font(run.paragraph_state, run.font);
@@ -218,6 +235,7 @@ void LaidParagraph::SetAttributes(Setting& setting) {
     begin = run.end;
   }
   AddObjects(setting, list);
+  DivideLongWords(story_.text, list);
   pango_layout_set_attributes(layout_, list);
   pango_attr_list_unref(list);
 }

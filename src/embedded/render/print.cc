@@ -32,10 +32,11 @@ struct Job {
     DrawObjectsInLines(fonts.context());
   }
 
-  std::size_t Run(PageSink* sink, std::vector<FlowLayout::PageStart>* starts = nullptr) {
+  std::size_t Run(PageSink* sink, std::vector<PageStart>* starts = nullptr) {
+    setting.notices.clear();
     FlowLayout layout(setting, designs, page_style, first_page, sink);
     const std::size_t pages = layout.Run();
-    if (starts != nullptr) *starts = layout.page_starts();
+    if (starts != nullptr) *starts = layout.TakePageStarts();
     return pages;
   }
   // How many pages there are, where some text asks for it, is known when they were laid out once.
@@ -113,6 +114,7 @@ cairo_status_t Append(void* closure, const unsigned char* data, unsigned int len
 
 void AddNotices(const Job& job, const std::string& path, std::vector<std::string>* notices) {
   for (const std::string& missing : job.graphics.missing()) notices->push_back(path + ": " + missing);
+  for (const std::string& notice : job.setting.notices) notices->push_back(path + ": " + notice);
 }
 
 }  // namespace
@@ -341,17 +343,24 @@ std::string PrintPng(const PrintSource& source, const PrintOptions& options, std
   return std::move(sink.png_);
 }
 
-std::vector<PageAt> FindPages(const PrintSource& source) {
+FoundPages FindPages(const PrintSource& source) {
   Fonts fonts;
   Job job(source, PrintOptions(), fonts);
   Counter counter;
-  std::vector<FlowLayout::PageStart> starts;
-  job.Run(&counter, &starts);
-  std::vector<PageAt> pages;
-  for (FlowLayout::PageStart& start : starts) {
-    pages.push_back({start.item, start.number, std::move(start.text)});
+  std::vector<PageStart> starts;
+  FoundPages found;
+  found.count = job.Run(&counter, &starts);
+  const std::vector<model::Flow>& flows = source.document->flows;
+  auto start = starts.begin();
+  for (const model::Flow& flow : flows) {
+    const bool any = start != starts.end() && start->item < flow.end_item;
+    for (; start != starts.end() && start->item < flow.end_item; ++start) {
+      const auto ordinal = static_cast<std::size_t>(start->number - source.first_page + 1);
+      found.starts.push_back({start->item, ordinal, start->number, std::move(start->text)});
+    }
+    if (any) found.starts.push_back({flow.end_item, 0, 0, {}});
   }
-  return pages;
+  return found;
 }
 
 }  // namespace qelm::embedded::render

@@ -63,12 +63,18 @@ class PdfPrint {
 std::string PrintPng(const PrintSource& source, const PrintOptions& options, std::size_t page, double dpi,
                      std::vector<std::string>* notices, std::string* why);
 
-// Where the pages of a document begin as it would be printed, by item of its main flow.
+// Where the pages of a document begin as it would be printed, by item, flow after flow. Where a flow ends,
+// and what is behind stands on no page, the ordinal is 0.
 struct PageAt {
   std::uint32_t item = 0;
+  std::size_t ordinal = 0;  // from 1 in the document
   std::int64_t number = 0;
   std::string text;
 };
-std::vector<PageAt> FindPages(const PrintSource& source);
+struct FoundPages {
+  std::vector<PageAt> starts;
+  std::size_t count = 0;  // of pages
+};
+FoundPages FindPages(const PrintSource& source);
 
 }  // namespace qelm::embedded::render

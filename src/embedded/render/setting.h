@@ -48,6 +48,8 @@ struct ChangeBarStyle {
   enum class Side : std::uint8_t { kLeft, kRight, kInside, kOutside } side = Side::kLeft;
 };
 
+struct FrameTexts;
+
 struct Place {
   std::uint32_t item = 0;
   std::string name;  // in the PDF
@@ -76,13 +78,15 @@ struct Setting {
   std::unordered_map<std::uint32_t, std::string> note_numbers;
   std::unordered_set<std::uint32_t> table_note_parts;  // of the footnotes that lie in tables
 
-  std::unordered_set<std::string> placed;  // the places that were drawn
-  int open_frames = 0;                     // frames that are being drawn, one in the other
-  std::int64_t next_note = 1;              // before it is known on which page it stands
+  std::unordered_set<std::string> placed;   // the places that were drawn
+  std::shared_ptr<FrameTexts> frame_texts;  // of graphics whose text goes on in another one (frame_text.h)
+  int open_frames = 0;                      // frames that are being drawn, one in the other
+  std::int64_t next_note = 1;               // before it is known on which page it stands
   std::int64_t next_table_note = 1;
   double table_note_width = 468;
-  bool table_goes_on = false;  // what is read stands where a table is continued
-  std::string language;        // of the document, as in "en-us"; empty: not said
+  bool table_goes_on = false;        // what is read stands where a table is continued
+  std::vector<std::string> notices;  // of text that has no place
+  std::string language;              // of the document, as in "en-us"; empty: not said
 
   // Notes where the document's own targets are, for those that `namer` has a name for.
   void FindPlaces(const PlaceNamer& namer);

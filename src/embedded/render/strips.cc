@@ -6,23 +6,23 @@ namespace qelm::embedded::render {
 
 bool StripMaker::Give(Strip&& strip) { return (*take_)(std::move(strip)); }
 
-void StripMaker::Run(std::uint32_t first, std::uint32_t end, const TakeStrip& take) {
+bool StripMaker::Step(const TakeStrip& take) {
   take_ = &take;
-  StoryReader reader(setting_, first, end, depth_);
   StoryParagraph story;
-  while (reader.Next(&story)) {
-    if (!AddParagraph(std::move(story))) return;
+  return reader_->Next(&story) && AddParagraph(std::move(story));
+}
+
+void StripMaker::Run(std::uint32_t first, std::uint32_t end, const TakeStrip& take) {
+  Begin(first, end);
+  while (Step(take)) {
   }
 }
 
 void StripMaker::RunNote(std::uint32_t part, const TakeStrip& take) {
-  take_ = &take;
   const model::Part& note = setting_.document.parts[part];
-  StoryReader reader(setting_, note.first_item + 1, note.end_item - 1, depth_);
-  reader.BeginWithNote(part);
-  StoryParagraph story;
-  while (reader.Next(&story)) {
-    if (!AddParagraph(std::move(story))) return;
+  Begin(note.first_item + 1, note.end_item - 1);
+  reader_->BeginWithNote(part);
+  while (Step(take)) {
   }
 }
 

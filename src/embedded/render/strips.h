@@ -6,6 +6,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <vector>
 
 #include "embedded/render/page.h"
@@ -26,6 +27,10 @@ class StripMaker {
     side_width_ = side_width;
   }
 
+  // Begins with the items [first, end).
+  void Begin(std::uint32_t first, std::uint32_t end) { reader_.emplace(setting_, first, end, depth_); }
+  // Sets the next paragraph of them and the tables behind it. False when there is none, or `take` ended it.
+  bool Step(const TakeStrip& take);
   // Sets the items [first, end).
   void Run(std::uint32_t first, std::uint32_t end, const TakeStrip& take);
   // Sets the text of a footnote, which begins with its number.
@@ -46,6 +51,7 @@ class StripMaker {
   std::uint32_t depth_;
   double width_ = 0;
   double side_width_ = 0;
+  std::optional<StoryReader> reader_;
   const TakeStrip* take_ = nullptr;
   bool keep_next_ = false;     // what comes next stays with what was before
   std::vector<Strip> behind_;  // frames that come behind the line at hand

@@ -49,6 +49,15 @@ struct EdgeName {
 constexpr std::array kEdgeNames = {EdgeName{"CellLRuling", kLeftEdge}, EdgeName{"CellTRuling", kTopEdge},
                                    EdgeName{"CellRRuling", kRightEdge}, EdgeName{"CellBRuling", kBottomEdge}};
 
+// Makes of a strip what stands on further pages of a table.
+void MakeCopy(Strip* strip) {
+  strip->table.reset();
+  strip->begins.reset();
+  strip->first_item = model::kNoIndex;
+  strip->notes.clear();
+  for (Mark& mark : strip->marks) mark.repeated = true;
+}
+
 class TableSetter {
  public:
   TableSetter(Setting& setting, std::uint32_t part, double width, std::uint32_t depth, const TakeStrip& take)
@@ -67,7 +76,9 @@ class TableSetter {
  private:
   void ReadColumns(double width);
   void ReadSections();
+  void SetFooting(const model::Part& footing);
   bool AddRow(std::uint32_t part, ElementKind section);
+  void MarkCovered(Row* row);
   Row ReadRow(std::uint32_t part, ElementKind section) const;
   void ReadCellLook(Cell* cell) const;
   void SetCell(Cell* cell, std::size_t column);
@@ -95,10 +106,14 @@ class TableSetter {
   std::shared_ptr<TableParts> parts_;
   std::vector<double> left_;  // of each column, and the right edge of the last
   std::vector<Row> rows_;     // that wait to be set together
+  std::size_t reach_ = 0;     // how many of them and of those behind them their cells reach over
+  std::vector<std::size_t>
+      covered_to_;            // by column, how many rows from the first are covered by a cell above
   std::optional<Row> above_;  // the row before them
   std::vector<Strip> title_;
   std::vector<std::shared_ptr<NoteBlock>> notes_;
   std::uint32_t counts_[3] = {0, 0, 0};  // rows by section
+  std::vector<Strip>* kept_ = nullptr;   // where strips go instead of being given
   bool closing_ = false;                 // the rows that wait are the last
   bool first_ = true;                    // no strip was given yet
   bool glued_ = false;                   // the next strip stays with the one before
@@ -172,14 +187,43 @@ bool TableSetter::Run(bool glued) {
   return going;
 }
 
-// The title, which is repeated with the heading, comes before the rows wherever it stands.
+// What is repeated comes before the rows, wherever it stands.
 void TableSetter::ReadSections() {
   for (std::uint32_t i = table_.first_item + 1; i + 1 < table_.end_item; ++i) {
     const model::Item& item = document_.items[i];
     if (item.kind != ItemKind::kPartBegin) continue;
-    if (document_.parts[item.ref].kind == ElementKind::kTableTitle) SetTitle(item.ref);
-    break;
+    const model::Part& part = document_.parts[item.ref];
+    if (part.kind == ElementKind::kTableTitle) SetTitle(item.ref);
+    if (part.kind == ElementKind::kTableFooting) SetFooting(part);
+    i = part.end_item - 1;
   }
+}
+
+// The footing as it stands where the table is broken off; at its end it comes with the other rows.
+void TableSetter::SetFooting(const model::Part& footing) {
+  const std::int64_t next_note = setting_.next_table_note;
+  const std::size_t notes = notes_.size();
+  const bool glued = glued_;
+  kept_ = &parts_->footing;
+  above_.emplace().section = ElementKind::kTableBody;
+  for (std::uint32_t i = footing.first_item + 1; i + 1 < footing.end_item; ++i) {
+    const model::Item& item = document_.items[i];
+    if (item.kind != ItemKind::kPartBegin) continue;
+    AddRow(item.ref, ElementKind::kTableFooting);
+    i = document_.parts[item.ref].end_item - 1;
+  }
+  SetRows(!format_.bottom_ruling_last);
+  kept_ = nullptr;
+  glued_ = glued;
+  above_.reset();
+  counts_[2] = 0;
+  notes_.resize(notes);
+  setting_.next_table_note = next_note;
+  for (Strip& strip : parts_->footing) {
+    MakeCopy(&strip);
+    strip.space_after = 0;
+  }
+  parts_->footing_height = StackedHeight(parts_->footing);
 }
 
 void TableSetter::SetTitle(std::uint32_t part) {
@@ -207,12 +251,7 @@ void TableSetter::SetTitle(std::uint32_t part) {
   setting_.table_goes_on = true;
   parts_->heading = set_title();
   setting_.table_goes_on = false;
-  for (Strip& strip : parts_->heading) {
-    strip.begins.reset();
-    strip.first_item = model::kNoIndex;
-    strip.notes.clear();
-    for (Mark& mark : strip.marks) mark.repeated = true;
-  }
+  for (Strip& strip : parts_->heading) MakeCopy(&strip);
   parts_->heading.back().space_after = format_.title_gap;
   parts_->heading_height = StackedHeight(parts_->heading) + format_.title_gap;
 }
@@ -224,6 +263,10 @@ void TableSetter::Collect(Strip* strip) {
 }
 
 bool TableSetter::Emit(Strip&& strip) {
+  if (kept_ != nullptr) {
+    kept_->push_back(std::move(strip));
+    return true;
+  }
   if (first_) {
     strip.space_before = std::max(strip.space_before, format_.space_before);
     strip.start = format_.start;
@@ -249,35 +292,34 @@ bool TableSetter::EmitNotes() {
 bool TableSetter::AddRow(std::uint32_t part, ElementKind section) {
   const model::Part& row = document_.parts[part];
   if (row.deleted || !setting_.shown[row.conditions]) return true;
-  std::size_t reach = 0;
-  for (std::size_t i = 0; i < rows_.size(); ++i) {
-    for (const Cell& cell : rows_[i].cells) {
-      if (!cell.covered) reach = std::max(reach, i + cell.rows);
-    }
-  }
   constexpr std::size_t kMostTogether = 500;
-  const bool together = reach > rows_.size() && rows_.size() < kMostTogether && !rows_.empty() &&
+  const bool together = reach_ > rows_.size() && rows_.size() < kMostTogether && !rows_.empty() &&
                         rows_.front().section == section;
   if (!together && !SetRows(false)) return false;
   rows_.push_back(ReadRow(part, section));
   Row& added = rows_.back();
   added.body_index =
       counts_[static_cast<std::size_t>(section) - static_cast<std::size_t>(ElementKind::kTableHeading)]++;
-  // Cells under a straddle are there and empty.
-  for (std::size_t c = 0; c < added.cells.size(); ++c) {
-    Cell& cell = added.cells[c];
-    for (std::size_t left = 0; left < c; ++left) {
-      cell.covered = cell.covered || (!added.cells[left].covered && left + added.cells[left].columns > c);
-    }
-    for (std::size_t r = 0; r + 1 < rows_.size() && !cell.covered; ++r) {
-      for (std::size_t left = 0; left <= c && left < rows_[r].cells.size(); ++left) {
-        const Cell& other = rows_[r].cells[left];
-        cell.covered =
-            cell.covered || (!other.covered && left + other.columns > c && r + other.rows > rows_.size() - 1);
-      }
+  MarkCovered(&added);
+  return true;
+}
+
+// Cells under a straddle are there and empty.
+void TableSetter::MarkCovered(Row* row) {
+  const std::size_t index = rows_.size() - 1;
+  const std::size_t count = row->cells.size();
+  if (covered_to_.size() < count) covered_to_.resize(count, 0);
+  std::size_t across = 0;  // how far the cell to the left reaches
+  for (std::size_t c = 0; c < count; ++c) {
+    Cell& cell = row->cells[c];
+    cell.covered = c < across || index < covered_to_[c];
+    if (cell.covered) continue;
+    across = std::max(across, c + cell.columns);
+    reach_ = std::max(reach_, index + cell.rows);
+    for (std::size_t i = c; cell.rows > 1 && i < std::min(across, count); ++i) {
+      covered_to_[i] = std::max(covered_to_[i], index + cell.rows);
     }
   }
-  return true;
 }
 
 Row TableSetter::ReadRow(std::uint32_t part, ElementKind section) const {
@@ -381,15 +423,16 @@ bool TableSetter::SetRows(bool last) {
     glued_ = heading || row.with_next;
     strip.start = row.start;
     strip.first_item = document_.parts[row.part].first_item;
-    if (last && r + 1 == rows_.size()) strip.space_after = format_.space_after;
+    strip.ends_table = last && r + 1 == rows_.size();
+    if (strip.ends_table) strip.space_after = format_.space_after;
     if (heading) {
       Strip again = strip;
-      again.first_item = model::kNoIndex;
-      for (Mark& mark : again.marks) mark.repeated = true;
+      MakeCopy(&again);
       parts_->heading_height += again.height;
       parts_->heading.push_back(std::move(again));
     } else {
       strip.table = parts_;
+      strip.foots = row.section == ElementKind::kTableFooting;
       body_rows_ += body ? 1 : 0;
     }
     going = Emit(std::move(strip));
@@ -397,6 +440,8 @@ bool TableSetter::SetRows(bool last) {
   above_ = std::move(rows_.back());
   for (Cell& cell : above_->cells) cell.strips.clear();
   rows_.clear();
+  reach_ = 0;
+  covered_to_.clear();
   return going;
 }
 
