@@ -14,7 +14,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     qelm::fuzz::Check(!error.empty(), "a refusal does not say why");
     return 0;
   }
-  const std::string source = book->tree.source;
+  const std::string source(book->tree.source);
   qelm::fuzz::Check(BookPieces(*book).Joined() == source, "saving changed a book that nobody edited");
   if (component >= book->components.size()) return 0;
   if (edit == 1) SetEntryText(book.get(), component, "a `text' with \\ in it");

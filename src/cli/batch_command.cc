@@ -20,6 +20,7 @@
 #include "filtering/batch_filter.h"
 #include "filtering/batch_names.h"
 #include "filtering/batch_scheme.h"
+#include "filtering/staged_files.h"
 #include "host/contexts.h"
 #include "schemes/scheme_loading.h"
 
@@ -68,6 +69,36 @@ void AddFile(const std::string& path, Json* files) {
   files->push_back(state.is_null() ? Json(path) : state);
 }
 
+// Adds the files that the document shows, takes text from or refers to; of those that were not known the
+// insets go into `insets`.
+void AddLinks(host::Host& host, host::Id document, std::set<std::string>* paths,
+              std::vector<std::string>* insets) {
+  std::vector<host::Link> links;
+  if (document == host::kNone || !host.links.Read(document, &links)) return;
+  for (const host::Link& link : links) {
+    // What a cross-reference says comes from the file that it leads to.
+    if (link.path.empty() || link.kind == host::LinkKind::kHypertext) continue;
+    const bool is_new = paths->insert(link.path).second;
+    if (is_new && link.kind == host::LinkKind::kTextInset) insets->push_back(link.path);
+  }
+}
+
+// All files that decide, besides the documents themselves, what these show: insets may have insets.
+std::set<std::string> FilesBehind(host::Host& host, const std::vector<host::Id>& documents) {
+  std::set<std::string> paths;
+  std::vector<std::string> insets;
+  for (const host::Id document : documents) AddLinks(host, document, &paths, &insets);
+  while (!insets.empty()) {
+    const std::string path = std::move(insets.back());
+    insets.pop_back();
+    host::OpenStatus status = host::OpenStatus::kUnreadable;
+    const host::Id inset = host.documents.Open(path, {.visible = false, .suppress_alerts = true}, &status);
+    AddLinks(host, inset, &paths, &insets);
+    if (status == host::OpenStatus::kOpened) host.documents.Close(inset, /*discard=*/true);
+  }
+  return paths;
+}
+
 class BatchCommand : public Command {
  public:
   CLI::App* Define(CLI::App& program) override;
@@ -78,10 +109,13 @@ class BatchCommand : public Command {
   Json Inputs(Session& session, const BatchRequest& request);
   Json SourceFiles(Session& session, const BatchRequest& request);
   filtering::BatchHooks Hooks(Session& session, const BatchRequest& request);
-  void Begin(Session& session, const BatchRequest& request, const std::vector<BatchScheme>& schemes);
+  void Begin(Session& session, const BatchRequest& request, std::vector<BatchScheme>* schemes);
   std::optional<BatchOutcome> OutcomeOf(Session& session, const BatchScheme& scheme);
   BatchOutcome Taken(Session& session, std::int32_t number);
-  void Keep(const BatchScheme& scheme, const BatchOutcome& outcome) const;
+  BatchOutcome Handed(Session& session, BatchWorkers::Result result);
+  std::optional<BatchOutcome> Left(Session& session, const BatchScheme& scheme);
+  Json Notices(const Session& session) const;
+  void Keep(const BatchScheme& scheme, const BatchOutcome& outcome);
   Outcome Tell(Session& session, const BatchRun& run) const;
   std::string Nearest(Session& session) const;
   std::string TextOf(const BatchRun& run) const;
@@ -103,7 +137,8 @@ class BatchCommand : public Command {
   std::map<std::int32_t, BatchOutcome> kept_;    // schemes that need not be done again
   std::map<std::int32_t, BatchScheme> schemes_;  // of this run
   std::unique_ptr<BatchWorkers> workers_;
-  std::vector<std::string> alerts_;  // of the workers
+  std::vector<std::string> alerts_;   // of the workers
+  std::vector<std::string> notices_;  // likewise
 };
 
 CLI::App* BatchCommand::Define(CLI::App& program) {
@@ -196,18 +231,7 @@ Json BatchCommand::SourceFiles(Session& session, const BatchRequest& request) {
   } else if (source.id() != host::kNone) {
     documents.push_back(source.id());
   }
-  std::vector<host::Link> links;
-  std::set<std::string> paths;
-  for (const host::Id document : documents) {
-    if (document == host::kNone || !host.links.Read(document, &links)) continue;
-    for (const host::Link& link : links) {
-      // What a cross-reference says comes from the file that it leads to.
-      const bool read = link.kind == host::LinkKind::kTextInset || link.kind == host::LinkKind::kGraphic ||
-                        link.kind == host::LinkKind::kCrossReference;
-      if (read && !link.path.empty()) paths.insert(link.path);
-    }
-  }
-  for (const std::string& path : paths) AddFile(path, &files);
+  for (const std::string& path : FilesBehind(host, documents)) AddFile(path, &files);
   return files;
 }
 
@@ -236,10 +260,10 @@ Json BatchCommand::Inputs(Session& session, const BatchRequest& request) {
   return inputs;
 }
 
-void BatchCommand::Begin(Session& session, const BatchRequest& request,
-                         const std::vector<BatchScheme>& schemes) {
+void BatchCommand::Begin(Session& session, const BatchRequest& request, std::vector<BatchScheme>* schemes) {
   std::vector<BatchScheme> left;
-  for (const BatchScheme& scheme : schemes) {
+  for (BatchScheme& scheme : *schemes) {
+    scheme.replaces_own = records_->IsAsWritten(scheme);
     schemes_[scheme.number] = scheme;
     std::optional<BatchOutcome> kept = resume_ ? records_->Find(scheme) : std::nullopt;
     if (kept) {
@@ -249,22 +273,37 @@ void BatchCommand::Begin(Session& session, const BatchRequest& request,
     }
   }
   if (jobs_ < 2 || left.size() < 2) return;
-  held_.reset();
   BatchWorkers::Hooks hooks;
   hooks.before = [this](const BatchScheme& scheme) { records_->Forget(scheme); };
+  Environment environment = session.environment();
+  environment.documents = session.host().ShareDocuments();
+  held_.reset();
   hooks.after = [this](const BatchScheme& scheme, const BatchOutcome& outcome) { Keep(scheme, outcome); };
-  workers_ = std::make_unique<BatchWorkers>(session.options(), session.environment(), request,
-                                            std::move(left), static_cast<std::size_t>(jobs_), hooks);
+  workers_ = std::make_unique<BatchWorkers>(session.options(), environment, request, std::move(left),
+                                            static_cast<std::size_t>(jobs_), hooks);
 }
 
 BatchOutcome BatchCommand::Taken(Session& session, std::int32_t number) {
   const auto cancelled = [&session] {
     return session.roles().user.EscPressed() && session.plugin().messenger.Ask("QELM_MSG_FILTER_20");
   };
-  BatchWorkers::Result result = workers_->Take(number, cancelled);
+  return Handed(session, workers_->Take(number, cancelled));
+}
+
+// Passes on what a worker's session had to say.
+BatchOutcome BatchCommand::Handed(Session& session, BatchWorkers::Result result) {
   session.environment().err << result.messages << std::flush;
   alerts_.insert(alerts_.end(), result.alerts.begin(), result.alerts.end());
+  notices_.insert(notices_.end(), result.notices.begin(), result.notices.end());
   return std::move(result.outcome);
+}
+
+// What is complete from before, or through beside the scheme at which the batch was cancelled.
+std::optional<BatchOutcome> BatchCommand::Left(Session& session, const BatchScheme& scheme) {
+  const auto kept = kept_.find(scheme.number);
+  if (kept != kept_.end()) return kept->second;
+  std::optional<BatchWorkers::Result> result = workers_ ? workers_->Left(scheme.number) : std::nullopt;
+  return result ? std::optional(Handed(session, std::move(*result))) : std::nullopt;
 }
 
 std::optional<BatchOutcome> BatchCommand::OutcomeOf(Session& session, const BatchScheme& scheme) {
@@ -275,7 +314,7 @@ std::optional<BatchOutcome> BatchCommand::OutcomeOf(Session& session, const Batc
   return std::nullopt;
 }
 
-void BatchCommand::Keep(const BatchScheme& scheme, const BatchOutcome& outcome) const {
+void BatchCommand::Keep(const BatchScheme& scheme, const BatchOutcome& outcome) {
   if (outcome.complete) records_->Keep(scheme, outcome);
 }
 
@@ -286,10 +325,11 @@ filtering::BatchHooks BatchCommand::Hooks(Session& session, const BatchRequest& 
       return shard.Has(scheme.number);
     };
   }
-  hooks.begin = [this, &session, &request](const std::vector<BatchScheme>& schemes) {
+  hooks.begin = [this, &session, &request](std::vector<BatchScheme>* schemes) {
     Begin(session, request, schemes);
   };
   hooks.outcome_of = [this, &session](const BatchScheme& scheme) { return OutcomeOf(session, scheme); };
+  hooks.left = [this, &session](const BatchScheme& scheme) { return Left(session, scheme); };
   hooks.done = [this](const BatchOutcome& outcome) {
     if (!workers_ && !kept_.contains(outcome.number)) Keep(schemes_[outcome.number], outcome);
   };
@@ -307,13 +347,27 @@ Outcome BatchCommand::Run(Session& session) {
   const std::string pattern = request.output_pattern;
   const std::string folder = common::IsAbsolutePath(pattern) ? filtering::FixedFolder(pattern)
                                                              : std::string(common::FolderOf(request.source));
-  records_.emplace(common::JoinPath(folder, kRecordFolder), Inputs(session, request));
+  records_.emplace(common::JoinPath(folder, kRecordFolder), request.source + '\n' + request.configuration,
+                   Inputs(session, request));
+  // Other parts of the batch may be writing there.
+  if (resume_ && shard_text_.empty()) {
+    const std::string report = request.settings.bf_report_filename_pattern;
+    filtering::RemoveUnfinished(session.platform(), folder);
+    if (!report_.empty()) {
+      filtering::RemoveUnfinished(session.platform(), std::string(common::FolderOf(report)));
+    }
+  }
   filtering::BatchContext context = BatchContextOf(session.plugin());
   const BatchRun run = filtering::RunBatchFilter(context, request, Hooks(session, request));
   workers_.reset();
   held_.reset();
   session.roles().documents.Close(source, /*discard=*/true);
   session.ShowNotices();
+  if (!session.options().quiet) {
+    for (const std::string& trouble : records_->Troubles()) {
+      session.environment().err << "note: " << trouble << std::endl;
+    }
+  }
   return Tell(session, run);
 }
 
@@ -325,6 +379,18 @@ std::string BatchCommand::Nearest(Session& session) const {
     if (scheme.kind == schemes::SchemeKind::kFilter) names.push_back(scheme.category);
   }
   return DidYouMean(category_, names);
+}
+
+// What was noticed of files, once: the source is opened for every scheme.
+Json BatchCommand::Notices(const Session& session) const {
+  Json notices = Json::array();
+  std::set<std::string> seen;
+  for (const std::vector<std::string>& texts : {session.Notices(), records_->Troubles(), notices_}) {
+    for (const std::string& text : texts) {
+      if (seen.insert(text).second) notices.push_back(text);
+    }
+  }
+  return notices;
 }
 
 std::string BatchCommand::TextOf(const BatchRun& run) const {
@@ -353,6 +419,7 @@ Outcome BatchCommand::Tell(Session& session, const BatchRun& run) const {
   }
   outcome.members["report"] = run.report.empty() ? Json(nullptr) : Json(ShownPath(run.report));
   outcome.members["schemes"] = std::move(schemes);
+  outcome.members["notices"] = Notices(session);
   for (const std::string& alert : alerts_) outcome.members["scheme_alerts"].push_back(alert);
   outcome.text = TextOf(run);
   outcome.status = clean ? ExitStatus::kDone : ExitStatus::kFound;
@@ -367,8 +434,9 @@ Outcome BatchCommand::Tell(Session& session, const BatchRun& run) const {
                   {{"result", run.result}, {"schemes", Json::array()}});
   }
   session.environment().out << (session.options().json ? std::string() : outcome.text);
+  outcome.members["result"] = run.result;
   throw Failure(ExitStatus::kCancelled, session.target() + ": cancelled; what was complete before stays",
-                {{"result", run.result}, {"schemes", outcome.members["schemes"]}});
+                std::move(outcome.members));
 }
 
 }  // namespace

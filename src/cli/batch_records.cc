@@ -1,5 +1,8 @@
 #include "cli/batch_records.h"
 
+#include <algorithm>
+#include <array>
+#include <charconv>
 #include <filesystem>
 #include <fstream>
 
@@ -15,6 +18,16 @@ using filtering::BatchOutcome;
 using filtering::BatchScheme;
 using filtering::BatchStep;
 using Json = nlohmann::ordered_json;
+
+// FNV-1a, which gives the same everywhere.
+std::string HashText(std::string_view text) {
+  std::uint64_t hash = 0xCBF29CE484222325ULL;
+  for (const char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3ULL;
+  constexpr int kHexadecimal = 16;
+  std::array<char, 2 * sizeof hash> digits{};
+  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), hash, kHexadecimal);
+  return {digits.data(), end.ptr};
+}
 
 Json StepJson(const BatchStep& step) {
   return {{"format", step.format},
@@ -80,35 +93,69 @@ Json FileState(const std::string& path) {
   return {{"path", path}, {"size", size}, {"time", time.time_since_epoch().count()}};
 }
 
+// Schemes of other batches and categories may have the same number and name.
 std::string BatchRecords::PathOf(const BatchScheme& scheme) const {
-  const std::string number = std::to_string(scheme.number);
-  return common::JoinPath(folder_, number + "-" + filtering::SafeName(scheme.name) + ".json");
+  const std::string whose = batch_ + '\n' + scheme.category + '\n' + scheme.name + '\n' + scheme.folder;
+  const std::string name = std::to_string(scheme.number) + "-" + filtering::SafeName(scheme.name) + "-";
+  return common::JoinPath(folder_, name + HashText(whose) + ".json");
+}
+
+void BatchRecords::Note(std::string trouble) {
+  const std::scoped_lock lock(mutex_);
+  troubles_.push_back(std::move(trouble));
+}
+
+std::vector<std::string> BatchRecords::Troubles() const {
+  const std::scoped_lock lock(mutex_);
+  return troubles_;
+}
+
+// Nothing for a record that is damaged: the scheme is done again.
+std::optional<Json> BatchRecords::Read(const BatchScheme& scheme) const {
+  std::ifstream file(PathOf(scheme), std::ios::binary);
+  if (!file) return std::nullopt;
+  Json record = Json::parse(file, nullptr, /*allow_exceptions=*/false);
+  return record.is_object() ? std::optional(std::move(record)) : std::nullopt;
 }
 
 std::optional<BatchOutcome> BatchRecords::Find(const BatchScheme& scheme) const {
-  std::ifstream file(PathOf(scheme), std::ios::binary);
-  if (!file) return std::nullopt;
+  const std::optional<Json> record = Read(scheme);
+  if (!record) return std::nullopt;
   try {
-    const Json record = Json::parse(file);
-    if (record.at("inputs") != inputs_) return std::nullopt;
-    const Json& outcome = record.at("outcome");
-    if (outcome.at("name") != scheme.name || outcome.at("folder") != scheme.folder) return std::nullopt;
+    if (record->at("inputs") != inputs_) return std::nullopt;
+    const Json& outcome = record->at("outcome");
     for (const Json& known : outcome.at("files")) {
       if (!known.is_object() || FileState(known.at("path")) != known) return std::nullopt;
     }
     return OutcomeOf(outcome);
   } catch (const Json::exception&) {
-    return std::nullopt;  // damaged: the scheme is done again
+    return std::nullopt;
   }
 }
 
-bool BatchRecords::Forget(const BatchScheme& scheme) const {
-  std::error_code error;
-  fs::remove(PathOf(scheme), error);
-  return !error;
+bool BatchRecords::IsAsWritten(const BatchScheme& scheme) const {
+  const std::optional<Json> record = Read(scheme);
+  if (!record) return false;
+  try {
+    const Json& outcome = record->at("outcome");
+    const Json state = FileState(outcome.at("output"));
+    const Json& files = outcome.at("files");
+    return !state.is_null() && std::find(files.begin(), files.end(), state) != files.end();
+  } catch (const Json::exception&) {
+    return false;
+  }
 }
 
-void BatchRecords::Keep(const BatchScheme& scheme, const BatchOutcome& outcome) const {
+void BatchRecords::Forget(const BatchScheme& scheme) {
+  std::error_code error;
+  const std::string path = PathOf(scheme);
+  fs::remove(path, error);
+  if (!error) return;
+  Note(path + ": the record of an earlier run cannot be removed (" + error.message() +
+       "); a run with --resume may take the scheme for complete");
+}
+
+void BatchRecords::Keep(const BatchScheme& scheme, const BatchOutcome& outcome) {
   std::error_code error;
   fs::create_directories(folder_, error);
   const std::string path = PathOf(scheme);
@@ -118,8 +165,11 @@ void BatchRecords::Keep(const BatchScheme& scheme, const BatchOutcome& outcome) 
                                                                            Json::error_handler_t::replace)
        << '\n';
   file.close();
-  if (file) fs::rename(beside, path, error);
-  if (!file || error) fs::remove(beside, error);
+  const bool written = static_cast<bool>(file);
+  if (written) fs::rename(beside, path, error);
+  if (written && !error) return;
+  fs::remove(beside, error);
+  Note(path + ": the record of the scheme cannot be written; a run with --resume will do it again");
 }
 
 }  // namespace qelm::cli

@@ -4,9 +4,11 @@
 // record is one that has to be done.
 #pragma once
 
+#include <mutex>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "filtering/batch_run.h"
 
@@ -16,26 +18,37 @@ nlohmann::ordered_json OutcomeJson(const filtering::BatchOutcome& outcome);
 
 class BatchRecords {
  public:
-  // The folder is made with the first record. `inputs` is everything that decides what comes of the schemes;
-  // a record holds only for the same inputs.
-  BatchRecords(std::string folder, nlohmann::ordered_json inputs)
-      : folder_(std::move(folder)), inputs_(std::move(inputs)) {}
+  // The folder is made with the first record. `batch` tells the batch from others with records in the folder.
+  // `inputs` is everything that decides what comes of the schemes; a record holds only for the same inputs.
+  BatchRecords(std::string folder, std::string batch, nlohmann::ordered_json inputs)
+      : folder_(std::move(folder)), batch_(std::move(batch)), inputs_(std::move(inputs)) {}
 
   // What came of the scheme, when its record holds: the inputs are the same, and its files are there as they
   // were written.
   std::optional<filtering::BatchOutcome> Find(const filtering::BatchScheme& scheme) const;
 
-  // Before a scheme is run. False when a record is there and cannot be removed.
-  bool Forget(const filtering::BatchScheme& scheme) const;
+  // Whether the scheme's output is as its record has it, whatever it was made from.
+  bool IsAsWritten(const filtering::BatchScheme& scheme) const;
 
-  // When its files are complete. A record that cannot be written is as good as none.
-  void Keep(const filtering::BatchScheme& scheme, const filtering::BatchOutcome& outcome) const;
+  // Before a scheme is run, from any thread.
+  void Forget(const filtering::BatchScheme& scheme);
+
+  // When its files are complete, from any thread.
+  void Keep(const filtering::BatchScheme& scheme, const filtering::BatchOutcome& outcome);
+
+  // The records that could not be removed or written, each with what follows from that.
+  std::vector<std::string> Troubles() const;
 
  private:
   std::string PathOf(const filtering::BatchScheme& scheme) const;
+  std::optional<nlohmann::ordered_json> Read(const filtering::BatchScheme& scheme) const;
+  void Note(std::string trouble);
 
   std::string folder_;
+  std::string batch_;
   nlohmann::ordered_json inputs_;
+  mutable std::mutex mutex_;
+  std::vector<std::string> troubles_;
 };
 
 // A file as a record knows it: path, size and the time of its last change; null for one that is not there.

@@ -6,7 +6,6 @@
 #include <sstream>
 
 #include "cli/session.h"
-#include "common/result_codes.h"
 #include "filtering/batch_filter.h"
 #include "filtering/batch_scheme.h"
 #include "host/contexts.h"
@@ -30,13 +29,8 @@ Options Unattended(Options options) {
   return options;
 }
 
-BatchOutcome Lost(const BatchScheme& scheme, std::int32_t result, std::string why) {
-  BatchOutcome outcome;
-  outcome.number = scheme.number;
-  outcome.name = scheme.name;
-  outcome.folder = scheme.folder;
-  outcome.result = result;
-  outcome.cancelled = result == common::kCancelled;
+BatchOutcome Lost(const BatchScheme& scheme, std::string why) {
+  BatchOutcome outcome = filtering::OutcomeFor(scheme);
   outcome.steps.push_back({filtering::kErrorLine, false, true, {}, std::move(why)});
   return outcome;
 }
@@ -86,8 +80,10 @@ void BatchWorkers::Work() {
   environment.esc = [this] { return cancel_.load(); };
   environment.version = environment_.version;
   environment.plugin_folders = environment_.plugin_folders;
+  environment.documents = environment_.documents;
   std::optional<Workplace> place;
   std::size_t alerts = 0;
+  std::size_t notices = 0;
   for (std::size_t index = next_++; index < schemes_.size(); index = next_++) {
     const BatchScheme& scheme = schemes_[index];
     Result result;
@@ -104,8 +100,11 @@ void BatchWorkers::Work() {
       const std::vector<std::string>& said = place->session.Alerts();
       result.alerts.assign(said.begin() + static_cast<std::ptrdiff_t>(alerts), said.end());
       alerts = said.size();
+      const std::vector<std::string> noticed = place->session.Notices();
+      result.notices.assign(noticed.begin() + static_cast<std::ptrdiff_t>(notices), noticed.end());
+      notices = noticed.size();
     } catch (const std::exception& problem) {
-      result.outcome = Lost(scheme, 0, problem.what());
+      result.outcome = Lost(scheme, problem.what());
     }
     result.messages = err.str();
     err.str({});
@@ -129,11 +128,21 @@ BatchWorkers::Result BatchWorkers::Take(std::int32_t number, const std::function
     lock.lock();
     if (cancel_ && !results_.contains(number)) {
       for (const BatchScheme& scheme : schemes_) {
-        if (scheme.number == number) return {Lost(scheme, common::kCancelled, "cancelled"), {}, {}};
+        if (scheme.number != number) continue;
+        Result result{filtering::OutcomeFor(scheme)};
+        result.outcome.begun = false;
+        result.outcome.cancelled = true;
+        return result;
       }
     }
   }
   return std::move(results_[number]);
+}
+
+std::optional<BatchWorkers::Result> BatchWorkers::Left(std::int32_t number) {
+  const std::scoped_lock lock(mutex_);
+  const auto found = results_.find(number);
+  return found == results_.end() ? std::nullopt : std::optional(std::move(found->second));
 }
 
 }  // namespace qelm::cli

@@ -8,6 +8,7 @@
 #include <functional>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -21,8 +22,9 @@ class BatchWorkers {
  public:
   struct Result {
     filtering::BatchOutcome outcome;
-    std::string messages;             // what the session had to say
-    std::vector<std::string> alerts;  // of it, what the plug-in said
+    std::string messages = {};              // what the session had to say
+    std::vector<std::string> alerts = {};   // of it, what the plug-in said
+    std::vector<std::string> notices = {};  // and what the host noticed of files
   };
   // Called by the workers around each scheme, from their threads.
   struct Hooks {
@@ -30,7 +32,7 @@ class BatchWorkers {
     std::function<void(const filtering::BatchScheme&, const filtering::BatchOutcome&)> after;
   };
 
-  // Begins with the schemes, `count` at once. The environment outlives this.
+  // Begins with the schemes, `count` at once.
   BatchWorkers(const Options& options, const Environment& environment, const filtering::BatchRequest& request,
                std::vector<filtering::BatchScheme> schemes, std::size_t count, Hooks hooks);
   // Waits for the schemes that are begun.
@@ -41,13 +43,15 @@ class BatchWorkers {
   // Waits for what came of the scheme of that number, and asks `cancelled` now and then. When that says so,
   // the schemes under work are cancelled, and no other is begun.
   Result Take(std::int32_t number, const std::function<bool()>& cancelled);
+  // After a Take that was cancelled: the same for a scheme that was begun before; nothing for any other.
+  std::optional<Result> Left(std::int32_t number);
 
  private:
   void Work();
   void Hand(std::int32_t number, Result result);
 
   Options options_;
-  const Environment& environment_;
+  Environment environment_;  // that of the main session, with what it has read
   filtering::BatchRequest request_;
   std::vector<filtering::BatchScheme> schemes_;
   Hooks hooks_;

@@ -4,8 +4,13 @@
 
 #include <functional>
 #include <iosfwd>
+#include <memory>
 #include <string>
 #include <vector>
+
+namespace qelm::embedded::adapter {
+class SharedDocuments;
+}
 
 namespace qelm::cli {
 
@@ -19,6 +24,8 @@ struct Environment {
   std::function<bool()> esc = {};  // whether Esc (Ctrl-C) was pressed since the last call
   std::string version = {};
   std::vector<std::string> plugin_folders = {};  // the first one that exists is the plug-in's folder
+  // What another session of the process has read, so that this one need not read it again.
+  std::shared_ptr<const embedded::adapter::SharedDocuments> documents = {};
 };
 
 // The environment of this process, with Ctrl-C as Esc from now on: the first press is Esc, a second one ends

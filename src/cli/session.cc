@@ -89,6 +89,7 @@ void Session::Start(bool install) {
   embedded::adapter::EmbeddedHost::Options host;
   host.plugin_folder = PluginFolder();
   host.major_version = options_.host_version;
+  host.documents = environment_.documents;
   host.file_error = [this] { return platform_.LastError(); };
   host_ = std::make_unique<embedded::adapter::EmbeddedHost>(host, user_, dialogs_, clients_, platform_);
   plugin_ = std::make_unique<Plugin>(roles());

@@ -58,9 +58,7 @@ std::string ReportPath(const BatchRequest& request) {
   values.time = request.time;
   const std::string name = PathByPattern(request.settings.bf_report_filename_pattern, values);
   if (common::IsAbsolutePath(name)) return name;
-  const std::string folder =
-      request.report_folder.empty() ? FixedFolder(request.output_pattern) : request.report_folder;
-  return common::JoinPath(FromSource(request, folder), name);
+  return common::JoinPath(FromSource(request, FixedFolder(request.output_pattern)), name);
 }
 
 // The path, with a number before its extension when there is such a file already.
@@ -125,6 +123,8 @@ class Batch {
   void Schemes();
   void Header(const std::vector<BatchScheme>& schemes);
   bool RunScheme(const BatchScheme& scheme, std::size_t count);
+  void LeaveOut(const BatchScheme& scheme);
+  void Note(const BatchScheme& scheme, BatchOutcome outcome);
   BatchOutcome OutcomeOf(const BatchScheme& scheme);
   void Total();
   void Finish();
@@ -214,9 +214,13 @@ void Batch::Schemes() {
   }
   run_.result = kDone;
   Header(wanted);
-  if (hooks_.begin) hooks_.begin(wanted);
+  if (hooks_.begin) hooks_.begin(&wanted);
   for (const BatchScheme& scheme : wanted) {
-    if (!RunScheme(scheme, wanted.size())) break;
+    if (run_.result == kCancelled) {
+      LeaveOut(scheme);
+    } else if (!RunScheme(scheme, wanted.size())) {
+      run_.result = kCancelled;
+    }
   }
   Total();
 }
@@ -243,12 +247,30 @@ bool Batch::RunScheme(const BatchScheme& scheme, std::size_t count) {
   messenger_.ShowStatus({kTitle, messenger_.Format("QELM_MSG_FILTER_REP_26", run_.outcomes.size() + 1, count),
                          scheme.name, kEsc});
   BatchOutcome outcome = OutcomeOf(scheme);
-  Write(outcome.steps);
-  if (hooks_.done) hooks_.done(outcome);
   const bool stopped = outcome.cancelled || (host_.user.EscPressed() && messenger_.Ask("QELM_MSG_FILTER_20"));
-  if (stopped) run_.result = kCancelled;
-  run_.outcomes.push_back(std::move(outcome));
+  Note(scheme, std::move(outcome));
   return !stopped;
+}
+
+// After a cancel. Schemes that were run beside the one that was cancelled may be through.
+void Batch::LeaveOut(const BatchScheme& scheme) {
+  std::optional<BatchOutcome> outcome = hooks_.left ? hooks_.left(scheme) : std::nullopt;
+  if (!outcome) {
+    outcome = OutcomeFor(scheme);
+    outcome->begun = false;
+  }
+  Note(scheme, std::move(*outcome));
+}
+
+void Batch::Note(const BatchScheme& scheme, BatchOutcome outcome) {
+  if (outcome.begun) {
+    Write(outcome.steps);
+    if (hooks_.done) hooks_.done(outcome);
+  } else {
+    outcome.result = kCancelled;
+    BatchSteps(messenger_, &outcome.steps).Say(kErrorLine, "QELM_MSG_FILTER_REP_29", scheme.name);
+  }
+  run_.outcomes.push_back(std::move(outcome));
 }
 
 BatchOutcome Batch::OutcomeOf(const BatchScheme& scheme) {

@@ -15,13 +15,15 @@ namespace qelm::filtering {
 
 // How a caller takes part in a batch, or does some of its work. All may be empty.
 struct BatchHooks {
-  // Told once, before the first scheme, which ones will be run.
-  std::function<void(const std::vector<BatchScheme>&)> begin = {};
+  // Told once, before the first scheme, which ones will be run; may say what they replace.
+  std::function<void(std::vector<BatchScheme>*)> begin = {};
   // Whether a scheme is to be run; one that is not is not in the report either.
   std::function<bool(const BatchScheme&)> wanted = {};
   // What came of a scheme that was run elsewhere; nothing: it is run here.
   std::function<std::optional<BatchOutcome>(const BatchScheme&)> outcome_of = {};
   std::function<void(const BatchOutcome&)> done = {};
+  // When the batch was cancelled: what came of a scheme that was begun elsewhere by then.
+  std::function<std::optional<BatchOutcome>(const BatchScheme&)> left = {};
 };
 
 // A request as the local settings have it; source and schemes are still to be named.

@@ -21,7 +21,6 @@ struct BatchRequest {
   std::string configuration;     // or, when this is not empty, all schemes of this one
   std::string output_pattern;    // a folder for each scheme; relative ones are seen from the source's folder
   host::LocalTime time;          // for placeholders; year 0: when the batch begins
-  std::string report_folder;     // where the report goes; empty: where the output folders lie
   bool report_is_named = false;  // the user named this very file: no other is made in its place
   bool prompts = true;           // alerts at the end; nothing else asks
   config::LocalSettings settings;  // of which those of batches, as they stand or as a dialog changed them
@@ -45,6 +44,8 @@ struct BatchScheme {
   std::string shares_with;           // the scheme before it that has the same one; empty: none has
   std::string pdf_shares_with = {};  // the same for the file of the PDF
   std::string xml_shares_with = {};  // and of the XML
+  // What lies where the output goes is what an earlier run wrote there, so that it need not be looked at.
+  bool replaces_own = false;
 };
 
 struct BatchOutcome {
@@ -58,6 +59,7 @@ struct BatchOutcome {
   // next time; a reference without a target, or a book that cannot be updated for that, is not.
   bool complete = false;
   bool cancelled = false;  // by the user: no further scheme is begun
+  bool begun = true;       // false: the batch was cancelled before
   std::int64_t elapsed_ms = 0;
   std::vector<BatchStep> steps;
 
@@ -65,13 +67,16 @@ struct BatchOutcome {
   bool Clean() const;
 };
 
+// That of a scheme of which nothing is done yet.
+BatchOutcome OutcomeFor(const BatchScheme& scheme);
+
 // What came of a whole batch.
 struct BatchRun {
   std::int32_t result = 0;                 // kDone, kCancelled, or 0: there was nothing to do
   std::string report;                      // the report's file; empty: there is none
   host::Id report_document = host::kNone;  // while it is open
   std::string why;                         // with result 0: the reason, where one is known
-  std::vector<BatchOutcome> outcomes;
+  std::vector<BatchOutcome> outcomes;      // of all schemes, those that were not begun too
 };
 
 // What a batch works with.

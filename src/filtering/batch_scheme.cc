@@ -6,7 +6,6 @@
 #include "filtering/batch_output.h"
 #include "filtering/book_filter.h"
 #include "filtering/components.h"
-#include "filtering/copy_plan.h"
 #include "filtering/staged_files.h"
 #include "schemes/scheme_loading.h"
 
@@ -47,7 +46,6 @@ class SchemeRun {
     names_.scheme_number = scheme.number;
     names_.source_name = NameWithoutExtension(request.source);
     names_.time = request.time;
-    outcome->folder = scheme.folder;
     names_.folder_name = common::FileName(outcome->folder);
   }
 
@@ -127,7 +125,7 @@ bool SchemeRun::MakeFolder() {
     return false;
   }
   if (platform.MakeFolder(outcome_->folder)) {
-    RemoveAbandonedStages(platform, outcome_->folder);
+    UndoAbandoned(platform, outcome_->folder);
     return true;
   }
   steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
@@ -208,6 +206,7 @@ bool SchemeRun::MayReplace(const std::string& target) {
   for (const host::Link& link : links) {
     if (!link.path.empty() && host_.platform.SameFile(link.path, target)) return refuse("QELM_MSG_FILTER_53");
   }
+  if (batch_scheme_.replaces_own) return true;
   host::OpenStatus status = host::OpenStatus::kUnreadable;
   const Id earlier = host_.documents.Open(target, {.visible = false, .suppress_alerts = true}, &status);
   if (earlier == kNone) return refuse("QELM_MSG_FILTER_REP_28");
@@ -245,8 +244,8 @@ void SchemeRun::FilterCopy() {
 
 // Relative paths lead from the output folder to what they led to from the source.
 void SchemeRun::Redirect(Id copy) {
-  CopyPlan plan(host_, source_.id());
-  if (!plan.AddComponent(source_.id(), source_.id())) return;
+  if (source_.Plan() == nullptr) return;
+  CopyPlan plan = *source_.Plan();
   plan.ChooseTargets(outcome_->folder);
   const std::vector<CopyPlan::Rewrite> rewrites = plan.RewritesFor(0, /*redirect=*/false);
   std::vector<host::Link> links;
@@ -299,6 +298,14 @@ bool BatchOutcome::Clean() const {
   return result == kDone;
 }
 
+BatchOutcome OutcomeFor(const BatchScheme& scheme) {
+  BatchOutcome outcome;
+  outcome.number = scheme.number;
+  outcome.name = scheme.name;
+  outcome.folder = scheme.folder;
+  return outcome;
+}
+
 BatchSource::BatchSource(host::Host& host, const BatchRequest& request) : host_(host) {
   id_ = Open(request.source);
   if (id_ == kNone) {
@@ -318,6 +325,15 @@ BatchSource::~BatchSource() {
   for (std::size_t i = opened_.size(); i-- > 0;) host_.documents.Close(opened_[i], /*discard=*/true);
 }
 
+const CopyPlan* BatchSource::Plan() const {
+  if (!planned_) {
+    planned_ = true;
+    plan_.emplace(host_, id_);
+    if (!plan_->AddComponent(id_, id_)) plan_.reset();
+  }
+  return plan_ ? &*plan_ : nullptr;
+}
+
 Id BatchSource::Open(const std::string& path) {
   host::OpenOptions options{.visible = false, .suppress_alerts = true};
   host::OpenStatus status = host::OpenStatus::kUnreadable;
@@ -328,9 +344,7 @@ Id BatchSource::Open(const std::string& path) {
 
 BatchOutcome RunBatchScheme(BatchContext& context, const BatchRequest& request, const BatchSource& source,
                             Id settings_document, const BatchScheme& scheme) {
-  BatchOutcome outcome;
-  outcome.number = scheme.number;
-  outcome.name = scheme.name;
+  BatchOutcome outcome = OutcomeFor(scheme);
   const std::int64_t started = context.host.platform.Milliseconds();
   SchemeRun(context, request, source, scheme, &outcome).Run(settings_document, scheme);
   outcome.elapsed_ms = context.host.platform.Milliseconds() - started;

@@ -9,6 +9,7 @@
 
 #include "filtering/batch_names.h"
 #include "filtering/batch_run.h"
+#include "filtering/copy_plan.h"
 #include "schemes/scheme.h"
 
 namespace qelm::filtering {
@@ -27,6 +28,10 @@ class BatchSource {
   const std::string& path() const { return path_; }
   const std::string& why() const { return why_; }
 
+  // What a copy of the document would refer to, read when it is first asked for; null when that cannot be
+  // told. Copies choose their targets in copies of it.
+  const CopyPlan* Plan() const;
+
  private:
   host::Id Open(const std::string& path);
 
@@ -36,6 +41,8 @@ class BatchSource {
   host::Id id_ = host::kNone;
   bool is_book_ = false;
   std::vector<host::Id> opened_;
+  mutable std::optional<CopyPlan> plan_;
+  mutable bool planned_ = false;
 };
 
 // Filters by one scheme, which is read from the open settings document.

@@ -57,12 +57,16 @@ std::string_view LinkKindName(LinkKind kind) {
 void DanglingReferences::AddTargets(Id document, const std::vector<bool>& gone, Names* names) {
   std::vector<LinkTarget> targets;
   if (!host_.links.ReadTargets(document, &targets)) return;
+  const auto went = [&gone](const LinkTarget& target) {
+    return target.state != LinkTarget::State::kShown || Holds(gone, target.element);
+  };
   for (const LinkTarget& target : targets) {
-    const bool went = target.state != LinkTarget::State::kShown || Holds(gone, target.element);
-    const auto [known, is_new] = names->gone.try_emplace(KeyOf(target.kind, target.name), went);
-    if (!is_new) known->second = known->second && went;
+    if (went(target)) names->gone.insert(KeyOf(target.kind, target.name));
   }
-  std::erase_if(names->gone, [](const auto& name) { return !name.second; });
+  if (names->gone.empty()) return;
+  for (const LinkTarget& target : targets) {
+    if (!went(target)) names->gone.erase(KeyOf(target.kind, target.name));
+  }
 }
 
 void DanglingReferences::Add(Id document, const std::vector<Id>& would_go) {

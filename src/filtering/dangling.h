@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "host/interface/host.h"
@@ -43,8 +44,7 @@ class DanglingReferences {
 
  private:
   struct Names {
-    // By kind and name: whether it went everywhere.
-    std::unordered_map<std::string, bool> gone;
+    std::unordered_set<std::string> gone;  // the kind before the name
     bool file_gone = false;
   };
   struct Kept {

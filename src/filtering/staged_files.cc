@@ -10,7 +10,9 @@ namespace {
 
 constexpr char kStageName[] = ".qelm-copy-";
 constexpr std::string_view kBefore = "-before";
-constexpr int kMostStages = 1000;  // left behind by processes that were killed
+constexpr char kListName[] = "placed";
+constexpr std::string_view kFileName = ".qelm-";  // of files that a host has not finished
+constexpr int kMostStages = 1000;                 // left behind by processes that were killed
 
 const std::filesystem::file_time_type kProgramBegan = std::filesystem::file_time_type::clock::now();
 
@@ -22,6 +24,62 @@ bool IsNumber(std::string_view text) {
 bool IsStaged(std::string_view name) {
   if (name.ends_with(kBefore)) name.remove_suffix(kBefore.size());
   return IsNumber(name);
+}
+
+// ".qelm-PROCESS-NUMBER"
+bool IsUnfinishedFile(std::string_view name) {
+  if (!name.starts_with(kFileName)) return false;
+  name.remove_prefix(kFileName.size());
+  const std::size_t dash = name.find('-');
+  return dash != std::string_view::npos && IsNumber(name.substr(0, dash)) && IsNumber(name.substr(dash + 1));
+}
+
+bool IsAbandoned(const std::string& path, std::filesystem::file_type type) {
+  std::error_code error;
+  if (std::filesystem::symlink_status(path, error).type() != type || error) return false;
+  const std::filesystem::file_time_type changed = std::filesystem::last_write_time(path, error);
+  return !error && changed < kProgramBegan;
+}
+
+// The folder and all below it.
+std::vector<std::string> FoldersIn(const std::string& folder) {
+  std::vector<std::string> folders{folder};
+  std::error_code error;
+  std::filesystem::recursive_directory_iterator at(folder, error);
+  for (; !error && at != std::filesystem::recursive_directory_iterator(); at.increment(error)) {
+    std::error_code unknown;
+    if (at->is_directory(unknown) && !at->is_symlink(unknown)) folders.push_back(at->path().string());
+  }
+  return folders;
+}
+
+// Whether a path of a list leads to a file below the folder.
+bool IsBelow(const std::filesystem::path& target) {
+  return !target.empty() && target.is_relative() && target.lexically_normal() == target &&
+         *target.begin() != "..";
+}
+
+// Puts back what was placed by the list in the inner folder.
+void TakeBack(host::Platform& platform, const std::string& folder, const std::string& stage) {
+  const std::optional<std::string> list = platform.ReadFile(common::JoinPath(stage, kListName));
+  if (!list) return;
+  std::string_view left = *list;
+  while (const std::size_t end = left.find('\n') + 1) {
+    const std::string_view line = left.substr(0, end - 1);
+    left.remove_prefix(end);
+    const std::size_t blank = line.find(' ');
+    if (blank == std::string_view::npos || !IsNumber(line.substr(0, blank))) continue;
+    const std::string staged = common::JoinPath(stage, line.substr(0, blank));
+    const std::string_view target = line.substr(blank + 1);
+    if (!IsBelow(target)) continue;
+    const std::string placed = common::JoinPath(folder, target);
+    const std::string before = staged + std::string(kBefore);
+    if (platform.FileExists(before)) {
+      platform.MoveFile(before, placed);
+    } else if (!platform.FileExists(staged) && platform.FileExists(placed)) {
+      platform.RemoveFile(placed);
+    }
+  }
 }
 
 }  // namespace
@@ -56,7 +114,7 @@ std::string StagedFiles::Add(const std::string& source) {
 }
 
 bool StagedFiles::Place(const std::string& staged, const std::string& target) {
-  if (!MakeFolder(std::string(common::FolderOf(target)))) return false;
+  if (!MakeFolder(std::string(common::FolderOf(target))) || !List(staged, target)) return false;
   Placed placed{target, {}};
   if (platform_.FileExists(target)) {
     placed.before = staged + std::string(kBefore);
@@ -67,8 +125,18 @@ bool StagedFiles::Place(const std::string& staged, const std::string& target) {
   return platform_.MoveFile(staged, target);
 }
 
+// Written before the move, so that of what was moved nothing is missing in it. A name that cannot stand in a
+// line is left out: nobody puts that file back.
+bool StagedFiles::List(const std::string& staged, const std::string& target) {
+  const std::string below = std::filesystem::path(target).lexically_relative(folder_).string();
+  if (below.find('\n') != std::string::npos) return true;
+  const std::string line = std::string(common::FileName(staged)) + " " + below + "\n";
+  return platform_.AppendFile(common::JoinPath(stage_, kListName), line);
+}
+
 void StagedFiles::Keep() {
   kept_ = true;
+  Remove(common::JoinPath(stage_, kListName));  // from here on nothing is to be put back
   for (const Placed& placed : placed_) {
     if (!placed.before.empty()) Remove(placed.before);
   }
@@ -102,22 +170,33 @@ void StagedFiles::RemoveStage() {
   for (const std::string& file : staged_) {
     if (platform_.FileExists(file)) Remove(file);
   }
+  const std::string list = common::JoinPath(stage_, kListName);
+  if (platform_.FileExists(list)) Remove(list);
   if (!platform_.RemoveFolder(stage_)) platform_.RemoveFolder(stage_);
 }
 
-void RemoveAbandonedStages(host::Platform& platform, const std::string& folder) {
+void UndoAbandoned(host::Platform& platform, const std::string& folder) {
   for (const std::string& name : platform.FolderNames(folder)) {
-    if (!name.starts_with(kStageName) || !IsNumber(std::string_view(name).substr(sizeof(kStageName) - 1)))
-      continue;
-    const std::string stage = common::JoinPath(folder, name);
-    std::error_code error;
-    if (!std::filesystem::is_directory(std::filesystem::symlink_status(stage, error)) || error) continue;
-    const std::filesystem::file_time_type changed = std::filesystem::last_write_time(stage, error);
-    if (error || changed >= kProgramBegan) continue;
-    for (const std::string& file : platform.FolderNames(stage)) {
-      if (IsStaged(file)) platform.RemoveFile(common::JoinPath(stage, file));
+    const bool is_stage =
+        name.starts_with(kStageName) && IsNumber(std::string_view(name).substr(sizeof(kStageName) - 1));
+    const std::string path = common::JoinPath(folder, name);
+    if (!is_stage || !IsAbandoned(path, std::filesystem::file_type::directory)) continue;
+    TakeBack(platform, folder, path);
+    for (const std::string& file : platform.FolderNames(path)) {
+      const bool is_own = IsStaged(file) || file == kListName || IsUnfinishedFile(file);
+      if (is_own) platform.RemoveFile(common::JoinPath(path, file));
     }
-    platform.RemoveFolder(stage);
+    platform.RemoveFolder(path);
+  }
+  for (const std::string& below : FoldersIn(folder)) RemoveUnfinished(platform, below);
+}
+
+void RemoveUnfinished(host::Platform& platform, const std::string& folder) {
+  for (const std::string& name : platform.FolderNames(folder)) {
+    const std::string path = common::JoinPath(folder, name);
+    if (IsUnfinishedFile(name) && IsAbandoned(path, std::filesystem::file_type::regular)) {
+      platform.RemoveFile(path);
+    }
   }
 }
 

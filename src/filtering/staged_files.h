@@ -9,8 +9,9 @@
 //
 // Files are made in a folder of their own inside the folder, and moved when all of them are ready. What lay
 // at their targets is kept until the end. Without Keep, the destructor puts everything back as it was: what
-// was there before, and only that, is there again. A process that is killed leaves that one inner folder, or,
-// killed while files are moved, in it the files that were replaced.
+// was there before, and only that, is there again. A process that is killed leaves that one inner folder;
+// killed while files are moved, it leaves in it the files that were replaced and a list of where all of them
+// belong, by which the next run puts everything back in its stead.
 #pragma once
 
 #include <string>
@@ -52,6 +53,7 @@ class StagedFiles {
   };
 
   bool MakeFolder(const std::string& folder);
+  bool List(const std::string& staged, const std::string& target);
   void Undo();
   void Remove(const std::string& file);
   void RemoveStage();
@@ -65,8 +67,12 @@ class StagedFiles {
   bool kept_ = false;
 };
 
-// Removes from the folder what processes that were killed have left of such inner folders: those that were
-// last changed before this program began. For folders of which everything is made anew.
-void RemoveAbandonedStages(host::Platform& platform, const std::string& folder);
+// Undoes in the folder what processes that were killed had begun: takes back the files that they had placed,
+// as far as not all of them were, and removes what they left of inner folders and of single files that they
+// were writing, there and below. Only of what was last changed before this program began.
+void UndoAbandoned(host::Platform& platform, const std::string& folder);
+
+// Of that the files alone, and of the folder itself.
+void RemoveUnfinished(host::Platform& platform, const std::string& folder);
 
 }  // namespace qelm::filtering

@@ -23,12 +23,17 @@ std::uint32_t ElementPlaces::Number(host::Id element) {
   if (host_.elements.Definition(document_, element) == host::kNone) {
     element = host_.elements.Parent(document_, element);
   }
-  Ensure(element);
+  Prepare();
+  if (numbers_[element] == kUnknown) {
+    host::Id root = element;
+    while (const host::Id parent = host_.elements.Parent(document_, root)) root = parent;
+    NumberTree(root);
+  }
   return numbers_[element];
 }
 
 void ElementPlaces::AppendPath(host::Id element, std::string* path, std::size_t max_steps) {
-  Ensure(element);
+  Prepare();
   std::vector<host::Id> line;
   for (; element != host::kNone && line.size() < max_steps;
        element = host_.elements.Parent(document_, element)) {
@@ -43,7 +48,7 @@ void ElementPlaces::AppendPath(host::Id element, std::string* path, std::size_t 
     } else {
       *path += host_.definitions.DefinitionName(document_, definition);
     }
-    *path += '[' + std::to_string(ordinals_[*node]) + ']';
+    *path += '[' + std::to_string(Ordinal(*node)) + ']';
   }
 }
 
@@ -65,23 +70,24 @@ host::Id ElementPlaces::ByNumber(std::uint32_t number) {
   return host::kNone;
 }
 
-void ElementPlaces::Ensure(host::Id element) {
-  if (numbers_.empty()) {
-    numbers_.assign(host_.elements.IdLimit(document_), kUnknown);
-    ordinals_.assign(numbers_.size(), 0);
-  }
-  if (ordinals_[element] != 0) return;
-  host::Id root = element;
-  while (const host::Id parent = host_.elements.Parent(document_, root)) root = parent;
-  PlaceTree(root);
+void ElementPlaces::Prepare() {
+  if (!numbers_.empty()) return;
+  numbers_.assign(host_.elements.IdLimit(document_), kUnknown);
+  ordinals_.assign(numbers_.size(), 0);
 }
 
-void ElementPlaces::PlaceTree(host::Id root) {
+std::uint32_t ElementPlaces::Ordinal(host::Id element) {
+  if (ordinals_[element] != 0) return ordinals_[element];
+  const host::Id parent = host_.elements.Parent(document_, element);
+  if (parent == host::kNone) return ordinals_[element] = 1;
+  PlaceChildren(parent);
+  return ordinals_[element];
+}
+
+void ElementPlaces::NumberTree(host::Id root) {
   std::uint32_t number = 0;
-  ordinals_[root] = 1;
   for (host::Id node = root; node != host::kNone; node = Following(host_.elements, document_, node)) {
     if (host_.elements.Definition(document_, node) != host::kNone) numbers_[node] = number++;
-    PlaceChildren(node);
   }
 }
 

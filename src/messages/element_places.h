@@ -1,8 +1,9 @@
 // Where elements stand in a document: their numbers and their paths.
 //
-// Elements (text nodes not counted) of a flow are numbered from 0 in document order. A path is like
-// /Doc[1]/Section[2]: the index counts the siblings of the same name. Both are worked out for a whole flow
-// when an element of it is first asked for, so that each answer is a look-up.
+// Elements (text nodes not counted) of a flow are numbered from 0 in document order, all of them when the
+// number of one is first asked for. A path is like /Doc[1]/Section[2]: the index counts the siblings of the
+// same name, and is worked out for all of them when that of one is first asked for. So each further answer is
+// a look-up, and a path costs no more than the siblings along it.
 #pragma once
 
 #include <cstddef>
@@ -35,8 +36,9 @@ class ElementPlaces {
   host::Id DefaultFlow();
 
  private:
-  void Ensure(host::Id element);
-  void PlaceTree(host::Id root);
+  void Prepare();
+  std::uint32_t Ordinal(host::Id element);
+  void NumberTree(host::Id root);
   void PlaceChildren(host::Id parent);
 
   // How many children of one parent had a definition so far; text nodes count under 0.

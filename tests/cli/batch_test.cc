@@ -33,8 +33,8 @@ class Batch : public ::testing::Test {
                        "--category",  "Editions",
                        "--output",    program.folder.File(out) + "/<scheme_name>",
                        "--report",    program.folder.File(out) + "/report.fm",
-                       "--variables", kPump / "variables",
-                       "--no-pdf"};
+                       "--variables", kPump / "variables"};
+    if (!with_pdf) arguments.emplace_back("--no-pdf");
     arguments.insert(arguments.end(), more.begin(), more.end());
     return Shipped(std::move(arguments));
   }
@@ -57,6 +57,7 @@ class Batch : public ::testing::Test {
   }
 
   Program program;
+  bool with_pdf = false;
 };
 
 // The messages of a scheme's steps, in their order.
@@ -115,9 +116,17 @@ TEST_F(Batch, LinksOfTheReportLeadToFiles) {
 }
 
 TEST_F(Batch, SeveralAtOnceIsTheSameAsOneAfterTheOther) {
-  const ProgramResult one = Run("one");
-  const ProgramResult two = Run("two", {"--jobs", "2"});
+  setenv("SOURCE_DATE_EPOCH", "1700000000", 1);
+  Names pages = {"--json"};
+  with_pdf = true;
+  const ProgramResult one = Run("one", pages);
+  pages.insert(pages.end(), {"--jobs", "2"});
+  const ProgramResult two = Run("two", pages);
+  unsetenv("SOURCE_DATE_EPOCH");
   EXPECT_EQ(one.status, two.status);
+  EXPECT_EQ(one.Json()["notices"].size(), two.Json()["notices"].size());
+  const std::string pdf = program.folder.Read("one/Operator P100/pdf/pump.book.pdf");
+  EXPECT_NE(pdf.find("<rdf:li>P100-OP</rdf:li>"), std::string::npos) << "what the variables file says of it";
   const Tree expected = Output("one");
   const Tree found = Output("two");
   ASSERT_GT(expected.size(), kEditions.size() * 8);
@@ -157,11 +166,18 @@ TEST_F(Batch, RunThatWasCutShortIsTakenUpAgain) {
   run("whole", {});
   // The second scheme is cancelled: Esc comes when the first one is done.
   int asked = 0;
-  program.esc = [&] {
-    return fs::exists(program.folder.File("cut/.qelm-batch/1-Operator P100.json")) && asked++ == 0;
-  };
-  EXPECT_EQ(run("cut", {}).status, 130);
+  program.esc = [&] { return fs::exists(program.folder.File("cut/.qelm-batch")) && asked++ == 0; };
+  const ProgramResult cut = run("cut", {});
+  EXPECT_EQ(cut.status, 130);
   program.esc = {};
+  const json told = cut.Json();
+  EXPECT_EQ(told["report"], program.folder.File("cut/report.fm"));
+  ASSERT_EQ(told["schemes"].size(), kEditions.size());
+  EXPECT_EQ(told["schemes"][0]["result"], 1);
+  for (std::size_t i = 2; i < kEditions.size(); ++i) {
+    EXPECT_EQ(told["schemes"][i]["result"], 108);
+    EXPECT_EQ(MessagesOf(told["schemes"][i]), Names{"REP_29"}) << "it was not begun";
+  }
   EXPECT_FALSE(fs::exists(program.folder.File("cut/Service/operation.mif")));
   // A killed run has begun a scheme and has no record of it.
   program.folder.Write("cut/Service/operation.mif", program.folder.Read("whole/Deutsch/operation.mif"));

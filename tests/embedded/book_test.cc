@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "embedded/model/book_edit.h"
+#include "embedded/model/edit.h"
 #include "embedded/model/files.h"
 #include "embedded/model/locate.h"
 
@@ -42,6 +43,21 @@ TEST(Book, HasComponentsInOrder) {
   EXPECT_EQ(book->components[1].entry_text, "First \xE2\x80\x9Cone\xE2\x80\x9D");
   EXPECT_EQ(book->components[2].path, "../ch2.fm");
   EXPECT_EQ(book->tree.At(book->components[2].span), "<BookComponent <FileName `<u\\><c\\>ch2.fm'>>");
+}
+
+TEST(Book, AttributesOfItsOwnElementsAreWritten) {
+  std::string error;
+  const auto book = BuildBook(std::string(kBook), &error);
+  const Id root = book->tree.flows[1].root;
+  ASSERT_TRUE(SetAttributes(&book->tree, root, {{"A", {"1", "2"}}, {"Audience", {"expert"}}}));
+  const std::string saved = BookPieces(*book).Joined();
+  const auto again = BuildBook(saved, &error);
+  ASSERT_NE(again, nullptr) << error;
+  EXPECT_EQ(again->tree.elements[again->tree.flows[1].root].attribute_count, 2U);
+  EXPECT_EQ(again->components.size(), 3U);
+  const std::size_t elements = kBook.find("  <Element <ETag");
+  EXPECT_TRUE(saved.ends_with(kBook.substr(elements))) << "nothing else changes";
+  EXPECT_NE(saved.find("<AttrName `Audience'>"), std::string::npos);
 }
 
 TEST(Book, KeepsTheElementsOfItsComponents) {
@@ -83,7 +99,7 @@ TEST(Book, OnlyWhatWasChangedIsWritten) {
   std::string error;
   const auto book = BuildBook(std::string(kBook) + "<BookXRef <XRefSrcFile `<c\\>toc.fm'>>\r\n", &error);
   ASSERT_NE(book, nullptr) << error;
-  const std::string source = book->tree.source;
+  const std::string source(book->tree.source);
   EXPECT_EQ(BookPieces(*book).Joined(), source);
 
   SetEntryText(book.get(), 1, "<none>");

@@ -223,6 +223,27 @@ TEST_F(LinksTest, PathsInTheInstructionsOfXmlChange) {
   EXPECT_EQ(Saved(document), expected);
 }
 
+TEST_F(LinksTest, FilesThatADocumentTypeNamesAreLinks) {
+  const std::string bytes =
+      "<?xml version='1.0'?><!-- <!ENTITY no SYSTEM 'no.xml'> -->\n<!DOCTYPE D SYSTEM \"d/t.dtd\" [\n"
+      "<!ENTITY SYSTEM 'no.xml'> <!ENTITY % more PUBLIC '-//M//M' 'more.ent'> %more;\n"
+      "<!ENTITY part SYSTEM 'a%20b.xml'><!ENTITY web SYSTEM 'http://x/y.xml'>\n"
+      "<!NOTATION png SYSTEM 'viewer'><!ENTITY pic SYSTEM 'c.png' NDATA png>\n"
+      "<!ATTLIST SYSTEM SYSTEM CDATA 'no.xml'>]>\n<D><P>x</P>&part;</D>";
+  const Id document = Open("main.xml", bytes);
+  EXPECT_EQ(Listed(document),
+            "inset  [d/t.dtd] \ninset  [more.ent] \ninset  [a b.xml] \ngraphic  [c.png] \n");
+  for (const host::Link& link : Links(document)) {
+    ASSERT_TRUE(host.links.SetPath(document, link, folder.File("e f.xml"))) << link.path;
+  }
+  EXPECT_EQ(Links(document)[2].path, folder.File("e f.xml")) << "before it is saved";
+  std::string expected = bytes;
+  for (const char* const old : {"\"d/t.dtd\"", "'more.ent'", "'a%20b.xml'", "'c.png'"}) {
+    expected = Replaced(expected, old, "\"e%20f.xml\"");
+  }
+  EXPECT_EQ(Saved(document), expected);
+}
+
 TEST_F(LinksTest, BothSpellingsOfAGraphicChange) {
   const std::string graphic = "<ImportObFile `img/a.png'>\n   <ImportObFileDI `<c\\>img<c\\>a.png'>";
   const std::string bytes = Replaced(Mif("<Doc>\n<P><Graphic .file=\"<c>img<c>a.png\"/></P>\n</Doc>"),

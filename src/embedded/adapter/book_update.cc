@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <map>
+#include <unordered_map>
 
 #include "embedded/adapter/inset_update.h"
 #include "embedded/adapter/opened_document.h"
@@ -103,6 +104,7 @@ class Updater {
   std::uint32_t flags_;
   UpdateOutcome outcome_;
   std::vector<Component> components_;
+  std::unordered_map<std::string, std::size_t> by_identity_;  // to components, by their files
   model::BookCounters counters_;
   model::PageCounter pages_;
   // By file, target and format: what is shown.
@@ -118,6 +120,7 @@ void Updater::FindComponents() {
     component.id = id;
     component.path = books_.ComponentPath(book_, id);
     component.generated = books_.IsGenerated(book_, id);
+    by_identity_.try_emplace(Workspace::Identity(component.path), components_.size());
     components_.push_back(std::move(component));
   }
 }
@@ -248,6 +251,11 @@ std::size_t Updater::References(OpenFile* file, Component* component, const Numb
   model::Document* document = file->document.get();
   const auto formats = model::ReferenceFormats(*document);
   std::optional<model::ReferenceTargets> targets;
+  struct Place {
+    std::string path;
+    std::string identity;
+  };
+  std::unordered_map<std::string, Place> places;  // by the file as references name it, which few do
   std::size_t changed = 0;
   std::uint32_t ordinal = 0;
   for (std::uint32_t i = 0; i < document->items.size(); ++i) {
@@ -265,8 +273,12 @@ std::size_t Updater::References(OpenFile* file, Component* component, const Numb
       if (!targets) targets.emplace(Targets(file, component, numbers));
       changed += OwnReference(file, i, reference, format->second, &*targets);
     } else {
-      const std::string path = model::LocateComponent(file->path, reference.file).path;
-      const std::string identity = Workspace::Identity(path);
+      const auto [place, is_new] = places.try_emplace(reference.file);
+      auto& [path, identity] = place->second;
+      if (is_new) {
+        path = model::LocateComponent(file->path, reference.file).path;
+        identity = Workspace::Identity(path);
+      }
       names_.try_emplace(identity, path);
       answers_[identity].try_emplace({reference.target, format->second});
       component->requests.push_back({ordinal, identity, path, reference.target, format->second, shown});
@@ -313,10 +325,8 @@ void Updater::AnswerFrom(const std::string& identity) {
     for (auto& [question, text] : questions) text.problem = why;
     return;
   }
-  const auto component = std::find_if(
-      components_.begin(), components_.end(),
-      [&](const Component& candidate) { return Workspace::Identity(candidate.path) == identity; });
-  const Component* const known = component == components_.end() ? nullptr : &*component;
+  const auto component = by_identity_.find(identity);
+  const Component* const known = component == by_identity_.end() ? nullptr : &components_[component->second];
   const Numbered numbers = Numbers(*file->document, known);
   model::ReferenceTargets targets = Targets(file, known, numbers);
   for (auto& [question, text] : questions) text = targets.Expand(question.second, question.first);

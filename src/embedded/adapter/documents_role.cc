@@ -42,6 +42,15 @@ bool HasNoRoot(const model::Document& document) {
   return document.main_flow == 0 || document.flows[document.main_flow].root == 0;
 }
 
+std::unique_ptr<OpenFile> CopyFile(const std::shared_ptr<const model::Document>& origin,
+                                   const std::optional<FileStamp>& stamp) {
+  auto file = std::make_unique<OpenFile>();
+  file->document = std::make_unique<model::Document>(model::CopyOf(origin));
+  file->document->path.clear();
+  file->stamp = stamp;
+  return file;
+}
+
 class DocumentsRole : public host::Documents {
  public:
   explicit DocumentsRole(Workspace& workspace) : workspace_(workspace) {}
@@ -112,9 +121,12 @@ class DocumentsRole : public host::Documents {
     return host::kNone;
   }
   Id OpenLocated(const std::string& path, const host::OpenOptions& options, OpenStatus* status);
+  Id Read(const std::string& path, const host::OpenOptions& options, OpenStatus* status);
   Id OpenAgain(Id id, const host::OpenOptions& options, OpenStatus* status);
-  Id Build(const std::string& path, std::string bytes, const host::OpenOptions& options, OpenStatus* status);
-  void Add(OpenFile* file, const std::string& path, bool as_new);
+  Id Build(const std::string& path, std::string bytes, const std::optional<FileStamp>& stamp,
+           const host::OpenOptions& options, OpenStatus* status);
+  Id Add(const std::string& path, std::unique_ptr<OpenFile> file, const host::OpenOptions& options,
+         OpenStatus* status);
 
   bool FailSave(const std::string& path, std::string_view why) {
     return workspace_.Fail(Error::kCannotSave, path + ": " + std::string(why));
@@ -153,21 +165,29 @@ Id DocumentsRole::OpenLocated(const std::string& named, const host::OpenOptions&
   }
   if (!platform.FileExists(path))
     return Refuse(path, OpenStatus::kNotFound, "there is no such file.", status);
+  const Id id = Read(path, options, status);
+  if (id != host::kNone && path != AbsolutePath(named)) {
+    workspace_.Notice(named + ": there is no such file; " + path + " was opened in its place.");
+  }
+  return id;
+}
+
+Id DocumentsRole::Read(const std::string& path, const host::OpenOptions& options, OpenStatus* status) {
   std::error_code unknown_size;
   const std::uintmax_t size = std::filesystem::file_size(path, unknown_size);
   constexpr std::string_view kTooLarge = "the file is larger than 4 gigabytes.";
   if (!unknown_size && size > kLargestFile) return Refuse(path, OpenStatus::kTooLarge, kTooLarge, status);
-  std::optional<std::string> bytes = platform.ReadFile(path);
+  const std::optional<FileStamp> stamp = StampOf(path);
+  if (std::shared_ptr<const model::Document> same = stamp ? workspace_.SameFile(path, *stamp) : nullptr) {
+    return Add(path, CopyFile(same, stamp), options, status);
+  }
+  std::optional<std::string> bytes = workspace_.platform().ReadFile(path);
   if (!bytes) {
     return Refuse(path, OpenStatus::kUnreadable, "the file cannot be read" + workspace_.FileErrorSuffix(),
                   status);
   }
   if (bytes->size() > kLargestFile) return Refuse(path, OpenStatus::kTooLarge, kTooLarge, status);
-  const Id id = Build(path, std::move(*bytes), options, status);
-  if (id != host::kNone && path != AbsolutePath(named)) {
-    workspace_.Notice(named + ": there is no such file; " + path + " was opened in its place.");
-  }
-  return id;
+  return Build(path, std::move(*bytes), stamp, options, status);
 }
 
 Id DocumentsRole::OpenAgain(Id id, const host::OpenOptions& options, OpenStatus* status) {
@@ -179,18 +199,19 @@ Id DocumentsRole::OpenAgain(Id id, const host::OpenOptions& options, OpenStatus*
   return id;
 }
 
-Id DocumentsRole::Build(const std::string& path, std::string bytes, const host::OpenOptions& options,
-                        OpenStatus* status) {
+Id DocumentsRole::Build(const std::string& path, std::string bytes, const std::optional<FileStamp>& stamp,
+                        const host::OpenOptions& options, OpenStatus* status) {
   const FileKind kind = model::Recognize(bytes);
   for (const Refusal& refusal : kRefusals) {
     if (refusal.kind == kind) return Refuse(path, refusal.status, refusal.text, status);
   }
-  auto file = std::make_unique<OpenFile>();
-  std::string error;
   if (std::shared_ptr<const model::Document> same = workspace_.SameBytes(bytes)) {
-    file->document = std::make_unique<model::Document>(model::CopyOf(same));
-    file->document->path.clear();
-  } else if (kind == FileKind::kMifBook) {
+    return Add(path, CopyFile(same, stamp), options, status);
+  }
+  auto file = std::make_unique<OpenFile>();
+  file->stamp = stamp;
+  std::string error;
+  if (kind == FileKind::kMifBook) {
     file->book = model::BuildBook(std::move(bytes), &error);
   } else if (kind == FileKind::kXml) {
     file->document = model::BuildXml(std::move(bytes), &error);
@@ -198,6 +219,11 @@ Id DocumentsRole::Build(const std::string& path, std::string bytes, const host::
     file->document = model::BuildMif(std::move(bytes), &error);
   }
   if (!file->document && !file->book) return Refuse(path, OpenStatus::kDamaged, error, status);
+  return Add(path, std::move(file), options, status);
+}
+
+Id DocumentsRole::Add(const std::string& path, std::unique_ptr<OpenFile> file,
+                      const host::OpenOptions& options, OpenStatus* status) {
   for (const model::Warning& warning : file->Tree().warnings) workspace_.Notice(path + ": " + warning.text);
   if (!options.as_new) {
     file->path = file->Tree().path = path;

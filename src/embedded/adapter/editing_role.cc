@@ -114,15 +114,17 @@ const model::Element* EditingRole::Changeable(Id document, Id element) {
 
 bool EditingRole::SetAttributes(Id document, Id element,
                                 const std::vector<host::AttributeValue>& attributes) {
-  const model::Element* found = Changeable(document, element);
-  if (found == nullptr) return false;
+  const bool of_book = workspace_.Book(document) != nullptr;
+  const model::Element* found =
+      of_book ? workspace_.Element(document, element) : Changeable(document, element);
+  if (found == nullptr) return of_book && workspace_.FailId(document);
   OpenFile* file = workspace_.File(document);
   if (found->kind == ElementKind::kText) return Refuse(file, "a text node has no attributes.");
   std::vector<model::NewAttribute> wanted;
   wanted.reserve(attributes.size());
   for (const host::AttributeValue& attribute : attributes)
     wanted.push_back({attribute.name, attribute.values});
-  return Done(file, model::SetAttributes(file->document.get(), element, wanted),
+  return Done(file, model::SetAttributes(&file->Tree(), element, wanted),
               "the attributes of the element cannot be changed.");
 }
 

@@ -65,6 +65,12 @@ bool EmbeddedHost::SavePage(Id document, const std::string& path, std::size_t pa
 
 const std::vector<std::string>& EmbeddedHost::notices() const { return workspace_->notices(); }
 
+std::shared_ptr<const SharedDocuments> EmbeddedHost::ShareDocuments() {
+  auto shared = std::make_shared<SharedDocuments>();
+  for (Id id = 1; id < workspace_->IdLimit(); ++id) workspace_->Share(id, shared.get());
+  return shared;
+}
+
 void EmbeddedHost::Attach(host::EntryPoints* plugin) { workspace_->plugin = plugin; }
 
 void EmbeddedHost::Tell(std::int32_t notification, Id document, std::string_view text, std::int32_t value) {

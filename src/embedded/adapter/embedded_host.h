@@ -24,6 +24,7 @@
 namespace qelm::embedded::adapter {
 
 struct Roles;
+class SharedDocuments;
 class Workspace;
 
 // What the host tells of, by its own numbers. The value is the element that it is about.
@@ -44,6 +45,8 @@ class EmbeddedHost {
     std::string interface_language = "English";
     // Why the platform's last operation on a file failed, in words; where it is missing no reason is given.
     std::function<std::string()> file_error;
+    // Documents that another host has read (ShareDocuments). Null: there are none.
+    std::shared_ptr<const SharedDocuments> documents = {};
   };
 
   EmbeddedHost(const Options& options, host::UserInterface& user, host::Dialogs& dialogs,
@@ -65,6 +68,9 @@ class EmbeddedHost {
   // What users should know though nothing failed, oldest first: files that were found under another name, and
   // what was not in order in a file that could be opened all the same. Each names its file.
   const std::vector<std::string>& notices() const;
+
+  // The documents that are open and as their files are, for other hosts, also on other threads.
+  std::shared_ptr<const SharedDocuments> ShareDocuments();
 
   // From now on the plug-in behind these entry points is told of what it has asked for: of documents that
   // were opened on screen, and of what Tell passes on. Null: nobody is told. It outlives the host, or is

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <charconv>
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
@@ -301,10 +302,18 @@ void PosixPlatform::SetEnvironment(std::string_view name, std::string_view value
   environment_.insert_or_assign(std::string(name), std::string(value));
 }
 
+// SOURCE_DATE_EPOCH, in UTC, is the time where it is set, so that the same input gives the same output.
 host::LocalTime PosixPlatform::Now() {
-  const std::time_t now = std::time(nullptr);
+  const std::string fixed = Environment("SOURCE_DATE_EPOCH");
+  std::time_t now = 0;
   std::tm parts{};
-  ::localtime_r(&now, &parts);
+  const auto read = std::from_chars(fixed.data(), fixed.data() + fixed.size(), now);
+  if (!fixed.empty() && read.ec == std::errc() && read.ptr == fixed.data() + fixed.size()) {
+    ::gmtime_r(&now, &parts);
+  } else {
+    now = std::time(nullptr);
+    ::localtime_r(&now, &parts);
+  }
   return {parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday, parts.tm_hour, parts.tm_min, parts.tm_sec};
 }
 

@@ -17,6 +17,11 @@ NestedRanges InsetRanges(const model::Document& document) {
   return NestedRanges(std::move(ranges));
 }
 
+// Whether it is a document that nothing was done to since it was read.
+bool IsAsRead(const OpenFile& file) {
+  return file.document && !file.edited && file.revision == 1 && !file.document->modified;
+}
+
 }  // namespace
 
 Id Workspace::Add(std::unique_ptr<OpenFile> file) {
@@ -50,16 +55,36 @@ std::string Workspace::Identity(const std::string& path) {
 
 std::shared_ptr<const model::Document> Workspace::SameBytes(std::string_view bytes) {
   for (const std::unique_ptr<OpenFile>& file : files_) {
-    if (!file || !file->document || file->edited || file->revision != 1 || file->document->modified) continue;
-    model::Document& document = *file->document;
-    if (document.source.size() != bytes.size() || document.source != bytes) continue;
-    if (document.origin != nullptr && document.origin->source == bytes) return document.origin;
-    // The open document becomes a copy too: it may be edited and closed, what copies refer to may not.
-    auto origin = std::make_shared<const model::Document>(std::move(document));
-    document = model::CopyOf(origin);
-    return origin;
+    if (!file || !IsAsRead(*file)) continue;
+    const model::SourceBytes& source = file->document->source;
+    if (source.size() == bytes.size() && source == bytes) return OriginOf(file->document.get());
   }
   return nullptr;
+}
+
+std::shared_ptr<const model::Document> Workspace::SameFile(const std::string& path, const FileStamp& stamp) {
+  const std::string identity = Identity(path);
+  for (const std::unique_ptr<OpenFile>& file : files_) {
+    if (!file || file->identity != identity || file->stamp != stamp || !IsAsRead(*file)) continue;
+    return OriginOf(file->document.get());
+  }
+  return options_.documents ? options_.documents->Find(identity, stamp) : nullptr;
+}
+
+void Workspace::Share(Id id, SharedDocuments* shared) {
+  const OpenFile* file = File(id);
+  if (file == nullptr || !file->stamp || !IsAsRead(*file)) return;
+  shared->Add(file->identity, *file->stamp, OriginOf(file->document.get()));
+}
+
+// The document becomes a copy too: it may be edited and closed, what copies refer to may not.
+std::shared_ptr<const model::Document> Workspace::OriginOf(model::Document* document) {
+  if (document->origin != nullptr && document->origin->source.data() == document->source.data()) {
+    return document->origin;
+  }
+  auto origin = std::make_shared<const model::Document>(std::move(*document));
+  *document = model::CopyOf(origin);
+  return origin;
 }
 
 void Workspace::Activate(Id id) {

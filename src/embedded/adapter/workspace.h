@@ -12,6 +12,7 @@
 
 #include "embedded/adapter/embedded_host.h"
 #include "embedded/adapter/nested_ranges.h"
+#include "embedded/adapter/shared_documents.h"
 #include "embedded/model/format_rules.h"
 #include "embedded/render/print.h"
 #include "host/interface/entry_points.h"
@@ -88,6 +89,7 @@ struct OpenFile {
   std::unique_ptr<model::Book> book;
   std::string path;                      // empty while it has no name
   std::string identity;                  // the same with links resolved: what tells two files apart
+  std::optional<FileStamp> stamp;        // of the file when it was read
   bool edited = false;                   // since it was opened; saving does not clear it
   std::uint64_t revision = 1;            // of elements, attributes and text
   std::uint64_t layout = kLayoutAsRead;  // of what decides on which page something stands
@@ -158,6 +160,10 @@ class Workspace {
   // What an open document was read from these bytes and not edited since, for a copy; null when there is
   // none.
   std::shared_ptr<const model::Document> SameBytes(std::string_view bytes);
+  // The same for what was read, here or elsewhere, when the file had the stamp that it has now.
+  std::shared_ptr<const model::Document> SameFile(const std::string& path, const FileStamp& stamp);
+  // Adds the document, if it is one that was not edited.
+  void Share(Id id, SharedDocuments* shared);
 
   // Records an error; returns false.
   bool Fail(Error error, std::string text);
@@ -186,6 +192,8 @@ class Workspace {
   host::EntryPoints* plugin = nullptr;
 
  private:
+  static std::shared_ptr<const model::Document> OriginOf(model::Document* document);
+
   EmbeddedHost::Options options_;
   host::Platform& platform_;
   std::vector<std::unique_ptr<OpenFile>> files_{1};

@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "embedded/mif/strings.h"
+#include "embedded/model/mif_attributes.h"
+#include "embedded/model/mif_layout.h"
 #include "embedded/model/splice.h"
 
 namespace qelm::embedded::model {
@@ -36,6 +38,7 @@ class BookSaver {
       if (reference.new_file) WriteString(reference.file_data, *reference.new_file);
     }
     RemoveElements();
+    WriteAttributes();
     for (const auto& [statement, edit] : book_.tree.replacements) {
       splice_.Replace(edit.place.begin, edit.place.end, edit.text);
     }
@@ -89,6 +92,14 @@ class BookSaver {
         splice_.Replace(statement.begin, statement.end,
                         "<EComponent " + std::to_string(numbers[component]) + ">");
       }
+    }
+  }
+
+  void WriteAttributes() {
+    const MifLayout layout(book_.tree);
+    for (const Element& element : book_.tree.elements) {
+      if (!element.attributes_changed || element.deleted) continue;
+      SaveElementAttributes(book_.tree, layout, element, &splice_);
     }
   }
 

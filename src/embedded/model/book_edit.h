@@ -1,4 +1,5 @@
-// Changing a book: the texts and files of its components, and taking components out.
+// Changing a book: the texts and files of its components, and taking components out. The attributes of its
+// own elements are changed as those of a document (edit.h).
 //
 // The edits are kept beside the source until the book is written: what no edit concerns is then copied as it
 // stands. Elements name components by their place in the book, so that a removal also changes the numbers in

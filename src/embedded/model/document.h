@@ -21,6 +21,7 @@
 #include "embedded/model/additions.h"
 #include "embedded/model/ids.h"
 #include "embedded/model/items.h"
+#include "embedded/model/source_bytes.h"
 
 namespace qelm::embedded::model {
 
@@ -252,7 +253,7 @@ class Document {
  public:
   Format format = Format::kMif;
   std::string path;
-  std::string source;  // the bytes that were read
+  SourceBytes source;
   double level = 0;    // MIF's language level; 0 for XML
   mif::Encoding encoding = mif::Encoding::kUtf8;
   bool crlf = false;  // the line end of the file's first line

@@ -8,6 +8,7 @@
 #include "embedded/model/book.h"
 #include "embedded/model/hypertext.h"
 #include "embedded/model/text_access.h"
+#include "embedded/model/xml_external.h"
 #include "embedded/model/xml_marks.h"
 #include "embedded/xml/encoding.h"
 
@@ -197,6 +198,13 @@ void Walk::Run() {
     }
   }
   if (links_ == nullptr) return;
+  for (ExternalFile& external : ExternalFiles(document_)) {
+    Link link;
+    link.kind = external.is_unparsed ? LinkKind::kGraphic : LinkKind::kTextInset;
+    link.statement = external.literal.begin;
+    link.file = std::move(external.file);
+    links_->push_back(std::move(link));
+  }
   for (const Page& page : document_.pages) {
     if (page.imports) Graphics(page.span, 0, false);
   }
@@ -604,6 +612,12 @@ Span InstructionAt(const Document& document, std::uint32_t begin, xml::Encoding 
 std::optional<Replacement> XmlEdit(const Document& document, LinkKind kind, std::uint32_t instruction,
                                    std::string_view path) {
   const xml::Encoding encoding = xml::DetectEncoding(document.source);
+  if (xml::AsciiAt(document.source, instruction, encoding) != '<') {
+    for (const ExternalFile& external : ExternalFiles(document)) {
+      if (external.literal.begin == instruction) return Replacement{external.literal, ExternalLiteral(path)};
+    }
+    return std::nullopt;
+  }
   const Span place = InstructionAt(document, instruction, encoding);
   const model::Mark mark = OwnMark(xml::ToUtf8(document.At(place), encoding));
   if (mark.kind == MarkKind::kGraphic && kind == LinkKind::kGraphic) {

@@ -1,5 +1,6 @@
 // What a document points to - cross-references, hypertext links, text insets, imported graphics - and what
-// others may point to in it.
+// others may point to in it. The external part of an XML document's type and its external entities
+// (xml_external.h) count as text insets, unparsed entities as graphics.
 //
 // Reading goes over the items once. A link keeps where its statement begins; pointing it to another file
 // replaces the one string that holds the path, when the document is saved.
@@ -28,7 +29,7 @@ struct Link {
 };
 
 // All links that are left, flow by flow; in a flow those outside its elements come last, and graphics that
-// stand on pages after all flows.
+// stand on pages and the external files of an XML document after all flows.
 std::vector<Link> ReadLinks(const Document& document);
 
 enum class TargetState : std::uint8_t { kShown, kHidden, kDeleted };
