@@ -11,12 +11,16 @@ peer, and how processor time, which other work on the machine disturbs less, gro
 Before that, the start of the plug-in in a user's session is measured stage by stage, and compared with opening a
 document of 10,000 elements, which has 50,000 words: about 100 pages.
 
+The same with a document of 20 elements, where all that counts is how soon a program has started. And each
+document is opened and saved as it is (`qelm convert`), which must give the same bytes, beside `cp`.
+
 Then the MIF document is colored by classic schemes of 1 and of 20 rules, and the time of that is printed as a ratio
 to opening and saving the same document, with the host's operations that it calls for each element or text node.
 """
 
 import argparse
 import collections
+import filecmp
 import hashlib
 import json
 import os
@@ -227,6 +231,50 @@ def print_start_up(figures):
         print(f"  {stage:26} {milliseconds:6.2f} ms {100 * milliseconds / start:5.1f} %")
 
 
+def run_small(programs, data, rounds=21):
+    """Filters a document of 20 elements; the medians of the milliseconds of processor time, by program."""
+    source = {form: data / f"small.{form}" for form in ("mif", "xml")}
+    subprocess.run([programs.build / "generate", "20", "--mif", source["mif"], "--xml", source["xml"]], check=True)
+    figures = {name: [] for name in ("qelm-xml", "qelm-mif", "xsltproc")}
+    for _ in range(rounds):
+        for name in figures:
+            target = data / f"small-{name}.{programs.format(name)}"
+            command = programs.command(name, source[programs.format(name)], target)
+            figures[name].append(1000 * measure(programs.build, command)[1])
+    return {name: statistics.median(times) for name, times in figures.items()}
+
+
+def print_small(figures):
+    print("20 elements, from start to end, ms of processor time: "
+          + ", ".join(f"{name} {milliseconds:.1f}" for name, milliseconds in figures.items())
+          + f"; qelm-xml {figures['qelm-xml'] / figures['xsltproc']:.2f} of xsltproc")
+
+
+def run_copies(build, data, size, runs):
+    """Opens and saves the documents of that size as they are, beside `cp`; the medians of the CPU seconds."""
+    figures = {}
+    for form in ("mif", "xml"):
+        source, target = data / f"{size}.{form}", data / f"{size}-copy.{form}"
+        ours = [build / "qelm", "convert", source, target, "--quiet", "--yes"]
+        commands = {"qelm": ours, "cp": ["cp", source, target]}
+        times = {name: [] for name in commands}
+        for _ in range(runs):
+            for name, command in commands.items():
+                target.unlink(missing_ok=True)
+                times[name].append(measure(build, command)[1])
+                if name == "qelm" and not filecmp.cmp(source, target, shallow=False):
+                    sys.exit(f"bench: {source} is not the same after it was opened and saved")
+        target.unlink()
+        figures[form] = {name: statistics.median(seconds) for name, seconds in times.items()}
+    return figures
+
+
+def print_copies(figures):
+    texts = [f"{form.upper()} {times['qelm']:.3f}, {times['qelm'] / times['cp']:.1f} times cp"
+             for form, times in figures.items()]
+    print("open and save as it is, CPU s: " + "; ".join(texts))
+
+
 def run_coloring(build, source, runs):
     """Colors a document by classic schemes of 1 and of 20 rules; the medians of the seconds."""
     figures = []
@@ -269,10 +317,14 @@ def main():
     data.mkdir(parents=True, exist_ok=True)
     start_up = run_start_up(build, data)
     print_start_up(start_up)
+    small = run_small(Programs(build), data)
+    print_small(small)
     results = []
     for size in sizes:
         results.append(run_size(Programs(build), size, options.runs, data))
         print_size(results[-1])
+        results[-1]["copies"] = run_copies(build, data, size, options.runs)
+        print_copies(results[-1]["copies"])
         results[-1]["coloring"] = run_coloring(build, data / f"{size}.mif", options.runs)
         print_coloring(results[-1]["coloring"])
         sys.stdout.flush()
@@ -281,7 +333,8 @@ def main():
                 os.remove(path)
     print_scaling(results)
     if options.json:
-        options.json.write_text(json.dumps({"runs": options.runs, "start_up": start_up, "sizes": results}, indent=1) + "\n")
+        figures = {"runs": options.runs, "start_up": start_up, "small": small, "sizes": results}
+        options.json.write_text(json.dumps(figures, indent=1) + "\n")
 
 
 if __name__ == "__main__":

@@ -238,10 +238,12 @@ TEST(Convert, LineEndsInTheSourceAreBlanks) {
   EXPECT_EQ(text("<a>one&#10;two&#xA;\r\nthree</a>"), "one\ntwo\n three");
 }
 
-// Bytes that are no text where MIF has names and words, in an object that XML keeps as it is written.
+// Bytes that are no text where MIF has names and words: in an object that XML keeps as it is written, and in
+// a name that it puts into an instruction.
 TEST(Convert, DamageInAnObjectDoesNotSpoilTheXml) {
   const auto mif = OpenMif(
-      "<MIFFile 10.0>\n<Para <ParaLine <ElementBegin <ETag `Doc'>> <Variable <Vari\x9a <Word \xff>>>"
+      "<MIFFile 10.0>\n<ConditionCatalog <Condition <CTag `\x9a\xf0n\xef\xbf\xbf'> <CState CHidden>>>\n<Para "
+      "<ParaLine <ElementBegin <ETag `Doc'>> <Variable <Vari\x9a <Word \xff>>>"
       "<String `x'> <ElementEnd `Doc'>>>\n");
   ASSERT_NE(mif, nullptr);
   std::string error;

@@ -57,7 +57,8 @@ bool IsMade(std::string_view text, std::size_t begin, Needed needed) {
   }
 }
 
-// `needed` tells of the character `c` at [begin, end) of the name whether it has to be escaped there.
+// `needed` tells of the character `c` at [begin, end) of the name whether it has to be escaped there. Bytes
+// that are no UTF-8, and the two characters that XML never allows, become U+FFFD.
 template <typename Needed>
 std::string Escaped(std::string_view name, Needed needed) {
   std::string result;
@@ -65,7 +66,7 @@ std::string Escaped(std::string_view name, Needed needed) {
     const std::size_t begin = at;
     const char32_t c = NextCharacter(name, &at);
     if (!needed(c, begin, at) && !(c == '_' && IsMade(name, begin, needed))) {
-      result.append(name.substr(begin, at - begin));
+      AppendUtf8(c == 0xFFFE || c == 0xFFFF ? 0xFFFD : c, &result);
       continue;
     }
     char digits[8];
