@@ -102,6 +102,24 @@ TEST(SideFlow, BalancedColumnsEndAtTheSameHeight) {
   EXPECT_EQ(places(5, columns), "s3@110,0 s4@110,10 s5@150,0 ");
 }
 
+TEST(SideFlow, HeadsStandBesideAndAcross) {
+  std::string mif =
+      TwoPages("<TFTag `B'> <TFSideheads Yes>", 1, 5,
+               Frame(14, "100 pt 10 pt 90 pt 60 pt", "<TRSideheadWidth 30 pt> <TRSideheadGap 10 pt>"));
+  const auto format = [&](const std::string& text, const std::string& style) {
+    mif.replace(mif.find("<PgfTag `Body'> <ParaLine <String `" + text), 15,
+                "<Pgf <PgfTag `Body'> <PgfPlacementStyle " + style + ">>");
+  };
+  format("s3", "SideheadTop");
+  format("s5", "Straddle");
+  const LaidOut laid(mif);
+  std::string places;
+  for (const SeenLine& line : laid.pages.at(1).lines) {
+    places += line.text + "@" + std::to_string(std::lround(line.x)) + " ";
+  }
+  EXPECT_EQ(places, "s3@100 s4@140 s5@100 ");
+}
+
 TEST(FrameText, GoesOnInTheNextFrameOfItsGraphic) {
   const auto lines = [](int count, std::uint32_t place) {
     const LaidOut laid(

@@ -81,7 +81,15 @@ FlowFiller::FlowFiller(Setting& setting, bool double_sided, model::Id flow, Flow
 
 void FlowFiller::Begin() {
   maker_.Begin(flow_.first_item, flow_.end_item);
+  maker_.SetSettle([this] { Settle(); });
   BeginPage();
+}
+
+// Places what is complete. Where no line has room below it, the text behind is set for the next column.
+void FlowFiller::Settle() {
+  constexpr double kLowestLine = 1;
+  if (going_) PlaceGroup();
+  if (going_ && !at_top_ && Room() - behind_ < kLowestLine && !IsLastColumn()) NextColumn();
 }
 
 bool FlowFiller::Step() {
@@ -211,6 +219,7 @@ double FlowFiller::Needed(std::span<const Strip> strips) const {
   bool any_note = !notes_.empty();
   for (const Strip& strip : strips) {
     if (!top) at += SpaceAbove(behind, strip);
+    if (strip.straddles) at = std::max(at, side_bottom_ - y_);
     lowest = std::max(lowest, at + strip.height);
     if (!strip.side_head) at += strip.height;
     behind = strip.space_after;
@@ -239,6 +248,7 @@ double FlowFiller::Room() const {
 void FlowFiller::PlaceStrip(Strip&& strip) {
   if (RepeatedHeight(strip) > 0) PlaceHeading(strip);
   if (!at_top_) y_ += SpaceAbove(behind_, strip);
+  if (strip.straddles) y_ = std::max(y_, side_bottom_);
   LaidPage& page = pages_.Page();
   const Column& column = Here();
   double x = column.x;
@@ -393,6 +403,10 @@ void FlowFiller::BeginColumn() {
   at_top_ = true;
   const Column& column = Here();
   maker_.SetColumn(column.width, column.side_head.width);
+  const std::vector<Column>& columns = pages_.Columns();
+  const bool shares_frame = (column_ > 0 && InOneFrame(columns[column_ - 1], column)) ||
+                            (column_ + 1 < columns.size() && InOneFrame(columns[column_ + 1], column));
+  if (!shares_frame) maker_.SetStraddle(column.frame.x - column.x, column.frame.width);
   std::vector<LaidText>& texts = pages_.Page().body;
   const auto shared = [&](const LaidText& text) {
     const bool same_frame = text.place.x == column.frame.x && text.place.y == column.frame.y;

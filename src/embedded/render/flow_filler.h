@@ -52,6 +52,7 @@ class FlowFiller {
 
  private:
   bool Take(Strip&& strip);
+  void Settle();
   void NoteCut(const Strip& strip);
   void Finish();
   void PlaceGroup();

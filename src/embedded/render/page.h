@@ -45,6 +45,7 @@ struct Strip {
   double space_after = 0;
   bool glued = false;      // stays with the strip above
   bool side_head = false;  // stands beside what follows
+  bool straddles = false;  // reaches over the area of the side heads
   bool floats = false;     // goes to the top of a column
   StartAt start = StartAt::kAnywhere;
   std::vector<Mark> marks;

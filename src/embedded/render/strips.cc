@@ -5,7 +5,13 @@
 
 namespace qelm::embedded::render {
 
-bool StripMaker::Give(Strip&& strip) { return (*take_)(std::move(strip)); }
+bool StripMaker::Give(Strip&& strip) {
+  if (straddles_) {
+    for (Mark& mark : strip.marks) mark.x += text_x_;
+    strip.straddles = true;
+  }
+  return (*take_)(std::move(strip));
+}
 
 bool StripMaker::Step(const TakeStrip& take) {
   take_ = &take;
@@ -28,12 +34,17 @@ void StripMaker::RunNote(std::uint32_t part, const TakeStrip& take) {
 }
 
 bool StripMaker::AddParagraph(StoryParagraph story) {
+  const ParagraphFormat& format = setting_.formats.Paragraph(story.state);
+  if (settle_ && !keep_next_ && !format.with_previous) settle_();
+  straddles_ = format.style == PlacementStyle::kStraddle && straddle_width_ > width_;
+  text_x_ = straddles_ ? straddle_x_ : 0;
+  text_width_ = straddles_ ? straddle_width_ : width_;
   while (story.text.size() > kLongestText) {
     StoryParagraph rest = SplitLongText(&story);
-    if (!AddAllLines(std::make_shared<const LaidParagraph>(setting_, std::move(story), width_))) return false;
+    if (!AddAllLines(std::make_shared<const LaidParagraph>(setting_, std::move(story), text_width_)))
+      return false;
     story = std::move(rest);
   }
-  const ParagraphFormat& format = setting_.formats.Paragraph(story.state);
   const std::vector<std::uint32_t> tables = story.tables;
   const bool beside = format.style == PlacementStyle::kSideHead && side_width_ > 0;
   if (beside) {
@@ -43,11 +54,13 @@ bool StripMaker::AddParagraph(StoryParagraph story) {
   } else {
     const std::uint32_t frame = RunInFrame(story);
     const bool going =
-        frame != 0 ? AddBesideFrame(std::move(story), frame)
-                   : AddAllLines(std::make_shared<const LaidParagraph>(setting_, std::move(story), width_));
+        frame != 0
+            ? AddBesideFrame(std::move(story), frame)
+            : AddAllLines(std::make_shared<const LaidParagraph>(setting_, std::move(story), text_width_));
     if (!going) return false;
     keep_next_ = format.with_next;
   }
+  straddles_ = false;
   for (const std::uint32_t table : tables) {
     if (!SetTable(setting_, table, width_, depth_, keep_next_, *take_)) return false;
     keep_next_ = false;
@@ -60,7 +73,7 @@ std::uint32_t StripMaker::RunInFrame(const StoryParagraph& story) const {
   for (const StoryObject& object : story.objects) {
     if (object.kind != StoryObject::Kind::kFrame) continue;
     const FramePlace place = setting_.graphics.Place(object.ref);
-    if (place.kind == FrameKind::kRunIn && place.width < width_ * 3 / 4) return object.ref;
+    if (place.kind == FrameKind::kRunIn && place.width < text_width_ * 3 / 4) return object.ref;
   }
   return 0;
 }
@@ -72,7 +85,7 @@ bool StripMaker::AddBesideFrame(StoryParagraph story, std::uint32_t frame) {
   const double taken = place.width + std::max(place.near_side_offset, 0.0);
   const bool right = place.alignment == FrameAlignment::kRight || place.alignment == FrameAlignment::kOutside;
   StoryParagraph rest = story;
-  const auto laid = std::make_shared<const LaidParagraph>(setting_, std::move(story), width_ - taken);
+  const auto laid = std::make_shared<const LaidParagraph>(setting_, std::move(story), text_width_ - taken);
   run_in_ = {};
   run_in_.frame = frame;
   double height = 0;
@@ -86,8 +99,8 @@ bool StripMaker::AddBesideFrame(StoryParagraph story, std::uint32_t frame) {
   Mark& mark = run_in_.mark;
   mark.kind = Mark::Kind::kFrame;
   mark.ref = frame;
-  mark.x =
-      right ? width_ - format.right_indent - place.width : std::min(format.FirstIndent(), format.left_indent);
+  mark.x = right ? text_width_ - format.right_indent - place.width
+                 : std::min(format.FirstIndent(), format.left_indent);
   mark.width = place.width;
   mark.height = place.height;
   const bool all = run_in_.lines == laid->lines().size();
@@ -95,7 +108,7 @@ bool StripMaker::AddBesideFrame(StoryParagraph story, std::uint32_t frame) {
   const std::uint32_t beside = std::exchange(run_in_.lines, 0);
   if (all) return true;
   rest = SplitText(&rest, laid->lines()[beside].begin);
-  return AddAllLines(std::make_shared<const LaidParagraph>(setting_, std::move(rest), width_));
+  return AddAllLines(std::make_shared<const LaidParagraph>(setting_, std::move(rest), text_width_));
 }
 
 bool StripMaker::AddLines(const std::shared_ptr<const LaidParagraph>& laid, std::uint32_t end) {
@@ -136,20 +149,20 @@ Strip StripMaker::LineStrip(const std::shared_ptr<const LaidParagraph>& laid, st
   strip.height = line.height;
   if (!laid->format().box_color.empty()) {
     Mark& box = strip.marks.emplace_back();
-    box.width = width_;
+    box.width = text_width_;
     box.height = line.height;
     box.color = ColorNamed(setting_.document, laid->format().box_color);
   }
   if (line.change_bar) {
     Mark& bar = strip.marks.emplace_back();
     bar.kind = Mark::Kind::kChangeBar;
-    bar.width = width_;
+    bar.width = text_width_;
     bar.height = line.height;
   }
   Mark& mark = strip.marks.emplace_back();
   mark.kind = Mark::Kind::kLine;
   mark.y = line.ascent;
-  mark.width = width_;
+  mark.width = text_width_;
   mark.height = line.height;
   mark.ref = index;
   mark.paragraph = laid;
@@ -243,14 +256,14 @@ void StripMaker::AddFrame(std::uint32_t frame, const LaidLine& line, Strip* stri
     case FrameKind::kRight:
     case FrameKind::kOutside:
     case FrameKind::kFar:
-      mark.x = width_ + place.near_side_offset;
+      mark.x = text_width_ + place.near_side_offset;
       mark.y = line.ascent - place.baseline_offset - place.height;
       strip->marks.push_back(std::move(mark));
       return;
     default:
       break;
   }
-  const double room = width_ - place.width;
+  const double room = text_width_ - place.width;
   const bool right = place.alignment == FrameAlignment::kRight || place.alignment == FrameAlignment::kOutside;
   mark.x = place.alignment == FrameAlignment::kCenter ? room / 2 : right ? room : 0;
   Strip own;

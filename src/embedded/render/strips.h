@@ -25,7 +25,17 @@ class StripMaker {
   void SetColumn(double width, double side_width) {
     width_ = width;
     side_width_ = side_width;
+    straddle_width_ = 0;
   }
+  // How wide paragraphs are that reach over that area as well, and where they begin, from the column's edge.
+  void SetStraddle(double x, double width) {
+    straddle_x_ = x;
+    straddle_width_ = width;
+  }
+
+  // Called before a paragraph is set that does not stay with what is before it, so that the column is the one
+  // in which that ends.
+  void SetSettle(std::function<void()> settle) { settle_ = std::move(settle); }
 
   // Begins with the items [first, end).
   void Begin(std::uint32_t first, std::uint32_t end) { reader_.emplace(setting_, first, end, depth_); }
@@ -57,8 +67,14 @@ class StripMaker {
   std::uint32_t depth_;
   double width_ = 0;
   double side_width_ = 0;
+  double straddle_x_ = 0;
+  double straddle_width_ = 0;  // 0: none does
+  bool straddles_ = false;     // the paragraph at hand
+  double text_x_ = 0;          // of it
+  double text_width_ = 0;
   std::optional<StoryReader> reader_;
   const TakeStrip* take_ = nullptr;
+  std::function<void()> settle_;
   bool keep_next_ = false;  // what comes next stays with what was before
   // The frame that runs into the paragraph at hand.
   struct RunIn {
