@@ -7,6 +7,10 @@
 #include <string>
 #include <vector>
 
+namespace qelm::host {
+struct Host;
+}
+
 namespace qelm::cli {
 
 struct Environment {
@@ -19,6 +23,8 @@ struct Environment {
   std::function<bool()> esc = {};  // whether Esc (Ctrl-C) was pressed since the last call
   std::string version = {};
   std::vector<std::string> plugin_folders = {};  // the first one that exists is the plug-in's folder
+  // What stands between the host and everything that uses it, where a test wants to see or spoil the calls.
+  std::function<host::Host&(host::Host&)> around_host = {};
 };
 
 // The environment of this process, with Ctrl-C as Esc from now on: the first press is Esc, a second one ends

@@ -86,6 +86,10 @@ class Updater {
   void Write(List* list);
   void Keep(const std::string& path, const std::string& shown, const std::string& target,
             const std::string& file, const std::string& why);
+  void FindFile(std::string text) {
+    if (outcome_.file_error.empty()) outcome_.file_error = text;
+    Find(std::move(text));
+  }
   void Find(std::string text) {
     outcome_.findings.push_back(std::move(text));
     outcome_.complete = false;
@@ -165,7 +169,7 @@ void Updater::Number(Component* component) {
   OpenedDocument opened(workspace_, documents_, component->path);
   OpenFile* file = opened.File();
   if (file == nullptr) {
-    Find(opened.Why());
+    FindFile(opened.Why());
     return SkipPages(*component);
   }
   component->readable = true;
@@ -186,7 +190,7 @@ void Updater::Number(Component* component) {
   }
   if (Asked(host::kUpdateCrossReferences)) changed += References(file, component, numbers);
   if (Asked(host::kUpdateMasterPages)) changed += MasterPages(file);
-  if (changed != 0 && !opened.Finish()) Find(std::string(documents_.LastError()));
+  if (changed != 0 && !opened.Finish()) FindFile(std::string(documents_.LastError()));
 }
 
 void Updater::Keep(const std::string& path, const std::string& shown, const std::string& target,
@@ -247,7 +251,7 @@ void Updater::Insets() {
     const std::size_t known = outcome_.findings.size();
     const bool changed = UpdateInsets(workspace_, documents_, file, &outcome_.findings) != 0;
     if (outcome_.findings.size() != known) outcome_.complete = false;
-    if (changed && !opened.Finish()) Find(std::string(documents_.LastError()));
+    if (changed && !opened.Finish()) FindFile(std::string(documents_.LastError()));
   }
 }
 
@@ -296,7 +300,7 @@ void Updater::Apply(Component* component) {
   if (!any) return;
   OpenedDocument opened(workspace_, documents_, component->path);
   OpenFile* file = opened.File();
-  if (file == nullptr) return Find(opened.Why());
+  if (file == nullptr) return FindFile(opened.Why());
   model::Document* document = file->document.get();
   auto request = component->requests.begin();
   std::uint32_t ordinal = 0;
@@ -309,7 +313,7 @@ void Updater::Apply(Component* component) {
     ++request;
     if (text.problem.empty() && model::SetReferenceText(document, i, text)) ++changed;
   }
-  if (changed != 0 && !opened.Finish()) Find(std::string(documents_.LastError()));
+  if (changed != 0 && !opened.Finish()) FindFile(std::string(documents_.LastError()));
 }
 
 // How the entries of a list read; false where it cannot be made.
@@ -326,7 +330,7 @@ bool Updater::Prepare(const Component& component, List* list) {
   }
   OpenedDocument opened(workspace_, documents_, component.path);
   if (opened.File() == nullptr) {
-    Find(opened.Why());
+    FindFile(opened.Why());
     return false;
   }
   const model::Document& document = *opened.File()->document;
@@ -385,7 +389,7 @@ void Updater::Write(List* list) {
   std::string problem;
   const bool changed = model::SetEntries(file->document.get(), list->settings, list->entries, &problem);
   if (!problem.empty()) Find(file->path + ": the list is not made anew: " + problem + "; it stays as it is.");
-  if (changed && !opened.Finish()) Find(std::string(documents_.LastError()));
+  if (changed && !opened.Finish()) FindFile(std::string(documents_.LastError()));
 }
 
 }  // namespace

@@ -44,6 +44,7 @@ class EmbeddedHost {
     std::string interface_language = "English";
     // Why the platform's last operation on a file failed, in words; where it is missing no reason is given.
     std::function<std::string()> file_error;
+    bool overwrite_changed = false;  // replace files that were changed on disk since they were opened
   };
 
   EmbeddedHost(const Options& options, host::UserInterface& user, host::Dialogs& dialogs,
