@@ -18,8 +18,9 @@ bool IsNumber(std::string_view text) {
   return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
-// Whether the file's name is one that a stage gives.
+// Whether the file's name is one that a stage gives, or that of the file beside in which it was written.
 bool IsStaged(std::string_view name) {
+  if (name.starts_with(".qelm-")) return true;
   if (name.ends_with(kBefore)) name.remove_suffix(kBefore.size());
   return IsNumber(name);
 }
