@@ -20,7 +20,6 @@
 #include "filtering/batch_filter.h"
 #include "filtering/batch_names.h"
 #include "filtering/batch_scheme.h"
-#include "filtering/staged_files.h"
 #include "host/contexts.h"
 #include "schemes/scheme_loading.h"
 
@@ -349,14 +348,6 @@ Outcome BatchCommand::Run(Session& session) {
                                                              : std::string(common::FolderOf(request.source));
   records_.emplace(common::JoinPath(folder, kRecordFolder), request.source + '\n' + request.configuration,
                    Inputs(session, request));
-  // Other parts of the batch may be writing there.
-  if (resume_ && shard_text_.empty()) {
-    const std::string report = request.settings.bf_report_filename_pattern;
-    filtering::RemoveUnfinished(session.platform(), folder);
-    if (!report_.empty()) {
-      filtering::RemoveUnfinished(session.platform(), std::string(common::FolderOf(report)));
-    }
-  }
   filtering::BatchContext context = BatchContextOf(session.plugin());
   const BatchRun run = filtering::RunBatchFilter(context, request, Hooks(session, request));
   workers_.reset();

@@ -241,6 +241,7 @@ void ColorCommand::Report(const Plugin& plugin, Outcome* outcome) const {
   }
   if (run.refused != 0) {
     outcome->text += "  " + std::to_string(run.refused) + " elements could not be changed\n";
+    outcome->status = ExitStatus::kFound;
   }
   outcome->members = {{"scheme", scheme_},      {"colored", run.colored},
                       {"rules", counts},        {"visited", run.visited},

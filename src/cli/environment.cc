@@ -32,6 +32,8 @@ void CatchInterrupt() {
 Environment ProcessEnvironment() {
   std::ios::sync_with_stdio(false);
   CatchInterrupt();
+  // A file that may not grow any more is a failure of the write, which is told and cleared up after.
+  ::signal(SIGXFSZ, SIG_IGN);
   Environment environment{std::cin, std::cout, std::cerr};
   environment.err_is_terminal = ::isatty(STDERR_FILENO) == 1;
   environment.interactive = environment.err_is_terminal && ::isatty(STDIN_FILENO) == 1;

@@ -12,6 +12,10 @@ namespace qelm::embedded::adapter {
 class SharedDocuments;
 }
 
+namespace qelm::host {
+struct Host;
+}
+
 namespace qelm::cli {
 
 struct Environment {
@@ -26,6 +30,8 @@ struct Environment {
   std::vector<std::string> plugin_folders = {};  // the first one that exists is the plug-in's folder
   // What another session of the process has read, so that this one need not read it again.
   std::shared_ptr<const embedded::adapter::SharedDocuments> documents = {};
+  // What stands between the host and everything that uses it, where a test wants to see or spoil the calls.
+  std::function<host::Host&(host::Host&)> around_host = {};
 };
 
 // The environment of this process, with Ctrl-C as Esc from now on: the first press is Esc, a second one ends

@@ -7,6 +7,7 @@
 #include "cli/link_table.h"
 #include "cli/session.h"
 #include "common/result_codes.h"
+#include "embedded/adapter/book_update.h"
 #include "filtering/book_filter.h"
 #include "filtering/restore.h"
 #include "host/contexts.h"
@@ -175,7 +176,13 @@ Outcome FilterBook(Session& session, host::Id book, const std::string& scheme) {
   if (run.mode == LaunchMode::kDuplicate && !run.dry_run) {
     outcome.output = SaveNewBook(session, run.result_book);
   }
-  if (PassedOver(run) != 0 || !run.unchanged_links.empty()) outcome.status = ExitStatus::kFound;
+  // References without a target keep a book from being updated in full, and are what was asked for.
+  const bool only_references =
+      !run.dangling.empty() && run.not_updated.ends_with(embedded::adapter::kNotAllUpdated);
+  const bool not_updated = !run.not_updated.empty() && !only_references;
+  if (PassedOver(run) != 0 || !run.unchanged_links.empty() || not_updated) {
+    outcome.status = ExitStatus::kFound;
+  }
   outcome.members = {{"scheme", scheme}, {"mode", ModeName(run.mode)}, {"dry_run", run.dry_run}};
   outcome.members.update(CountsJson(run));
   outcome.members["components"] = ComponentsJson(run, files);

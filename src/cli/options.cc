@@ -33,6 +33,10 @@ void DefineOptions(CLI::App& program, Options* options) {
                   "The major version that the host says it has. Default: 18")
       ->type_name("N")
       ->check(CLI::Range(1, 99));
+  program.add_flag("--ignore-lock", options->ignore_lock,
+                   "Replace files although their lock files (NAME.lck) say that they are open elsewhere");
+  program.add_flag("--overwrite", options->overwrite,
+                   "Replace files although they were changed on disk since they were opened");
   CLI::Option* yes = program.add_flag("--yes", options->yes, "Answer every question with yes");
   program.add_flag("--no", options->no, "Answer every question with no")->excludes(yes);
   program

@@ -22,6 +22,8 @@ struct Options {
   std::vector<std::string> settings;    // KEY=VALUE
   std::vector<std::string> parameters;  // NAME=VALUE
   std::int32_t host_version = 18;
+  bool ignore_lock = false;
+  bool overwrite = false;
   bool yes = false;
   bool no = false;
   std::string answers;

@@ -90,8 +90,11 @@ void Session::Start(bool install) {
   host.plugin_folder = PluginFolder();
   host.major_version = options_.host_version;
   host.documents = environment_.documents;
+  host.overwrite_changed = options_.overwrite;
+  platform_.SetIgnoreLocks(options_.ignore_lock);
   host.file_error = [this] { return platform_.LastError(); };
   host_ = std::make_unique<embedded::adapter::EmbeddedHost>(host, user_, dialogs_, clients_, platform_);
+  roles_ = environment_.around_host ? &environment_.around_host(host_->roles()) : &host_->roles();
   plugin_ = std::make_unique<Plugin>(roles());
   dialogs_.SetFolder(host.plugin_folder);
   dialogs_.SetEventEntry([this](std::int32_t dialog, std::int32_t item, std::int32_t modifiers) {

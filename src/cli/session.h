@@ -71,7 +71,7 @@ class Session {
   static bool SameFile(const std::string& left, const std::string& right);
 
   Plugin& plugin() { return *plugin_; }
-  host::Host& roles() { return host_->roles(); }
+  host::Host& roles() { return *roles_; }
   embedded::adapter::EmbeddedHost& host() { return *host_; }
   embedded::adapter::ScriptedUserInterface& user() { return user_; }
   // The entry points, recorded as events.
@@ -110,6 +110,7 @@ class Session {
   embedded::adapter::ScriptedUserInterface user_;
   embedded::adapter::ResourceDialogs dialogs_{user_, platform_, events_};
   std::unique_ptr<embedded::adapter::EmbeddedHost> host_;
+  host::Host* roles_ = nullptr;
   std::unique_ptr<Plugin> plugin_;
   std::unique_ptr<Entries> entries_;
   std::unique_ptr<host::EntryPoints> recorded_entries_;

@@ -148,6 +148,7 @@ class OutputSteps {
   std::vector<Id> documents_;  // the output itself, or its components
   std::vector<Id> opened_;     // here
   Id variables_ = kNone;
+  bool names_sources_ = false;  // the new book names files that were not copied
 };
 
 void OutputSteps::Run() {
@@ -170,13 +171,20 @@ void OutputSteps::OpenDocuments() {
   }
   for (Id component = host_.books.FirstComponent(output_); component != kNone;
        component = host_.books.NextComponent(output_, component)) {
-    // What could not be opened in the source was said there, and is not in the new book.
-    if (!host_.platform.FileExists(std::string(host_.books.ComponentPath(output_, component)))) continue;
+    // What could not be opened in the source was said there, and was not copied: the new book names it where
+    // it is, and it is not to be changed.
+    const std::string path(host_.books.ComponentPath(output_, component));
+    if (!host_.platform.FileExists(path)) continue;
     const messages::OpenedComponent found =
         messages::OpenComponent(host_, output_, component, settings_.suppress_file_opening_alerts);
     if (found.document == kNone) continue;
-    documents_.push_back(found.document);
     if (found.opened) opened_.push_back(found.document);
+    const std::vector<std::string>& made = outcome_->files;
+    if (std::find(made.begin(), made.end(), path) == made.end()) {
+      names_sources_ = true;
+    } else {
+      documents_.push_back(found.document);
+    }
   }
 }
 
@@ -294,6 +302,10 @@ void OutputSteps::HideBoundaries() {
 }
 
 void OutputSteps::UpdateBook() {
+  if (names_sources_) {
+    Incomplete(kStepErrorLine, "QELM_MSG_FILTER_REP_72", request_.source);
+    return;
+  }
   if (!is_book_ || !settings_.bf_post_process_default_enable_book_update) {
     steps_.Say(kStepLine, is_book_ ? "QELM_MSG_FILTER_REP_70" : "QELM_MSG_FILTER_REP_73");
     return;

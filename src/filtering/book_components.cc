@@ -35,6 +35,7 @@ class BookComponents {
   void Filter(const OpenedComponent& found, FilteredComponent* entry);
   bool CancelledBetween();
   void DeleteEmpties();
+  std::string SourceInCopy();
   void Update();
   void Sum();
 
@@ -135,12 +136,27 @@ void BookComponents::DeleteEmpties() {
                                     context_.messenger.Format("QELM_MSG_FILTER_58", why));
 }
 
+// A component that could not be opened and so was not copied is named by the copy where it is. When it can be
+// opened now, an update would change it, and it is a source.
+std::string BookComponents::SourceInCopy() {
+  if (run_.mode != LaunchMode::kDuplicate) return {};
+  for (const FilteredComponent& entry : run_.components) {
+    if (entry.opened || entry.generated) continue;
+    const OpenedComponent found = messages::OpenComponent(host_, book_, entry.component, true);
+    if (found.document == kNone) continue;
+    if (found.opened) host_.documents.Close(found.document, true);
+    return entry.why;
+  }
+  return {};
+}
+
 void BookComponents::Update() {
   constexpr std::uint32_t kUpdated =
       host::kUpdateNumbering | host::kUpdateGeneratedFiles | host::kUpdateCrossReferences;
   context_.messenger.ShowStatus({"QELM - Filtering", "Please wait...", "Updating the new book...", ""});
-  if (host_.books.Update(book_, kUpdated)) return;
-  run_.not_updated = host_.documents.LastError();
+  run_.not_updated = SourceInCopy();
+  if (run_.not_updated.empty() && host_.books.Update(book_, kUpdated)) return;
+  if (run_.not_updated.empty()) run_.not_updated = host_.documents.LastError();
   if (!run_.prompts) return;
   context_.messenger.AlertFormatted("QELM_MSG_FILTER_56",
                                     context_.messenger.Format("QELM_MSG_FILTER_56", run_.not_updated));

@@ -38,24 +38,41 @@ std::int32_t BookCopy::Copy() {
     FailFile(folder_);
     return kCopyFailed;
   }
+  if (!host_.platform.BeginFilling(folder_)) {
+    FailFile(folder_);
+    return kCopyFailed;
+  }
+  RemoveAbandonedStages(host_.platform, folder_);
+  const std::int32_t result = CopyFiles(&staged);
+  // Without the copy the folder is what it was before, a copy that an earlier run did not complete included.
+  if (result != kDone) host_.platform.EndFilling(folder_, !cut_before_);
+  return result;
+}
+
+std::int32_t BookCopy::CopyFiles(StagedFiles* staged) {
   for (std::size_t i = 0; i < plan_.Files().size(); ++i) {
     if (Stopped()) return kCopyStopped;
-    if (!CopyOne(i, &staged)) return kCopyFailed;
+    if (!CopyOne(i, staged)) return kCopyFailed;
   }
   if (Stopped()) return kCopyStopped;
-  if (!Place(&staged) || !OpenNewBook()) return kCopyFailed;
-  staged.Keep();
-  made_folders_ = staged.made_folders();
+  if (!Place(staged) || !OpenNewBook()) return kCopyFailed;
+  staged->Keep();
+  made_folders_ = staged->made_folders();
   return kDone;
 }
+
+bool BookCopy::Complete() { return host_.platform.EndFilling(folder_, true); }
+
+void BookCopy::GiveUp() { host_.platform.EndFilling(folder_, false); }
 
 bool BookCopy::Check() { return CheckTargets() && CheckSpace(); }
 
 // A copy must not take the place of what is being copied, by whatever way it would come there, nor of a file
-// that is open. Files of the same names are replaced where an earlier copy of the book lies, and nowhere
-// else: in any other folder they are somebody's.
+// that is open. Files of the same names are replaced where an earlier copy of the book lies, complete or not,
+// and nowhere else: in any other folder they are somebody's.
 bool BookCopy::CheckTargets() {
-  const bool copied_before = host_.platform.FileExists(plan_.Files().front().target);
+  cut_before_ = host_.platform.FileExists(common::JoinPath(folder_, std::string(host::kUnfinishedName)));
+  const bool copied_before = cut_before_ || host_.platform.FileExists(plan_.Files().front().target);
   for (const CopyPlan::File& file : plan_.Files()) {
     if (!host_.platform.FileExists(file.target)) continue;
     if (!copied_before) return Fail("QELM_MSG_FILTER_60", file.target);

@@ -11,6 +11,9 @@
 //
 // The copy comes into the output folder as a whole or not at all (staged_files.h). Files that lie there under
 // names of the copy are replaced, others stay. The sources are only read.
+//
+// What was copied is not what is wanted before it is filtered. Until the folder is said to be complete it is
+// marked as one that is not (Platform::BeginFilling), also when the program ends meanwhile.
 #pragma once
 
 #include <cstdint>
@@ -44,6 +47,11 @@ class BookCopy {
   // are not.
   std::int32_t Copy();
 
+  // After a copy that was made: what is in the folder is as it should be (false: that cannot be marked), or
+  // is left as it is, marked.
+  bool Complete();
+  void GiveUp();
+
   host::Id NewBook() const { return new_book_; }
   const std::string& why() const { return why_; }
   std::vector<CopiedFile> CopiedFiles() const { return plan_.CopiedFiles(); }
@@ -53,6 +61,7 @@ class BookCopy {
   const std::vector<std::string>& unchanged_links() const { return unchanged_links_; }
 
  private:
+  std::int32_t CopyFiles(StagedFiles* staged);
   bool Check();
   bool CheckTargets();
   bool CheckSpace();
@@ -83,6 +92,7 @@ class BookCopy {
   std::vector<std::string> made_folders_;
   std::vector<std::string> unchanged_links_;
   bool stopped_ = false;
+  bool cut_before_ = false;  // the folder holds a copy that was not completed
 };
 
 }  // namespace qelm::filtering

@@ -44,6 +44,7 @@ class BookFilter {
   bool CancelledBefore();
   void TellPassedOver();
   bool CopyBook();
+  void EndCopy();
   void TellUnchanged();
   bool GoesElsewhere();
   std::string FullyFiltered() const;
@@ -106,6 +107,7 @@ void BookFilter::Run() {
   if (ready) {
     if (!run_.dry_run) SetEntryTexts(run_.result_book);
     FilterComponents(context_, run_.result_book);
+    if (Copies()) EndCopy();
   } else if (run_.ending != Ending::kByUser) {
     return;
   }
@@ -225,6 +227,14 @@ bool BookFilter::CopyBook() {
       return EndFormatted(Ending::kNotCopied, "QELM_MSG_FILTER_24",
                           messenger_.Format("QELM_MSG_FILTER_24", copy_->why()));
   }
+}
+
+// A copy that is not filtered to its end must not be taken for the result.
+void BookFilter::EndCopy() {
+  if (run_.ending != Ending::kCompleted) return copy_->GiveUp();
+  if (copy_->Complete()) return;
+  EndFormatted(Ending::kNotSaved, "QELM_MSG_FILTER_52",
+               messenger_.Format("QELM_MSG_FILTER_52", host_.platform.LastError()));
 }
 
 // A line for each component that is in the book and of which everything failed the scheme.

@@ -11,8 +11,7 @@ namespace {
 constexpr char kStageName[] = ".qelm-copy-";
 constexpr std::string_view kBefore = "-before";
 constexpr char kListName[] = "placed";
-constexpr std::string_view kFileName = ".qelm-";  // of files that a host has not finished
-constexpr int kMostStages = 1000;                 // left behind by processes that were killed
+constexpr int kMostStages = 1000;  // left behind by processes that were killed
 
 const std::filesystem::file_time_type kProgramBegan = std::filesystem::file_time_type::clock::now();
 
@@ -20,37 +19,18 @@ bool IsNumber(std::string_view text) {
   return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
-// Whether the file's name is one that a stage gives.
+// Whether the file's name is one that a stage gives, or that of the file beside in which it was written.
 bool IsStaged(std::string_view name) {
+  if (name.starts_with(".qelm-")) return true;
   if (name.ends_with(kBefore)) name.remove_suffix(kBefore.size());
   return IsNumber(name);
 }
 
-// ".qelm-PROCESS-NUMBER"
-bool IsUnfinishedFile(std::string_view name) {
-  if (!name.starts_with(kFileName)) return false;
-  name.remove_prefix(kFileName.size());
-  const std::size_t dash = name.find('-');
-  return dash != std::string_view::npos && IsNumber(name.substr(0, dash)) && IsNumber(name.substr(dash + 1));
-}
-
-bool IsAbandoned(const std::string& path, std::filesystem::file_type type) {
+bool IsAbandonedFolder(const std::string& path) {
   std::error_code error;
-  if (std::filesystem::symlink_status(path, error).type() != type || error) return false;
+  if (!std::filesystem::is_directory(std::filesystem::symlink_status(path, error)) || error) return false;
   const std::filesystem::file_time_type changed = std::filesystem::last_write_time(path, error);
   return !error && changed < kProgramBegan;
-}
-
-// The folder and all below it.
-std::vector<std::string> FoldersIn(const std::string& folder) {
-  std::vector<std::string> folders{folder};
-  std::error_code error;
-  std::filesystem::recursive_directory_iterator at(folder, error);
-  for (; !error && at != std::filesystem::recursive_directory_iterator(); at.increment(error)) {
-    std::error_code unknown;
-    if (at->is_directory(unknown) && !at->is_symlink(unknown)) folders.push_back(at->path().string());
-  }
-  return folders;
 }
 
 // Whether a path of a list leads to a file below the folder.
@@ -180,23 +160,12 @@ void UndoAbandoned(host::Platform& platform, const std::string& folder) {
     const bool is_stage =
         name.starts_with(kStageName) && IsNumber(std::string_view(name).substr(sizeof(kStageName) - 1));
     const std::string path = common::JoinPath(folder, name);
-    if (!is_stage || !IsAbandoned(path, std::filesystem::file_type::directory)) continue;
+    if (!is_stage || !IsAbandonedFolder(path)) continue;
     TakeBack(platform, folder, path);
     for (const std::string& file : platform.FolderNames(path)) {
-      const bool is_own = IsStaged(file) || file == kListName || IsUnfinishedFile(file);
-      if (is_own) platform.RemoveFile(common::JoinPath(path, file));
+      if (IsStaged(file) || file == kListName) platform.RemoveFile(common::JoinPath(path, file));
     }
     platform.RemoveFolder(path);
-  }
-  for (const std::string& below : FoldersIn(folder)) RemoveUnfinished(platform, below);
-}
-
-void RemoveUnfinished(host::Platform& platform, const std::string& folder) {
-  for (const std::string& name : platform.FolderNames(folder)) {
-    const std::string path = common::JoinPath(folder, name);
-    if (IsUnfinishedFile(name) && IsAbandoned(path, std::filesystem::file_type::regular)) {
-      platform.RemoveFile(path);
-    }
   }
 }
 

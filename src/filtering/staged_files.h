@@ -68,11 +68,8 @@ class StagedFiles {
 };
 
 // Undoes in the folder what processes that were killed had begun: takes back the files that they had placed,
-// as far as not all of them were, and removes what they left of inner folders and of single files that they
-// were writing, there and below. Only of what was last changed before this program began.
+// as far as not all of them were, and removes what they left of inner folders. Only of what was last changed
+// before this program began.
 void UndoAbandoned(host::Platform& platform, const std::string& folder);
-
-// Of that the files alone, and of the folder itself.
-void RemoveUnfinished(host::Platform& platform, const std::string& folder);
 
 }  // namespace qelm::filtering

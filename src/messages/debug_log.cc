@@ -36,6 +36,7 @@ void DebugLog::Open(const Options& options) {
   const std::string name =
       options.file_name.empty() ? options.product + std::string(kFileNameEnd) : options.file_name;
   path_ = common::JoinPath(folder, name);
+  written_ = 0;
   if (!Writes()) return;
   host_.platform.RemoveFile(path_);
   host_.platform.AppendFile(path_, Header(options.product));
@@ -51,6 +52,8 @@ void DebugLog::Event(host::Id document, host::Id object, std::string_view event)
   entry.append(kBreak);
   AppendObject(document, object, &entry);
   entry.append(kBreak).append(kBreak).append(kEntryLine, '-').append(kBreak).append(kBreak);
+  written_ += entry.size();
+  if (!Writes()) entry.append("THE LOG IS FULL: further events are not written.").append(kBreak);
   host_.platform.AppendFile(path_, entry);
 }
 

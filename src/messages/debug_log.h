@@ -38,6 +38,9 @@ enum DebugMode : std::int32_t {
 
 class DebugLog {
  public:
+  // When the entries are longer than this in bytes, a last one says so and no more are written.
+  static constexpr std::size_t kLongest = std::size_t{64} << 20U;
+
   struct Options {
     std::string product;
     std::int32_t mode = kDebugOff;
@@ -54,7 +57,7 @@ class DebugLog {
   void Open(const Options& options);
 
   // Whether events are written.
-  bool Writes() const { return open_ && options_.mode == kDebugWriteLog; }
+  bool Writes() const { return open_ && options_.mode == kDebugWriteLog && written_ <= kLongest; }
 
   // Writes an entry about an event, the document that it happened in (0: none) and the object that it is
   // about (0: none). Nothing when the log does not write.
@@ -75,6 +78,7 @@ class DebugLog {
   Options options_;
   std::string path_;
   bool open_ = false;
+  std::size_t written_ = 0;  // bytes of entries
 };
 
 }  // namespace qelm::messages

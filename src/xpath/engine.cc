@@ -47,6 +47,7 @@ Search* SearchOf(Engine::State& state, Index sequence, SearchStart start) {
   if (search == nullptr) {
     start.with_defaults = state.attribute_values_mode != 0;
     search = std::make_unique<Search>(state.host, state.indexes, start);
+    search->LimitWork(state.most_steps);
     search->Begin(state.table, sequence, state.parameters, start);
   }
   return search.get();
@@ -59,7 +60,7 @@ bool NextMatch(Engine::State& state, Search& search, Match* match) {
   }
   if (search.Next(match)) return true;
   if (search.Why() != Failure::kNone && search.Why() != Failure::kLong) {
-    state.messenger.Alert(FailureText(search.Why()));
+    ShowFailure(state.messenger, search.Why(), search.Expression());
   }
   return false;
 }
@@ -176,7 +177,7 @@ bool Collect(Engine::State& state, Search& search, std::int32_t maximum, MatchLi
     search.Restart();
   }
   if (!search.All(nullptr, matches)) return CollectEach(state, search, maximum, matches);
-  if (search.Why() != Failure::kNone) state.messenger.Alert(FailureText(search.Why()));
+  if (search.Why() != Failure::kNone) ShowFailure(state.messenger, search.Why(), search.Expression());
   const auto limit = static_cast<std::size_t>(state.maximum_matches);
   const bool too_many = matches->size() > limit;
   if (too_many) matches->resize(limit);
@@ -195,6 +196,7 @@ bool xpath_MatchAll(Engine& engine, host::Id document, host::Id context, std::in
   Display(state, DisplayMode::kContext, {context, document}, kContextNode);
   const bool too_many = Collect(state, *search, maximum, matches);
   const bool complete = !too_many && search->Why() == Failure::kNone;
+  if (search->Why() == Failure::kWork) matches->clear();
   for (const Match& match : *matches) Display(state, DisplayMode::kMatches, match, kMatchedNode);
   if (too_many) ShowTooBroad(state.messenger, state.maximum_matches, state.table[sequence].expression);
   Reset(engine, sequence);
@@ -258,6 +260,8 @@ std::string ValueOfMatch(Engine& engine, const Match& match) {
 void SetAttributeValuesMode(Engine& engine, std::int32_t mode) {
   engine.state().attribute_values_mode = mode;
 }
+
+void SetMostSteps(Engine& engine, std::uint64_t most) { engine.state().most_steps = most; }
 
 void SetDisplayMode(Engine& engine, DisplayMode mode) { engine.state().display = mode; }
 

@@ -121,6 +121,9 @@ std::string ValueOfMatch(Engine& engine, const Match& match);
 // itself carries.
 void SetAttributeValuesMode(Engine& engine, std::int32_t mode);
 
+// How many elements an evaluation may move over before it is given up, which it says with the expression.
+void SetMostSteps(Engine& engine, std::uint64_t most);
+
 // What xpath_MatchAll shows of its work, for those who look for what is wrong with an expression: it selects
 // the context, or each match, in the document and stops there with an alert.
 enum class DisplayMode : std::uint8_t { kNone, kContext, kMatches };

@@ -13,7 +13,10 @@ constexpr std::string_view kTooBroad =
     "node set.\n\nIf you believe that this message was issued in error, please report it to "
     "Brenwick.\n\nError function: xpath_MatchAll()";
 
-}  // namespace
+constexpr std::string_view kTooMuchWork =
+    "The evaluation of the following XPath expression was given up, as it takes too long: \n\n%s\n\nIts "
+    "result is not used. Try to compare with what does not begin at each node anew, or to say where in the "
+    "document to look.";
 
 std::string_view FailureText(Failure failure) {
   switch (failure) {
@@ -32,11 +35,19 @@ std::string_view FailureText(Failure failure) {
       return "A critical error has occurred during the node query,  resulting in an endless internal loop. "
              "This is likely a bug - check your XPath  setup and please contact Brenwick if no error can be "
              "found.";
+    case Failure::kWork:
     case Failure::kLong:
     case Failure::kNone:
       break;
   }
   return {};
+}
+
+}  // namespace
+
+void ShowFailure(messages::Messenger& messenger, Failure failure, std::string_view expression) {
+  if (failure == Failure::kWork) return ShowEngineMessage(messenger, fmt::sprintf(kTooMuchWork, expression));
+  messenger.Alert(FailureText(failure));
 }
 
 void ShowEngineMessage(messages::Messenger& messenger, std::string_view text) {

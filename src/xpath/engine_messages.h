@@ -20,8 +20,8 @@ inline constexpr std::string_view kSpentSequence =
     "A critical error occurred during the XPath query. This is a bug. Please report this event to "
     "Brenwick.\n\nError details: bw_FindNextNodeWithXpath() stepped to a spent sequence.";
 
-// The text for a search that failed; empty for Failure::kNone.
-std::string_view FailureText(Failure failure);
+// Says why a search of the expression failed, which it has.
+void ShowFailure(messages::Messenger& messenger, Failure failure, std::string_view expression);
 
 // Shows an XPath engine message.
 void ShowEngineMessage(messages::Messenger& messenger, std::string_view text);

@@ -39,6 +39,7 @@ struct Engine::State {
   std::int32_t attribute_values_mode = 1;
   DisplayMode display = DisplayMode::kNone;
   DocumentIndexes indexes;
+  std::uint64_t most_steps = kMostSteps;  // of one evaluation
   // The searches under way, by the sequence number of their expression.
   std::unordered_map<Index, std::unique_ptr<Search>> searches;
 };

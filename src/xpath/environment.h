@@ -17,7 +17,12 @@ namespace qelm::xpath {
 
 // Why a search ended before its time.
 // kLong: it took more steps than it was given, and is to be done in another way.
-enum class Failure : std::uint8_t { kNone, kPredicate, kPosition, kLast, kEndless, kLong };
+// kWork: it took more steps than any evaluation may.
+enum class Failure : std::uint8_t { kNone, kPredicate, kPosition, kLast, kEndless, kLong, kWork };
+
+// How many elements one evaluation may move over: some minutes of work. What is evaluated in the way that it
+// should be takes less, also over a document of many million elements.
+inline constexpr std::uint64_t kMostSteps = 20'000'000'000;
 
 class Environment {
  public:
@@ -45,11 +50,14 @@ class Environment {
   // Whether attributes have the defaults of their definitions.
   bool WithDefaults() const { return with_defaults_; }
 
-  // Counts an element that a walk moves over; the search fails at the limit (0: none).
+  // Counts an element that a walk moves over; the search fails at the limit (0: none but `most` of all).
   void CountStep() {
-    if (++steps_ == step_limit_) Fail(Failure::kLong);
+    if (++steps_ == stop_) Fail(stop_ == most_steps_ ? Failure::kWork : Failure::kLong);
   }
-  void LimitSteps(std::uint64_t limit) { step_limit_ = limit; }
+  void LimitSteps(std::uint64_t limit) {
+    stop_ = limit > steps_ && limit < most_steps_ ? limit : most_steps_;
+  }
+  void LimitWork(std::uint64_t most) { stop_ = most_steps_ = most; }
   // How many more pay for a tree, by all searches together, and telling those of this search.
   std::uint64_t StepsLeft(std::uint32_t tree) const {
     return indexes_.StepsLeft(host_, trees_[tree]->Document());
@@ -57,7 +65,7 @@ class Environment {
   void TellSteps(std::uint32_t tree) { indexes_.AddSteps(host_, trees_[tree]->Document(), steps_); }
   // Forgets that the limit was reached.
   void LiftLimit() {
-    step_limit_ = 0;
+    stop_ = most_steps_;
     if (failure_ == Failure::kLong) failure_ = Failure::kNone;
   }
 
@@ -105,7 +113,8 @@ class Environment {
   std::vector<std::shared_ptr<DocumentIndex>> used_indexes_;  // by tree
   std::string buffer_;
   std::uint64_t steps_ = 0;
-  std::uint64_t step_limit_ = 0;
+  std::uint64_t most_steps_ = kMostSteps;
+  std::uint64_t stop_ = kMostSteps;
   Failure failure_ = Failure::kNone;
 };
 

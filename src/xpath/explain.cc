@@ -37,12 +37,13 @@ bool Explain(Engine& engine, host::Id document, host::Id context, std::int32_t s
   }
   const SearchStart start{document, context, host::kNone, state.attribute_values_mode != 0};
   Search search(state.host, state.indexes, start);
+  search.LimitWork(state.most_steps);
   search.Begin(state.table, sequence, state.parameters, start);
   Profile profile;
   const bool measured = search.All(&profile, &explanation->matches);
   explanation->index_ms = profile.IndexMilliseconds();
   if (search.Why() != Failure::kNone) {
-    state.messenger.Alert(FailureText(search.Why()));
+    ShowFailure(state.messenger, search.Why(), search.Expression());
     return false;
   }
   Fill(state.table, search.GetPlan(), profile, explanation);

@@ -38,6 +38,7 @@ Id DefaultContext(host::Elements& elements, Id document) {
 
 void Search::Begin(const ComponentTable& table, Index sequence, const ParameterMap& parameters,
                    const SearchStart& start) {
+  expression_ = table[sequence].expression;
   const PlanProblem problem = MakePlan(table, sequence, parameters, &plan_);
   if (problem != PlanProblem::kNone) return environment_.Fail(FailureOf(problem));
   Restart();

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "xpath/engine.h"
@@ -30,6 +31,7 @@ class Search {
   // Prepares the search for an expression of the table, which is not needed any longer then.
   void Begin(const ComponentTable& table, Index sequence, const ParameterMap& parameters,
              const SearchStart& start);
+  void LimitWork(std::uint64_t most_steps) { environment_.LimitWork(most_steps); }
 
   // The next match; false when there is none left or the search has failed.
   bool Next(Match* match);
@@ -49,6 +51,7 @@ class Search {
   bool All(Profile* profile, MatchList* matches);
   const Plan& GetPlan() const { return plan_; }
   Failure Why() const { return environment_.Why(); }
+  const std::string& Expression() const { return expression_; }
 
   // Whether Next has said that there is no match left; and the match that it gave last.
   bool IsSpent() const { return spent_; }
@@ -63,6 +66,7 @@ class Search {
   Match MatchOf(const Node& node);
 
   Environment environment_;
+  std::string expression_;
   Plan plan_;
   std::unique_ptr<Evaluation> evaluation_;
   std::unique_ptr<PathRun> run_;

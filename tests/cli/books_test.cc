@@ -40,6 +40,7 @@ class Books : public ::testing::Test {
     const fs::path source = program.folder.File("source");
     fs::copy(folder, source, fs::copy_options::recursive);
     for (const auto& entry : fs::recursive_directory_iterator(source)) {
+      fs::permissions(entry.path(), fs::perms::owner_write, fs::perm_options::add);
       fs::last_write_time(entry.path(), fs::file_time_type::clock::now() - std::chrono::hours(24));
     }
     return source;

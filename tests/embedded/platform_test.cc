@@ -1,6 +1,8 @@
 #include "embedded/adapter/platform.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -45,12 +47,91 @@ TEST(ReplaceFile, WhatCannotBeReplacedStaysAndSaysWhy) {
   EXPECT_EQ(platform.LastError(), "Is a directory");
   EXPECT_FALSE(platform.ReplaceFile(folder.File("missing/a.mif"), "new"));
   EXPECT_EQ(platform.LastError(), "No such file or directory");
-  // The owner of the machine may write everything, whatever a file's permissions are.
-  if (::geteuid() == 0) return;
   const std::string path = folder.Write("a.mif", "old");
   ::chmod(path.c_str(), 0444);
-  EXPECT_FALSE(platform.ReplaceFile(path, "new"));
+  EXPECT_FALSE(platform.ReplaceFile(path, "new")) << "protected, also from who may write everything";
+  EXPECT_FALSE(platform.MoveFile(folder.Write("b", "new"), path));
   EXPECT_EQ(folder.Read("a.mif"), "old");
+}
+
+TEST(ReplaceFile, WhatFrameMakerHasOpenStaysAndItsOwnerIsNamed) {
+  for (const char* lock : {"a.mif.lck", "a.lck"}) {
+    const TempFolder folder;
+    PosixPlatform platform;
+    const std::string path = folder.Write("a.mif", "old");
+    folder.Write(lock, "");
+    EXPECT_FALSE(platform.ReplaceFile(path, "new"));
+    EXPECT_NE(platform.LastError().find(folder.File(lock)), std::string::npos) << platform.LastError();
+    EXPECT_NE(platform.LastError().find(", since 20"), std::string::npos) << platform.LastError();
+    EXPECT_FALSE(platform.CopyFile(folder.Write("b", "new"), path));
+    EXPECT_FALSE(platform.MoveFile(folder.File("b"), path));
+    EXPECT_EQ(folder.Read("a.mif"), "old");
+    platform.SetIgnoreLocks(true);
+    EXPECT_TRUE(platform.ReplaceFile(path, "new"));
+  }
+}
+
+TEST(ReplaceFile, AnotherWritersFileBesideIsALockWhileHeLives) {
+  const TempFolder folder;
+  PosixPlatform platform;
+  const std::string path = folder.Write("a.mif", "old");
+  const std::string beside = folder.Write(".qelm-a.mif.new", "half");
+  const int writer = ::open(beside.c_str(), O_RDONLY | O_CLOEXEC);
+  ASSERT_EQ(::flock(writer, LOCK_EX), 0);
+  EXPECT_FALSE(platform.ReplaceFile(path, "new"));
+  EXPECT_NE(platform.LastError().find("another run of QELM"), std::string::npos) << platform.LastError();
+  ASSERT_TRUE(platform.ReplaceFile(folder.File("b.mif"), "other"));
+  EXPECT_EQ(folder.Read(".qelm-a.mif.new"), "half") << "the other one's work is left alone";
+  ::close(writer);
+  ASSERT_TRUE(platform.ReplaceFile(path, "new"));
+  EXPECT_EQ(folder.Names(), (std::vector<std::string>{"a.mif", "b.mif"}));
+}
+
+TEST(ReplaceFile, WhatKilledWritersLeftInTheFolderGoes) {
+  const TempFolder folder;
+  PosixPlatform platform;
+  folder.Write(".qelm-other.mif.new", "half");
+  folder.Write(".qelm-mine", "not one of those");
+  ASSERT_TRUE(platform.ReplaceFile(folder.File("a.mif"), "new"));
+  EXPECT_EQ(folder.Names(), (std::vector<std::string>{".qelm-mine", "a.mif"}));
+}
+
+TEST(ReplaceFile, NamesAsLongAsTheyMayBe) {
+  const TempFolder folder;
+  PosixPlatform platform;
+  const std::string name(255, 'n');
+  ASSERT_TRUE(platform.ReplaceFile(folder.File(name), "old"));
+  ASSERT_TRUE(platform.ReplaceFile(folder.File(name), "new"));
+  EXPECT_EQ(folder.Read(name), "new");
+}
+
+TEST(ReplaceUnchanged, WhatSomebodyElseChangedStays) {
+  const TempFolder folder;
+  PosixPlatform platform;
+  const std::string path = folder.Write("a.mif", "old");
+  const std::string state = platform.FileState(path);
+  const std::string_view content = "new";
+  ASSERT_TRUE(platform.ReplaceFile(path, "theirs"));
+  EXPECT_FALSE(platform.ReplaceUnchanged(path, std::span(&content, 1), state));
+  EXPECT_NE(platform.LastError().find("--overwrite"), std::string::npos);
+  EXPECT_EQ(folder.Read("a.mif"), "theirs");
+  EXPECT_TRUE(platform.ReplaceUnchanged(path, std::span(&content, 1), platform.FileState(path)));
+}
+
+TEST(FillingAFolder, IsForOneAtATimeAndMarkedUntilItIsComplete) {
+  const TempFolder folder;
+  PosixPlatform one;
+  PosixPlatform other;
+  ASSERT_TRUE(one.BeginFilling(folder.path()));
+  EXPECT_FALSE(one.IsUnfinished(folder.path() + "/.")) << "it is its own";
+  EXPECT_TRUE(other.IsUnfinished(folder.path()));
+  EXPECT_FALSE(other.BeginFilling(folder.path()));
+  EXPECT_NE(other.LastError().find("another run"), std::string::npos) << other.LastError();
+  EXPECT_TRUE(one.EndFilling(folder.path(), false));
+  ASSERT_TRUE(other.IsUnfinished(folder.path()));
+  ASSERT_TRUE(other.BeginFilling(folder.path()));
+  EXPECT_TRUE(other.EndFilling(folder.path(), true));
+  EXPECT_EQ(folder.Names(), std::vector<std::string>());
 }
 
 TEST(PosixPlatform, ReadsWhatIsAFileOnly) {

@@ -99,6 +99,18 @@ TEST_F(DebugLogTest, FolderAndNameOfTheSettings) {
   EXPECT_EQ(platform.files["/plugin/run.log"], kHeader);
 }
 
+TEST_F(DebugLogTest, AFullLogSaysSoAndStaysAsItIs) {
+  OpenLog(kDebugWriteLog);
+  log.Event(host::kNone, host::kNone, std::string(DebugLog::kLongest, 'x'));
+  const std::string full = Content();
+  EXPECT_NE(full.find("THE LOG IS FULL"), std::string::npos);
+  log.Event(host::kNone, host::kNone, "x");
+  EXPECT_TRUE(Content() == full);
+  OpenLog(kDebugWriteLog);
+  log.Event(host::kNone, host::kNone, "x");
+  EXPECT_LT(Content().size(), 1000U) << "opened again, it begins anew";
+}
+
 TEST_F(DebugLogTest, TheModeIsShown) {
   for (const std::int32_t mode : {kDebugOff, kDebugPrompts, kDebugWriteLog, kDebugOff}) {
     OpenLog(mode);

@@ -125,6 +125,16 @@ TEST_F(ReportTest, WithoutAReportLinesAreDropped) {
   EXPECT_NE(user.Alerts()[2].find(messenger.Get("QELM_MSG_GEN_18")), std::string::npos);
 }
 
+TEST_F(ReportTest, AFullReportSaysSoOnceAndTakesNoMore) {
+  ASSERT_TRUE(OpenReport(messenger, roles, "", &report));
+  report.lines = kMostReportLines - 1;
+  EXPECT_TRUE(AddReportLine(messenger, roles, &report, {.texts = {"last"}}));
+  EXPECT_FALSE(AddReportLine(messenger, roles, &report, {.texts = {"further"}}));
+  EXPECT_FALSE(AddReportLine(messenger, roles, &report, {.texts = {"further"}}));
+  ASSERT_EQ(user.Alerts().size(), 1U);
+  EXPECT_NE(user.Alerts()[0].find(std::to_string(kMostReportLines)), std::string::npos) << user.Alerts()[0];
+}
+
 TEST_F(ReportTest, TheCommonReportHasTitleHeadingAndDate) {
   const CommonReport request{QELM_SOURCE_DIR "/assets", "QELM ", "What was done"};
   const host::Id document = CreateCommonReport(messenger, roles, request, &report);

@@ -112,5 +112,16 @@ TEST_F(CostTest, AWalkThatTurnsOutLongGoesOnFasterAndLaterOnesToo) {
   EXPECT_LT(tree_host.calls, 100U);
 }
 
+TEST_F(CostTest, WhatTakesTooLongIsGivenUpAndNamed) {
+  LoadWide();
+  const char expression[] = "//a[../b/@x=../c/@y]";
+  SetMostSteps(engine, kElements);
+  bool complete = true;
+  EXPECT_TRUE(MatchAllFromText(engine, kDocument, 0, expression, 0, 0, &complete).empty());
+  EXPECT_FALSE(complete);
+  ASSERT_EQ(tree_host.user.notes.size(), 1U);
+  EXPECT_NE(tree_host.user.notes[0].find(expression), std::string::npos) << tree_host.user.notes[0];
+}
+
 }  // namespace
 }  // namespace qelm::xpath

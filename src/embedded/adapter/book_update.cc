@@ -92,6 +92,10 @@ class Updater {
   void Write(List* list);
   void Keep(const std::string& path, const std::string& shown, const std::string& target,
             const std::string& file, const std::string& why);
+  void FindFile(std::string text) {
+    if (outcome_.file_error.empty()) outcome_.file_error = text;
+    Find(std::move(text));
+  }
   void Find(std::string text) {
     outcome_.findings.push_back(std::move(text));
     outcome_.complete = false;
@@ -173,7 +177,7 @@ void Updater::Number(Component* component) {
   OpenedDocument opened(workspace_, documents_, component->path);
   OpenFile* file = opened.File();
   if (file == nullptr) {
-    Find(opened.Why());
+    FindFile(opened.Why());
     return SkipPages(*component);
   }
   component->readable = true;
@@ -193,7 +197,7 @@ void Updater::Number(Component* component) {
   if (Asked(host::kUpdateCrossReferences)) changed += References(file, component, numbers);
   if (Asked(host::kUpdateMasterPages)) changed += MasterPages(file);
   if (changed != 0 && !opened.Finish(OpenedDocument::Change::kReferences))
-    Find(std::string(documents_.LastError()));
+    FindFile(std::string(documents_.LastError()));
 }
 
 // Goes on to a component. Returns the numbers of the pages that its file has. How many there are is what the
@@ -298,7 +302,8 @@ void Updater::Insets() {
     const std::size_t known = outcome_.findings.size();
     const bool changed = UpdateInsets(workspace_, documents_, file, &outcome_.findings) != 0;
     if (outcome_.findings.size() != known) outcome_.complete = false;
-    if (changed && !opened.Finish(OpenedDocument::Change::kText)) Find(std::string(documents_.LastError()));
+    if (changed && !opened.Finish(OpenedDocument::Change::kText))
+      FindFile(std::string(documents_.LastError()));
   }
 }
 
@@ -346,7 +351,7 @@ void Updater::Apply(Component* component) {
   if (!any) return;
   OpenedDocument opened(workspace_, documents_, component->path);
   OpenFile* file = opened.File();
-  if (file == nullptr) return Find(opened.Why());
+  if (file == nullptr) return FindFile(opened.Why());
   model::Document* document = file->document.get();
   auto request = component->requests.begin();
   std::uint32_t ordinal = 0;
@@ -360,7 +365,7 @@ void Updater::Apply(Component* component) {
     if (text.problem.empty() && model::SetReferenceText(document, i, text)) ++changed;
   }
   if (changed != 0 && !opened.Finish(OpenedDocument::Change::kReferences))
-    Find(std::string(documents_.LastError()));
+    FindFile(std::string(documents_.LastError()));
 }
 
 // How the entries of a list read; false where it cannot be made.
@@ -377,7 +382,7 @@ bool Updater::Prepare(const Component& component, List* list) {
   }
   OpenedDocument opened(workspace_, documents_, component.path);
   if (opened.File() == nullptr) {
-    Find(opened.Why());
+    FindFile(opened.Why());
     return false;
   }
   const model::Document& document = *opened.File()->document;
@@ -437,7 +442,7 @@ void Updater::Write(List* list) {
   const bool changed = model::SetEntries(file->document.get(), list->settings, list->entries, &problem);
   if (!problem.empty()) Find(file->path + ": the list is not made anew: " + problem + "; it stays as it is.");
   if (changed && !opened.Finish(OpenedDocument::Change::kReferences))
-    Find(std::string(documents_.LastError()));
+    FindFile(std::string(documents_.LastError()));
 }
 
 }  // namespace

@@ -17,8 +17,14 @@
 
 namespace qelm::embedded::adapter {
 
+// What is said of a book's update of which the findings tell the rest. Where a file could not be read or
+// written that is said instead.
+inline constexpr std::string_view kNotAllUpdated =
+    "not everything in the book could be updated; its error log tells what.";
+
 struct UpdateOutcome {
   bool complete = true;               // everything that was asked for could be updated
+  std::string file_error;             // the first file of the book that could not be read or written, and why
   std::vector<std::string> findings;  // what could not, each with its file; the first ones for the whole book
 };
 

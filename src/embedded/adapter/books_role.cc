@@ -108,10 +108,9 @@ bool BooksRole::Update(Id book, std::uint32_t flags) {
   }
   for (const std::string& finding : outcome.findings) workspace_.Notice(finding);
   findings_[book] = std::move(outcome.findings);
+  if (!outcome.file_error.empty()) return workspace_.Fail(Error::kCannotSave, std::move(outcome.file_error));
   return outcome.complete ||
-         workspace_.Fail(Error::kRefused, workspace_.File(book)->path +
-                                              ": not everything in the book could be updated; its error log "
-                                              "tells what.");
+         workspace_.Fail(Error::kRefused, workspace_.File(book)->path + ": " + std::string(kNotAllUpdated));
 }
 
 void BooksRole::ShowErrorLog(Id book) {

@@ -38,6 +38,23 @@ constexpr std::array kRefusals = {
             "the file is neither MIF (it would begin with <MIFFile or <Book) nor XML."},
 };
 
+constexpr std::string_view kUnfinished =
+    "this is part of a copy that was not completed (QELM-unfinished.txt in its folder). Make the copy again; "
+    "or "
+    "remove that file to use what is there as it is.";
+
+// A device gives bytes without end, and a pipe in the file system may wait for ever for somebody who writes
+// into it. The process' own streams are what a user handed over.
+bool IsOrdinary(const std::string& path) {
+  std::error_code error;
+  const std::filesystem::file_type type = std::filesystem::status(path, error).type();
+  if (path.starts_with("/dev/stdin") || path.starts_with("/dev/fd/") || path.starts_with("/proc/self/fd/")) {
+    return true;
+  }
+  return error || type == std::filesystem::file_type::regular ||
+         type == std::filesystem::file_type::directory;
+}
+
 bool HasNoRoot(const model::Document& document) {
   return document.main_flow == 0 || document.flows[document.main_flow].root == 0;
 }
@@ -165,7 +182,15 @@ Id DocumentsRole::OpenLocated(const std::string& named, const host::OpenOptions&
   }
   if (!platform.FileExists(path))
     return Refuse(path, OpenStatus::kNotFound, "there is no such file.", status);
+  if (!IsOrdinary(path)) {
+    return Refuse(path, OpenStatus::kUnreadable, "this is a device, not a file.", status);
+  }
+  if (platform.IsUnfinished(std::filesystem::path(path).parent_path().string())) {
+    return Refuse(path, OpenStatus::kUnreadable, kUnfinished, status);
+  }
+  const std::string state = platform.FileState(path);
   const Id id = Read(path, options, status);
+  if (id != host::kNone && !options.as_new) workspace_.File(id)->state = state;
   if (id != host::kNone && path != AbsolutePath(named)) {
     workspace_.Notice(named + ": there is no such file; " + path + " was opened in its place.");
   }
@@ -274,10 +299,14 @@ bool DocumentsRole::SaveTo(Id id, OpenFile* file, const host::SaveOptions& optio
   if (format != own && !file->document->replacements.empty() && !SettleDocument(file)) {
     return FailSave(path, "what was changed in the document cannot be written.");
   }
-  if (!workspace_.platform().ReplaceFileByPieces(path, Bytes(file, format).All())) {
+  // Its own file must be the one that was read: somebody else's changes would be lost else.
+  const bool must_be_same = there == id && !workspace_.options().overwrite_changed;
+  const std::string expected = must_be_same ? file->state : std::string();
+  if (!workspace_.platform().ReplaceUnchanged(path, Bytes(file, format).All(), expected)) {
     return FailSave(path, "the file cannot be written" + workspace_.FileErrorSuffix());
   }
   if (format != own) return true;
+  file->state = workspace_.platform().FileState(path);
   file->path = file->Tree().path = path;
   file->identity = Workspace::Identity(path);
   file->component_paths.clear();
@@ -373,6 +402,7 @@ bool DocumentsRole::SetPath(Id id, const std::string& named) {
   if (there != host::kNone && there != id) return FailSave(path, "a document of that name is open.");
   file->path = file->Tree().path = path;
   file->identity = Workspace::Identity(path);
+  file->state.clear();
   file->component_paths.clear();
   return true;
 }

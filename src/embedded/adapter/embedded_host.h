@@ -47,6 +47,7 @@ class EmbeddedHost {
     std::function<std::string()> file_error;
     // Documents that another host has read (ShareDocuments). Null: there are none.
     std::shared_ptr<const SharedDocuments> documents = {};
+    bool overwrite_changed = false;  // replace files that were changed on disk since they were opened
   };
 
   EmbeddedHost(const Options& options, host::UserInterface& user, host::Dialogs& dialogs,

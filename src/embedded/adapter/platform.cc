@@ -9,7 +9,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <charconv>
 #include <chrono>
@@ -17,85 +16,25 @@
 #include <cstring>
 #include <ctime>
 #include <filesystem>
+#include <limits>
 #include <memory>
 #include <span>
+
+#include "embedded/adapter/descriptor.h"
+#include "embedded/adapter/file_replacing.h"
 
 extern char** environ;
 
 namespace qelm::embedded::adapter {
 namespace {
 
-// An open file, closed on every way out.
-class Descriptor {
- public:
-  explicit Descriptor(int number) : number_(number) {}
-  ~Descriptor() {
-    if (number_ >= 0) ::close(number_);
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
+// Nothing that is read as a whole is larger: positions in files are 32 bits wide.
+constexpr std::size_t kLargestFile = std::numeric_limits<std::uint32_t>::max();
 
-  int Get() const { return number_; }
-  bool Valid() const { return number_ >= 0; }
-  // Closing can be what reports that the device is full, so a writer has to ask.
-  bool Close() {
-    const int result = ::close(number_);
-    number_ = -1;
-    return result == 0;
-  }
-
- private:
-  int number_;
-};
-
-bool WriteAll(int file, std::string_view content) {
-  while (!content.empty()) {
-    const ssize_t written = ::write(file, content.data(), content.size());
-    if (written < 0) {
-      if (errno == EINTR) continue;
-      return false;
-    }
-    content.remove_prefix(static_cast<std::size_t>(written));
-  }
-  return true;
-}
-
-// Writes the pieces in their order. Small ones are gathered into blocks, long ones go out as they lie.
-bool WriteAll(int file, std::span<const std::string_view> pieces) {
-  constexpr std::size_t kBlock = 262144;
-  std::string block;
-  const auto flush = [&] {
-    const bool done = WriteAll(file, block);
-    block.clear();
-    return done;
-  };
-  for (const std::string_view piece : pieces) {
-    if (block.size() + piece.size() > kBlock && !flush()) return false;
-    if (piece.size() > kBlock) {
-      if (!WriteAll(file, piece)) return false;
-    } else {
-      block.append(piece);
-    }
-  }
-  return flush();
-}
-
-// Reads to the end. The size is only a hint: a pipe has none, and a file may grow or shrink while it is read.
-// By way of a block, because a string that is made larger is filled with zeros first.
-bool ReadAll(int file, std::size_t size, std::string* content) {
-  constexpr std::size_t kBlock = 262144;
-  const auto block = std::make_unique_for_overwrite<char[]>(kBlock);
-  content->reserve(size);
-  for (;;) {
-    const ssize_t count = ::read(file, block.get(), kBlock);
-    if (count == 0) return true;
-    if (count > 0) {
-      content->append(block.get(), static_cast<std::size_t>(count));
-    } else if (errno != EINTR) {
-      return false;
-    }
-  }
-}
+// What lies in a folder that is being filled, for people who find it.
+constexpr std::string_view kUnfinishedText =
+    "The files in this folder are not complete: the run of QELM that makes them has not come to its end.\n"
+    "Run it again to complete them. This file goes when they are complete.\n\n";
 
 std::string FolderOf(const std::string& path) {
   const std::size_t slash = path.rfind('/');
@@ -103,72 +42,16 @@ std::string FolderOf(const std::string& path) {
   return slash == 0 ? "/" : path.substr(0, slash);
 }
 
-// The file that a path means once symbolic links are followed; the path itself where there is none yet.
-std::string Resolved(const std::string& path) {
-  const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr), &std::free);
-  return real ? std::string(real.get()) : path;
-}
-
-// A name may disappear from a folder after a crash unless the folder is flushed as well. A file system that
-// cannot do that is no reason to fail: the content is safe already.
-void FlushFolder(const std::string& folder) {
-  const Descriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (descriptor.Valid()) ::fsync(descriptor.Get());
-}
-
-// Creates a file of its own beside `path`; `name` is then its path. The process' mask applies to `mode`.
-int CreateBeside(const std::string& path, mode_t mode, std::string* name) {
-  static std::atomic<unsigned> counter{0};
-  for (;;) {
-    *name = FolderOf(path) + "/.qelm-" + std::to_string(::getpid()) + "-" + std::to_string(counter++);
-    const int file = ::open(name->c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
-    if (file >= 0 || errno != EEXIST) return file;
-  }
-}
-
-// Writes `content` into a new file beside `path` and renames it over. `keep_mode` sets the mode to the
-// letter, as the file before had it. Returns 0 or the error.
-int WriteBeside(const std::string& path, std::span<const std::string_view> content, mode_t mode,
-                bool keep_mode) {
-  std::string temporary;
-  Descriptor file(CreateBeside(path, mode, &temporary));
-  if (!file.Valid()) return errno;
-  const bool written = WriteAll(file.Get(), content) && (!keep_mode || ::fchmod(file.Get(), mode) == 0) &&
-                       ::fsync(file.Get()) == 0 && file.Close() &&
-                       ::rename(temporary.c_str(), path.c_str()) == 0;
-  if (!written) {
-    const int error = errno;
-    ::unlink(temporary.c_str());
-    return error;
-  }
-  FlushFolder(FolderOf(path));
-  return 0;
-}
-
-// Devices and pipes hold nothing that could be lost, and cannot be renamed over.
-int WriteThrough(const std::string& path, std::span<const std::string_view> content) {
-  Descriptor file(::open(path.c_str(), O_WRONLY | O_CLOEXEC));
-  return file.Valid() && WriteAll(file.Get(), content) && file.Close() ? 0 : errno;
-}
-
-int Replace(const std::string& given, std::span<const std::string_view> content, mode_t mode_of_new) {
-  const std::string path = Resolved(given);
-  struct stat status {};
-  if (::stat(path.c_str(), &status) != 0) {
-    return errno == ENOENT ? WriteBeside(path, content, mode_of_new, false) : errno;
-  }
-  if (S_ISDIR(status.st_mode)) return EISDIR;
-  if (!S_ISREG(status.st_mode)) return WriteThrough(path, content);
-  if (::access(path.c_str(), R_OK | W_OK) != 0) return errno;
-  return WriteBeside(path, content, status.st_mode & 07777, true);
-}
-
 }  // namespace
+
+PosixPlatform::PosixPlatform() = default;
 
 PosixPlatform::~PosixPlatform() { ReapPrograms(); }
 
-bool PosixPlatform::Fail(int error) {
-  last_error_ = std::strerror(error);
+bool PosixPlatform::Fail(int error) { return Fail(std::string(std::strerror(error))); }
+
+bool PosixPlatform::Fail(std::string why) {
+  last_error_ = std::move(why);
   return false;
 }
 
@@ -189,7 +72,8 @@ std::optional<std::string> PosixPlatform::ReadFile(const std::string& path) {
   if (S_ISDIR(status.st_mode)) return Fail(EISDIR), std::nullopt;
   try {
     std::string content;
-    if (!ReadAll(file.Get(), static_cast<std::size_t>(std::max<off_t>(status.st_size, 0)), &content)) {
+    if (!ReadAll(file.Get(), static_cast<std::size_t>(std::max<off_t>(status.st_size, 0)), kLargestFile,
+                 &content)) {
       return Fail(errno), std::nullopt;
     }
     return content;
@@ -199,8 +83,23 @@ std::optional<std::string> PosixPlatform::ReadFile(const std::string& path) {
 }
 
 bool PosixPlatform::ReplaceFileByPieces(const std::string& path, std::span<const std::string_view> pieces) {
-  const int error = Replace(path, pieces, 0666);
-  return error == 0 || Fail(error);
+  return Replace(path, {.pieces = pieces});
+}
+
+std::string PosixPlatform::FileState(const std::string& path) { return StateOf(path); }
+
+bool PosixPlatform::ReplaceUnchanged(const std::string& path, std::span<const std::string_view> pieces,
+                                     const std::string& state) {
+  return Replace(path, {.pieces = pieces, .expected = state});
+}
+
+// What a run that was killed left in the folder goes when something is written there.
+bool PosixPlatform::Replace(const std::string& path, const FileContent& content) {
+  std::string why = ReplaceBeside(path, content, ignore_locks_);
+  if (!why.empty()) return Fail(std::move(why));
+  std::string folder = FolderOf(path);
+  if (cleared_.insert(folder).second) RemoveAbandoned(folder);
+  return true;
 }
 
 bool PosixPlatform::AppendFile(const std::string& path, std::string_view content) {
@@ -214,19 +113,51 @@ bool PosixPlatform::CopyFile(const std::string& from, const std::string& to) {
   const std::optional<std::string> content = ReadFile(from);
   if (!content) return false;
   const std::string_view whole = *content;
-  const int error = Replace(to, std::span(&whole, 1), (status.st_mode & 0777) | S_IWUSR);
-  return error == 0 || Fail(error);
+  return Replace(to, {.pieces = std::span(&whole, 1), .mode_of_new = (status.st_mode & 0777) | S_IWUSR});
 }
 
 bool PosixPlatform::MoveFile(const std::string& from, const std::string& to) {
   if (::access(from.c_str(), W_OK) != 0) return Fail(errno);
-  if (::access(to.c_str(), W_OK) != 0 && errno != ENOENT) return Fail(errno);
+  for (const std::string& file : {from, to}) {
+    if (std::string why = WhyProtected(file, ignore_locks_); !why.empty()) return Fail(std::move(why));
+  }
   if (::rename(from.c_str(), to.c_str()) == 0) return true;
   if (errno != EXDEV) return Fail(errno);
   return CopyFile(from, to) && RemoveFile(from);
 }
 
 bool PosixPlatform::RemoveFile(const std::string& path) { return ::unlink(path.c_str()) == 0 || Fail(errno); }
+
+// The mark is locked while this process lives, so that one which nobody holds is that of a run that was cut.
+bool PosixPlatform::BeginFilling(const std::string& folder) {
+  const std::string path = folder + "/" + std::string(host::kUnfinishedName);
+  auto mark =
+      std::make_unique<Descriptor>(::open(path.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0666));
+  if (!mark->Valid()) return Fail(errno);
+  if (!TakeLock(mark->Get(), true)) {
+    return Fail("another run of QELM is writing there (" + OwnerAndTime(path) + ")");
+  }
+  if (::ftruncate(mark->Get(), 0) != 0 || !WriteAll(mark->Get(), kUnfinishedText)) {
+    const int error = errno;
+    ::unlink(path.c_str());
+    return Fail(error);
+  }
+  filled_[ResolvedPath(folder)] = std::move(mark);
+  return true;
+}
+
+bool PosixPlatform::IsUnfinished(const std::string& folder) {
+  return FileExists(folder + "/" + std::string(host::kUnfinishedName)) &&
+         !filled_.contains(ResolvedPath(folder));
+}
+
+bool PosixPlatform::EndFilling(const std::string& folder, bool complete) {
+  const auto held = filled_.find(ResolvedPath(folder));
+  if (held == filled_.end()) return true;
+  const std::unique_ptr<Descriptor> mark = std::move(held->second);
+  filled_.erase(held);
+  return !complete || RemoveFile(folder + "/" + std::string(host::kUnfinishedName));
+}
 
 bool PosixPlatform::MakeFolder(const std::string& path) {
   for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {

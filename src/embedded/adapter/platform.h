@@ -1,15 +1,15 @@
 // The platform role over POSIX: files, environment, clock and external programs.
 //
-// A file is replaced in four steps: the content goes into a new file in the same folder, is flushed to the
-// device, takes over the old file's permissions, and is renamed over it. Whoever reads meanwhile, and
-// whatever is left after a crash, is either the old file or the new one. Symbolic links are followed, so that
-// the link stays and its target is replaced. A file that this user may not read or write is not replaced,
-// although the rename would succeed: its owner protected it on purpose.
+// Files are replaced as file_replacing.h describes. Symbolic links are followed, so that the link stays and
+// its target is replaced. A file that this user may not read or write is not replaced, although the rename
+// would succeed: its owner protected it on purpose.
 #pragma once
 
 #include <sys/types.h>
 
 #include <map>
+#include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -17,9 +17,12 @@
 
 namespace qelm::embedded::adapter {
 
+class Descriptor;
+struct FileContent;
+
 class PosixPlatform : public host::Platform {
  public:
-  PosixPlatform() = default;
+  PosixPlatform();
   ~PosixPlatform() override;
   PosixPlatform(const PosixPlatform&) = delete;
   PosixPlatform& operator=(const PosixPlatform&) = delete;
@@ -28,12 +31,18 @@ class PosixPlatform : public host::Platform {
   bool FolderExists(const std::string& path) override;
   std::optional<std::string> ReadFile(const std::string& path) override;
   bool ReplaceFileByPieces(const std::string& path, std::span<const std::string_view> pieces) override;
+  std::string FileState(const std::string& path) override;
+  bool ReplaceUnchanged(const std::string& path, std::span<const std::string_view> pieces,
+                        const std::string& state) override;
   bool AppendFile(const std::string& path, std::string_view content) override;
   bool CopyFile(const std::string& from, const std::string& to) override;
   bool MoveFile(const std::string& from, const std::string& to) override;
   bool RemoveFile(const std::string& path) override;
   bool MakeFolder(const std::string& path) override;
   bool RemoveFolder(const std::string& path) override;
+  bool BeginFilling(const std::string& folder) override;
+  bool EndFilling(const std::string& folder, bool complete) override;
+  bool IsUnfinished(const std::string& folder) override;
   std::vector<std::string> FolderNames(const std::string& path) override;
   std::optional<std::uint64_t> FileSize(const std::string& path) override;
   std::optional<std::uint64_t> FreeSpace(const std::string& folder) override;
@@ -46,6 +55,9 @@ class PosixPlatform : public host::Platform {
   std::int64_t Milliseconds() override;
   bool Start(const std::string& program, const std::vector<std::string>& arguments) override;
 
+  // Replaces files although FrameMaker's lock files say that they are open.
+  void SetIgnoreLocks(bool ignore) { ignore_locks_ = ignore; }
+
   // Gives a variable a value for this platform only; the process keeps its own.
   void SetEnvironment(std::string_view name, std::string_view value);
 
@@ -53,7 +65,13 @@ class PosixPlatform : public host::Platform {
 
  private:
   bool Fail(int error);
+  bool Fail(std::string why);
+  bool Replace(const std::string& path, const FileContent& content);
   void ReapPrograms();
+
+  bool ignore_locks_ = false;
+  std::set<std::string> cleared_;  // folders from which abandoned files were removed
+  std::map<std::string, std::unique_ptr<Descriptor>> filled_;  // the marks of folders that are being filled
 
   std::map<std::string, std::string, std::less<>> environment_;
   std::vector<pid_t> programs_;

@@ -90,6 +90,7 @@ struct OpenFile {
   std::string path;                      // empty while it has no name
   std::string identity;                  // the same with links resolved: what tells two files apart
   std::optional<FileStamp> stamp;        // of the file when it was read
+  std::string state;                     // of the file, as it was read or written last (Platform::FileState)
   bool edited = false;                   // since it was opened; saving does not clear it
   std::uint64_t revision = 1;            // of elements, attributes and text
   std::uint64_t layout = kLayoutAsRead;  // of what decides on which page something stands

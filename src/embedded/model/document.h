@@ -254,7 +254,7 @@ class Document {
   Format format = Format::kMif;
   std::string path;
   SourceBytes source;
-  double level = 0;    // MIF's language level; 0 for XML
+  double level = 0;  // MIF's language level; 0 for XML
   mif::Encoding encoding = mif::Encoding::kUtf8;
   bool crlf = false;  // the line end of the file's first line
   std::vector<Warning> warnings;

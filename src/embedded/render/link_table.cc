@@ -1,5 +1,7 @@
 #include "embedded/render/link_table.h"
 
+#include <algorithm>
+#include <array>
 #include <filesystem>
 #include <utility>
 
@@ -22,6 +24,27 @@ std::string Quoted(std::string_view text) {
     if (static_cast<unsigned char>(c) >= ' ') quoted.push_back(c);
   }
   return quoted + "'";
+}
+
+// What a reader may be sent to by a document that comes from anywhere: pages and letters, but no programs.
+constexpr std::array<std::string_view, 6> kSchemes = {"http", "https", "ftp", "mailto", "tel", "news"};
+
+// The scheme of an address in small letters; empty where it has none.
+std::string SchemeOf(std::string_view address) {
+  std::string scheme;
+  for (const char c : address) {
+    if (c == ':') return scheme;
+    if (c == '/' || c == '?' || c == '#') break;
+    // Readers pass over blanks and control characters in a scheme.
+    if (static_cast<unsigned char>(c) > ' ')
+      scheme += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  }
+  return {};
+}
+
+bool IsHarmless(std::string_view address) {
+  const std::string scheme = SchemeOf(address);
+  return scheme.empty() || std::find(kSchemes.begin(), kSchemes.end(), scheme) != kSchemes.end();
 }
 
 }  // namespace
@@ -91,12 +114,14 @@ std::string LinkTable::PlaceName(std::size_t document, std::string_view target) 
 }
 
 std::string LinkTable::Attributes(std::size_t from, std::string_view file, std::string_view target) {
-  if (file == "URL") return "uri=" + Quoted(target);
+  if (file == "URL") return IsHarmless(target) ? "uri=" + Quoted(target) : std::string();
   const std::size_t to = file.empty() ? from : Locate(from, file);
   if (to == npos) {
     std::filesystem::path other{std::string(file)};
     other.replace_extension(".pdf");
-    return "uri=" + Quoted(other.generic_string());
+    // A name with a colon in it is still that of a file.
+    const std::string path = other.generic_string();
+    return "uri=" + Quoted(SchemeOf(path).empty() ? path : "./" + path);
   }
   const bool beginning = target.empty() || model::IsPageName(target);
   if (!beginning && !documents_[to].targets.contains(std::string(target))) return {};

@@ -153,6 +153,13 @@ bool AddReportLine(messages::Messenger& messenger, const ReportRoles& roles, Rep
     report->document = host::kNone;
     return false;
   }
+  if (report->lines >= kMostReportLines) {
+    const std::string_view id = "QELM_MSG_GEN_42";
+    if (!report->failure_shown) messenger.AlertFormatted(id, messenger.Format(id, kMostReportLines));
+    report->failure_shown = true;
+    return false;
+  }
+  ++report->lines;
   roles.documents.SetSwitch(report->document, host::DocumentSwitch::kOnScreen, true);
   const LineFormat& format = FormatOf(line.format);
   const std::string text = TextOf(messenger, roles, line, format);

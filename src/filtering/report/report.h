@@ -34,6 +34,7 @@ ReportRoles RolesForReports(host::Host& host);
 struct Report {
   host::Id document = 0;       // 0: none
   bool failure_shown = false;  // a line that cannot be added is told once
+  std::size_t lines = 0;       // that were added
 };
 
 // The lines of a report. `texts` that are message ids stand for the message's text. `document` and `element`
@@ -46,6 +47,9 @@ struct ReportLine {
   bool link = false;
   std::string_view texts[3] = {};
 };
+
+// Nobody reads more lines than these; further ones are dropped, which is told once.
+inline constexpr std::size_t kMostReportLines = 250'000;
 
 inline constexpr std::string_view kReportTemplate = "QELM_Plugin_Report_Template.fm";
 

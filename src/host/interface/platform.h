@@ -18,6 +18,9 @@ struct LocalTime {
   std::int32_t second = 0;
 };
 
+// The file that says of a folder that what lies in it is not complete.
+inline constexpr std::string_view kUnfinishedName = "QELM-unfinished.txt";
+
 class Platform {
  public:
   virtual ~Platform() = default;
@@ -33,6 +36,13 @@ class Platform {
   bool ReplaceFile(const std::string& path, std::string_view content) {
     return ReplaceFileByPieces(path, std::span(&content, 1));
   }
+  // What tells whether a file was changed: a text that is another one then; empty where that is not known.
+  virtual std::string FileState(const std::string& /*path*/) { return {}; }
+  // As ReplaceFileByPieces, but the file must be in this state; LastError() says so where it is not.
+  virtual bool ReplaceUnchanged(const std::string& path, std::span<const std::string_view> pieces,
+                                const std::string& /*state*/) {
+    return ReplaceFileByPieces(path, pieces);
+  }
   // Adds to the end of a file, which is made when it is missing.
   virtual bool AppendFile(const std::string& path, std::string_view content) = 0;
   // Copies one file; a target that exists is replaced as by ReplaceFile. The user may write the copy, also
@@ -46,6 +56,14 @@ class Platform {
   virtual bool MakeFolder(const std::string& path) = 0;
   // Removes a folder that is empty.
   virtual bool RemoveFolder(const std::string& path) = 0;
+  // Marks a folder that is there as one that this process fills, by a file of the name above, and keeps
+  // others from filling it at the same time: false when one does. A process that ends early leaves the mark.
+  // EndFilling takes it away when the files are complete; it stays when they are not. False when it is to go
+  // and cannot be removed.
+  virtual bool BeginFilling(const std::string& /*folder*/) { return true; }
+  virtual bool EndFilling(const std::string& /*folder*/, bool /*complete*/) { return true; }
+  // Whether the folder has such a mark, and not from this process.
+  virtual bool IsUnfinished(const std::string& /*folder*/) { return false; }
   // The names in a folder, in byte order; empty when it cannot be read.
   virtual std::vector<std::string> FolderNames(const std::string& path) = 0;
 

@@ -1,0 +1,49 @@
+// Replacing a file so that there is either the old one or the new one, whatever happens, and nobody's but
+// ours.
+//
+// The content goes into a file beside (".qelm-NAME.new") that only its owner may read, is flushed to the
+// device, takes over owner and permissions of the old file, and is renamed over it. While it is written the
+// file beside is also the lock: its writer holds a lock of the kernel on it, which goes when the process
+// ends, however it ends. Whoever wants to write the same file and finds one that nobody holds removes it and
+// goes on; one that is held he waits for a moment and then gives up, telling whose it is and since when.
+//
+// A file that FrameMaker has open has its own lock file beside it, NAME.lck or NAME.mif.lck. Such a file is
+// not replaced.
+#pragma once
+
+#include <sys/types.h>
+
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace qelm::embedded::adapter {
+
+struct FileContent {
+  std::span<const std::string_view> pieces = {};
+  mode_t mode_of_new = 0666;  // of a file that is not there yet, less the process' mask
+  std::string expected = {};  // the state that the file has to be in; empty: any
+};
+
+// Replaces the file at `path`; symbolic links are followed. Devices and pipes are written to as they are.
+// Returns an empty text when it is done, else why not; the old file is as it was then.
+std::string ReplaceBeside(const std::string& path, const FileContent& content, bool ignore_locks);
+
+// A text that is another one when the file was changed or replaced; empty when it is not there.
+std::string StateOf(const std::string& path);
+
+// Why a file that is there may not be replaced or removed by this user: it is protected against writing, or,
+// unless that is ignored, FrameMaker has it open. Empty when it may be, or is not there.
+std::string WhyProtected(const std::string& path, bool ignore_locks);
+
+// Removes from a folder the files beside that writers who have ended left there.
+void RemoveAbandoned(const std::string& folder);
+
+// The user and the time of a file's last change: "anna, since 2026-11-21 22:30:01".
+std::string OwnerAndTime(const std::string& path);
+
+// The lock of the kernel on an open file. False when somebody else has it, or there are no locks on that
+// device and `where_there_are_none` is false.
+bool TakeLock(int file, bool where_there_are_none);
+
+}  // namespace qelm::embedded::adapter
