@@ -45,8 +45,8 @@ class ComponentFiles {
       if (saved) changed_.insert(path);
       if (saved && !dry_run_) session_.Say("wrote " + path);
     }
-    if (opened) documents.Close(document, true);
-    return saved;
+    // One that stays open would be changed again by the book's update, and not written.
+    return (!opened || documents.Close(document, true)) && saved;
   }
 
   Session& session_;

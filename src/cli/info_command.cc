@@ -272,6 +272,7 @@ Outcome InfoCommand::Run(Session& session) {
   if (links_) {
     outcome.members = LinksJson(session.roles(), id);
     outcome.text = LinksText(outcome.members);
+    if (!outcome.members["unread"].empty()) outcome.status = ExitStatus::kFound;
     return outcome;
   }
   if (pages_) {
