@@ -349,6 +349,7 @@ Outcome BatchCommand::Run(Session& session) {
   records_.emplace(common::JoinPath(folder, kRecordFolder), request.source + '\n' + request.configuration,
                    Inputs(session, request));
   filtering::BatchContext context = BatchContextOf(session.plugin());
+  context.only_findings = HasOnlyFindings;
   const BatchRun run = filtering::RunBatchFilter(context, request, Hooks(session, request));
   workers_.reset();
   held_.reset();

@@ -9,6 +9,7 @@
 #include <map>
 #include <mutex>
 #include <optional>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -17,6 +18,9 @@
 #include "filtering/batch_run.h"
 
 namespace qelm::cli {
+
+// Whether a book's update that failed for this reason could read and write its files.
+bool HasOnlyFindings(std::string_view why);
 
 class BatchWorkers {
  public:

@@ -132,6 +132,8 @@ std::string WhatIsLeft(const FilterRun& run, const ComponentFiles& files) {
     if (guilty) text = ShownPath(entry.path) + ": " + text;
     if (guilty) break;
   }
+  // Of a copy that could not be made the run knows more: who holds the folder, which file is in the way.
+  if (run.ending == filtering::Ending::kNotCopied && !run.why.empty()) text += ": " + run.why;
   throw Failure(known != nullptr ? known->status : ExitStatus::kOperation,
                 session.target() + ": " + text + WhatIsLeft(run, files),
                 {{"result", result}, {"components", ComponentsJson(run, files)}});
@@ -151,11 +153,19 @@ std::string FilterText(const FilterRun& run, const std::string& target, const st
   return text;
 }
 
-std::string SaveNewBook(Session& session, host::Id book) {
+// The last file of the copy: with it the folder is complete.
+std::string SaveNewBook(Session& session, const FilterRun& run) {
   host::Documents& documents = session.roles().documents;
+  host::Platform& platform = session.roles().platform;
+  const host::Id book = run.result_book;
   const bool changed = documents.Switch(book, host::DocumentSwitch::kModified);
-  if (changed && !documents.Save(book, {})) {
-    throw Failure(ExitStatus::kFile, std::string(documents.LastError()));
+  const bool saved = !changed || documents.Save(book, {});
+  const bool ended = platform.EndFilling(run.output_folder, saved);
+  if (!saved) throw Failure(ExitStatus::kFile, std::string(documents.LastError()));
+  if (!ended) {
+    throw Failure(ExitStatus::kFile, ShownPath(run.output_folder) + ": the mark " +
+                                         std::string(host::kUnfinishedName) + " cannot be removed (" +
+                                         std::string(platform.LastError()) + ")");
   }
   return ShownPath(std::string(documents.Path(book)));
 }
@@ -169,12 +179,13 @@ Outcome FilterBook(Session& session, host::Id book, const std::string& scheme) {
   ComponentFiles files(session, run.dry_run);
   filtering::FilterContext context = FilterContextOf(plugin);
   context.component_done = files.Sink();
+  context.caller_ends_filling = true;
   Outcome outcome;
   outcome.result = filtering::FilterActiveBook(context);
   session.ShowNotices();
   if (outcome.result != common::kDone) ThrowEnding(session, run, outcome.result, files);
   if (run.mode == LaunchMode::kDuplicate && !run.dry_run) {
-    outcome.output = SaveNewBook(session, run.result_book);
+    outcome.output = SaveNewBook(session, run);
   }
   // References without a target keep a book from being updated in full, and are what was asked for.
   const bool only_references =

@@ -102,7 +102,8 @@ class OutputSteps {
  public:
   OutputSteps(BatchContext& context, const BatchRequest& request, const BatchScheme& scheme,
               const NameValues& names, Id output, BatchOutcome* outcome)
-      : host_(context.host),
+      : context_(context),
+        host_(context.host),
         request_(request),
         settings_(request.settings),
         scheme_(scheme),
@@ -136,6 +137,7 @@ class OutputSteps {
   }
   std::string HostSays() { return std::string(host_.documents.LastError()); }
 
+  BatchContext& context_;
   host::Host& host_;
   const BatchRequest& request_;
   const LocalSettings& settings_;
@@ -317,7 +319,10 @@ void OutputSteps::UpdateBook() {
   if (host_.books.Update(output_, flags)) {
     steps_.Say(kStepLine, "QELM_MSG_FILTER_REP_71");
   } else {
-    steps_.Say(kStepErrorLine, "QELM_MSG_FILTER_REP_72", HostSays());
+    const std::string why = HostSays();
+    steps_.Say(kStepErrorLine, "QELM_MSG_FILTER_REP_72", why);
+    // A file that cannot be read or written now may be there the next time.
+    if (context_.only_findings && !context_.only_findings(why)) outcome_->complete = false;
   }
   if (settings_.bf_bu_show_book_error_log) host_.books.ShowErrorLog(output_);
 }
@@ -329,6 +334,7 @@ void OutputSteps::SaveChanged() {
     if (!host_.documents.Switch(file, host::DocumentSwitch::kModified)) continue;
     if (host_.documents.Save(file, {})) continue;
     Incomplete(kErrorLine, "QELM_MSG_FILTER_REP_23", HostSays());
+    outcome_->unsaved = true;
   }
 }
 

@@ -58,6 +58,7 @@ struct BatchOutcome {
   // All files that were asked for are written. False as well when something is missing that may be there the
   // next time; a reference without a target, or a book that cannot be updated for that, is not.
   bool complete = false;
+  bool unsaved = false;    // a filtered file is not saved as it should be: the output is not for delivery
   bool cancelled = false;  // by the user: no further scheme is begun
   bool begun = true;       // false: the batch was cancelled before
   std::int64_t elapsed_ms = 0;
@@ -89,6 +90,9 @@ struct BatchContext {
   RunLog log = {};
   std::string notification_client = {};
   bool notify = false;
+  // Whether a book's update that failed for this reason could read and write its files, so that the next one
+  // would find the same. Without one every failure is taken for that.
+  std::function<bool(std::string_view why)> only_findings = {};
 };
 
 // The paragraph formats of the batch's report.

@@ -54,6 +54,9 @@ class SchemeRun {
  private:
   bool Load(Id settings_document, const BatchScheme& scheme);
   bool MakeFolder();
+  bool UndoKilled();
+  void EndFilling();
+  std::string NotWritable();
   void PrepareFilter();
   FilterContext Filter();
   void FilterBook();
@@ -124,13 +127,42 @@ bool SchemeRun::MakeFolder() {
     Refuse(kOutputIsSource, "QELM_MSG_FILTER_REP_11", why);
     return false;
   }
-  if (platform.MakeFolder(outcome_->folder)) {
-    UndoAbandoned(platform, outcome_->folder);
-    return true;
-  }
+  if (platform.MakeFolder(outcome_->folder)) return source_.is_book() || UndoKilled();
   steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
   Refuse(0, "QELM_MSG_FILTER_REP_9", outcome_->folder);
   return false;
+}
+
+// The copy of a book does this itself. A document is written beside what else is in the folder, so that the
+// folder is held only while something is put back there.
+bool SchemeRun::UndoKilled() {
+  host::Platform& platform = host_.platform;
+  const std::string& folder = outcome_->folder;
+  if (!HasAbandoned(platform, folder)) return true;
+  const bool marked = platform.FileExists(common::JoinPath(folder, std::string(host::kUnfinishedName)));
+  if (!platform.BeginFilling(folder)) {
+    steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
+    Refuse(kCopyFailed, "QELM_MSG_FILTER_REP_11", NotWritable());
+    return false;
+  }
+  UndoAbandoned(platform, folder);
+  platform.EndFilling(folder, !marked);
+  return true;
+}
+
+// What keeps the output folder from being written, with the host's reason.
+std::string SchemeRun::NotWritable() {
+  const std::string reason = host_.platform.LastError();
+  std::string text = context_.messenger.Format("QELM_MSG_FILTER_52", outcome_->folder);
+  if (!reason.empty()) text += " (" + reason + ")";
+  return text;
+}
+
+// After the last file was written. With one that could not be saved the copy is not what it should be.
+void SchemeRun::EndFilling() {
+  if (host_.platform.EndFilling(outcome_->folder, !outcome_->unsaved) || outcome_->unsaved) return;
+  outcome_->complete = false;
+  steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_11", NotWritable());
 }
 
 // Every filter of a batch deletes from a copy, whatever the settings say for single ones.
@@ -160,6 +192,7 @@ FilterContext SchemeRun::Filter() {
 void SchemeRun::FilterBook() {
   run_.target = TargetKind::kBook;
   FilterContext filter = Filter();
+  filter.caller_ends_filling = true;
   // What was filtered is written at once and stays open for the steps that follow.
   filter.component_done = [this](Id document, bool opened, ComponentStage stage) {
     if (stage == ComponentStage::kFinished) {
@@ -181,6 +214,9 @@ void SchemeRun::FilterBook() {
     for (const CopiedFile& file : run_.copied) outcome_->files.push_back(file.target);
     for (const std::string& removed : run_.removed_files) std::erase(outcome_->files, removed);
     FinishOutput(context_, request_, batch_scheme_, names_, book, outcome_);
+    EndFilling();
+    // They may be there the next time.
+    if (!PassedOver(run_).empty()) outcome_->complete = false;
   }
   for (const Id document : copies_) host_.documents.Close(document, /*discard=*/true);
   if (book != kNone && book != source_.id()) host_.documents.Close(book, /*discard=*/true);
@@ -264,6 +300,8 @@ bool SchemeRun::Filtered(std::int32_t result) {
   if (outcome_->cancelled) outcome_->result = kCancelled;
   if (outcome_->result == kCopyFailed) {
     steps_.SayText(kErrorLine, kBookNotCopied);
+    // The same in the run's own words, where it knows what it was.
+    if (!run_.why.empty()) steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_11", run_.why);
   } else {
     // A copy of the text: the messenger keeps one at a time.
     std::string why = run_.why;

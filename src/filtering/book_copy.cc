@@ -32,24 +32,29 @@ std::int32_t BookCopy::Copy() {
   if (host_.platform.SameFile(source, folder_)) return kOutputIsSource;
   if (!plan_.AddShownFiles([this] { return Stopped(); })) return kCopyStopped;
   plan_.ChooseTargets(folder_);
-  if (!Check()) return kCopyFailed;
+  cut_before_ = host_.platform.FileExists(common::JoinPath(folder_, std::string(host::kUnfinishedName)));
   StagedFiles staged(host_.platform, folder_);
-  if (!staged.Begin()) {
+  if (!staged.MakeFolders() || !host_.platform.BeginFilling(folder_)) {
     FailFile(folder_);
     return kCopyFailed;
   }
-  if (!host_.platform.BeginFilling(folder_)) {
-    FailFile(folder_);
-    return kCopyFailed;
-  }
-  RemoveAbandonedStages(host_.platform, folder_);
-  const std::int32_t result = CopyFiles(&staged);
+  // Before there is a stage of this copy, which it could not tell from others.
+  UndoAbandoned(host_.platform, folder_);
+  const std::int32_t result = Check() ? CopyFiles(&staged) : kCopyFailed;
   // Without the copy the folder is what it was before, a copy that an earlier run did not complete included.
-  if (result != kDone) host_.platform.EndFilling(folder_, !cut_before_);
+  // The mark goes last: what it says holds until everything is put back.
+  if (result != kDone) {
+    const bool undone = staged.Undo();
+    host_.platform.EndFilling(folder_, undone && !cut_before_);
+  }
   return result;
 }
 
 std::int32_t BookCopy::CopyFiles(StagedFiles* staged) {
+  if (!staged->Begin()) {
+    FailFile(folder_);
+    return kCopyFailed;
+  }
   for (std::size_t i = 0; i < plan_.Files().size(); ++i) {
     if (Stopped()) return kCopyStopped;
     if (!CopyOne(i, staged)) return kCopyFailed;
@@ -71,7 +76,6 @@ bool BookCopy::Check() { return CheckTargets() && CheckSpace(); }
 // that is open. Files of the same names are replaced where an earlier copy of the book lies, complete or not,
 // and nowhere else: in any other folder they are somebody's.
 bool BookCopy::CheckTargets() {
-  cut_before_ = host_.platform.FileExists(common::JoinPath(folder_, std::string(host::kUnfinishedName)));
   const bool copied_before = cut_before_ || host_.platform.FileExists(plan_.Files().front().target);
   for (const CopyPlan::File& file : plan_.Files()) {
     if (!host_.platform.FileExists(file.target)) continue;

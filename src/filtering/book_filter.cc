@@ -54,6 +54,7 @@ class BookFilter {
 
   bool End(Ending ending, std::string_view id);
   bool EndFormatted(Ending ending, std::string_view id, const std::string& text);
+  bool NotCopied(const std::string& why);
   void Tell(std::string_view id) {
     if (run_.prompts && !run_.dry_run) messenger_.Alert(id);
   }
@@ -84,6 +85,13 @@ bool BookFilter::EndFormatted(Ending ending, std::string_view id, const std::str
   run_.cancel_flag = 1;
   run_.why = text;
   if (run_.prompts) messenger_.AlertFormatted(id, text);
+  return false;
+}
+
+// The user is shown a page of text; who only wants the reason finds that.
+bool BookFilter::NotCopied(const std::string& why) {
+  EndFormatted(Ending::kNotCopied, "QELM_MSG_FILTER_24", messenger_.Format("QELM_MSG_FILTER_24", why));
+  run_.why = why;
   return false;
 }
 
@@ -173,7 +181,7 @@ bool BookFilter::Check(const OpenedComponent& found, FilteredComponent* entry) {
   }
   if (!copy_ || copy_->AddComponent(entry->component, found.document)) return true;
   const std::string why = found.path + ": " + std::string(host_.documents.LastError());
-  return EndFormatted(Ending::kNotCopied, "QELM_MSG_FILTER_24", messenger_.Format("QELM_MSG_FILTER_24", why));
+  return NotCopied(why);
 }
 
 void BookFilter::TellPassedOver() {
@@ -224,15 +232,14 @@ bool BookFilter::CopyBook() {
       run_.cancelled = true;
       return End(Ending::kByUser, "QELM_MSG_FILTER_23");
     default:
-      return EndFormatted(Ending::kNotCopied, "QELM_MSG_FILTER_24",
-                          messenger_.Format("QELM_MSG_FILTER_24", copy_->why()));
+      return NotCopied(copy_->why());
   }
 }
 
 // A copy that is not filtered to its end must not be taken for the result.
 void BookFilter::EndCopy() {
   if (run_.ending != Ending::kCompleted) return copy_->GiveUp();
-  if (copy_->Complete()) return;
+  if (context_.caller_ends_filling || copy_->Complete()) return;
   EndFormatted(Ending::kNotSaved, "QELM_MSG_FILTER_52",
                messenger_.Format("QELM_MSG_FILTER_52", host_.platform.LastError()));
 }

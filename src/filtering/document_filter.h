@@ -42,6 +42,9 @@ struct FilterContext {
   std::function<bool(host::Id document)> remove_coloring = {};
   RunLog log = {};
   ComponentSink component_done = {};
+  // Whether the caller still writes into the folder of a book's copy: it is marked as one that is not
+  // complete until the caller ends that (Platform::EndFilling), when the run was completed.
+  bool caller_ends_filling = false;
 };
 
 // Fills what was asked for in a run from the local settings, and clears what came of the last one. The

@@ -11,7 +11,8 @@ namespace {
 constexpr char kStageName[] = ".qelm-copy-";
 constexpr std::string_view kBefore = "-before";
 constexpr char kListName[] = "placed";
-constexpr int kMostStages = 1000;  // left behind by processes that were killed
+constexpr char kKeptName[] = "kept";  // the list once nothing is to be put back any more
+constexpr int kMostStages = 1000;     // left behind by processes that were killed
 
 const std::filesystem::file_time_type kProgramBegan = std::filesystem::file_time_type::clock::now();
 
@@ -33,39 +34,67 @@ bool IsAbandonedFolder(const std::string& path) {
   return !error && changed < kProgramBegan;
 }
 
-// Whether a path of a list leads to a file below the folder.
-bool IsBelow(const std::filesystem::path& target) {
-  return !target.empty() && target.is_relative() && target.lexically_normal() == target &&
-         *target.begin() != "..";
+// Whether a path of a list names a file below the folder, or none yet. What lies behind a link to somewhere
+// else is not of the folder.
+bool IsBelow(const std::string& folder, const std::filesystem::path& target) {
+  namespace fs = std::filesystem;
+  if (target.empty() || target.is_absolute() || target.lexically_normal() != target) return false;
+  std::error_code error;
+  const fs::path top = fs::weakly_canonical(folder, error);
+  if (error) return false;
+  const fs::path parent = fs::weakly_canonical((fs::path(folder) / target).parent_path(), error);
+  if (error || *parent.lexically_relative(top).begin() == "..") return false;
+  const fs::file_type type = fs::symlink_status(parent / target.filename(), error).type();
+  return type == fs::file_type::regular || type == fs::file_type::not_found;
 }
 
-// Puts back what was placed by the list in the inner folder.
-void TakeBack(host::Platform& platform, const std::string& folder, const std::string& stage) {
-  const std::optional<std::string> list = platform.ReadFile(common::JoinPath(stage, kListName));
-  if (!list) return;
-  std::string_view left = *list;
+// Puts back what one line of a list says. A line "N path" is that of a file which came where none was, a line
+// "N-before path" that of one which replaced another.
+bool TakeBackLine(host::Platform& platform, const std::string& folder, const std::string& stage,
+                  std::string_view line) {
+  const std::size_t blank = line.find(' ');
+  if (blank == std::string_view::npos) return false;
+  std::string_view number = line.substr(0, blank);
+  const bool replaced = number.ends_with(kBefore);
+  if (replaced) number.remove_suffix(kBefore.size());
+  if (!IsNumber(number)) return false;
+  const std::string staged = common::JoinPath(stage, number);
+  const std::string before = staged + std::string(kBefore);
+  const std::string_view target = line.substr(blank + 1);
+  const std::string placed = common::JoinPath(folder, target);
+  if (platform.FileExists(before)) return IsBelow(folder, target) && platform.MoveFile(before, placed);
+  // What was replaced is back already, or was not taken away yet.
+  if (replaced || platform.FileExists(staged) || !IsBelow(folder, target)) return true;
+  return !platform.FileExists(placed) || platform.RemoveFile(placed);
+}
+
+// Puts back what was placed by the list in the inner folder. False when something of it remains to be done,
+// or a file that was replaced lies there and nobody knows from where.
+bool TakeBack(host::Platform& platform, const std::string& folder, const std::string& stage) {
+  if (platform.FileExists(common::JoinPath(stage, kKeptName))) return true;
+  const std::string path = common::JoinPath(stage, kListName);
+  const std::optional<std::string> list = platform.ReadFile(path);
+  if (!list && platform.FileExists(path)) return false;
+  std::string_view left = list ? std::string_view(*list) : std::string_view();
+  bool done = true;
   while (const std::size_t end = left.find('\n') + 1) {
-    const std::string_view line = left.substr(0, end - 1);
+    done = TakeBackLine(platform, folder, stage, left.substr(0, end - 1)) && done;
     left.remove_prefix(end);
-    const std::size_t blank = line.find(' ');
-    if (blank == std::string_view::npos || !IsNumber(line.substr(0, blank))) continue;
-    const std::string staged = common::JoinPath(stage, line.substr(0, blank));
-    const std::string_view target = line.substr(blank + 1);
-    if (!IsBelow(target)) continue;
-    const std::string placed = common::JoinPath(folder, target);
-    const std::string before = staged + std::string(kBefore);
-    if (platform.FileExists(before)) {
-      platform.MoveFile(before, placed);
-    } else if (!platform.FileExists(staged) && platform.FileExists(placed)) {
-      platform.RemoveFile(placed);
-    }
   }
+  const std::vector<std::string> names = platform.FolderNames(stage);
+  return done && std::none_of(names.begin(), names.end(),
+                              [](const std::string& name) { return name.ends_with(kBefore); });
+}
+
+bool IsStage(const std::string& folder, std::string_view name) {
+  return name.starts_with(kStageName) && IsNumber(name.substr(sizeof(kStageName) - 1)) &&
+         IsAbandonedFolder(common::JoinPath(folder, name));
 }
 
 }  // namespace
 
 bool StagedFiles::Begin() {
-  if (!MakeFolder(folder_)) return false;
+  if (!MakeFolders()) return false;
   for (int number = 1; number <= kMostStages; ++number) {
     const std::string stage = common::JoinPath(folder_, kStageName + std::to_string(number));
     if (platform_.FolderExists(stage) || platform_.FileExists(stage)) continue;
@@ -94,12 +123,11 @@ std::string StagedFiles::Add(const std::string& source) {
 }
 
 bool StagedFiles::Place(const std::string& staged, const std::string& target) {
-  if (!MakeFolder(std::string(common::FolderOf(target))) || !List(staged, target)) return false;
+  if (!MakeFolder(std::string(common::FolderOf(target)))) return false;
   Placed placed{target, {}};
-  if (platform_.FileExists(target)) {
-    placed.before = staged + std::string(kBefore);
-    if (!platform_.MoveFile(target, placed.before)) return false;
-  }
+  if (platform_.FileExists(target)) placed.before = staged + std::string(kBefore);
+  if (!List(placed.before.empty() ? staged : placed.before, target)) return false;
+  if (!placed.before.empty() && !platform_.MoveFile(target, placed.before)) return false;
   // From here on it is undone, also when the move fails.
   placed_.push_back(placed);
   return platform_.MoveFile(staged, target);
@@ -116,25 +144,40 @@ bool StagedFiles::List(const std::string& staged, const std::string& target) {
 
 void StagedFiles::Keep() {
   kept_ = true;
-  Remove(common::JoinPath(stage_, kListName));  // from here on nothing is to be put back
+  // From here on nothing is to be put back, and what is left in the stage may go.
+  const std::string list = common::JoinPath(stage_, kListName);
+  if (platform_.FileExists(list) && !platform_.MoveFile(list, common::JoinPath(stage_, kKeptName))) {
+    Remove(list);
+  }
   for (const Placed& placed : placed_) {
     if (!placed.before.empty()) Remove(placed.before);
   }
   RemoveStage();
 }
 
-void StagedFiles::Undo() {
-  if (kept_) return;
+// What cannot be put back stays in the stage, with the list.
+bool StagedFiles::Undo() {
+  if (kept_) return true;
+  bool done = true;
   for (auto placed = placed_.rbegin(); placed != placed_.rend(); ++placed) {
     if (!placed->before.empty()) {
-      if (!platform_.MoveFile(placed->before, placed->target)) {
-        platform_.MoveFile(placed->before, placed->target);
-      }
+      done = (platform_.MoveFile(placed->before, placed->target) ||
+              platform_.MoveFile(placed->before, placed->target)) &&
+             done;
     } else if (platform_.FileExists(placed->target)) {
       Remove(placed->target);
+      done = done && !platform_.FileExists(placed->target);
     }
   }
-  RemoveStage();
+  placed_.clear();
+  if (done) RemoveStage();
+  stage_.clear();
+  return done;
+}
+
+StagedFiles::~StagedFiles() {
+  Undo();
+  if (kept_) return;
   for (auto folder = made_folders_.rbegin(); folder != made_folders_.rend(); ++folder) {
     platform_.RemoveFolder(*folder);
   }
@@ -150,21 +193,31 @@ void StagedFiles::RemoveStage() {
   for (const std::string& file : staged_) {
     if (platform_.FileExists(file)) Remove(file);
   }
-  const std::string list = common::JoinPath(stage_, kListName);
-  if (platform_.FileExists(list)) Remove(list);
+  for (const char* name : {kListName, kKeptName}) {
+    const std::string list = common::JoinPath(stage_, name);
+    if (platform_.FileExists(list)) Remove(list);
+  }
   if (!platform_.RemoveFolder(stage_)) platform_.RemoveFolder(stage_);
+}
+
+bool HasAbandoned(host::Platform& platform, const std::string& folder) {
+  const std::vector<std::string> names = platform.FolderNames(folder);
+  return std::any_of(names.begin(), names.end(),
+                     [&](const std::string& name) { return IsStage(folder, name); });
 }
 
 void UndoAbandoned(host::Platform& platform, const std::string& folder) {
   for (const std::string& name : platform.FolderNames(folder)) {
-    const bool is_stage =
-        name.starts_with(kStageName) && IsNumber(std::string_view(name).substr(sizeof(kStageName) - 1));
     const std::string path = common::JoinPath(folder, name);
-    if (!is_stage || !IsAbandonedFolder(path)) continue;
-    TakeBack(platform, folder, path);
+    if (!IsStage(folder, name) || !TakeBack(platform, folder, path)) continue;
+    // The word that all of it may go comes last: a process that ends here must not leave files without it.
+    const std::string list = common::JoinPath(path, kListName);
+    if (platform.FileExists(list)) platform.RemoveFile(list);
     for (const std::string& file : platform.FolderNames(path)) {
-      if (IsStaged(file) || file == kListName) platform.RemoveFile(common::JoinPath(path, file));
+      if (IsStaged(file)) platform.RemoveFile(common::JoinPath(path, file));
     }
+    const std::string kept = common::JoinPath(path, kKeptName);
+    if (platform.FileExists(kept)) platform.RemoveFile(kept);
     platform.RemoveFolder(path);
   }
 }

@@ -26,9 +26,12 @@ class StagedFiles {
   // `folder` is absolute and without detours.
   StagedFiles(host::Platform& platform, std::string folder)
       : platform_(platform), folder_(std::move(folder)) {}
-  ~StagedFiles() { Undo(); }
+  ~StagedFiles();
   StagedFiles(const StagedFiles&) = delete;
   StagedFiles& operator=(const StagedFiles&) = delete;
+
+  // Makes the folder in which the files are to lie. False when that is not possible.
+  bool MakeFolders() { return MakeFolder(folder_); }
 
   // Makes the folders. False when that is not possible.
   bool Begin();
@@ -46,6 +49,10 @@ class StagedFiles {
   // The files stay where they were placed.
   void Keep();
 
+  // Puts back at once what was there before; false when something could not be, which stays in the inner
+  // folder for the next run. The folders that were made go with this.
+  bool Undo();
+
  private:
   struct Placed {
     std::string target;
@@ -54,7 +61,6 @@ class StagedFiles {
 
   bool MakeFolder(const std::string& folder);
   bool List(const std::string& staged, const std::string& target);
-  void Undo();
   void Remove(const std::string& file);
   void RemoveStage();
 
@@ -67,9 +73,13 @@ class StagedFiles {
   bool kept_ = false;
 };
 
+// Whether there is something for UndoAbandoned to look at.
+bool HasAbandoned(host::Platform& platform, const std::string& folder);
+
 // Undoes in the folder what processes that were killed had begun: takes back the files that they had placed,
 // as far as not all of them were, and removes what they left of inner folders. Only of what was last changed
-// before this program began.
+// before this program began; an inner folder of which not everything can be put back stays as it is. Call it
+// while the folder is kept from others (Platform::BeginFilling) and before Begin().
 void UndoAbandoned(host::Platform& platform, const std::string& folder);
 
 }  // namespace qelm::filtering

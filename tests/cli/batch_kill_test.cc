@@ -151,24 +151,35 @@ TEST_F(KilledBatch, IsTakenUpAgainFromAnyMoment) {
 }
 
 // Killed between placing the components of a copy and its book: what was placed is taken back by the list
-// that lies there, and what is not in the list stays.
+// that lies there, and what is not in the list stays. A file whose place nobody knows stays where it is, and
+// so does what lies behind a link to somewhere else.
 TEST_F(KilledBatch, HalfPlacedBookIsDoneOver) {
   Run("pump.book.mif", "whole", {"--no-pdf"});
   const std::string folder = "cut/Service/";
-  program.folder.Write(folder + "notes.txt", "mine");
+  program.folder.Write(folder + "notes.txt", "half placed");
   program.folder.Write(folder + "operation.mif", program.folder.Read("whole/Service/operation.mif"));
   program.folder.Write(folder + "reference.mif", program.folder.Read("whole/Service/reference.mif"));
   const std::string stage = folder + ".qelm-copy-1/";
   program.folder.Write(stage + "0", program.folder.Read("whole/Service/pump.book.mif"));
-  const std::string list = program.folder.Write(
-      stage + "placed", "6 reference.mif\n5 operation.mif\n4 ../../outside.mif\n0 pump.book.mif\n");
+  const std::string list =
+      program.folder.Write(stage + "placed",
+                           "7-before notes.txt\n6 reference.mif\n5 operation.mif\n4 ../../outside.mif\n"
+                           "0 pump.book.mif\n");
+  program.folder.Write(stage + "7-before", "mine");
+  const std::string unknown = folder + ".qelm-copy-2/";
+  const std::string kept = program.folder.Write(unknown + "9-before", "replaced");
+  program.folder.Write(unknown + "placed", "3 link/outside.mif\n");
   program.folder.Write("outside.mif", "not in the folder");
   const auto before = fs::file_time_type::clock::now() - std::chrono::hours(1);
+  fs::create_directory_symlink(program.folder.path(), program.folder.File(folder + "link"));
   fs::last_write_time(fs::path(list).parent_path(), before);
+  fs::last_write_time(fs::path(kept).parent_path(), before);
   Run("pump.book.mif", "cut", {"--no-pdf", "--resume"});
   Tree found = Output("cut");
   EXPECT_EQ(found["Service/notes.txt"], "mine");
   found.erase("Service/notes.txt");
+  EXPECT_EQ(found["Service/.qelm-copy-2/9-before"], "replaced");
+  std::erase_if(found, [](const auto& file) { return file.first.starts_with("Service/.qelm-copy-2/"); });
   ExpectSame(found, Output("whole"), "done over");
   EXPECT_EQ(program.folder.Read("outside.mif"), "not in the folder");
 }

@@ -62,14 +62,16 @@ TEST(Locks, ADocumentThatWasChangedMeanwhileIsNotReplaced) {
 
 TEST(Locks, ACopyThatWasCutIsNotOpened) {
   Program program;
-  const std::string copy = program.folder.File("copy/a.mif");
-  fs::create_directories(program.folder.File("copy"));
-  fs::copy_file(program.document(), copy);
+  fs::create_directories(program.folder.File("copy/one/two"));
   program.folder.Write("copy/QELM-unfinished.txt", "");
-  for (const char* command : {"info", "dump", "uncolor"}) {
-    const ProgramResult result = program.Run({command, copy});
-    EXPECT_EQ(result.status, 3);
-    EXPECT_NE(result.err.find("not completed"), std::string::npos) << result.err;
+  for (const char* name : {"copy/a.mif", "copy/one/two/a.mif"}) {
+    const std::string copy = program.folder.File(name);
+    fs::copy_file(program.document(), copy);
+    for (const char* command : {"info", "dump", "uncolor"}) {
+      const ProgramResult result = program.Run({command, copy});
+      EXPECT_EQ(result.status, 3);
+      EXPECT_NE(result.err.find("not completed"), std::string::npos) << result.err;
+    }
   }
 }
 

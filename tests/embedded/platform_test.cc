@@ -3,8 +3,11 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <csignal>
 
 #include "support/temp_folder.h"
 
@@ -66,9 +69,26 @@ TEST(ReplaceFile, WhatFrameMakerHasOpenStaysAndItsOwnerIsNamed) {
     EXPECT_FALSE(platform.CopyFile(folder.Write("b", "new"), path));
     EXPECT_FALSE(platform.MoveFile(folder.File("b"), path));
     EXPECT_EQ(folder.Read("a.mif"), "old");
+    EXPECT_TRUE(platform.ReplaceFile(folder.File("a.pdf"), "made")) << "it is no document of FrameMaker's";
+    EXPECT_TRUE(platform.ReplaceFile(folder.File("a.pdf"), "made again"));
     platform.SetIgnoreLocks(true);
     EXPECT_TRUE(platform.ReplaceFile(path, "new"));
   }
+}
+
+TEST(ReplaceFile, AFileBesideThatCannotBeLockedIsNamedAndPassedOver) {
+  const TempFolder folder;
+  PosixPlatform platform;
+  const std::string path = folder.Write("a.mif", "old");
+  const std::string beside = folder.File(".qelm-a.mif.new");
+  ASSERT_EQ(::symlink("elsewhere", beside.c_str()), 0);
+  EXPECT_FALSE(platform.ReplaceFile(path, "new"));
+  EXPECT_NE(platform.LastError().find(beside), std::string::npos) << platform.LastError();
+  EXPECT_EQ(folder.Read("a.mif"), "old");
+  platform.SetIgnoreLocks(true);
+  ASSERT_TRUE(platform.ReplaceFile(path, "new")) << platform.LastError();
+  EXPECT_EQ(folder.Read("a.mif"), "new");
+  EXPECT_TRUE(std::filesystem::is_symlink(beside));
 }
 
 TEST(ReplaceFile, AnotherWritersFileBesideIsALockWhileHeLives) {
@@ -116,6 +136,11 @@ TEST(ReplaceUnchanged, WhatSomebodyElseChangedStays) {
   EXPECT_NE(platform.LastError().find("--overwrite"), std::string::npos);
   EXPECT_EQ(folder.Read("a.mif"), "theirs");
   EXPECT_TRUE(platform.ReplaceUnchanged(path, std::span(&content, 1), platform.FileState(path)));
+  const std::string written = platform.WrittenState(path);
+  EXPECT_EQ(written, platform.FileState(path));
+  ASSERT_TRUE(PosixPlatform().ReplaceFile(path, "theirs again"));
+  EXPECT_EQ(platform.WrittenState(path), written) << "what others did is not ours";
+  EXPECT_FALSE(platform.ReplaceUnchanged(path, std::span(&content, 1), written));
 }
 
 TEST(FillingAFolder, IsForOneAtATimeAndMarkedUntilItIsComplete) {
@@ -132,6 +157,24 @@ TEST(FillingAFolder, IsForOneAtATimeAndMarkedUntilItIsComplete) {
   ASSERT_TRUE(other.BeginFilling(folder.path()));
   EXPECT_TRUE(other.EndFilling(folder.path(), true));
   EXPECT_EQ(folder.Names(), std::vector<std::string>());
+}
+
+TEST(FillingAFolder, AMarkThatCannotBeWrittenStaysWhereItWas) {
+  const TempFolder folder;
+  PosixPlatform platform;
+  struct rlimit before {};
+  ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+  const struct rlimit nothing = {0, before.rlim_max};
+  for (const bool left : {false, true}) {
+    if (left) folder.Write(std::string(host::kUnfinishedName), "");
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &nothing), 0);
+    const bool begun = platform.BeginFilling(folder.path());
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    EXPECT_FALSE(begun);
+    EXPECT_EQ(platform.IsUnfinished(folder.path()), left);
+  }
+  std::signal(SIGXFSZ, handler);
 }
 
 TEST(PosixPlatform, ReadsWhatIsAFileOnly) {
@@ -159,6 +202,9 @@ TEST(PosixPlatform, CopiesAppendsAndMakesFolders) {
   EXPECT_EQ(folder.Read("one/two/three/copy.txt"), "ab");
   EXPECT_FALSE(platform.MakeFolder(log)) << "a file is in the way";
   EXPECT_FALSE(platform.CopyFile(folder.File("missing"), log));
+  ASSERT_EQ(::mkfifo(folder.File("pipe").c_str(), 0600), 0);
+  EXPECT_FALSE(platform.CopyFile(folder.File("pipe"), log)) << "nobody writes into it";
+  EXPECT_FALSE(platform.CopyFile("/dev/zero", log));
   EXPECT_EQ(folder.Read("log.txt"), "ab");
 }
 

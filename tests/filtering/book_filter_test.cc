@@ -288,6 +288,21 @@ TEST(BookFilter, FilesThatWereInTheOutputFolderStayOrAreReplaced) {
   EXPECT_EQ(other.Files("out"), (Files{{"a.mif", "of another book"}}));
 }
 
+TEST(BookFilter, FolderThatAnotherRunFillsStaysAsItIs) {
+  BookSession session(kThree);
+  session.folder.Write("out/.qelm-copy-1/placed", "0 a.mif\n");
+  session.folder.Write("out/a.mif", "of the other run");
+  // As on a server of files whose clock is behind.
+  std::filesystem::last_write_time(session.folder.File("out/.qelm-copy-1"),
+                                   std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
+  embedded::adapter::PosixPlatform other;
+  ASSERT_TRUE(other.BeginFilling(session.folder.File("out")));
+  const Files before = session.Files("out");
+  EXPECT_EQ(session.FilterThrough(session.inner(), NoX(), Copying()), kCopyFailed);
+  EXPECT_NE(session.run.why.find("another run"), std::string::npos) << session.run.why;
+  EXPECT_EQ(session.Files("out"), before);
+}
+
 TEST(BookFilter, FilesFromElsewhereGiveWayToTheBooksOwn) {
   BookSession session(
       testing::Components{{"../other/m.mif", "Doc(P('outer'))"}, {"other/m.mif", "Doc(P('inner'))"}});

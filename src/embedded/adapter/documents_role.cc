@@ -38,10 +38,23 @@ constexpr std::array kRefusals = {
             "the file is neither MIF (it would begin with <MIFFile or <Book) nor XML."},
 };
 
-constexpr std::string_view kUnfinished =
-    "this is part of a copy that was not completed (QELM-unfinished.txt in its folder). Make the copy again; "
-    "or "
-    "remove that file to use what is there as it is.";
+constexpr int kMostFolders = 64;  // above a file in which a mark is looked for
+
+// Why a file is not opened that lies in a copy that is not complete, or in a folder of it; empty where it is
+// not.
+std::string PartOfUnfinished(host::Platform& platform, const std::string& path) {
+  std::filesystem::path folder = std::filesystem::path(path).parent_path();
+  for (int above = 0; above < kMostFolders && !folder.empty(); ++above) {
+    if (platform.IsUnfinished(folder.string())) {
+      return "this is part of a copy that was not completed (" + std::string(host::kUnfinishedName) + " in " +
+             (above == 0 ? "its folder" : folder.string()) +
+             "). Make the copy again; or remove that file to use what is there as it is.";
+    }
+    if (!folder.has_relative_path()) break;
+    folder = folder.parent_path();
+  }
+  return {};
+}
 
 // A device gives bytes without end, and a pipe in the file system may wait for ever for somebody who writes
 // into it. The process' own streams are what a user handed over.
@@ -185,8 +198,8 @@ Id DocumentsRole::OpenLocated(const std::string& named, const host::OpenOptions&
   if (!IsOrdinary(path)) {
     return Refuse(path, OpenStatus::kUnreadable, "this is a device, not a file.", status);
   }
-  if (platform.IsUnfinished(std::filesystem::path(path).parent_path().string())) {
-    return Refuse(path, OpenStatus::kUnreadable, kUnfinished, status);
+  if (const std::string unfinished = PartOfUnfinished(platform, path); !unfinished.empty()) {
+    return Refuse(path, OpenStatus::kUnreadable, unfinished, status);
   }
   const std::string state = platform.FileState(path);
   const Id id = Read(path, options, status);
@@ -306,7 +319,7 @@ bool DocumentsRole::SaveTo(Id id, OpenFile* file, const host::SaveOptions& optio
     return FailSave(path, "the file cannot be written" + workspace_.FileErrorSuffix());
   }
   if (format != own) return true;
-  file->state = workspace_.platform().FileState(path);
+  file->state = workspace_.platform().WrittenState(path);
   file->path = file->Tree().path = path;
   file->identity = Workspace::Identity(path);
   file->component_paths.clear();

@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdlib>
@@ -47,39 +48,75 @@ std::string Resolved(const std::string& path) {
   return real ? std::string(real.get()) : path;
 }
 
-std::string NameBeside(const std::string& path) {
+// `more` tells one beside from that of another writer.
+std::string NameBeside(const std::string& path, const std::string& more = {}) {
   std::string name = path.substr(path.rfind('/') + 1);
   if (name.size() > kLongestPart) {
     const std::size_t hash = std::hash<std::string>()(name);
     name = name.substr(0, kLongestPart - 20) + std::to_string(hash);
   }
-  return FolderOf(path) + "/" + std::string(kBefore) + name + std::string(kBehind);
+  return FolderOf(path) + "/" + std::string(kBefore) + name + more + std::string(kBehind);
 }
 
-// Removes a file beside whose writer has ended; false when it is in use or cannot be removed.
-bool RemoveStale(const std::string& name) {
-  const Descriptor file(::open(name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-  if (!file.Valid()) return errno == ENOENT;
+// What became of a file beside that somebody else made. In the way: it cannot be told whether its writer has
+// ended, as there are no locks there or it is another user's, or it cannot be removed.
+enum class Leftover { kGone, kInUse, kInTheWay };
+
+// A lock over the network is only for who may write, while some files may only be read.
+int OpenToLock(const std::string& name) {
+  constexpr int kFlags = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+  const int file = ::open(name.c_str(), O_RDWR | kFlags);
+  return file < 0 && errno == EACCES ? ::open(name.c_str(), O_RDONLY | kFlags) : file;
+}
+
+// Removes a file beside whose writer has ended.
+Leftover RemoveStale(const std::string& name) {
+  const Descriptor file(OpenToLock(name));
+  if (!file.Valid()) return errno == ENOENT ? Leftover::kGone : Leftover::kInTheWay;
   struct stat held {};
   struct stat there {};
-  if (::fstat(file.Get(), &held) != 0 || !S_ISREG(held.st_mode) || !TakeLock(file.Get(), false)) return false;
+  if (::fstat(file.Get(), &held) != 0 || !S_ISREG(held.st_mode)) return Leftover::kInTheWay;
+  if (!TakeLock(file.Get(), false)) return errno == EWOULDBLOCK ? Leftover::kInUse : Leftover::kInTheWay;
   // Only what is locked now may go: another one may have taken its name meanwhile.
   if (::lstat(name.c_str(), &there) != 0 || there.st_ino != held.st_ino || there.st_dev != held.st_dev) {
-    return true;
+    return Leftover::kGone;
   }
-  return ::unlink(name.c_str()) == 0;
+  return ::unlink(name.c_str()) == 0 ? Leftover::kGone : Leftover::kInTheWay;
 }
 
-// Creates the file beside and locks it. -1 when that is not possible, and `why` says why.
-int CreateBeside(const std::string& name, mode_t mode, std::string* why) {
+std::string WhyNotCreated(const std::string& name, int error) {
+  if (error != EACCES && error != EPERM) return Reason(error);
+  return Reason(error) + ": the folder " + FolderOf(name) +
+         " does not allow new files, and a file is replaced by a new one";
+}
+
+std::string WhyOccupied(const std::string& name, Leftover leftover) {
+  std::string owner = OwnerAndTime(name);
+  if (!owner.empty()) owner = " (" + owner + ")";
+  if (leftover != Leftover::kInTheWay) return "another run of QELM is writing it" + owner;
+  return "a file of another run of QELM is in the way, " + name + owner +
+         ". Wait for that run; where it has ended, remove the file, or use --ignore-lock";
+}
+
+// Creates a file beside the path and locks it; `name` becomes its name. -1 when that is not possible, and
+// `why` says why.
+int CreateBeside(const std::string& path, mode_t mode, bool ignore_locks, std::string* name,
+                 std::string* why) {
+  *name = NameBeside(path);
+  Leftover leftover = Leftover::kGone;
   for (int tries = 0; tries < kTries; ++tries) {
-    const int file = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+    const int file = ::open(name->c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
     if (file < 0 && errno != EEXIST) {
-      *why = Reason(errno);
+      *why = WhyNotCreated(*name, errno);
       return -1;
     }
     if (file < 0) {
-      if (!RemoveStale(name)) ::usleep(kPauseMicroseconds);
+      leftover = RemoveStale(*name);
+      if (leftover == Leftover::kInTheWay && ignore_locks) {
+        *name = NameBeside(path, "." + std::to_string(::getpid()));
+      } else if (leftover != Leftover::kGone) {
+        ::usleep(kPauseMicroseconds);
+      }
       continue;
     }
     struct stat made {};
@@ -87,8 +124,7 @@ int CreateBeside(const std::string& name, mode_t mode, std::string* why) {
     if (TakeLock(file, true) && ::fstat(file, &made) == 0 && made.st_nlink > 0) return file;
     ::close(file);
   }
-  const std::string owner = OwnerAndTime(name);
-  *why = "another run of QELM is writing it" + (owner.empty() ? owner : " (" + owner + ")");
+  *why = WhyOccupied(*name, leftover);
   return -1;
 }
 
@@ -108,26 +144,37 @@ void FlushFolder(const std::string& folder) {
   if (descriptor.Valid()) ::fsync(descriptor.Get());
 }
 
+std::string StateText(const struct stat& status) {
+  return std::to_string(status.st_dev) + " " + std::to_string(status.st_ino) + " " +
+         std::to_string(status.st_size) + " " + std::to_string(status.st_mtim.tv_sec) + " " +
+         std::to_string(status.st_mtim.tv_nsec);
+}
+
 // `old` is null where there is no file yet.
-std::string WriteBeside(const std::string& path, const FileContent& content, const struct stat* old) {
-  const std::string beside = NameBeside(path);
+std::string WriteBeside(const std::string& path, const FileContent& content, const struct stat* old,
+                        bool ignore_locks) {
+  std::string beside;
   std::string why;
-  const Descriptor file(CreateBeside(beside, old != nullptr ? kOwnerOnly : content.mode_of_new, &why));
+  const mode_t mode = old != nullptr ? kOwnerOnly : content.mode_of_new;
+  const Descriptor file(CreateBeside(path, mode, ignore_locks, &beside, &why));
   if (!file.Valid()) return why;
   struct stat made {};
+  struct stat complete {};
   const auto unchanged = [&] { return content.expected.empty() || StateOf(path) == content.expected; };
   // What a new file's permissions are the process' mask has decided; until it is complete it is private.
-  const bool written = unchanged() && ::fstat(file.Get(), &made) == 0 &&
-                       (old != nullptr || ::fchmod(file.Get(), kOwnerOnly) == 0) &&
-                       WriteAll(file.Get(), content.pieces) &&
-                       TakeOver(file.Get(), made, old != nullptr ? *old : made) && ::fsync(file.Get()) == 0 &&
-                       unchanged() && ::rename(beside.c_str(), path.c_str()) == 0;
+  const bool written =
+      unchanged() && ::fstat(file.Get(), &made) == 0 &&
+      (old != nullptr || ::fchmod(file.Get(), kOwnerOnly) == 0) && WriteAll(file.Get(), content.pieces) &&
+      TakeOver(file.Get(), made, old != nullptr ? *old : made) && ::fsync(file.Get()) == 0 &&
+      ::fstat(file.Get(), &complete) == 0 && unchanged() && ::rename(beside.c_str(), path.c_str()) == 0;
   if (!written) {
     const int error = errno;
     why = unchanged() ? Reason(error) : std::string(kChanged);
     if (::unlink(beside.c_str()) != 0) ::unlink(beside.c_str());
     return why;
   }
+  // Once it has its name, others may change it or put theirs in its place.
+  if (content.written != nullptr) *content.written = StateText(complete);
   FlushFolder(FolderOf(path));
   return {};
 }
@@ -139,11 +186,25 @@ std::string WriteThrough(const std::string& path, std::span<const std::string_vi
   return Reason(errno);
 }
 
+// Whether NAME.lck is the lock of NAME with this ending: else it is that of a document from which the file
+// was made.
+bool IsFrameMakers(std::string_view ending) {
+  constexpr std::array<std::string_view, 3> kEndings = {".mif", ".fm", ".book"};
+  const auto same = [](char own, char small) {
+    return own == small || (own >= 'A' && own <= 'Z' && own - 'A' + 'a' == small);
+  };
+  return std::any_of(kEndings.begin(), kEndings.end(), [&](std::string_view known) {
+    return std::equal(ending.begin(), ending.end(), known.begin(), known.end(), same);
+  });
+}
+
 std::string HeldByFrameMaker(const std::string& path) {
   const std::size_t name = path.rfind('/') + 1;
   const std::size_t dot = path.rfind('.');
   std::array<std::string, 2> locks = {path + std::string(kLockEnding), {}};
-  if (dot != std::string::npos && dot > name) locks[1] = path.substr(0, dot) + std::string(kLockEnding);
+  const bool has_ending = dot != std::string::npos && dot > name;
+  if (has_ending && IsFrameMakers(std::string_view(path).substr(dot)))
+    locks[1] = path.substr(0, dot) + std::string(kLockEnding);
   for (const std::string& lock : locks) {
     struct stat status {};
     if (lock.empty() || lock == path || ::stat(lock.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
@@ -197,20 +258,21 @@ std::string ReplaceBeside(const std::string& given, const FileContent& content, 
   const std::string path = Resolved(given);
   struct stat status {};
   if (::stat(path.c_str(), &status) != 0) {
-    return errno == ENOENT ? WriteBeside(path, content, nullptr) : Reason(errno);
+    return errno == ENOENT ? WriteBeside(path, content, nullptr, ignore_locks) : Reason(errno);
   }
   if (S_ISDIR(status.st_mode)) return Reason(EISDIR);
-  if (!S_ISREG(status.st_mode)) return WriteThrough(path, content.pieces);
+  if (!S_ISREG(status.st_mode)) {
+    std::string why = WriteThrough(path, content.pieces);
+    if (why.empty() && content.written != nullptr) *content.written = StateOf(path);
+    return why;
+  }
   if (std::string why = WhyProtected(path, ignore_locks); !why.empty()) return why;
-  return WriteBeside(path, content, &status);
+  return WriteBeside(path, content, &status, ignore_locks);
 }
 
 std::string StateOf(const std::string& path) {
   struct stat status {};
-  if (::stat(path.c_str(), &status) != 0) return {};
-  return std::to_string(status.st_dev) + " " + std::to_string(status.st_ino) + " " +
-         std::to_string(status.st_size) + " " + std::to_string(status.st_mtim.tv_sec) + " " +
-         std::to_string(status.st_mtim.tv_nsec);
+  return ::stat(path.c_str(), &status) == 0 ? StateText(status) : std::string();
 }
 
 void RemoveAbandoned(const std::string& folder) {

@@ -6,9 +6,11 @@
 // file beside is also the lock: its writer holds a lock of the kernel on it, which goes when the process
 // ends, however it ends. Whoever wants to write the same file and finds one that nobody holds removes it and
 // goes on; one that is held he waits for a moment and then gives up, telling whose it is and since when.
+// Where it cannot be told whether one is held, it is in the way as well, unless locks are ignored: then it
+// stays, and another name is taken.
 //
-// A file that FrameMaker has open has its own lock file beside it, NAME.lck or NAME.mif.lck. Such a file is
-// not replaced.
+// A file that FrameMaker has open has its own lock file beside it, NAME.mif.lck or, for FrameMaker's own
+// kinds of files, NAME.lck. Such a file is not replaced.
 #pragma once
 
 #include <sys/types.h>
@@ -21,8 +23,9 @@ namespace qelm::embedded::adapter {
 
 struct FileContent {
   std::span<const std::string_view> pieces = {};
-  mode_t mode_of_new = 0666;  // of a file that is not there yet, less the process' mask
-  std::string expected = {};  // the state that the file has to be in; empty: any
+  mode_t mode_of_new = 0666;       // of a file that is not there yet, less the process' mask
+  std::string expected = {};       // the state that the file has to be in; empty: any
+  std::string* written = nullptr;  // takes the state of the new file, when it is in place
 };
 
 // Replaces the file at `path`; symbolic links are followed. Devices and pipes are written to as they are.

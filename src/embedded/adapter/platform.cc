@@ -30,6 +30,7 @@ namespace {
 
 // Nothing that is read as a whole is larger: positions in files are 32 bits wide.
 constexpr std::size_t kLargestFile = std::numeric_limits<std::uint32_t>::max();
+constexpr int kMarkTries = 25;
 
 // What lies in a folder that is being filled, for people who find it.
 constexpr std::string_view kUnfinishedText =
@@ -40,6 +41,31 @@ std::string FolderOf(const std::string& path) {
   const std::size_t slash = path.rfind('/');
   if (slash == std::string::npos) return ".";
   return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+// Opens the mark of a folder and locks it; `made` says whether it was not there before. -1, with errno set,
+// when that is not possible: EWOULDBLOCK when another run holds it.
+int OpenMark(const std::string& path, bool* made) {
+  constexpr int kFlags = O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+  for (int tries = 0; tries < kMarkTries; ++tries) {
+    int file = ::open(path.c_str(), kFlags | O_CREAT | O_EXCL, 0666);
+    *made = file >= 0;
+    if (file < 0 && errno != EEXIST) return -1;
+    if (file < 0) file = ::open(path.c_str(), kFlags);
+    if (file < 0 && errno == ENOENT) continue;
+    if (file < 0) return -1;
+    struct stat status {};
+    if (!TakeLock(file, true)) {
+      ::close(file);
+      errno = EWOULDBLOCK;
+      return -1;
+    }
+    // The run that held it may have come to its end, and have taken it away, before it was locked here.
+    if (::fstat(file, &status) != 0 || status.st_nlink > 0) return file;
+    ::close(file);
+  }
+  errno = EWOULDBLOCK;
+  return -1;
 }
 
 }  // namespace
@@ -70,10 +96,13 @@ std::optional<std::string> PosixPlatform::ReadFile(const std::string& path) {
   struct stat status {};
   if (!file.Valid() || ::fstat(file.Get(), &status) != 0) return Fail(errno), std::nullopt;
   if (S_ISDIR(status.st_mode)) return Fail(EISDIR), std::nullopt;
+  return ReadOpen(file, status.st_size);
+}
+
+std::optional<std::string> PosixPlatform::ReadOpen(const Descriptor& file, off_t size) {
   try {
     std::string content;
-    if (!ReadAll(file.Get(), static_cast<std::size_t>(std::max<off_t>(status.st_size, 0)), kLargestFile,
-                 &content)) {
+    if (!ReadAll(file.Get(), static_cast<std::size_t>(std::max<off_t>(size, 0)), kLargestFile, &content)) {
       return Fail(errno), std::nullopt;
     }
     return content;
@@ -90,7 +119,13 @@ std::string PosixPlatform::FileState(const std::string& path) { return StateOf(p
 
 bool PosixPlatform::ReplaceUnchanged(const std::string& path, std::span<const std::string_view> pieces,
                                      const std::string& state) {
-  return Replace(path, {.pieces = pieces, .expected = state});
+  written_path_ = path;
+  written_state_.clear();
+  return Replace(path, {.pieces = pieces, .expected = state, .written = &written_state_});
+}
+
+std::string PosixPlatform::WrittenState(const std::string& path) {
+  return path == written_path_ ? written_state_ : FileState(path);
 }
 
 // What a run that was killed left in the folder goes when something is written there.
@@ -107,10 +142,14 @@ bool PosixPlatform::AppendFile(const std::string& path, std::string_view content
   return (file.Valid() && WriteAll(file.Get(), content) && file.Close()) || Fail(errno);
 }
 
+// What is copied is mostly named by a document, which may name a pipe that nobody writes into, or a device.
 bool PosixPlatform::CopyFile(const std::string& from, const std::string& to) {
+  const Descriptor file(::open(from.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   struct stat status {};
-  if (::stat(from.c_str(), &status) != 0) return Fail(errno);
-  const std::optional<std::string> content = ReadFile(from);
+  if (!file.Valid() || ::fstat(file.Get(), &status) != 0) return Fail(errno);
+  if (S_ISDIR(status.st_mode)) return Fail(EISDIR);
+  if (!S_ISREG(status.st_mode)) return Fail("it is a device or a pipe, not a file");
+  const std::optional<std::string> content = ReadOpen(file, status.st_size);
   if (!content) return false;
   const std::string_view whole = *content;
   return Replace(to, {.pieces = std::span(&whole, 1), .mode_of_new = (status.st_mode & 0777) | S_IWUSR});
@@ -131,15 +170,16 @@ bool PosixPlatform::RemoveFile(const std::string& path) { return ::unlink(path.c
 // The mark is locked while this process lives, so that one which nobody holds is that of a run that was cut.
 bool PosixPlatform::BeginFilling(const std::string& folder) {
   const std::string path = folder + "/" + std::string(host::kUnfinishedName);
-  auto mark =
-      std::make_unique<Descriptor>(::open(path.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0666));
-  if (!mark->Valid()) return Fail(errno);
-  if (!TakeLock(mark->Get(), true)) {
+  bool made = false;
+  auto mark = std::make_unique<Descriptor>(OpenMark(path, &made));
+  if (!mark->Valid() && errno == EWOULDBLOCK) {
     return Fail("another run of QELM is writing there (" + OwnerAndTime(path) + ")");
   }
+  if (!mark->Valid()) return Fail(errno);
   if (::ftruncate(mark->Get(), 0) != 0 || !WriteAll(mark->Get(), kUnfinishedText)) {
     const int error = errno;
-    ::unlink(path.c_str());
+    // One that an earlier run left still says what it said.
+    if (made) ::unlink(path.c_str());
     return Fail(error);
   }
   filled_[ResolvedPath(folder)] = std::move(mark);

@@ -20,9 +20,11 @@ struct PageSettings {
   std::int64_t pages = 0;  // NumPages
 };
 
+// No book has more pages, so that sums of these numbers are numbers.
 std::int64_t Number(std::string_view data, std::int64_t other) {
+  constexpr std::int64_t kMost = 1'000'000;
   std::from_chars(data.data(), data.data() + data.size(), other);
-  return other;
+  return std::clamp(other, -kMost, kMost);
 }
 
 PageSettings ReadPageSettings(std::string_view statement) {

@@ -138,12 +138,15 @@ std::string_view ElementText(const Document& document, Id id, std::size_t max_ch
 
 bool IsShown(const Document& document, std::uint16_t set, bool as_read) {
   if (set == 0 || (as_read ? document.source_show_all : document.show_all)) return true;
+  bool any = false;
   for (const Id id : document.condition_sets[set]) {
     const Condition& condition = document.conditions[id];
+    // What only tracks a change hides nothing.
     if (condition.name.starts_with("FM8_TRACK_CHANGES")) continue;
     if (as_read ? condition.source_shown : condition.shown) return true;
+    any = true;
   }
-  return false;
+  return !any;
 }
 
 bool HasOwnText(const Document& document, Id id) {

@@ -228,10 +228,10 @@ void Drawings::Reader::ReadTextFrame(Word word, TextShape* shape) {
       shape->balanced = data() == "Yes";
       break;
     case Word::kTrSideheadWidth:
-      shape->side_head_width = Length(data(), out_.unit);
+      shape->side_head_width = std::max(Length(data(), out_.unit), 0.0);
       break;
     case Word::kTrSideheadGap:
-      shape->side_head_gap = Length(data(), out_.unit);
+      shape->side_head_gap = std::max(Length(data(), out_.unit), 0.0);
       break;
     case Word::kTrSideheadPlacement:
       shape->side_head_side = data() == "Right"     ? TextShape::Side::kRight

@@ -470,7 +470,10 @@ Graphics::~Graphics() = default;
 
 FramePlace Graphics::Place(std::uint32_t frame) const {
   const auto& frames = painter_->drawings().frames;
-  return frame < frames.size() ? frames[frame].place : FramePlace();
+  FramePlace place = frame < frames.size() ? frames[frame].place : FramePlace();
+  place.width = std::max(place.width, 0.0);
+  place.height = std::max(place.height, 0.0);
+  return place;
 }
 
 void Graphics::DrawFrame(cairo_t* cr, std::uint32_t frame, double x, double y, const DrawText& text) {

@@ -395,7 +395,7 @@ bool TableSetter::SetRows(bool last) {
   if (rows_.empty()) return true;
   closing_ = last;
   for (Row& row : rows_) {
-    row.height = row.least_height;
+    row.height = std::max(row.least_height, 0.0);
     for (std::size_t c = 0; c < row.cells.size(); ++c) {
       Cell& cell = row.cells[c];
       if (cell.covered) continue;

@@ -43,6 +43,9 @@ class Platform {
                                 const std::string& /*state*/) {
     return ReplaceFileByPieces(path, pieces);
   }
+  // The state in which the last ReplaceUnchanged that succeeded left this file, whatever others did to it
+  // since.
+  virtual std::string WrittenState(const std::string& path) { return FileState(path); }
   // Adds to the end of a file, which is made when it is missing.
   virtual bool AppendFile(const std::string& path, std::string_view content) = 0;
   // Copies one file; a target that exists is replaced as by ReplaceFile. The user may write the copy, also
