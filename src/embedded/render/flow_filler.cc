@@ -289,13 +289,15 @@ double FlowFiller::SeparatorHeight() const { return setting_.graphics.ReferenceF
 void FlowFiller::TakeNote(std::shared_ptr<NoteBlock> note) {
   if (notes_.empty()) notes_height_ += SeparatorHeight();
   notes_height_ += note->height;
+  NumberNote(note.get());
   notes_.push_back(std::move(note));
 }
 
-void FlowFiller::NumberNote(const NoteBlock& note) {
-  if (note.part == 0 || !setting_.notes.restarts_on_pages) return;
-  pages_.Page().note_numbers.emplace_back(note.part,
-                                          setting_.notes.Number(setting_.notes.first + page_notes_++));
+// The page of the anchor gives the number. One that is set on a later page keeps it there.
+void FlowFiller::NumberNote(NoteBlock* note) {
+  if (note->part == 0 || !setting_.notes.restarts_on_pages) return;
+  if (note->number.empty()) note->number = setting_.notes.Number(setting_.notes.first + page_notes_++);
+  pages_.Page().note_numbers.emplace_back(note->part, note->number);
 }
 
 // Footnotes stand at the foot of the column; what has no room there goes on in the next one.
@@ -339,7 +341,6 @@ bool FlowFiller::PlaceNote(NoteBlock* note, bool any_placed, double* y) {
       return false;
     }
     *y += space;
-    if (note->placed == 0) NumberNote(*note);
     PlaceMarks(strip.marks, column.x, column.y + *y, &Marks());
     *y += strip.height;
     ++note->placed;
@@ -422,10 +423,12 @@ void FlowFiller::BeginColumn() {
 }
 
 // Where text ends before its frame does, its columns end at the same height. Footnotes, side heads and
-// tables, which are broken off with what belongs to them, are left where they are.
+// tables, which are broken off with what belongs to them, are left where they are, and so is text that begins
+// its column because its format says so.
 void FlowFiller::Balance() {
-  const bool plain = std::all_of(balanced_.begin(), balanced_.end(), [](const Strip& strip) {
-    return strip.notes.empty() && !strip.side_head && !strip.table;
+  const bool plain = std::all_of(balanced_.begin(), balanced_.end(), [this](const Strip& strip) {
+    const bool begins_column = strip.start != StartAt::kAnywhere && &strip != &balanced_.front();
+    return strip.notes.empty() && !strip.side_head && !strip.table && !begins_column;
   });
   if (balanced_.empty() || !plain || frame_has_notes_ || !notes_.empty()) return;
   const std::vector<Column>& columns = pages_.Columns();

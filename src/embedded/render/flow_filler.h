@@ -71,7 +71,7 @@ class FlowFiller {
   void TakeNote(std::shared_ptr<NoteBlock> note);
   void PlaceNotes();
   bool PlaceNote(NoteBlock* note, bool any_placed, double* y);
-  void NumberNote(const NoteBlock& note);
+  void NumberNote(NoteBlock* note);
   void PlaceFloats();
   void NextColumn();
   void Advance();

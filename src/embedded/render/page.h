@@ -73,6 +73,7 @@ struct NoteBlock {
   double height = 0;       // of what does not stand on a page yet
   std::vector<Strip> strips;
   std::size_t placed = 0;  // strips that stand on pages
+  std::string number;      // where numbers begin anew on each page: that of its anchor
 };
 
 // Text in one frame of a page, or in all of those that are upright.
