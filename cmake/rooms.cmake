@@ -6,7 +6,7 @@
 function(qelm_room name folder)
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/${folder}/*.cc)
   # What only the program has.
-  list(FILTER sources EXCLUDE REGEX "/(main|large_memory)\\.cc$")
+  list(FILTER sources EXCLUDE REGEX "/main\\.cc$")
   if(sources)
     add_library(qelm_${name} STATIC ${sources})
     target_link_libraries(qelm_${name} PUBLIC ${ARGN})
