@@ -33,7 +33,7 @@ class ReadOnlyPlatform : public embedded::adapter::PosixPlatform {
     return MayWrite(path) && PosixPlatform::ReplaceFileByPieces(path, pieces);
   }
   bool ReplaceUnchanged(const std::string& path, std::span<const std::string_view> pieces,
-                        const std::string& state) override {
+                        std::string* state) override {
     return MayWrite(path) && PosixPlatform::ReplaceUnchanged(path, pieces, state);
   }
   bool CopyFile(const std::string& from, const std::string& to) override {

@@ -40,12 +40,21 @@ constexpr std::array kRefusals = {
 
 constexpr int kMostFolders = 64;  // above a file in which a mark is looked for
 
+// Whether the mark was there before the file: what a copy consists of is written after its mark.
+bool IsYounger(const std::string& path, const std::filesystem::path& folder) {
+  std::error_code error;
+  const auto mark = std::filesystem::last_write_time(folder / host::kUnfinishedName, error);
+  if (error) return false;
+  const auto file = std::filesystem::last_write_time(path, error);
+  return !error && file >= mark;
+}
+
 // Why a file is not opened that lies in a copy that is not complete, or in a folder of it; empty where it is
-// not.
+// not. The source of a copy may lie in a folder below that of the copy.
 std::string PartOfUnfinished(host::Platform& platform, const std::string& path) {
   std::filesystem::path folder = std::filesystem::path(path).parent_path();
   for (int above = 0; above < kMostFolders && !folder.empty(); ++above) {
-    if (platform.IsUnfinished(folder.string())) {
+    if (platform.IsUnfinished(folder.string()) && (above == 0 || IsYounger(path, folder))) {
       return "this is part of a copy that was not completed (" + std::string(host::kUnfinishedName) + " in " +
              (above == 0 ? "its folder" : folder.string()) +
              "). Make the copy again; or remove that file to use what is there as it is.";
@@ -54,18 +63,6 @@ std::string PartOfUnfinished(host::Platform& platform, const std::string& path) 
     folder = folder.parent_path();
   }
   return {};
-}
-
-// A device gives bytes without end, and a pipe in the file system may wait for ever for somebody who writes
-// into it. The process' own streams are what a user handed over.
-bool IsOrdinary(const std::string& path) {
-  std::error_code error;
-  const std::filesystem::file_type type = std::filesystem::status(path, error).type();
-  if (path.starts_with("/dev/stdin") || path.starts_with("/dev/fd/") || path.starts_with("/proc/self/fd/")) {
-    return true;
-  }
-  return error || type == std::filesystem::file_type::regular ||
-         type == std::filesystem::file_type::directory;
 }
 
 bool HasNoRoot(const model::Document& document) {
@@ -314,12 +311,12 @@ bool DocumentsRole::SaveTo(Id id, OpenFile* file, const host::SaveOptions& optio
   }
   // Its own file must be the one that was read: somebody else's changes would be lost else.
   const bool must_be_same = there == id && !workspace_.options().overwrite_changed;
-  const std::string expected = must_be_same ? file->state : std::string();
-  if (!workspace_.platform().ReplaceUnchanged(path, Bytes(file, format).All(), expected)) {
+  std::string state = must_be_same ? file->state : std::string();
+  if (!workspace_.platform().ReplaceUnchanged(path, Bytes(file, format).All(), &state)) {
     return FailSave(path, "the file cannot be written" + workspace_.FileErrorSuffix());
   }
   if (format != own) return true;
-  file->state = workspace_.platform().WrittenState(path);
+  file->state = std::move(state);
   file->path = file->Tree().path = path;
   file->identity = Workspace::Identity(path);
   file->component_paths.clear();

@@ -41,6 +41,16 @@ std::string RelativePath(const std::string& folder, const std::string& file) {
   return relative.empty() ? file : relative.string();
 }
 
+bool IsOrdinary(const std::string& path) {
+  std::error_code error;
+  const std::filesystem::file_type type = std::filesystem::status(path, error).type();
+  if (path.starts_with("/dev/stdin") || path.starts_with("/dev/fd/") || path.starts_with("/proc/self/fd/")) {
+    return true;
+  }
+  return error || type == std::filesystem::file_type::regular ||
+         type == std::filesystem::file_type::directory;
+}
+
 model::Format FormatOfName(const std::string& path, model::Format other) {
   std::string extension = std::filesystem::path(path).extension().string();
   std::transform(extension.begin(), extension.end(), extension.begin(),

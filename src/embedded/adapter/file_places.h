@@ -17,6 +17,11 @@ std::string PlainPath(const std::string& path);
 // What leads from a folder to a file, both plain and absolute; the file itself where nothing does.
 std::string RelativePath(const std::string& folder, const std::string& file);
 
+// Whether reading the file comes to an end: a device gives bytes without end, and a pipe in the file system
+// may wait for ever for somebody who writes into it. The process' own streams are what a user handed over.
+// True for what is not there.
+bool IsOrdinary(const std::string& path);
+
 // The format that the extension of a name asks for: .xml for XML, .mif and .fm for MIF; `other` for any other
 // name.
 model::Format FormatOfName(const std::string& path, model::Format other);

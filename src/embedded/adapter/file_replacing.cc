@@ -30,9 +30,8 @@ constexpr useconds_t kPauseMicroseconds = 20000;
 constexpr mode_t kOwnerOnly = 0600;
 constexpr mode_t kPermissions = 07777;
 constexpr std::string_view kChanged =
-    "it was changed on disk since it was opened. Open it again, or save under another name; with --overwrite "
-    "it "
-    "is replaced all the same";
+    "it was changed on disk since it was opened. Open it again, or save under another name; with "
+    "--overwrite it is replaced all the same";
 
 std::string FolderOf(const std::string& path) {
   const std::size_t slash = path.rfind('/');
@@ -144,6 +143,8 @@ void FlushFolder(const std::string& folder) {
   if (descriptor.Valid()) ::fsync(descriptor.Get());
 }
 
+// By the time of the content: that of the entry is set by the renaming, when the state is written down
+// already.
 std::string StateText(const struct stat& status) {
   return std::to_string(status.st_dev) + " " + std::to_string(status.st_ino) + " " +
          std::to_string(status.st_size) + " " + std::to_string(status.st_mtim.tv_sec) + " " +

@@ -85,6 +85,10 @@ std::optional<InsetContent> InsetUpdate::Content(std::uint32_t inset, const Inse
     case InsetSettings::Kind::kFlow:
       return OfFlow(inset, settings, path, why);
     case InsetSettings::Kind::kText: {
+      if (!IsOrdinary(path)) {
+        *why = path + ": this is a device, not a file";
+        return std::nullopt;
+      }
       const std::optional<std::string> text = workspace_.platform().ReadFile(path);
       if (!text) *why = path + ": the file cannot be read" + AsReason(workspace_.FileErrorSuffix());
       return text ? std::optional(model::ReadTextContent(*text, settings, *file_.document)) : std::nullopt;

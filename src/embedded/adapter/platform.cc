@@ -118,14 +118,11 @@ bool PosixPlatform::ReplaceFileByPieces(const std::string& path, std::span<const
 std::string PosixPlatform::FileState(const std::string& path) { return StateOf(path); }
 
 bool PosixPlatform::ReplaceUnchanged(const std::string& path, std::span<const std::string_view> pieces,
-                                     const std::string& state) {
-  written_path_ = path;
-  written_state_.clear();
-  return Replace(path, {.pieces = pieces, .expected = state, .written = &written_state_});
-}
-
-std::string PosixPlatform::WrittenState(const std::string& path) {
-  return path == written_path_ ? written_state_ : FileState(path);
+                                     std::string* state) {
+  std::string written;
+  if (!Replace(path, {.pieces = pieces, .expected = *state, .written = &written})) return false;
+  *state = std::move(written);
+  return true;
 }
 
 // What a run that was killed left in the folder goes when something is written there.

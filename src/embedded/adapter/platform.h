@@ -33,8 +33,7 @@ class PosixPlatform : public host::Platform {
   bool ReplaceFileByPieces(const std::string& path, std::span<const std::string_view> pieces) override;
   std::string FileState(const std::string& path) override;
   bool ReplaceUnchanged(const std::string& path, std::span<const std::string_view> pieces,
-                        const std::string& state) override;
-  std::string WrittenState(const std::string& path) override;
+                        std::string* state) override;
   bool AppendFile(const std::string& path, std::string_view content) override;
   bool CopyFile(const std::string& from, const std::string& to) override;
   bool MoveFile(const std::string& from, const std::string& to) override;
@@ -72,8 +71,6 @@ class PosixPlatform : public host::Platform {
   void ReapPrograms();
 
   bool ignore_locks_ = false;
-  std::string written_path_;  // of the last ReplaceUnchanged, and the state of its file
-  std::string written_state_;
   std::set<std::string> cleared_;  // folders from which abandoned files were removed
   std::map<std::string, std::unique_ptr<Descriptor>> filled_;  // the marks of folders that are being filled
 

@@ -1,5 +1,6 @@
 #include "embedded/model/xml_external.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 

@@ -38,14 +38,14 @@ class Platform {
   }
   // What tells whether a file was changed: a text that is another one then; empty where that is not known.
   virtual std::string FileState(const std::string& /*path*/) { return {}; }
-  // As ReplaceFileByPieces, but the file must be in this state; LastError() says so where it is not.
+  // As ReplaceFileByPieces, but the file must be in this state (empty: in any); LastError() says so where it
+  // is not. `state` becomes that in which the file was left, whatever others do to it since.
   virtual bool ReplaceUnchanged(const std::string& path, std::span<const std::string_view> pieces,
-                                const std::string& /*state*/) {
-    return ReplaceFileByPieces(path, pieces);
+                                std::string* state) {
+    if (!ReplaceFileByPieces(path, pieces)) return false;
+    *state = FileState(path);
+    return true;
   }
-  // The state in which the last ReplaceUnchanged that succeeded left this file, whatever others did to it
-  // since.
-  virtual std::string WrittenState(const std::string& path) { return FileState(path); }
   // Adds to the end of a file, which is made when it is missing.
   virtual bool AppendFile(const std::string& path, std::string_view content) = 0;
   // Copies one file; a target that exists is replaced as by ReplaceFile. The user may write the copy, also
