@@ -5,8 +5,8 @@
 # that it takes to compile them. Not with clang++, which so shows where an #include is missing.
 function(qelm_room name folder)
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/${folder}/*.cc)
-  # What only the program has.
-  list(FILTER sources EXCLUDE REGEX "/main\\.cc$")
+  # What only the program has, or only the module.
+  list(FILTER sources EXCLUDE REGEX "/(main|module)\\.cc$")
   if(sources)
     add_library(qelm_${name} STATIC ${sources})
     target_link_libraries(qelm_${name} PUBLIC ${ARGN})

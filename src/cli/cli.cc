@@ -2,7 +2,6 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <memory>
 #include <ostream>
@@ -15,12 +14,21 @@
 namespace qelm::cli {
 namespace {
 
-constexpr std::array kCommands = {
-    &MakeColorCommand,    &MakeUncolorCommand,    &MakeFilterCommand,   &MakeRestoreCommand,
-    &MakeValidateCommand, &MakeCheckTableCommand, &MakeXPathCommand,    &MakeSchemesCommand,
-    &MakeInfoCommand,     &MakeDumpCommand,       &MakeConvertCommand,  &MakeMenuCommand,
-    &MakeMenusCommand,    &MakeRunCommand,        &MakeSettingsCommand, &MakeLanguagesCommand,
-    &MakeUpdateCommand,   &MakeBatchCommand,      &MakeCallCommand,     &MakeServeCommand,
+struct CommandEntry {
+  std::string_view name;
+  std::unique_ptr<Command> (*make)();
+};
+constexpr CommandEntry kCommands[] = {
+    {"color", &MakeColorCommand},       {"uncolor", &MakeUncolorCommand},
+    {"filter", &MakeFilterCommand},     {"restore", &MakeRestoreCommand},
+    {"validate", &MakeValidateCommand}, {"check-table", &MakeCheckTableCommand},
+    {"xpath", &MakeXPathCommand},       {"schemes", &MakeSchemesCommand},
+    {"info", &MakeInfoCommand},         {"dump", &MakeDumpCommand},
+    {"convert", &MakeConvertCommand},   {"command", &MakeMenuCommand},
+    {"menus", &MakeMenusCommand},       {"run", &MakeRunCommand},
+    {"settings", &MakeSettingsCommand}, {"languages", &MakeLanguagesCommand},
+    {"update", &MakeUpdateCommand},     {"batch", &MakeBatchCommand},
+    {"call", &MakeCallCommand},         {"serve", &MakeServeCommand},
 };
 
 constexpr std::string_view kDescription =
@@ -51,7 +59,10 @@ struct Program {
   std::vector<CLI::App*> definitions;  // of the commands
 };
 
-void Define(const Environment& environment, Program* program) {
+// Defines the commands whose names are `wanted`: to define all of them takes longer than filtering a small
+// document. Returns whether there is any.
+template <typename Wanted>
+bool Define(const Environment& environment, Wanted wanted, Program* program) {
   CLI::App& app = program->app;
   app.fallthrough();  // options of the program are understood behind a command's name too
   app.require_subcommand(1);
@@ -60,10 +71,12 @@ void Define(const Environment& environment, Program* program) {
   for (const auto& [label, text] : kHelpLabels) app.get_formatter()->label(label, text);
   app.footer(std::string(kFooter));
   DefineOptions(app, &program->options);
-  for (const auto make : kCommands) {
-    program->commands.push_back(make());
+  for (const CommandEntry& entry : kCommands) {
+    if (!wanted(entry.name)) continue;
+    program->commands.push_back(entry.make());
     program->definitions.push_back(program->commands.back()->Define(app));
   }
+  return !program->commands.empty();
 }
 
 void PrintError(const Environment& environment, std::string_view message) {
@@ -209,16 +222,42 @@ ExitStatus RunCommand(Command& command, const Options& options, const Environmen
   return status;
 }
 
-// Parses the arguments. The exit status when the program is to end with that.
-std::optional<ExitStatus> Parse(std::vector<std::string> arguments, const Environment& environment,
-                                Program* program) {
+using Arguments = std::vector<std::string>;
+
+// Throws what the parser throws.
+void Parse(Arguments arguments, Program* program) {
   const auto mark = std::find(arguments.begin(), arguments.end(), "--");
   if (mark != arguments.end()) {
     program->options.behind_mark = static_cast<std::size_t>(arguments.end() - mark) - 1;
   }
   std::reverse(arguments.begin(), arguments.end());  // the parser takes them from the end
+  program->app.parse(std::move(arguments));
+}
+
+// The program with the arguments parsed, where they ask for a command and nothing else. Its name is one of
+// them, so that the commands that they name are enough. Null where there is more to say.
+std::unique_ptr<Program> ParseCommand(const Arguments& arguments, const Environment& environment) {
+  auto program = std::make_unique<Program>();
+  const auto is_named = [&](std::string_view name) {
+    return std::find(arguments.begin(), arguments.end(), name) != arguments.end();
+  };
+  if (!Define(environment, is_named, program.get())) return nullptr;
   try {
-    program->app.parse(std::move(arguments));
+    Parse(arguments, program.get());
+  } catch (const CLI::Error&) {
+    return nullptr;
+  }
+  return program;
+}
+
+// The same with every command at hand, for help and for what is wrong. The exit status when the program is to
+// end with that.
+std::optional<ExitStatus> ParseAnything(const Arguments& arguments, const Environment& environment,
+                                        Program* program) {
+  Define(
+      environment, [](std::string_view) { return true; }, program);
+  try {
+    Parse(arguments, program);
   } catch (const CLI::Success& wanted) {
     program->app.exit(wanted, environment.out, environment.err);
     return ExitStatus::kDone;
@@ -234,14 +273,16 @@ std::optional<ExitStatus> Parse(std::vector<std::string> arguments, const Enviro
 int Main(std::vector<std::string> arguments, const Environment& environment) {
   const Clock::time_point start = Clock::now();
   try {
-    Program program;
-    Define(environment, &program);
-    if (const auto status = Parse(std::move(arguments), environment, &program))
-      return static_cast<int>(*status);
-    for (std::size_t i = 0; i < program.commands.size(); ++i) {
-      if (!program.definitions[i]->parsed()) continue;
-      Report report(environment, program.definitions[i]->get_name(), start);
-      return static_cast<int>(RunCommand(*program.commands[i], program.options, environment, &report));
+    std::unique_ptr<Program> program = ParseCommand(arguments, environment);
+    if (program == nullptr) {
+      program = std::make_unique<Program>();
+      const auto status = ParseAnything(arguments, environment, program.get());
+      if (status) return static_cast<int>(*status);
+    }
+    for (std::size_t i = 0; i < program->commands.size(); ++i) {
+      if (!program->definitions[i]->parsed()) continue;
+      Report report(environment, program->definitions[i]->get_name(), start);
+      return static_cast<int>(RunCommand(*program->commands[i], program->options, environment, &report));
     }
   } catch (const std::exception& problem) {
     PrintError(environment, std::string("the run was given up: ") + problem.what());

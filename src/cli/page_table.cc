@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "embedded/render/page_design.h"
+#include "embedded/render/design/page_design.h"
 
 namespace qelm::cli {
 namespace {

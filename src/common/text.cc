@@ -9,8 +9,9 @@
 namespace qelm::common {
 namespace {
 
-constexpr std::string_view kWhiteSpace = " \t\r\n\f\v";
 constexpr std::string_view kNoBreakSpace = "\xC2\xA0";
+
+bool IsWhiteSpace(char byte) { return byte == ' ' || (byte >= '\t' && byte <= '\r'); }
 
 char LowerAscii(char byte) { return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte; }
 
@@ -18,7 +19,7 @@ char LowerAscii(char byte) { return byte >= 'A' && byte <= 'Z' ? static_cast<cha
 
 std::string_view Trim(std::string_view text) {
   while (!text.empty()) {
-    if (kWhiteSpace.find(text.front()) != kWhiteSpace.npos) {
+    if (IsWhiteSpace(text.front())) {
       text.remove_prefix(1);
     } else if (text.starts_with(kNoBreakSpace)) {
       text.remove_prefix(kNoBreakSpace.size());
@@ -27,7 +28,7 @@ std::string_view Trim(std::string_view text) {
     }
   }
   while (!text.empty()) {
-    if (kWhiteSpace.find(text.back()) != kWhiteSpace.npos) {
+    if (IsWhiteSpace(text.back())) {
       text.remove_suffix(1);
     } else if (text.ends_with(kNoBreakSpace)) {
       text.remove_suffix(kNoBreakSpace.size());
@@ -51,7 +52,8 @@ std::vector<std::string_view> SplitLines(std::string_view text) {
   std::vector<std::string_view> lines;
   std::size_t begin = 0;
   while (begin < text.size()) {
-    const std::size_t end = std::min(text.find_first_of("\r\n", begin), text.size());
+    std::size_t end = begin;
+    while (end < text.size() && text[end] != '\n' && text[end] != '\r') ++end;
     lines.push_back(text.substr(begin, end - begin));
     begin = end + 1;
     if (begin < text.size() && text[end] == '\r' && text[begin] == '\n') ++begin;

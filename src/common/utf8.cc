@@ -83,25 +83,25 @@ FileEncoding EncodingOf(std::string_view bytes) {
   return {"", IsWellFormed(bytes) ? nullptr : "windows-1252"};
 }
 
-}  // namespace
-
-bool IsAscii(std::string_view text) {
-  // Eight bytes at a time: this stands before every operation that has a fast path.
-  std::size_t offset = 0;
+// The offset of the first byte from `offset` on that is not ASCII; the size of the text when there is none.
+// Eight bytes at a time: this stands before every operation that has a fast path.
+std::size_t EndOfAscii(std::string_view text, std::size_t offset) {
   for (; offset + 8 <= text.size(); offset += 8) {
     std::uint64_t word = 0;
     std::memcpy(&word, text.data() + offset, 8);
-    if ((word & 0x8080808080808080U) != 0) return false;
+    if ((word & 0x8080808080808080U) != 0) break;
   }
-  for (; offset < text.size(); ++offset) {
-    if (Byte(text, offset) >= 0x80U) return false;
-  }
-  return true;
+  while (offset < text.size() && Byte(text, offset) < 0x80U) ++offset;
+  return offset;
 }
+
+}  // namespace
+
+bool IsAscii(std::string_view text) { return EndOfAscii(text, 0) == text.size(); }
 
 bool IsWellFormed(std::string_view text) {
   std::size_t offset = 0;
-  while (offset < text.size()) {
+  while ((offset = EndOfAscii(text, offset)) < text.size()) {
     const std::size_t begin = offset;
     const char32_t code_point = DecodeCharacter(text, &offset);
     const bool is_replacement_itself = offset - begin == 3 && text.substr(begin, 3) == "\xEF\xBF\xBD";

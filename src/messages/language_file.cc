@@ -1,7 +1,7 @@
 #include "messages/language_file.h"
 
 #include <optional>
-#include <set>
+#include <unordered_set>
 #include <utility>
 
 #include "common/text.h"
@@ -137,7 +137,9 @@ class Reader {
     std::size_t at = 1;
     while (at < line.size() && line[at] != '"') {
       if (line[at] != '\\') {
-        target->push_back(line[at++]);
+        const std::size_t begin = at;
+        while (at < line.size() && line[at] != '"' && line[at] != '\\') ++at;
+        target->append(line, begin, at - begin);
       } else if (!ReadEscape(line, &at, target)) {
         return false;
       }
@@ -193,7 +195,7 @@ class Reader {
     if (!entry.id) return FailAt(entry.line, "an entry without \"msgid\"");
     if (!entry.text) return FailAt(entry.line, "an entry without \"msgstr\"");
     const std::string section = entry.context.value_or("");
-    if (!entry.obsolete && !seen_.emplace(section, *entry.id).second) {
+    if (!entry.obsolete && !seen_.insert(section + '\0' + *entry.id).second) {
       return FailAt(entry.line, "\"" + *entry.id + "\" is there twice");
     }
     if (!entry.obsolete && !common::IsWellFormed(*entry.text)) {
@@ -220,7 +222,7 @@ class Reader {
   Entry entry_;
   std::string* current_ = nullptr;
   std::vector<std::string> ignored_;
-  std::set<std::pair<std::string, std::string>> seen_;
+  std::unordered_set<std::string> seen_;  // sections and ids
   std::vector<LanguageEntry> entries_;
 };
 

@@ -5,8 +5,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <sstream>
 
 #include "cli/program.h"
+#include "embedded/render/design/page_maker.h"
 #include "support/mif_files.h"
 
 namespace qelm {
@@ -47,6 +50,43 @@ class Pages : public ::testing::Test {
 };
 
 const std::string kPump = QELM_SOURCE_DIR "/examples/pump/";
+
+// The program in a folder where the module of pages is not the one that it was built with.
+TEST_F(Pages, AWrongModuleIsNamedAndNothingElseIsTouched) {
+  std::ostringstream module;
+  module << std::ifstream(QELM_BINARY_DIR "/qelm-pages.so", std::ios::binary).rdbuf();
+  std::string of_another_build = module.str();
+  const std::string_view stamp = embedded::render::PageMakerStamp();
+  const std::size_t at = of_another_build.find(stamp);
+  ASSERT_NE(at, std::string::npos);
+  of_another_build[at] ^= 1;
+  struct Row {
+    const char* module;
+    std::string content;
+    const char* said;
+  };
+  const Row rows[] = {{"lib/qelm/qelm-pages.so", "", "is missing"},
+                      {"bin/qelm-pages.so", "no module", "cannot be loaded"},
+                      {"bin/qelm-pages.so", of_another_build, "of another version"}};
+  const std::string qelm = program.folder.Write("bin/qelm", "");
+  std::filesystem::copy_file(QELM_BINARY_DIR "/qelm", qelm,
+                             std::filesystem::copy_options::overwrite_existing);
+  std::filesystem::permissions(qelm, std::filesystem::perms::owner_all);
+  const std::string pages = program.folder.Write("pages.pdf", "the pages of before");
+  const std::string log = program.folder.File("log");
+  for (const Row& row : rows) {
+    if (!row.content.empty()) program.folder.Write(row.module, row.content);
+    const std::string command = qelm + " --plugin-dir " QELM_SOURCE_DIR "/assets --profile " +
+                                program.folder.File("profile") + " convert " + program.document() + " ";
+    const int status = std::system((command + pages + " 2>" + log).c_str());
+    EXPECT_EQ(WEXITSTATUS(status), 3);
+    const std::string said = program.folder.Read("log");
+    EXPECT_NE(said.find(program.folder.File(row.module)), std::string::npos) << said;
+    EXPECT_NE(said.find(row.said), std::string::npos) << said;
+    EXPECT_EQ(program.folder.Read("pages.pdf"), "the pages of before");
+    EXPECT_EQ(std::system((command + program.folder.File("same.mif") + " >" + log).c_str()), 0);
+  }
+}
 
 TEST_F(Pages, BookIsOnePdfThatToolsRead) {
   if (!HasTools()) GTEST_SKIP() << "pdftotext and qpdf are not installed";

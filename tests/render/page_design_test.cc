@@ -1,4 +1,4 @@
-#include "embedded/render/page_design.h"
+#include "embedded/render/design/page_design.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "embedded/render/variables.h"
+#include "embedded/render/design/variables.h"
 
 #include <gtest/gtest.h>
 

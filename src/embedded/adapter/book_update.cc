@@ -210,7 +210,7 @@ std::vector<std::string> Updater::NextPages(OpenFile* file, Component* component
   std::vector<std::string> numbers =
       model::NextPages(book, StatementOf(*component), *file->document, &pages_);
   if (Asked(host::kUpdateNumbering) && HasStalePages(file)) {
-    const std::size_t count = LaidPages(file, run).count;
+    const std::size_t count = LaidPages(workspace_, file, run).count;
     if (count != 0) pages_.last = run.first + static_cast<std::int64_t>(count) - 1;
   }
   return numbers;
@@ -223,9 +223,10 @@ model::ReferenceTargets Updater::Targets(OpenFile* file, const Component* compon
   model::ReferenceTargets targets(*file->document, numbers.paragraphs, numbers.places);
   if (!HasStalePages(file)) return targets;
   const bool of_book = component != nullptr && Asked(host::kUpdateNumbering);
-  targets.SetPages([file, component, of_book] {
+  targets.SetPages([this, file, component, of_book] {
     const render::FoundPages& laid =
-        of_book ? LaidPages(file, {component->first_page, component->page_style}) : LaidPages(file);
+        of_book ? LaidPages(workspace_, file, {component->first_page, component->page_style})
+                : LaidPages(workspace_, file);
     std::vector<model::ReferenceTargets::PageStart> pages;
     for (const render::PageAt& page : laid.starts) {
       pages.push_back({page.item, static_cast<std::int32_t>(page.ordinal), page.text});

@@ -115,8 +115,8 @@ std::string PageInteger(const model::Page& page) {
 }
 
 // The page on which an item stands when the document is laid out as it is now; null where it stands on none.
-const render::PageAt* LaidPage(OpenFile* file, std::uint32_t item) {
-  const std::vector<render::PageAt>& starts = LaidPages(file).starts;
+const render::PageAt* LaidPage(Workspace& workspace, OpenFile* file, std::uint32_t item) {
+  const std::vector<render::PageAt>& starts = LaidPages(workspace, file).starts;
   const auto after =
       std::upper_bound(starts.begin(), starts.end(), item,
                        [](std::uint32_t at, const render::PageAt& page) { return at < page.item; });
@@ -124,9 +124,10 @@ const render::PageAt* LaidPage(OpenFile* file, std::uint32_t item) {
 }
 
 // The document's own record of its pages holds until something moves.
-bool ReadPageNumber(OpenFile* file, std::uint32_t item, bool as_text, std::string* value) {
+bool ReadPageNumber(Workspace& workspace, OpenFile* file, std::uint32_t item, bool as_text,
+                    std::string* value) {
   if (HasStalePages(file)) {
-    const render::PageAt* laid = LaidPage(file, item);
+    const render::PageAt* laid = LaidPage(workspace, file, item);
     if (laid != nullptr) {
       *value = as_text ? laid->text : std::to_string(laid->number);
       return true;
@@ -140,7 +141,8 @@ bool ReadPageNumber(OpenFile* file, std::uint32_t item, bool as_text, std::strin
 
 }  // namespace
 
-bool ReadElementProperty(OpenFile* file, Id id, ElementProperty property, std::string* value) {
+bool ReadElementProperty(Workspace& workspace, OpenFile* file, Id id, ElementProperty property,
+                         std::string* value) {
   value->clear();
   const model::Document& document = file->Tree();
   const model::Element& element = document.elements[id];
@@ -169,7 +171,8 @@ bool ReadElementProperty(OpenFile* file, Id id, ElementProperty property, std::s
       return ReadObject(document, item, ItemKind::kMarker, "MText", value);
     case ElementProperty::kPageNumber:
     case ElementProperty::kPageNumberText:
-      return ReadPageNumber(file, element.first_item, property == ElementProperty::kPageNumberText, value);
+      return ReadPageNumber(workspace, file, element.first_item, property == ElementProperty::kPageNumberText,
+                            value);
   }
   return false;
 }

@@ -9,7 +9,8 @@
 namespace qelm::embedded::adapter {
 
 // The property as text. False, with `value` empty, when the element has no such property.
-bool ReadElementProperty(OpenFile* file, Id element, host::ElementProperty property, std::string* value);
+bool ReadElementProperty(Workspace& workspace, OpenFile* file, Id element, host::ElementProperty property,
+                         std::string* value);
 
 // The first item at or after `begin` that takes a place in the text and was not deleted; `end` when there is
 // none before it.

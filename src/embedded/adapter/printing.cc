@@ -3,13 +3,13 @@
 #include <algorithm>
 
 #include "embedded/adapter/opened_document.h"
+#include "embedded/adapter/page_module.h"
 #include "embedded/model/book_numbering.h"
 #include "embedded/model/files.h"
 #include "embedded/model/locate.h"
 #include "embedded/model/metadata.h"
 #include "embedded/model/page_numbering.h"
-#include "embedded/render/page_design.h"
-#include "embedded/render/pdf_metadata.h"
+#include "embedded/render/design/page_design.h"
 
 namespace qelm::embedded::adapter {
 namespace {
@@ -74,7 +74,7 @@ render::PrintOptions OptionsFor(const OpenFile& file, const host::SaveOptions& o
 
 class BookPrinter {
  public:
-  BookPrinter(Workspace& workspace, host::Documents& documents, OpenFile* book, render::PdfPrint* print)
+  BookPrinter(Workspace& workspace, host::Documents& documents, OpenFile* book, render::PdfMaker* print)
       : workspace_(workspace), documents_(documents), book_(book), print_(print) {}
 
   // Every component is opened twice: links may lead to what comes later.
@@ -109,7 +109,7 @@ class BookPrinter {
   Workspace& workspace_;
   host::Documents& documents_;
   OpenFile* book_;
-  render::PdfPrint* print_;
+  render::PdfMaker* print_;
   model::BookCounters counters_;
   model::PageCounter page_counter_;
   std::size_t pages_ = 0;
@@ -143,36 +143,42 @@ void BookPrinter::Add(const model::Component& component) {
 
 std::optional<std::string> PrintPdf(Workspace& workspace, host::Documents& documents, OpenFile* file,
                                     const host::SaveOptions& options, std::string* why) {
-  render::PdfPrint print(OptionsFor(*file, options));
+  const render::PageMaker* const maker = LoadedPageMaker(why);
+  if (maker == nullptr) return std::nullopt;
+  const std::unique_ptr<render::PdfMaker> print = maker->BeginPdf(OptionsFor(*file, options));
+  if (print == nullptr) *why = "there is not enough memory for the pages.";
+  if (print == nullptr) return std::nullopt;
   std::size_t pages = 0;
   if (file->book) {
-    pages = BookPrinter(workspace, documents, file, &print).Run();
+    pages = BookPrinter(workspace, documents, file, print.get()).Run();
     if (pages == 0) *why = "none of the components of the book can be opened.";
   } else {
     const Printable printable(file, why);
     if (printable.get() == nullptr) return std::nullopt;
-    print.Announce(*printable.get(), file->path);
-    pages = print.Add(SourceOf(*printable.get(), file->path));
-    if (pages == 0) *why = print.Status();
+    print->Announce(*printable.get(), file->path);
+    pages = print->Add(SourceOf(*printable.get(), file->path));
+    if (pages == 0) *why = print->Status();
   }
   if (pages == 0) return std::nullopt;
-  std::string pdf = print.Finish(why);
-  for (const std::string& notice : print.Notices()) workspace.Notice(notice);
+  std::string pdf = print->Finish(why);
+  for (const std::string& notice : print->Notices()) workspace.Notice(notice);
   if (pdf.empty()) return std::nullopt;
   std::string warning;
   std::optional<std::string> described =
-      render::PutMetadata(std::move(pdf), model::MetadataPacket(file->Tree()), &warning, why);
+      maker->PutMetadata(std::move(pdf), model::MetadataPacket(file->Tree()), &warning, why);
   if (!warning.empty()) workspace.Notice(file->path + ": " + warning);
   return described;
 }
 
 std::optional<std::string> PrintPage(Workspace& workspace, OpenFile* file, std::size_t page, double dpi,
                                      std::string* why) {
+  const render::PageMaker* const maker = LoadedPageMaker(why);
+  if (maker == nullptr) return std::nullopt;
   const Printable printable(file, why);
   if (printable.get() == nullptr) return std::nullopt;
   std::vector<std::string> notices;
-  std::string png = render::PrintPng(SourceOf(*printable.get(), file->path), OptionsFor(*file, {}), page, dpi,
-                                     &notices, why);
+  std::string png =
+      maker->Png(SourceOf(*printable.get(), file->path), OptionsFor(*file, {}), page, dpi, &notices, why);
   for (const std::string& notice : notices) workspace.Notice(notice);
   if (png.empty()) return std::nullopt;
   return png;
@@ -214,14 +220,15 @@ render::FoundPages PagesOfXml(const model::Document& xml, const model::Document&
   return pages;
 }
 
-render::FoundPages FindPagesOf(OpenFile* file, const model::PageRun& run) {
-  std::string why;
-  const Printable printable(file, &why);
+render::FoundPages FindPagesOf(OpenFile* file, const model::PageRun& run, std::string* why) {
+  const render::PageMaker* const maker = LoadedPageMaker(why);
+  if (maker == nullptr) return {};
+  const Printable printable(file, why);
   if (printable.get() == nullptr) return {};
   render::PrintSource source = SourceOf(*printable.get(), file->path);
   source.first_page = run.first;
   source.page_style = run.style;
-  render::FoundPages found = render::FindPages(source);
+  render::FoundPages found = maker->Find(source, why);
   const bool converted = printable.get() != file->document.get();
   return converted ? PagesOfXml(*file->document, *printable.get(), found) : found;
 }
@@ -234,17 +241,22 @@ bool HasStalePages(OpenFile* file) {
   return file->layout != kLayoutAsRead || std::none_of(pages.begin(), pages.end(), is_body);
 }
 
-const render::FoundPages& LaidPages(OpenFile* file) {
+const render::FoundPages& LaidPages(Workspace& workspace, OpenFile* file) {
   const render::PageNumbering pages = render::ReadPageNumbering(file->Tree());
-  return LaidPages(file, {pages.first, pages.style});
+  return LaidPages(workspace, file, {pages.first, pages.style});
 }
 
-const render::FoundPages& LaidPages(OpenFile* file, const model::PageRun& run) {
+const render::FoundPages& LaidPages(Workspace& workspace, OpenFile* file, const model::PageRun& run) {
   DerivedData& derived = file->derived;
   const auto laid_with = std::make_pair(run.first, std::string(run.style));
   if (derived.laid_at == file->layout && derived.laid_with == laid_with) return derived.laid_pages;
   derived.laid_pages = {};
-  if (file->document) derived.laid_pages = FindPagesOf(file, run);
+  std::string why;
+  if (file->document) derived.laid_pages = FindPagesOf(file, run, &why);
+  if (!why.empty()) {
+    workspace.Notice(file->path + ": where its pages begin now cannot be found: " + why +
+                     " Page numbers are those that the file has.");
+  }
   derived.laid_at = file->layout;
   derived.laid_with = laid_with;
   return derived.laid_pages;

@@ -9,7 +9,7 @@
 
 #include "embedded/adapter/workspace.h"
 #include "embedded/model/page_numbering.h"
-#include "embedded/render/print.h"
+#include "embedded/render/design/page_maker.h"
 #include "host/interface/documents.h"
 
 namespace qelm::embedded::adapter {
@@ -26,8 +26,9 @@ std::optional<std::string> PrintPage(Workspace& workspace, OpenFile* file, std::
 bool HasStalePages(OpenFile* file);
 
 // Where the pages of a document begin when it is laid out: with page numbers of its own, or those of a book.
-// Kept until something moves. Of XML the items are those with which its elements begin.
-const render::FoundPages& LaidPages(OpenFile* file);
-const render::FoundPages& LaidPages(OpenFile* file, const model::PageRun& run);
+// Kept until something moves. Of XML the items are those with which its elements begin. None, with a notice,
+// when it cannot be laid out.
+const render::FoundPages& LaidPages(Workspace& workspace, OpenFile* file);
+const render::FoundPages& LaidPages(Workspace& workspace, OpenFile* file, const model::PageRun& run);
 
 }  // namespace qelm::embedded::adapter

@@ -93,7 +93,7 @@ class TextRole : public host::Text {
     value->clear();
     if (workspace_.IsDocument(document)) workspace_.Document(document);
     if (workspace_.Element(document, element) == nullptr) return false;
-    return adapter::ReadElementProperty(workspace_.File(document), element, property, value);
+    return adapter::ReadElementProperty(workspace_, workspace_.File(document), element, property, value);
   }
 
   host::TextProperties ReadProperties(Id document, const TextRange& range, std::uint32_t mask) override;

@@ -14,7 +14,7 @@
 #include "embedded/adapter/nested_ranges.h"
 #include "embedded/adapter/shared_documents.h"
 #include "embedded/model/format_rules.h"
-#include "embedded/render/print.h"
+#include "embedded/render/design/page_maker.h"
 #include "host/interface/entry_points.h"
 
 namespace qelm::embedded::adapter {

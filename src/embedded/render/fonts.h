@@ -12,7 +12,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "embedded/render/formats.h"
+#include "embedded/render/design/formats.h"
 
 typedef struct _PangoContext PangoContext;
 typedef struct _PangoFontDescription PangoFontDescription;

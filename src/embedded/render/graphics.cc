@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "embedded/render/color.h"
-#include "embedded/render/drawings.h"
+#include "embedded/render/design/drawings.h"
 #include "embedded/render/fonts.h"
 #include "embedded/render/images.h"
 

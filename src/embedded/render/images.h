@@ -15,7 +15,7 @@
 #include <unordered_map>
 
 #include "embedded/model/document.h"
-#include "embedded/render/drawings.h"
+#include "embedded/render/design/drawings.h"
 
 typedef struct _cairo_surface cairo_surface_t;
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "embedded/render/statements.h"
+#include "embedded/render/design/statements.h"
 
 namespace qelm::embedded::render {
 namespace {

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "embedded/render/page_design.h"
+#include "embedded/render/design/page_design.h"
 #include "embedded/render/paragraph_layout.h"
 
 namespace qelm::embedded::render {

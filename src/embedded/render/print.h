@@ -13,27 +13,9 @@
 #include <vector>
 
 #include "embedded/model/document.h"
-#include "embedded/model/numbering.h"
-#include "embedded/render/variables.h"
+#include "embedded/render/design/page_maker.h"
 
 namespace qelm::embedded::render {
-
-struct PrintOptions {
-  double page_width = 0;  // points; 0: the document's own
-  double page_height = 0;
-  PrintTime time;
-  std::string title;  // of the PDF; empty: none
-};
-
-// A document to print. It must be MIF; XML is converted first.
-struct PrintSource {
-  const model::Document* document = nullptr;
-  std::string path;                             // that links and relative images count from
-  std::vector<model::ParagraphNumber> numbers;  // by paragraph
-  model::PlaceNumbers places;                   // volume, chapter, ...
-  std::int64_t first_page = 1;
-  std::string page_style = "Arabic";  // as model::NumberIn takes it
-};
 
 class PdfPrint {
  public:
@@ -63,18 +45,6 @@ class PdfPrint {
 std::string PrintPng(const PrintSource& source, const PrintOptions& options, std::size_t page, double dpi,
                      std::vector<std::string>* notices, std::string* why);
 
-// Where the pages of a document begin as it would be printed, by item, flow after flow. Where a flow ends,
-// and what is behind stands on no page, the ordinal is 0.
-struct PageAt {
-  std::uint32_t item = 0;
-  std::size_t ordinal = 0;  // from 1 in the document
-  std::int64_t number = 0;
-  std::string text;
-};
-struct FoundPages {
-  std::vector<PageAt> starts;
-  std::size_t count = 0;  // of pages
-};
 FoundPages FindPages(const PrintSource& source);
 
 }  // namespace qelm::embedded::render

@@ -5,8 +5,8 @@
 
 #include "embedded/model/links.h"
 #include "embedded/model/text_access.h"
-#include "embedded/render/geometry.h"
-#include "embedded/render/statements.h"
+#include "embedded/render/design/geometry.h"
+#include "embedded/render/design/statements.h"
 
 namespace qelm::embedded::render {
 namespace {

@@ -12,12 +12,12 @@
 #include "embedded/model/hypertext.h"
 #include "embedded/model/numbering.h"
 #include "embedded/render/color.h"
+#include "embedded/render/design/formats.h"
+#include "embedded/render/design/variables.h"
 #include "embedded/render/fonts.h"
-#include "embedded/render/formats.h"
 #include "embedded/render/graphics.h"
 #include "embedded/render/indicators.h"
 #include "embedded/render/table_format.h"
-#include "embedded/render/variables.h"
 
 namespace qelm::embedded::render {
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <array>
 
-#include "embedded/render/geometry.h"
-#include "embedded/render/statements.h"
+#include "embedded/render/design/geometry.h"
+#include "embedded/render/design/statements.h"
 
 namespace qelm::embedded::render {
 namespace {

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "embedded/render/color.h"
-#include "embedded/render/formats.h"
+#include "embedded/render/design/formats.h"
 
 namespace qelm::embedded::render {
 

@@ -4,8 +4,8 @@
 #include <array>
 #include <optional>
 
-#include "embedded/render/geometry.h"
-#include "embedded/render/statements.h"
+#include "embedded/render/design/geometry.h"
+#include "embedded/render/design/statements.h"
 #include "embedded/render/strips.h"
 
 namespace qelm::embedded::render {

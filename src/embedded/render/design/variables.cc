@@ -1,4 +1,4 @@
-#include "embedded/render/variables.h"
+#include "embedded/render/design/variables.h"
 
 #include <array>
 #include <charconv>

@@ -1,4 +1,4 @@
-#include "embedded/render/geometry.h"
+#include "embedded/render/design/geometry.h"
 
 #include <algorithm>
 #include <charconv>

@@ -14,9 +14,9 @@
 #include <vector>
 
 #include "embedded/model/document.h"
-#include "embedded/render/formats.h"
-#include "embedded/render/geometry.h"
-#include "embedded/render/graphics.h"
+#include "embedded/render/design/formats.h"
+#include "embedded/render/design/frame_place.h"
+#include "embedded/render/design/geometry.h"
 
 namespace qelm::embedded::render {
 

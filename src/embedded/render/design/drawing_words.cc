@@ -1,4 +1,4 @@
-#include "embedded/render/drawing_words.h"
+#include "embedded/render/design/drawing_words.h"
 
 #include <charconv>
 #include <unordered_map>

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string_view>
 
-#include "embedded/render/drawings.h"
+#include "embedded/render/design/drawings.h"
 
 namespace qelm::embedded::render {
 

@@ -1,10 +1,10 @@
-#include "embedded/render/formats.h"
+#include "embedded/render/design/formats.h"
 
 #include <algorithm>
 #include <array>
 
-#include "embedded/render/geometry.h"
-#include "embedded/render/statements.h"
+#include "embedded/render/design/geometry.h"
+#include "embedded/render/design/statements.h"
 
 namespace qelm::embedded::render {
 namespace {

@@ -1,4 +1,4 @@
-#include "embedded/render/equation_text.h"
+#include "embedded/render/design/equation_text.h"
 
 #include <algorithm>
 #include <charconv>

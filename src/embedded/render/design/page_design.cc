@@ -1,4 +1,4 @@
-#include "embedded/render/page_design.h"
+#include "embedded/render/design/page_design.h"
 
 #include <algorithm>
 #include <charconv>
@@ -8,7 +8,7 @@
 
 #include "embedded/mif/reader.h"
 #include "embedded/model/mif_scan.h"
-#include "embedded/render/drawings.h"
+#include "embedded/render/design/drawings.h"
 
 namespace qelm::embedded::render {
 

@@ -1,4 +1,4 @@
-#include "embedded/render/drawings.h"
+#include "embedded/render/design/drawings.h"
 
 #include <algorithm>
 #include <utility>
@@ -6,8 +6,8 @@
 #include "embedded/mif/reader.h"
 #include "embedded/mif/strings.h"
 #include "embedded/model/mif_scan.h"
-#include "embedded/render/drawing_words.h"
-#include "embedded/render/equation_text.h"
+#include "embedded/render/design/drawing_words.h"
+#include "embedded/render/design/equation_text.h"
 
 namespace qelm::embedded::render {
 

@@ -1,6 +1,6 @@
-#include "embedded/render/statements.h"
+#include "embedded/render/design/statements.h"
 
-#include "embedded/render/geometry.h"
+#include "embedded/render/design/geometry.h"
 
 namespace qelm::embedded::render {
 

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "embedded/model/document.h"
-#include "embedded/render/geometry.h"
+#include "embedded/render/design/geometry.h"
 
 namespace qelm::embedded::render {
 
