@@ -364,8 +364,10 @@ void OutputSteps::Export(const ExportForm& form) {
     return;
   }
   const std::string folder = FolderFromOutput(outcome_->folder, settings_.*form.folder);
+  host_.platform.KeepInside(folder);
   if (!host_.platform.MakeFolder(folder)) {
-    Incomplete(kStepErrorLine, form.no_folder_id, folder);
+    const std::string reason = host_.platform.LastError();
+    Incomplete(kStepErrorLine, form.no_folder_id, reason.empty() ? folder : folder + " (" + reason + ")");
     return;
   }
   if (form.format == host::SaveFormat::kPdf) {

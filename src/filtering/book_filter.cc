@@ -133,7 +133,7 @@ bool BookFilter::SaveFirst() {
 
 bool BookFilter::Preprocess() {
   if (Copies()) {
-    copy_.emplace(host_, messenger_, book_, run_.output_folder, run_.redirect_cross_references);
+    copy_.emplace(host_, messenger_, book_, run_);
   }
   for (Id component = host_.books.FirstComponent(book_); component != kNone;
        component = host_.books.NextComponent(book_, component)) {
@@ -275,6 +275,15 @@ void BookFilter::Elapsed() {
        messenger_.Format("QELM_MSG_FILTER_14", seconds / kSecondsAMinute, seconds % kSecondsAMinute));
 }
 
+// Saves the documents of a new book as the run is through with them, and closes those that it opened.
+ComponentSink SavingComponents(host::Documents& documents) {
+  return [&documents](Id document, bool opened, ComponentStage stage) {
+    const bool saved = stage != ComponentStage::kFinished || documents.Save(document, {});
+    if (opened && saved) documents.Close(document, /*discard=*/true);
+    return saved;
+  };
+}
+
 }  // namespace
 
 std::string OutputFolder(std::string_view book_path, std::string_view text) {
@@ -286,12 +295,24 @@ std::string OutputFolder(std::string_view book_path, std::string_view text) {
   return folder;
 }
 
-ComponentSink SavingComponents(host::Documents& documents) {
-  return [&documents](Id document, bool opened, ComponentStage stage) {
-    const bool saved = stage != ComponentStage::kFinished || documents.Save(document, {});
-    if (opened && saved) documents.Close(document, /*discard=*/true);
-    return saved;
-  };
+std::int32_t FilterAndSaveActiveBook(FilterContext& context) {
+  FilterRun& run = context.run;
+  host::Host& host = context.host;
+  if (run.mode != LaunchMode::kDuplicate || run.dry_run) return FilterActiveBook(context);
+  context.component_done = SavingComponents(host.documents);
+  context.caller_ends_filling = true;
+  const std::int32_t result = FilterActiveBook(context);
+  if (result != kDone) return result;
+  const bool saved = host.documents.Save(run.result_book, {});
+  const std::string path(host.documents.Path(run.result_book));
+  std::string why(host.documents.LastError());
+  const bool ended = host.platform.EndFilling(run.output_folder, saved);
+  if (saved && ended) return kDone;
+  if (saved) why = host.platform.LastError();
+  run.ending = Ending::kNotSaved;
+  run.why = context.messenger.Format("QELM_MSG_FILTER_57", path, why);
+  if (run.prompts) context.messenger.AlertFormatted("QELM_MSG_FILTER_57", run.why);
+  return kCopyFailed;
 }
 
 std::int32_t FilterActiveBook(FilterContext& context) {
