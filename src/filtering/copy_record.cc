@@ -14,6 +14,7 @@ namespace {
 
 constexpr std::string_view kSourceWord = "source ";
 constexpr std::string_view kFileWord = "file ";
+constexpr char kEnding[] = ".txt";  // whatever the copied file's is: ".new" would be that of a file beside
 constexpr std::size_t kLongestName = 240;  // in bytes: what the record's name has room for
 constexpr std::size_t kCutTo = 50;         // characters, of a longer one
 
@@ -48,7 +49,7 @@ CopyRecord::CopyRecord(host::Platform& platform, const std::string& folder, std:
     : platform_(platform), folder_(platform.ResolvedPath(folder)), target_(common::JoinPath(folder_, name)) {
   // Where two long names have one record, the second copy is refused.
   const std::string_view known = name.size() <= kLongestName ? name : common::FirstCharacters(name, kCutTo);
-  path_ = common::JoinPath(folder_, std::string(host::kCopyRecordName) + std::string(known));
+  path_ = common::JoinPath(folder_, std::string(host::kCopyRecordName) + std::string(known) + kEnding);
 }
 
 std::string CopyRecord::Shortened(const std::string& file) const {

@@ -1,7 +1,7 @@
 // What a run copied into a folder and from where, kept in that folder, so that the next run knows what it may
 // replace there and leaves alone what is somebody else's.
 //
-// For each book or document of which a copy was made there is a file ".qelm-made-NAME":
+// For each book or document of which a copy was made there is a file ".qelm-made-NAME.txt":
 //
 //   source ../pump.book.mif
 //   file pump.book.mif

@@ -180,7 +180,7 @@ TEST_F(Batch, RunThatWasCutShortIsTakenUpAgain) {
   }
   EXPECT_FALSE(fs::exists(program.folder.File("cut/Service/operation.mif")));
   // A killed run has begun a scheme and has no record of it.
-  for (const char* name : {"operation.mif", ".qelm-made-operation.mif"}) {
+  for (const char* name : {"operation.mif", ".qelm-made-operation.mif.txt"}) {
     program.folder.Write("cut/Service/" + std::string(name),
                          program.folder.Read("whole/Deutsch/" + std::string(name)));
   }

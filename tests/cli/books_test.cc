@@ -140,7 +140,7 @@ TEST_F(Books, OnlyWhatAnEarlierCopyPutThereIsReplaced) {
   expect_refused(book, moved);
   EXPECT_EQ(copy(book, "--overwrite").status, 0);
   EXPECT_EQ(copy(book).status, 0) << "it is of this book now";
-  fs::remove(program.folder.File("out/.qelm-made-book.mif"));
+  fs::remove(program.folder.File("out/.qelm-made-book.mif.txt"));
   expect_refused(book, "no earlier copy");
 }
 

@@ -98,7 +98,7 @@ TEST(NoWayIn, LinksLeadNoOutputOutOfItsFolder) {
       {"pump.book.mif", "graphics", ""},
       {"operation.mif", "pdf", ""},
       {"operation.mif", "operation.mif", "operation.mif"},
-      {"operation.mif", ".qelm-made-operation.mif", "operation.mif"},
+      {"operation.mif", ".qelm-made-operation.mif.txt", "operation.mif"},
   };
   for (const auto& row : kRows) {
     SCOPED_TRACE(std::string(row.what) + " " + row.link);

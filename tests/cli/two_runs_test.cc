@@ -153,7 +153,7 @@ TEST_F(TwoRuns, WhoeverWinsTheFilesAreThoseOfOneRun) {
     std::vector<pid_t> processes;
     for (const std::string& scheme : schemes) processes.push_back(Start(command(scheme)));
     std::size_t done = 0;
-    for (const pid_t process : processes) done += Wait(process) == 0 ? 1 : 0;
+    for (const pid_t process : processes) done += Wait(process) == 0 ? 1U : 0U;
     EXPECT_GE(done, 1U);
     const Tree found = Files("out");
     EXPECT_TRUE(found == alone[0] || found == alone[1]) << round;

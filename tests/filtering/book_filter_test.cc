@@ -331,7 +331,7 @@ TEST(BookFilter, GeneratedComponentsStayWithWhatTheyShow) {
 }
 
 // Leaves an earlier copy of the book, of which only this much is there.
-const Files kYesterday = {{".qelm-made-book.mif", "source ../src/book.mif\nfile a.mif\nfile book.mif\n"},
+const Files kYesterday = {{".qelm-made-book.mif.txt", "source ../src/book.mif\nfile a.mif\nfile book.mif\n"},
                           {"a.mif", "of yesterday"},
                           {"book.mif", "of yesterday"}};
 void CopyOfYesterday(BookSession& session) {
