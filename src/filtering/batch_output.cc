@@ -298,7 +298,9 @@ void OutputSteps::HideBoundaries() {
     return;
   }
   for (const Id document : documents_) {
-    host_.documents.SetSwitch(document, host::DocumentSwitch::kElementBoundaries, false);
+    if (host_.documents.SetSwitch(document, host::DocumentSwitch::kElementBoundaries, false)) continue;
+    const std::string why = HostSays();
+    Incomplete(kStepErrorLine, "QELM_MSG_FILTER_REP_85", std::string(host_.documents.Path(document)), why);
   }
   steps_.Say(kStepLine, "QELM_MSG_FILTER_REP_60");
 }

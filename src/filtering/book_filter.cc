@@ -48,7 +48,7 @@ class BookFilter {
   void TellUnchanged();
   bool GoesElsewhere();
   std::string FullyFiltered() const;
-  void SetEntryTexts(Id book);
+  bool SetEntryTexts(Id book);
   void Conclude();
   void Elapsed();
 
@@ -113,8 +113,7 @@ void BookFilter::Run() {
   run_.result_book = book_;
   const bool ready = !Copies() || CopyBook();
   if (ready) {
-    if (!run_.dry_run) SetEntryTexts(run_.result_book);
-    FilterComponents(context_, run_.result_book);
+    if (run_.dry_run || SetEntryTexts(run_.result_book)) FilterComponents(context_, run_.result_book);
     if (Copies()) EndCopy();
   } else if (run_.ending != Ending::kByUser) {
     return;
@@ -192,13 +191,18 @@ void BookFilter::TellPassedOver() {
 }
 
 // In mode 3 the texts are those of the new book: the source stays what it is.
-void BookFilter::SetEntryTexts(Id book) {
+bool BookFilter::SetEntryTexts(Id book) {
   for (const FilteredComponent& entry : run_.components) {
     if (!entry.opened) continue;
     const bool none = entry.root_filtered && run_.mode == LaunchMode::kDuplicate;
     if (entry.root_filtered && !none) continue;
-    host_.books.SetEntryText(book, entry.component, none ? kNoEntryText : "");
+    if (host_.books.SetEntryText(book, entry.component, none ? kNoEntryText : "")) continue;
+    const std::string path(host_.documents.Path(book));
+    const std::string why(host_.documents.LastError());
+    return EndFormatted(Ending::kNotSaved, "QELM_MSG_FILTER_57",
+                        messenger_.Format("QELM_MSG_FILTER_57", path, why));
   }
+  return true;
 }
 
 void BookFilter::TellUnchanged() {
