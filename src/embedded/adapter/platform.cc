@@ -187,12 +187,14 @@ void PosixPlatform::KeepInside(const std::string& folder) {
 bool PosixPlatform::StaysInside(const std::string& path, LastPart last) {
   if (kept_inside_.empty()) return true;
   std::error_code error;
-  const std::filesystem::path spelled = std::filesystem::absolute(path, error).lexically_normal();
+  // ".." behind a link goes up from where that leads, whatever the spelling says.
+  const std::filesystem::path given = std::filesystem::absolute(path, error);
+  const std::filesystem::path spelled = given.lexically_normal();
+  const bool itself = last == LastPart::kItself && spelled.has_filename();
   for (const auto& [folder, resolved] : kept_inside_) {
     if (!IsBelow(spelled.string(), folder)) continue;
-    const bool itself = last == LastPart::kItself && spelled.has_filename();
-    const std::string leads =
-        itself ? ResolvedPath(spelled.parent_path().string()) + "/" : ResolvedPath(spelled.string());
+    std::string leads = ResolvedPath((itself ? given.parent_path() : given).string());
+    if (itself) leads += '/';
     if (IsBelow(leads, resolved)) continue;
     return Fail("a symbolic link leads out of the output folder " + folder + ", to " + leads +
                 ". Remove the link, or take another output folder");
