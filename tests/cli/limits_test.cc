@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <functional>
 
 #include "cli/program.h"
 
@@ -52,7 +53,7 @@ struct Row {
 };
 
 TEST(Limits, OfWhatAFileHoldsAreToldOrThereAreNone) {
-  const std::string letters(5'000'000, 'x');
+  const std::string letters(1'000'000, 'x');
   const std::vector<Row> rows = {
       {"chain of entities", "a.xml", Entities(990, "x", "&"), "/Doc[text()='x']", ""},
       {"too long a chain of entities", "a.xml", Entities(1100, "x", "&"), "", "too many entities"},
@@ -69,13 +70,13 @@ TEST(Limits, OfWhatAFileHoldsAreToldOrThereAreNone) {
       {"statements that do not end", "a.mif", "<MIFFile 2015>\n" + Times(100'000, "<A "), "", "<A> began"},
       {"conditions", "a.mif",
        Mif("<ConditionCatalog " +
-               Times(20'000,
+               Times(3000,
                      [](int i) {
                        const std::string name = std::to_string(i);
                        return "<Condition <CTag `C" + name + "'> <CState CHidden> > ";
                      }) +
                ">\n",
-           Times(20'000,
+           Times(3000,
                  [](int i) {
                    return "<Conditional <InCondition `C" + std::to_string(i) + "'> > <String `x'> ";
                  }) +
@@ -83,14 +84,14 @@ TEST(Limits, OfWhatAFileHoldsAreToldOrThereAreNone) {
        "/Doc", ""},
       {"tables", "a.mif",
        Mif("<Tbls " +
-               Times(5000,
+               Times(1000,
                      [](int i) {
                        return "<Tbl <TblID " + std::to_string(i + 1) +
                               "> <TblNumColumns 1> <TblBody <Row <Cell <CellContent <Para <ParaLine "
                               "<String `x'> > > > > > > > ";
                      }) +
                ">\n",
-           Times(5000, [](int i) { return "<ATbl " + std::to_string(i + 1) + "> "; })),
+           Times(1000, [](int i) { return "<ATbl " + std::to_string(i + 1) + "> "; })),
        "/Doc", ""},
   };
   for (const Row& row : rows) {
