@@ -94,16 +94,9 @@ bool SetOutputFolder(CallContext& context, Id book) {
 
 std::int32_t FilterBook(CallContext& context, Id book) {
   if (!SetOutputFolder(context, book)) return common::kCopyFailed;
-  host::Documents& documents = context.host.documents;
   filtering::FilterContext filter = context.filter_context();
-  const bool copies = context.filter_run.mode == filtering::LaunchMode::kDuplicate;
-  if (copies) filter.component_done = filtering::SavingComponents(documents);
-  const std::int32_t result = filtering::FilterActiveBook(filter);
   // The caller cannot know the new book, and would leave it with entries that its files have no more.
-  if (copies && result == common::kDone && !documents.Save(context.filter_run.result_book, {})) {
-    return common::kCopyFailed;
-  }
-  return result;
+  return filtering::FilterAndSaveActiveBook(filter);
 }
 
 }  // namespace

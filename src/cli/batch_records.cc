@@ -93,16 +93,17 @@ Json FileState(const std::string& path) {
   return {{"path", path}, {"size", size}, {"time", time.time_since_epoch().count()}};
 }
 
+// What lies beside the output folders is written with the same care as what lies in them.
+BatchRecords::BatchRecords(std::string folder, std::string batch, Json inputs)
+    : folder_(std::move(folder)), batch_(std::move(batch)), inputs_(std::move(inputs)) {
+  platform_.KeepInside(std::string(common::FolderOf(folder_)));
+}
+
 // Schemes of other batches and categories may have the same number and name.
 std::string BatchRecords::PathOf(const BatchScheme& scheme) const {
   const std::string whose = batch_ + '\n' + scheme.category + '\n' + scheme.name + '\n' + scheme.folder;
   const std::string name = std::to_string(scheme.number) + "-" + filtering::SafeName(scheme.name) + "-";
   return common::JoinPath(folder_, name + HashText(whose) + ".json");
-}
-
-void BatchRecords::Note(std::string trouble) {
-  const std::scoped_lock lock(mutex_);
-  troubles_.push_back(std::move(trouble));
 }
 
 std::vector<std::string> BatchRecords::Troubles() const {
@@ -147,29 +148,21 @@ bool BatchRecords::IsAsWritten(const BatchScheme& scheme) const {
 }
 
 void BatchRecords::Forget(const BatchScheme& scheme) {
-  std::error_code error;
   const std::string path = PathOf(scheme);
-  fs::remove(path, error);
-  if (!error) return;
-  Note(path + ": the record of an earlier run cannot be removed (" + error.message() +
-       "); a run with --resume may take the scheme for complete");
+  const std::scoped_lock lock(mutex_);
+  if (!platform_.FileExists(path) || platform_.RemoveFile(path)) return;
+  troubles_.push_back(path + ": the record of an earlier run cannot be removed (" + platform_.LastError() +
+                      "); a run with --resume may take the scheme for complete");
 }
 
 void BatchRecords::Keep(const BatchScheme& scheme, const BatchOutcome& outcome) {
-  std::error_code error;
-  fs::create_directories(folder_, error);
   const std::string path = PathOf(scheme);
-  const std::string beside = path + ".new";
-  std::ofstream file(beside, std::ios::binary | std::ios::trunc);
-  file << Json{{"inputs", inputs_}, {"outcome", RecordJson(outcome)}}.dump(1, ' ', false,
-                                                                           Json::error_handler_t::replace)
-       << '\n';
-  file.close();
-  const bool written = static_cast<bool>(file);
-  if (written) fs::rename(beside, path, error);
-  if (written && !error) return;
-  fs::remove(beside, error);
-  Note(path + ": the record of the scheme cannot be written; a run with --resume will do it again");
+  const Json record = {{"inputs", inputs_}, {"outcome", RecordJson(outcome)}};
+  const std::string text = record.dump(1, ' ', false, Json::error_handler_t::replace) + '\n';
+  const std::scoped_lock lock(mutex_);
+  if (platform_.MakeFolder(folder_) && platform_.ReplaceFile(path, text)) return;
+  troubles_.push_back(path + ": the record of the scheme cannot be written (" + platform_.LastError() +
+                      "); a run with --resume will do it again");
 }
 
 }  // namespace qelm::cli

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "embedded/adapter/platform.h"
 #include "filtering/batch_run.h"
 
 namespace qelm::cli {
@@ -20,8 +21,7 @@ class BatchRecords {
  public:
   // The folder is made with the first record. `batch` tells the batch from others with records in the folder.
   // `inputs` is everything that decides what comes of the schemes; a record holds only for the same inputs.
-  BatchRecords(std::string folder, std::string batch, nlohmann::ordered_json inputs)
-      : folder_(std::move(folder)), batch_(std::move(batch)), inputs_(std::move(inputs)) {}
+  BatchRecords(std::string folder, std::string batch, nlohmann::ordered_json inputs);
 
   // What came of the scheme, when its record holds: the inputs are the same, and its files are there as they
   // were written.
@@ -42,12 +42,12 @@ class BatchRecords {
  private:
   std::string PathOf(const filtering::BatchScheme& scheme) const;
   std::optional<nlohmann::ordered_json> Read(const filtering::BatchScheme& scheme) const;
-  void Note(std::string trouble);
 
   std::string folder_;
   std::string batch_;
   nlohmann::ordered_json inputs_;
-  mutable std::mutex mutex_;
+  mutable std::mutex mutex_;  // of what follows
+  embedded::adapter::PosixPlatform platform_;
   std::vector<std::string> troubles_;
 };
 

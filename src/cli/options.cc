@@ -36,7 +36,8 @@ void DefineOptions(CLI::App& program, Options* options) {
   program.add_flag("--ignore-lock", options->ignore_lock,
                    "Replace files although their lock files (NAME.lck) say that they are open elsewhere");
   program.add_flag("--overwrite", options->overwrite,
-                   "Replace files although they were changed on disk since they were opened");
+                   "Replace files although they were changed on disk since they were opened, or lie in an "
+                   "output folder and are of no earlier copy");
   CLI::Option* yes = program.add_flag("--yes", options->yes, "Answer every question with yes");
   program.add_flag("--no", options->no, "Answer every question with no")->excludes(yes);
   program

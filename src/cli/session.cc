@@ -96,6 +96,7 @@ void Session::Start(bool install) {
   host_ = std::make_unique<embedded::adapter::EmbeddedHost>(host, user_, dialogs_, clients_, platform_);
   roles_ = environment_.around_host ? &environment_.around_host(host_->roles()) : &host_->roles();
   plugin_ = std::make_unique<Plugin>(roles());
+  plugin_->filter_run.overwrite = options_.overwrite;
   dialogs_.SetFolder(host.plugin_folder);
   dialogs_.SetEventEntry([this](std::int32_t dialog, std::int32_t item, std::int32_t modifiers) {
     return recorded_entries_->DialogEvent(dialog, item, modifiers);

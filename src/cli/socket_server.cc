@@ -27,6 +27,7 @@ constexpr int kBacklog = 64;
 constexpr int kPauseMilliseconds = 100;
 constexpr int kLockTries = 20;
 constexpr mode_t kOwnerOnly = 0600;
+constexpr mode_t kOthers = 0077;
 
 [[noreturn]] void Fail(const std::string& path, const std::string& why) {
   throw Failure(ExitStatus::kFile, path + ": " + why);
@@ -56,6 +57,7 @@ class FolderLock {
   explicit FolderLock(const std::string& socket_path)
       : folder_(::open(FolderOf(socket_path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
     if (folder_.get() < 0) Fail(FolderOf(socket_path), Reason(errno));
+    CheckOwner(FolderOf(socket_path));
     // Anybody may hold a lock on a folder that all can read, so it is not waited for without end.
     for (int tries = 0; ::flock(folder_.get(), LOCK_EX | LOCK_NB) != 0; ++tries) {
       if (errno != EINTR && errno != EWOULDBLOCK) Fail(FolderOf(socket_path), Reason(errno));
@@ -71,8 +73,40 @@ class FolderLock {
     return path.starts_with('/') ? "/" : ".";
   }
 
+  // Whoever may remove names from the folder could put a socket of his own in the place of this one, and
+  // clients would tell him what they have to say. A group that is the user's own is nobody else.
+  void CheckOwner(const std::string& name) const {
+    struct stat status {};
+    if (::fstat(folder_.get(), &status) != 0) Fail(name, Reason(errno));
+    const bool owned = status.st_uid == ::geteuid() || status.st_uid == 0;
+    const bool shared =
+        (status.st_mode & S_IWOTH) != 0 || ((status.st_mode & S_IWGRP) != 0 && status.st_gid != ::getegid());
+    if (owned && (!shared || (status.st_mode & S_ISVTX) != 0)) return;
+    Fail(name, "other users may replace files of this folder, the socket too; take a folder of your own");
+  }
+
   Descriptor folder_;
 };
+
+// Restores what it was on every way out. There is one thread while the server is made.
+class Mask {
+ public:
+  explicit Mask(mode_t mask) : before_(::umask(mask)) {}
+  ~Mask() { ::umask(before_); }
+  Mask(const Mask&) = delete;
+  Mask& operator=(const Mask&) = delete;
+
+ private:
+  mode_t before_;
+};
+
+// Rights on the socket's file keep others out; whoever comes in all the same, by rights that somebody changed
+// since, is not served either.
+bool IsOwn(int connection) {
+  ucred peer{};
+  socklen_t size = sizeof(peer);
+  return ::getsockopt(connection, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 && peer.uid == ::geteuid();
+}
 
 sockaddr_un AddressOf(const std::string& path) {
   sockaddr_un address{};
@@ -121,6 +155,7 @@ SocketServer::SocketServer(const std::string& path) : path_(path) {
   MakeRoom(path_, address);
   Descriptor socket = NewSocket(path_);
   // Before it has a name, so that there is no moment at which another user could connect.
+  const Mask mask(kOthers);
   if (::fchmod(socket.get(), kOwnerOnly) != 0 ||
       ::bind(socket.get(), Generic(address), sizeof(address)) != 0) {
     Fail(path_, Reason(errno));
@@ -197,7 +232,8 @@ void SocketServer::Accept() {
       pause_accepting_ = errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM;
       return;
     }
-    connections_[++last_].fd = fd;
+    Descriptor connection(fd);
+    if (IsOwn(fd)) connections_[++last_].fd = connection.Release();
   }
 }
 

@@ -34,7 +34,8 @@ class SocketServer {
   };
 
   // Listens at `path`; only the user that this process runs as may connect. What is left there of a server
-  // that did not end well is replaced; where one listens, or where there is something else, throws Failure.
+  // that did not end well is replaced; where one listens, where there is something else, or in a folder in
+  // which others may replace files, throws Failure.
   explicit SocketServer(const std::string& path);
   // Cuts off all clients and removes the socket, unless it is another one by now.
   ~SocketServer();

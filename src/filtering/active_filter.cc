@@ -187,6 +187,7 @@ void PrepareRun(const config::LocalSettings& settings, FilterRun* run) {
   fresh.suppress_opening_alerts = settings.suppress_file_opening_alerts;
   fresh.notification_client = std::move(run->notification_client);
   fresh.notify = run->notify;
+  fresh.overwrite = run->overwrite;
   *run = std::move(fresh);
 }
 

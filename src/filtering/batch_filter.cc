@@ -170,6 +170,7 @@ bool Batch::OpenReportFile() {
     }
     platform.MakeFolder(std::string(common::FolderOf(path)));
   } else {
+    platform.KeepInside(std::string(common::FolderOf(path)));
     path = FreePath(platform, path);
     platform.MakeFolder(std::string(common::FolderOf(path)));
     // The name is taken at once, so that a batch of the same second chooses another.

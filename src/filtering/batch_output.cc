@@ -298,7 +298,9 @@ void OutputSteps::HideBoundaries() {
     return;
   }
   for (const Id document : documents_) {
-    host_.documents.SetSwitch(document, host::DocumentSwitch::kElementBoundaries, false);
+    if (host_.documents.SetSwitch(document, host::DocumentSwitch::kElementBoundaries, false)) continue;
+    const std::string why = HostSays();
+    Incomplete(kStepErrorLine, "QELM_MSG_FILTER_REP_85", std::string(host_.documents.Path(document)), why);
   }
   steps_.Say(kStepLine, "QELM_MSG_FILTER_REP_60");
 }
@@ -364,8 +366,10 @@ void OutputSteps::Export(const ExportForm& form) {
     return;
   }
   const std::string folder = FolderFromOutput(outcome_->folder, settings_.*form.folder);
+  host_.platform.KeepInside(folder);
   if (!host_.platform.MakeFolder(folder)) {
-    Incomplete(kStepErrorLine, form.no_folder_id, folder);
+    const std::string reason = host_.platform.LastError();
+    Incomplete(kStepErrorLine, form.no_folder_id, reason.empty() ? folder : folder + " (" + reason + ")");
     return;
   }
   if (form.format == host::SaveFormat::kPdf) {

@@ -90,6 +90,7 @@ struct BatchContext {
   RunLog log = {};
   std::string notification_client = {};
   bool notify = false;
+  bool overwrite = false;  // as in the run of a filter
   // Whether a book's update that failed for this reason could read and write its files, so that the next one
   // would find the same. Without one every failure is taken for that.
   std::function<bool(std::string_view why)> only_findings = {};

@@ -6,6 +6,7 @@
 #include "filtering/batch_output.h"
 #include "filtering/book_filter.h"
 #include "filtering/components.h"
+#include "filtering/copy_record.h"
 #include "filtering/staged_files.h"
 #include "schemes/scheme_loading.h"
 
@@ -56,13 +57,14 @@ class SchemeRun {
   bool MakeFolder();
   bool UndoKilled();
   void EndFilling();
-  std::string NotWritable();
+  std::string NotWritable(const std::string& path);
   void PrepareFilter();
   FilterContext Filter();
   void FilterBook();
   void FilterCopy();
-  bool MayReplace(const std::string& target);
-  std::string_view RootTag(Id document);
+  bool MayReplace(CopyRecord& record);
+  bool Record(const CopyRecord& record);
+  bool IsAsPlanned();
   void Redirect(Id copy);
   bool Filtered(std::int32_t result);
   void TellResult(const std::string& path);
@@ -127,6 +129,7 @@ bool SchemeRun::MakeFolder() {
     Refuse(kOutputIsSource, "QELM_MSG_FILTER_REP_11", why);
     return false;
   }
+  platform.KeepInside(outcome_->folder);
   if (platform.MakeFolder(outcome_->folder)) return source_.is_book() || UndoKilled();
   steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
   Refuse(0, "QELM_MSG_FILTER_REP_9", outcome_->folder);
@@ -142,7 +145,7 @@ bool SchemeRun::UndoKilled() {
   const bool marked = platform.FileExists(common::JoinPath(folder, std::string(host::kUnfinishedName)));
   if (!platform.BeginFilling(folder)) {
     steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
-    Refuse(kCopyFailed, "QELM_MSG_FILTER_REP_11", NotWritable());
+    Refuse(kCopyFailed, "QELM_MSG_FILTER_REP_11", NotWritable(outcome_->folder));
     return false;
   }
   UndoAbandoned(platform, folder);
@@ -150,10 +153,10 @@ bool SchemeRun::UndoKilled() {
   return true;
 }
 
-// What keeps the output folder from being written, with the host's reason.
-std::string SchemeRun::NotWritable() {
+// What keeps the output folder, or a file in it, from being written, with the host's reason.
+std::string SchemeRun::NotWritable(const std::string& path) {
   const std::string reason = host_.platform.LastError();
-  std::string text = context_.messenger.Format("QELM_MSG_FILTER_52", outcome_->folder);
+  std::string text = context_.messenger.Format("QELM_MSG_FILTER_52", path);
   if (!reason.empty()) text += " (" + reason + ")";
   return text;
 }
@@ -162,7 +165,7 @@ std::string SchemeRun::NotWritable() {
 void SchemeRun::EndFilling() {
   if (host_.platform.EndFilling(outcome_->folder, !outcome_->unsaved) || outcome_->unsaved) return;
   outcome_->complete = false;
-  steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_11", NotWritable());
+  steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_11", NotWritable(outcome_->folder));
 }
 
 // Every filter of a batch deletes from a copy, whatever the settings say for single ones.
@@ -174,6 +177,7 @@ void SchemeRun::PrepareFilter() {
   run_.prompts = false;
   run_.save_first = false;
   run_.redirect_cross_references = true;
+  run_.overwrite = context_.overwrite;
   run_.remove_coloring = RemovesColoring(request_.settings, scheme_.name);
   run_.output_folder = outcome_->folder;
 }
@@ -222,14 +226,10 @@ void SchemeRun::FilterBook() {
   if (book != kNone && book != source_.id()) host_.documents.Close(book, /*discard=*/true);
 }
 
-std::string_view SchemeRun::RootTag(Id document) {
-  const Id root = host_.elements.Root(document, host_.elements.MainFlow(document));
-  if (root == kNone) return {};
-  return host_.definitions.DefinitionName(document, host_.elements.Definition(document, root));
-}
-
-// A document with the root of the source lies there from an earlier run; any other file is somebody's.
-bool SchemeRun::MayReplace(const std::string& target) {
+// What no earlier run put there is somebody's.
+bool SchemeRun::MayReplace(CopyRecord& record) {
+  const std::string& target = record.target();
+  const bool own = record.IsCopyOf(source_.path(), {target}) && record.Has(target);
   if (!host_.platform.FileExists(target)) return true;
   const auto refuse = [&](const char* id) {
     steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
@@ -242,32 +242,47 @@ bool SchemeRun::MayReplace(const std::string& target) {
   for (const host::Link& link : links) {
     if (!link.path.empty() && host_.platform.SameFile(link.path, target)) return refuse("QELM_MSG_FILTER_53");
   }
-  if (batch_scheme_.replaces_own) return true;
-  host::OpenStatus status = host::OpenStatus::kUnreadable;
-  const Id earlier = host_.documents.Open(target, {.visible = false, .suppress_alerts = true}, &status);
-  if (earlier == kNone) return refuse("QELM_MSG_FILTER_REP_28");
-  if (status != host::OpenStatus::kOpened) return refuse("QELM_MSG_FILTER_54");
-  const bool same = !host_.books.IsBook(earlier) && !RootTag(earlier).empty() &&
-                    std::string(RootTag(earlier)) == RootTag(source_.id());
-  host_.documents.Close(earlier, /*discard=*/true);
-  return same || refuse("QELM_MSG_FILTER_REP_28");
+  if (host_.documents.FindOpen(target) != kNone) return refuse("QELM_MSG_FILTER_54");
+  return own || context_.overwrite || batch_scheme_.replaces_own || refuse("QELM_MSG_FILTER_REP_28");
+}
+
+// Before the copy is there: a run that is cut must leave none of which nobody knows.
+bool SchemeRun::Record(const CopyRecord& record) {
+  host::Platform& platform = host_.platform;
+  const std::string text = record.TextFor(source_.path(), {record.target()});
+  if (platform.FileExists(record.path()) && platform.ReadFile(record.path()) == text) return true;
+  if (platform.ReplaceFile(record.path(), text)) return true;
+  Refuse(kCopyFailed, "QELM_MSG_FILTER_REP_11", NotWritable(record.path()));
+  return false;
+}
+
+// The copy is made from the file, and its references are known by their places among those of the source as
+// it was read when the batch began.
+bool SchemeRun::IsAsPlanned() {
+  const std::string_view state = host_.documents.FileStateAsRead(source_.id());
+  if (state.empty() || state == host_.platform.FileState(source_.path())) return true;
+  steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
+  Refuse(kCopyFailed, "QELM_MSG_FILTER_72", source_.path());
+  return false;
 }
 
 void SchemeRun::FilterCopy() {
-  const std::string target = common::JoinPath(outcome_->folder, common::FileName(source_.path()));
-  if (!MayReplace(target)) return;
+  const std::string name(common::FileName(source_.path()));
+  const std::string target = common::JoinPath(outcome_->folder, name);
+  CopyRecord record(host_.platform, outcome_->folder, name);
+  if (!MayReplace(record)) return;
   host::OpenOptions options{.visible = false, .suppress_alerts = true, .as_new = true};
   host::OpenStatus status = host::OpenStatus::kUnreadable;
   const Id copy = host_.documents.Open(source_.path(), options, &status);
   if (copy == kNone || !host_.documents.SetPath(copy, target)) {
     steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
     Refuse(kCopyFailed, "QELM_MSG_FILTER_REP_10", std::string(host_.documents.LastError()));
-  } else {
+  } else if (IsAsPlanned()) {
     Redirect(copy);
     run_.is_copy = true;
     host_.documents.Activate(copy);
     FilterContext filter = Filter();
-    if (Filtered(FilterActiveDocument(filter))) {
+    if (Filtered(FilterActiveDocument(filter)) && Record(record)) {
       outcome_->output = target;
       outcome_->files.push_back(target);
       TellResult(target);

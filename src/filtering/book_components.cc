@@ -157,6 +157,7 @@ void BookComponents::Update() {
   run_.not_updated = SourceInCopy();
   if (run_.not_updated.empty() && host_.books.Update(book_, kUpdated)) return;
   if (run_.not_updated.empty()) run_.not_updated = host_.documents.LastError();
+  if (run_.not_updated.empty()) run_.not_updated = context_.messenger.Get("QELM_MSG_FILTER_73");
   if (!run_.prompts) return;
   context_.messenger.AlertFormatted("QELM_MSG_FILTER_56",
                                     context_.messenger.Format("QELM_MSG_FILTER_56", run_.not_updated));

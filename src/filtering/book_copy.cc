@@ -1,5 +1,7 @@
 #include "filtering/book_copy.h"
 
+#include <algorithm>
+
 #include "common/paths.h"
 #include "common/utf8.h"
 
@@ -14,14 +16,16 @@ constexpr std::size_t kStatusNameLimit = 50;
 
 }  // namespace
 
-BookCopy::BookCopy(host::Host& host, messages::Messenger& messenger, Id book, const std::string& folder,
-                   bool redirect)
+BookCopy::BookCopy(host::Host& host, messages::Messenger& messenger, Id book, const FilterRun& wanted)
     : host_(host),
       messenger_(messenger),
       book_(book),
-      redirect_(redirect),
-      folder_(folder.empty() ? folder : host.platform.ResolvedPath(folder)),
-      plan_(host, book) {}
+      redirect_(wanted.redirect_cross_references),
+      overwrite_(wanted.overwrite),
+      folder_(wanted.output_folder.empty() ? std::string()
+                                           : host.platform.ResolvedPath(wanted.output_folder)),
+      plan_(host, book),
+      record_(host.platform, folder_, common::FileName(plan_.Files().front().source)) {}
 
 std::int32_t BookCopy::Copy() {
   if (folder_.empty()) {
@@ -33,6 +37,7 @@ std::int32_t BookCopy::Copy() {
   if (!plan_.AddShownFiles([this] { return Stopped(); })) return kCopyStopped;
   plan_.ChooseTargets(folder_);
   cut_before_ = host_.platform.FileExists(common::JoinPath(folder_, std::string(host::kUnfinishedName)));
+  host_.platform.KeepInside(folder_);
   StagedFiles staged(host_.platform, folder_);
   if (!staged.MakeFolders() || !host_.platform.BeginFilling(folder_)) {
     FailFile(folder_);
@@ -59,6 +64,11 @@ std::int32_t BookCopy::CopyFiles(StagedFiles* staged) {
     if (Stopped()) return kCopyStopped;
     if (!CopyOne(i, staged)) return kCopyFailed;
   }
+  new_record_ = staged->AddText(record_.TextFor(plan_.Files().front().source, Targets()));
+  if (new_record_.empty()) {
+    FailFile(record_.path());
+    return kCopyFailed;
+  }
   if (Stopped()) return kCopyStopped;
   if (!Place(staged) || !OpenNewBook()) return kCopyFailed;
   staged->Keep();
@@ -72,22 +82,32 @@ void BookCopy::GiveUp() { host_.platform.EndFilling(folder_, false); }
 
 bool BookCopy::Check() { return CheckTargets() && CheckSpace(); }
 
-// A copy must not take the place of what is being copied, by whatever way it would come there, nor of a file
-// that is open. Files of the same names are replaced where an earlier copy of the book lies, complete or not,
-// and nowhere else: in any other folder they are somebody's.
 bool BookCopy::CheckTargets() {
-  const bool copied_before = cut_before_ || host_.platform.FileExists(plan_.Files().front().target);
-  for (const CopyPlan::File& file : plan_.Files()) {
-    if (!host_.platform.FileExists(file.target)) continue;
-    if (!copied_before) return Fail("QELM_MSG_FILTER_60", file.target);
-    if (plan_.FindFile(file.target) != CopyPlan::kNoFile) return Fail("QELM_MSG_FILTER_53", file.target);
-    for (Id open = host_.documents.FirstOpenDocument(); open != kNone;
-         open = host_.documents.NextOpenDocument(open)) {
-      const std::string path(host_.documents.Path(open));
-      if (host_.platform.SameFile(path, file.target)) return Fail("QELM_MSG_FILTER_54", file.target);
-    }
+  const bool copied_before = record_.IsCopyOf(plan_.Files().front().source, Targets());
+  return std::all_of(plan_.Files().begin(), plan_.Files().end(),
+                     [&](const CopyPlan::File& file) { return CheckTarget(file, copied_before); });
+}
+
+// A copy must not take the place of what is being copied, by whatever way it would come there, nor of a file
+// that is open, nor of what no earlier copy put there: that is somebody's.
+bool BookCopy::CheckTarget(const CopyPlan::File& file, bool copied_before) {
+  if (!host_.platform.FileExists(file.target)) return true;
+  if (plan_.FindFile(file.target) != CopyPlan::kNoFile) return Fail("QELM_MSG_FILTER_53", file.target);
+  for (Id open = host_.documents.FirstOpenDocument(); open != kNone;
+       open = host_.documents.NextOpenDocument(open)) {
+    const std::string path(host_.documents.Path(open));
+    if (host_.platform.SameFile(path, file.target)) return Fail("QELM_MSG_FILTER_54", file.target);
   }
-  return true;
+  if (overwrite_ || (copied_before && record_.Has(file.target))) return true;
+  if (copied_before || record_.source().empty()) return Fail("QELM_MSG_FILTER_60", file.target);
+  why_ = messenger_.Format("QELM_MSG_FILTER_71", file.target, record_.source());
+  return false;
+}
+
+std::vector<std::string> BookCopy::Targets() const {
+  std::vector<std::string> targets;
+  for (const CopyPlan::File& file : plan_.Files()) targets.push_back(file.target);
+  return targets;
 }
 
 bool BookCopy::CheckSpace() {
@@ -110,6 +130,9 @@ bool BookCopy::CopyOne(std::size_t number, StagedFiles* staged) {
   const std::string copy = staged->Add(file.source);
   copies_.push_back(copy);
   if (copy.empty()) return FailFile(file.source);
+  // References are known by their places among those of what was read.
+  const bool same = file.state.empty() || host_.platform.FileState(file.source) == file.state;
+  if (!same) return Fail("QELM_MSG_FILTER_72", file.source);
   return file.role == Role::kBook ? NameComponents(copy) : Redirect(number, copy);
 }
 
@@ -184,6 +207,7 @@ bool BookCopy::SaveCopy(Id document, const std::string& copy) {
 }
 
 bool BookCopy::Place(StagedFiles* staged) {
+  if (!staged->Place(new_record_, record_.path())) return FailFile(record_.path());
   // The book comes last, so that whoever waits for it finds all that it names.
   for (std::size_t i = plan_.Files().size(); i-- > 0;) {
     if (!staged->Place(copies_[i], plan_.Files()[i].target)) {

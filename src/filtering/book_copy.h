@@ -10,7 +10,8 @@
 // references are to be redirected.
 //
 // The copy comes into the output folder as a whole or not at all (staged_files.h). Files that lie there under
-// names of the copy are replaced, others stay. The sources are only read.
+// names of the copy are replaced when an earlier copy of the same book put them there (copy_record.h); else
+// nothing is copied. Others stay. The sources are only read.
 //
 // What was copied is not what is wanted before it is filtered. Until the folder is said to be complete it is
 // marked as one that is not (Platform::BeginFilling), also when the program ends meanwhile.
@@ -21,6 +22,7 @@
 #include <unordered_set>
 
 #include "filtering/copy_plan.h"
+#include "filtering/copy_record.h"
 #include "filtering/staged_files.h"
 #include "messages/messenger.h"
 
@@ -31,9 +33,9 @@ inline constexpr std::int32_t kCopyStopped = 210;
 
 class BookCopy {
  public:
-  // The roles and the messenger must outlive this. Nothing is done yet.
-  BookCopy(host::Host& host, messages::Messenger& messenger, host::Id book, const std::string& folder,
-           bool redirect);
+  // Copies as the run says: into its output folder, redirecting references or not, overwriting what is
+  // somebody else's or not. The roles and the messenger must outlive this. Nothing is done yet.
+  BookCopy(host::Host& host, messages::Messenger& messenger, host::Id book, const FilterRun& wanted);
 
   // Takes note of a component and what it refers to. Its document is open; what is copied is its file. False
   // when the host does not tell what it refers to.
@@ -64,6 +66,8 @@ class BookCopy {
   std::int32_t CopyFiles(StagedFiles* staged);
   bool Check();
   bool CheckTargets();
+  bool CheckTarget(const CopyPlan::File& file, bool copied_before);
+  std::vector<std::string> Targets() const;
   bool CheckSpace();
   bool CopyOne(std::size_t number, StagedFiles* staged);
   bool Redirect(std::size_t number, const std::string& copy);
@@ -83,10 +87,13 @@ class BookCopy {
   messages::Messenger& messenger_;
   host::Id book_;
   bool redirect_;
+  bool overwrite_;
   std::string folder_;
   CopyPlan plan_;
+  CopyRecord record_;
   std::unordered_set<host::Id> left_out_;
   std::vector<std::string> copies_;  // where the copy of each file is until it is placed
+  std::string new_record_;           // likewise
   host::Id new_book_ = host::kNone;
   std::string why_;
   std::vector<std::string> made_folders_;

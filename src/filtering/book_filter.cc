@@ -48,7 +48,7 @@ class BookFilter {
   void TellUnchanged();
   bool GoesElsewhere();
   std::string FullyFiltered() const;
-  void SetEntryTexts(Id book);
+  bool SetEntryTexts(Id book);
   void Conclude();
   void Elapsed();
 
@@ -113,8 +113,7 @@ void BookFilter::Run() {
   run_.result_book = book_;
   const bool ready = !Copies() || CopyBook();
   if (ready) {
-    if (!run_.dry_run) SetEntryTexts(run_.result_book);
-    FilterComponents(context_, run_.result_book);
+    if (run_.dry_run || SetEntryTexts(run_.result_book)) FilterComponents(context_, run_.result_book);
     if (Copies()) EndCopy();
   } else if (run_.ending != Ending::kByUser) {
     return;
@@ -133,7 +132,7 @@ bool BookFilter::SaveFirst() {
 
 bool BookFilter::Preprocess() {
   if (Copies()) {
-    copy_.emplace(host_, messenger_, book_, run_.output_folder, run_.redirect_cross_references);
+    copy_.emplace(host_, messenger_, book_, run_);
   }
   for (Id component = host_.books.FirstComponent(book_); component != kNone;
        component = host_.books.NextComponent(book_, component)) {
@@ -192,13 +191,18 @@ void BookFilter::TellPassedOver() {
 }
 
 // In mode 3 the texts are those of the new book: the source stays what it is.
-void BookFilter::SetEntryTexts(Id book) {
+bool BookFilter::SetEntryTexts(Id book) {
   for (const FilteredComponent& entry : run_.components) {
     if (!entry.opened) continue;
     const bool none = entry.root_filtered && run_.mode == LaunchMode::kDuplicate;
     if (entry.root_filtered && !none) continue;
-    host_.books.SetEntryText(book, entry.component, none ? kNoEntryText : "");
+    if (host_.books.SetEntryText(book, entry.component, none ? kNoEntryText : "")) continue;
+    const std::string path(host_.documents.Path(book));
+    const std::string why(host_.documents.LastError());
+    return EndFormatted(Ending::kNotSaved, "QELM_MSG_FILTER_57",
+                        messenger_.Format("QELM_MSG_FILTER_57", path, why));
   }
+  return true;
 }
 
 void BookFilter::TellUnchanged() {
@@ -275,6 +279,15 @@ void BookFilter::Elapsed() {
        messenger_.Format("QELM_MSG_FILTER_14", seconds / kSecondsAMinute, seconds % kSecondsAMinute));
 }
 
+// Saves the documents of a new book as the run is through with them, and closes those that it opened.
+ComponentSink SavingComponents(host::Documents& documents) {
+  return [&documents](Id document, bool opened, ComponentStage stage) {
+    const bool saved = stage != ComponentStage::kFinished || documents.Save(document, {});
+    if (opened && saved) documents.Close(document, /*discard=*/true);
+    return saved;
+  };
+}
+
 }  // namespace
 
 std::string OutputFolder(std::string_view book_path, std::string_view text) {
@@ -286,12 +299,24 @@ std::string OutputFolder(std::string_view book_path, std::string_view text) {
   return folder;
 }
 
-ComponentSink SavingComponents(host::Documents& documents) {
-  return [&documents](Id document, bool opened, ComponentStage stage) {
-    const bool saved = stage != ComponentStage::kFinished || documents.Save(document, {});
-    if (opened && saved) documents.Close(document, /*discard=*/true);
-    return saved;
-  };
+std::int32_t FilterAndSaveActiveBook(FilterContext& context) {
+  FilterRun& run = context.run;
+  host::Host& host = context.host;
+  if (run.mode != LaunchMode::kDuplicate || run.dry_run) return FilterActiveBook(context);
+  context.component_done = SavingComponents(host.documents);
+  context.caller_ends_filling = true;
+  const std::int32_t result = FilterActiveBook(context);
+  if (result != kDone) return result;
+  const bool saved = host.documents.Save(run.result_book, {});
+  const std::string path(host.documents.Path(run.result_book));
+  std::string why(host.documents.LastError());
+  const bool ended = host.platform.EndFilling(run.output_folder, saved);
+  if (saved && ended) return kDone;
+  if (saved) why = host.platform.LastError();
+  run.ending = Ending::kNotSaved;
+  run.why = context.messenger.Format("QELM_MSG_FILTER_57", path, why);
+  if (run.prompts) context.messenger.AlertFormatted("QELM_MSG_FILTER_57", run.why);
+  return kCopyFailed;
 }
 
 std::int32_t FilterActiveBook(FilterContext& context) {

@@ -21,8 +21,10 @@ std::int32_t FilterActiveBook(FilterContext& context);
 // Empty when the text is.
 std::string OutputFolder(std::string_view book_path, std::string_view text);
 
-// Saves the documents of a new book as the run is through with them, and closes those that it opened.
-ComponentSink SavingComponents(host::Documents& documents);
+// The same, and in mode 3 saves what comes of it: each document of the new book when the run is through with
+// it, and the book at the end. kCopyFailed also when the book cannot be saved; its folder stays marked as one
+// that is not complete then.
+std::int32_t FilterAndSaveActiveBook(FilterContext& context);
 
 // Filters the documents of a book and updates the book. The outcome is in the run's cancel flag, ending,
 // counts and components.

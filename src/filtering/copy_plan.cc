@@ -28,6 +28,11 @@ std::vector<std::string> NamesFor(const std::string& path) {
   return names;
 }
 
+// A drive is the root of a path of another system.
+bool IsAbsolute(const std::string& path) {
+  return common::IsAbsolutePath(path) || (path.size() > 1 && path[1] == ':');
+}
+
 // What leads from `from` to `path`; empty for nothing.
 std::string Below(const std::string& from, const std::string& path) {
   const std::string relative = fs::path(path).lexically_relative(from).string();
@@ -41,11 +46,16 @@ CopyPlan::CopyPlan(host::Host& host, Id book) : host_(host) {
   const std::string path = PlainPath(host.platform, std::string(host.documents.Path(book)));
   book_folder_ = common::FolderOf(path);
   AddFile(Role::kBook, path);
+  files_.front().state = host.documents.FileStateAsRead(book);
 }
 
 std::size_t CopyPlan::AddFile(Role role, const std::string& source) {
   const auto [entry, is_new] = by_source_.try_emplace(host_.platform.ResolvedPath(source), files_.size());
-  if (is_new) files_.push_back({role, kNone, PlainPath(host_.platform, source), {}, {}});
+  if (is_new) {
+    File& file = files_.emplace_back();
+    file.role = role;
+    file.source = PlainPath(host_.platform, source);
+  }
   return entry->second;
 }
 
@@ -62,17 +72,50 @@ bool CopyPlan::AddComponent(Id component, Id document) {
   return ReadReferences(file, document);
 }
 
+// What is copied is the file, in which the references are others than in a document with unsaved changes, or
+// in one that somebody else saved since it was opened.
 bool CopyPlan::ReadReferences(std::size_t file, Id document) {
+  std::string& state = files_[file].state;
+  state = host_.documents.FileStateAsRead(document);
+  const bool same = state.empty() || state == host_.platform.FileState(files_[file].source);
+  if (!same || host_.documents.Switch(document, host::DocumentSwitch::kModified)) {
+    return ReadReferencesOfFile(file);
+  }
   std::vector<host::Link> links;
   if (!host_.links.Read(document, &links)) return false;
+  for (std::uint32_t i = 0; i < links.size(); ++i) AddReference(file, i, links[i].kind, links[i].path);
+  return true;
+}
+
+bool CopyPlan::ReadReferencesOfFile(std::size_t file) {
+  files_[file].state = host_.platform.FileState(files_[file].source);
+  std::vector<host::Link> links;
+  if (!ReadAsWritten(file, &links)) return false;
+  const std::string folder(common::FolderOf(files_[file].source));
   for (std::uint32_t i = 0; i < links.size(); ++i) {
-    const host::Link& link = links[i];
-    if (link.path.empty()) continue;
-    const bool inset = link.kind == LinkKind::kTextInset;
-    const bool shown = inset || link.kind == LinkKind::kGraphic;
-    files_[file].references.push_back({i, Intern(PlainPath(host_.platform, link.path)), false, shown, inset});
+    const std::string& path = links[i].path;
+    const bool relative = !path.empty() && !IsAbsolute(path);
+    AddReference(file, i, links[i].kind, relative ? common::JoinPath(folder, path) : path);
   }
   return true;
+}
+
+void CopyPlan::AddReference(std::size_t file, std::uint32_t number, LinkKind kind, const std::string& path) {
+  if (path.empty()) return;
+  const bool inset = kind == LinkKind::kTextInset;
+  const bool shown = inset || kind == LinkKind::kGraphic;
+  files_[file].references.push_back({number, Intern(PlainPath(host_.platform, path)), false, shown, inset});
+}
+
+// Opened as new, a document lies nowhere: what is absolute then is written so.
+bool CopyPlan::ReadAsWritten(std::size_t file, std::vector<host::Link>* links) {
+  host::OpenOptions options{.visible = false, .suppress_alerts = true, .as_new = true};
+  host::OpenStatus status = host::OpenStatus::kUnreadable;
+  const Id document = host_.documents.Open(files_[file].source, options, &status);
+  if (document == kNone) return false;
+  const bool read = host_.links.Read(document, links);
+  host_.documents.Close(document, true);
+  return read;
 }
 
 bool CopyPlan::AddShownFiles(const std::function<bool()>& stopped) {
@@ -104,23 +147,14 @@ void CopyPlan::ReadInset(std::size_t file) {
   if (status == host::OpenStatus::kOpened) host_.documents.Close(document, true);
 }
 
-// Opened as new, a document lies nowhere: what is absolute then is written so.
 void CopyPlan::LearnSpelling(std::size_t file) {
   if (files_[file].spelling_known) return;
   files_[file].spelling_known = true;
-  host::OpenOptions options{.visible = false, .suppress_alerts = true, .as_new = true};
-  host::OpenStatus status = host::OpenStatus::kUnreadable;
-  const Id document = host_.documents.Open(files_[file].source, options, &status);
-  if (document == kNone) return;
   std::vector<host::Link> links;
-  host_.links.Read(document, &links);
+  if (!ReadAsWritten(file, &links)) return;
   for (Reference& reference : files_[file].references) {
-    if (reference.link >= links.size()) continue;
-    const std::string& path = links[reference.link].path;
-    // A drive is the root of a path of another system.
-    reference.absolute = common::IsAbsolutePath(path) || (path.size() > 1 && path[1] == ':');
+    if (reference.link < links.size()) reference.absolute = IsAbsolute(links[reference.link].path);
   }
-  host_.documents.Close(document, true);
 }
 
 bool CopyPlan::IsBelowBook(const std::string& path) const { return !Below(book_folder_, path).empty(); }

@@ -28,6 +28,7 @@ class CopyPlan {
     CopiedFile::Role role = CopiedFile::Role::kComponent;
     host::Id component = host::kNone;
     std::string source;
+    std::string state;   // of the source, when its references were read; empty: not known
     std::string target;  // after ChooseTargets
     std::vector<Reference> references;
     bool spelling_known = false;
@@ -64,6 +65,9 @@ class CopyPlan {
  private:
   std::size_t AddFile(CopiedFile::Role role, const std::string& source);
   bool ReadReferences(std::size_t file, host::Id document);
+  bool ReadReferencesOfFile(std::size_t file);
+  bool ReadAsWritten(std::size_t file, std::vector<host::Link>* links);
+  void AddReference(std::size_t file, std::uint32_t number, host::LinkKind kind, const std::string& path);
   std::uint32_t Intern(const std::string& path);
   void ReadInset(std::size_t file);
   void LearnSpelling(std::size_t file);

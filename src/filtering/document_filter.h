@@ -48,7 +48,7 @@ struct FilterContext {
 };
 
 // Fills what was asked for in a run from the local settings, and clears what came of the last one. The
-// notification client and its status stay.
+// notification client and its status stay, and whether to overwrite.
 void PrepareRun(const config::LocalSettings& settings, FilterRun* run);
 
 // Filters the active document from the first question to the last message. Returns kDone, kNoDocument,

@@ -103,9 +103,10 @@ struct FilterRun : FilterCounts {
   std::string notification_client;
   bool notify = false;
   std::string
-      duplicate_path;    // where mode 3 puts the copy; empty: beside the document, by QELM_MSG_FILTER_17
-  bool is_copy = false;  // the document is a copy, or the caller saves it as one: mode 3 makes none
-  bool dry_run = false;  // only count verdicts; nothing is hidden, deleted, created, copied or saved
+      duplicate_path;      // where mode 3 puts the copy; empty: beside the document, by QELM_MSG_FILTER_17
+  bool is_copy = false;    // the document is a copy, or the caller saves it as one: mode 3 makes none
+  bool overwrite = false;  // a copy may replace files of its names that are of no earlier copy of its source
+  bool dry_run = false;    // only count verdicts; nothing is hidden, deleted, created, copied or saved
 
   // For books.
   std::string output_folder;  // where mode 3 puts the new book

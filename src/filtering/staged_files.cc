@@ -115,11 +115,19 @@ bool StagedFiles::MakeFolder(const std::string& folder) {
   return missing.empty() || platform_.MakeFolder(folder);
 }
 
+// The name has no ending, so that a file is saved in the format that it has.
+std::string StagedFiles::NextStaged() {
+  return staged_.emplace_back(common::JoinPath(stage_, std::to_string(staged_.size())));
+}
+
 std::string StagedFiles::Add(const std::string& source) {
-  // The name has no ending, so that a file is saved in the format that it has.
-  const std::string path = common::JoinPath(stage_, std::to_string(staged_.size()));
-  staged_.push_back(path);
+  std::string path = NextStaged();
   return platform_.CopyFile(source, path) ? path : std::string();
+}
+
+std::string StagedFiles::AddText(std::string_view content) {
+  std::string path = NextStaged();
+  return platform_.ReplaceFile(path, content) ? path : std::string();
 }
 
 bool StagedFiles::Place(const std::string& staged, const std::string& target) {

@@ -39,6 +39,9 @@ class StagedFiles {
   // Copies a file; returns where the copy is, empty when it could not be made.
   std::string Add(const std::string& source);
 
+  // Makes a file with this content; returns where it is, empty when it could not be made.
+  std::string AddText(std::string_view content);
+
   // Moves a file to its target, which lies in the folder or in one below that is made. False when it could
   // not be done.
   bool Place(const std::string& staged, const std::string& target);
@@ -60,6 +63,7 @@ class StagedFiles {
   };
 
   bool MakeFolder(const std::string& folder);
+  std::string NextStaged();
   bool List(const std::string& staged, const std::string& target);
   void Remove(const std::string& file);
   void RemoveStage();

@@ -34,6 +34,7 @@ filtering::BatchContext BatchContextOf(Plugin& plugin) {
   context.log = filtering::LogOf(plugin.debug_log);
   context.notification_client = plugin.filter_run.notification_client;
   context.notify = plugin.filter_run.notify;
+  context.overwrite = plugin.filter_run.overwrite;
   return context;
 }
 

@@ -131,10 +131,7 @@ std::int32_t FilterOnCommand(Plugin& plugin, TargetKind target) {
   filtering::FilterContext context = FilterContextOf(plugin);
   if (!for_book) return filtering::FilterActiveDocument(context);
   // The files of a new book are there before they are filtered, and would stay so if nobody saved them.
-  if (plugin.filter_run.mode == filtering::LaunchMode::kDuplicate) {
-    context.component_done = filtering::SavingComponents(documents);
-  }
-  return filtering::FilterActiveBook(context);
+  return filtering::FilterAndSaveActiveBook(context);
 }
 
 std::int32_t BatchOnCommand(Plugin& plugin) {

@@ -180,7 +180,10 @@ TEST_F(Batch, RunThatWasCutShortIsTakenUpAgain) {
   }
   EXPECT_FALSE(fs::exists(program.folder.File("cut/Service/operation.mif")));
   // A killed run has begun a scheme and has no record of it.
-  program.folder.Write("cut/Service/operation.mif", program.folder.Read("whole/Deutsch/operation.mif"));
+  for (const char* name : {"operation.mif", ".qelm-made-operation.mif.txt"}) {
+    program.folder.Write("cut/Service/" + std::string(name),
+                         program.folder.Read("whole/Deutsch/" + std::string(name)));
+  }
   EXPECT_EQ(Resumed(run("cut", {"--resume"})), Names{"Operator P100"});
   EXPECT_TRUE(Output("cut") == Output("whole"));
 
@@ -201,6 +204,8 @@ TEST_F(Batch, FilesThatAreNotItsOwnStay) {
   EXPECT_EQ(schemes[2]["result"], 106);
   EXPECT_NE(schemes[2]["steps"].back()["text"].get<std::string>().find(notes), std::string::npos);
   EXPECT_EQ(program.folder.Read("out/Service/operation.mif"), "notes");
+  EXPECT_EQ(Run("out", {"--json", "--overwrite"}, "operation.mif").Json()["schemes"][2]["result"], 1);
+  EXPECT_EQ(Run("out", {"--json"}, "operation.mif").Json()["schemes"][2]["result"], 1);
   EXPECT_EQ(schemes[3]["result"], 1);
   EXPECT_FALSE(fs::exists(left));
 

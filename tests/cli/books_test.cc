@@ -111,6 +111,39 @@ TEST_F(Books, CopyHasTheSameLinksAsItsSource) {
   EXPECT_EQ(links(out), links(source));
 }
 
+TEST_F(Books, OnlyWhatAnEarlierCopyPutThereIsReplaced) {
+  const auto copy = [&](const std::string& book, const std::string& option = "--quiet") {
+    return program.Run({"filter", book, "--scheme", "By/path/No users", "--mode", "duplicate",
+                        "--output-folder", program.folder.File("out"), option});
+  };
+  const auto expect_refused = [&](const std::string& book, const std::string& said) {
+    const Snapshot before = TakeSnapshot(program.folder.File("out"));
+    const ProgramResult result = copy(book);
+    EXPECT_NE(result.status, 0);
+    EXPECT_NE(result.err.find(said), std::string::npos) << result.err;
+    EXPECT_EQ(TakeSnapshot(program.folder.File("out")), before);
+  };
+  const std::string book = SmallBook();
+  for (int run = 1; run < 3; ++run) EXPECT_EQ(copy(book).status, 0) << run;
+
+  const std::string notes = program.folder.Write("out/d.mif", "somebody's");
+  program.folder.Write("source/d.mif", program.folder.Read("doc.mif"));
+  program.folder.Write("source/book.mif", testing::MifBook({"<c>a.mif", "<c>b.mif", "<c>c.mif", "<c>d.mif"}));
+  expect_refused(book, notes);
+  fs::remove(notes);
+  EXPECT_EQ(copy(book).status, 0) << "a component more";
+
+  fs::rename(program.folder.File("source"), program.folder.File("moved"));
+  const std::string moved = program.folder.File("moved/book.mif");
+  EXPECT_EQ(copy(moved).status, 0) << "the same from another place";
+  SmallBook();
+  expect_refused(book, moved);
+  EXPECT_EQ(copy(book, "--overwrite").status, 0);
+  EXPECT_EQ(copy(book).status, 0) << "it is of this book now";
+  fs::remove(program.folder.File("out/.qelm-made-book.mif.txt"));
+  expect_refused(book, "no earlier copy");
+}
+
 TEST_F(Books, ExampleIsFilteredInPlaceInBothModesAndRestored) {
   const std::string source = CopyOf(kPump);
   const std::string book = source + "/pump.book.mif";

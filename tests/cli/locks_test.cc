@@ -87,6 +87,46 @@ TEST(NoWayIn, DevicesAndPipesAreNotRead) {
   }
 }
 
+// What lies in an output folder before the run.
+TEST(NoWayIn, LinksLeadNoOutputOutOfItsFolder) {
+  const std::string pump = QELM_SOURCE_DIR "/examples/pump";
+  const struct {
+    const char* what;
+    const char* link;  // in the output folder, to a folder with somebody's files
+    const char* file;  // or to a file
+  } kRows[] = {
+      {"pump.book.mif", "graphics", ""},
+      {"operation.mif", "pdf", ""},
+      {"operation.mif", "operation.mif", "operation.mif"},
+      {"operation.mif", "../.qelm-batch", ""},
+      {"operation.mif", ".qelm-made-operation.mif.txt", "operation.mif"},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(std::string(row.what) + " " + row.link);
+    Program program;
+    const std::string theirs = program.folder.Write("theirs/operation.mif", "theirs");
+    const std::string out = program.folder.File("out/Service");
+    fs::create_directories(out);
+    fs::create_symlink(fs::path(program.folder.File("theirs")) / row.file, fs::path(out) / row.link);
+    const ProgramResult result =
+        program.RunPlain({"batch", pump + "/" + row.what, "--category", "Editions", "--output",
+                          program.folder.File("out") + "/<scheme_name>", "--overwrite", "--shard", "3/5",
+                          "--variables", pump + "/variables", "--profile", program.folder.File("profile")});
+    EXPECT_NE((result.out + result.err).find("link leads out"), std::string::npos) << result.out;
+    EXPECT_EQ(program.folder.Read("theirs/operation.mif"), "theirs");
+    EXPECT_EQ(std::distance(fs::directory_iterator(program.folder.File("theirs")), {}), 1);
+  }
+  // The user's own link to a folder is a folder.
+  Program program;
+  fs::create_directory(program.folder.File("other"));
+  fs::create_directory_symlink(program.folder.File("other"), program.folder.File("mine"));
+  const ProgramResult result = program.RunPlain(
+      {"filter", pump + "/pump.book.mif", "--scheme", "Audience/Beginner", "--mode", "duplicate",
+       "--output-folder", program.folder.File("mine"), "--profile", program.folder.File("profile")});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_TRUE(fs::exists(program.folder.File("other/graphics/pump.png")));
+}
+
 TEST(NoWayIn, XmlReadsNothingOutsideItsFile) {
   Program program;
   const std::string secret = program.folder.Write("secret.txt", "the secret");
@@ -96,15 +136,6 @@ TEST(NoWayIn, XmlReadsNothingOutsideItsFile) {
                                         secret + "\">]>\n<Doc><P>&x;&said;</P></Doc>\n");
   const ProgramResult result = program.Run({"dump", path});
   EXPECT_EQ(result.out.find("the secret"), std::string::npos) << result.out;
-  std::string laughs = "<!DOCTYPE Doc [<!ENTITY a0 'ha'>";
-  for (int i = 1; i < 40; ++i) {
-    const std::string inner = "&a" + std::to_string(i - 1) + ";";
-    laughs += "<!ENTITY a" + std::to_string(i) + " '" + inner + inner + "'>";
-  }
-  const ProgramResult bomb =
-      program.Run({"info", program.folder.Write("b.xml", laughs + "]><Doc>&a39;</Doc>")});
-  EXPECT_EQ(bomb.status, 3);
-  EXPECT_NE(bomb.err.find("amplification"), std::string::npos) << bomb.err;
 }
 
 }  // namespace

@@ -265,6 +265,29 @@ TEST_F(Serve, TheSocketIsTheOwnersAndGoesAtTheEnd) {
   EXPECT_EQ(program_.folder.Read("doc.mif"), before);
 }
 
+TEST_F(Serve, OthersAreNotServed) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only the administrator can be somebody else";
+  // As if somebody had opened the way since.
+  for (const std::string& path : {program_.folder.path(), server_.path()}) {
+    ASSERT_EQ(::chmod(path.c_str(), 0777), 0);
+  }
+  const pid_t other = ::fork();
+  if (other == 0) {
+    if (::setuid(65534) != 0) ::_exit(1);
+    Client client(server_.path());
+    ::_exit(!client.connected() ? 2 : client.Ask(kHello).empty() ? 0 : 3);
+  }
+  int status = 0;
+  ASSERT_EQ(::waitpid(other, &status, 0), other);
+  EXPECT_EQ(status, 0) << "no answer came";
+  EXPECT_EQ(Client(server_.path()).Ask(kHello), kOne);
+  const std::string beside = program_.folder.File("beside");
+  const ProgramResult open = program_.Run({"serve", "--socket", beside});
+  EXPECT_EQ(open.status, 3);
+  EXPECT_NE(open.err.find("other users"), std::string::npos) << open.err;
+  EXPECT_FALSE(std::filesystem::exists(beside));
+}
+
 // Whoever opens a pipe waits for its other end.
 TEST_F(Serve, PipesAndPagesAreNotOpenedOrSaved) {
   const std::string pipe = program_.folder.File("pipe");

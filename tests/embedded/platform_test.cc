@@ -43,6 +43,39 @@ TEST(ReplaceFile, FollowsALinkToItsTarget) {
   EXPECT_EQ(folder.Read("shared/a.mif"), "new");
 }
 
+TEST(Platform, LinksLeadNoOperationOutOfAFolder) {
+  const testing::TempFolder folder;
+  PosixPlatform platform;
+  folder.Write("theirs/a.txt", "theirs");
+  folder.Write("out/own/a.txt", "own");
+  folder.Write("out/b.txt", "own");
+  std::filesystem::create_directory(folder.File("theirs/empty"));
+  std::filesystem::create_directory_symlink(folder.File("theirs"), folder.File("out/away"));
+  std::filesystem::create_symlink(folder.File("theirs/a.txt"), folder.File("out/file"));
+  std::filesystem::create_directory_symlink("own", folder.File("out/inside"));
+  std::filesystem::create_directory_symlink(folder.File("out"), folder.File("mine"));
+  platform.KeepInside(folder.File("mine"));
+  for (const std::string& out : {folder.File("out/"), folder.File("mine/")}) {
+    EXPECT_FALSE(platform.ReplaceFile(out + "away/a.txt", "new"));
+    EXPECT_NE(platform.LastError().find("link leads out"), std::string::npos) << platform.LastError();
+    EXPECT_FALSE(platform.ReplaceFile(out + "file", "new"));
+    EXPECT_FALSE(platform.ReplaceFile(out + "own/../away/../theirs/a.txt", "new"));
+    EXPECT_FALSE(platform.AppendFile(out + "file", "new"));
+    EXPECT_FALSE(platform.CopyFile(out + "b.txt", out + "away/b.txt"));
+    EXPECT_FALSE(platform.MoveFile(out + "b.txt", out + "away/b.txt"));
+    EXPECT_FALSE(platform.MoveFile(out + "away/a.txt", out + "c.txt"));
+    EXPECT_FALSE(platform.RemoveFile(out + "away/a.txt"));
+    EXPECT_FALSE(platform.MakeFolder(out + "away/new"));
+    EXPECT_FALSE(platform.RemoveFolder(out + "away/empty"));
+    EXPECT_TRUE(platform.ReplaceFile(out + "inside/a.txt", "new"));
+    EXPECT_TRUE(platform.MakeFolder(out + "new/newer"));
+  }
+  EXPECT_EQ(folder.Read("theirs/a.txt"), "theirs");
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.File("theirs")), {}), 2);
+  EXPECT_EQ(folder.Read("out/own/a.txt"), "new");
+  EXPECT_TRUE(platform.RemoveFile(folder.File("out/file"))) << "the link itself";
+}
+
 TEST(ReplaceFile, WhatCannotBeReplacedStaysAndSaysWhy) {
   const TempFolder folder;
   PosixPlatform platform;

@@ -202,7 +202,7 @@ TEST(BookFilter, EmptiedComponentsGoWithTheirFiles) {
   EXPECT_EQ(left, (Texts{"b.mif", "d.mif", "e.mif"})) << "what was empty before the filter is the user's";
   EXPECT_EQ(session.run.removed_files,
             (Texts{session.folder.File("out/a.mif"), session.folder.File("out/c.mif")}));
-  EXPECT_EQ(session.Files("out").size(), 4U);
+  EXPECT_EQ(session.Files("out").size(), 5U);
   EXPECT_TRUE(session.run.components[0].emptied && session.run.components[0].removed);
 }
 
@@ -247,6 +247,70 @@ TEST(BookFilter, ReferencesLeadWhereTheyDidFromTheNewPlace) {
   }
 }
 
+// Somebody adds a reference before the others, at each moment of the run in turn.
+TEST(BookFilter, SourceThatIsSavedMeanwhileHasNoReferenceChangedInTheWrongPlace) {
+  const auto document = [](const std::string& first) {
+    return testing::Mif("<Doc>\n" + first + Graphic("<u><c>logos<c>up.png") + CrossReference("<c>b.mif") +
+                        "</Doc>");
+  };
+  std::size_t refused = 0;
+  for (int poll = 1; refused < 100; ++poll) {
+    BookSession session(testing::Components{{"a.mif", "Doc()"}, {"b.mif", "Doc(P('b'))"}});
+    session.folder.Write("logos/up.png", "up");
+    session.folder.Write("src/a.mif", document(""));
+    session.user.at_poll = [&](int number) {
+      if (number == poll) session.folder.Write("src/a.mif", document(CrossReference("<c>missing.mif")));
+    };
+    const std::int32_t result = session.Filter(NoX(), Copying());
+    if (session.user.polls < poll) break;
+    const std::string copy = session.folder.Read("out/a.mif");
+    if (result != kDone) {
+      EXPECT_NE(session.run.why.find("FILTER_72"), std::string::npos) << session.run.why;
+      EXPECT_TRUE(session.Files("out").empty());
+      ++refused;
+      continue;
+    }
+    EXPECT_NE(copy.find("`<c\\>logos<c\\>up.png'"), std::string::npos) << poll;
+    EXPECT_NE(copy.find("`<c\\>b.mif'"), std::string::npos) << poll;
+  }
+  EXPECT_GT(refused, 0U);
+}
+
+// A run in another process fills the folder around this one's.
+TEST(BookFilter, CopyForAClientIsMarkedUntilItsBookIsSaved) {
+  for (int save = 1;; ++save) {
+    SCOPED_TRACE(save);
+    BookSession session(kThree);
+    embedded::adapter::PosixPlatform other;
+    std::filesystem::create_directory(session.folder.File("outer"));
+    ASSERT_TRUE(other.BeginFilling(session.folder.File("outer")));
+    FilterRun wanted = Copying();
+    wanted.output_folder = session.folder.File("outer/out");
+    session.as_client = true;
+    FailingHost failing(session.inner());
+    failing.FailAt("Documents::Save", save);
+    const std::int32_t result = session.FilterThrough(failing.roles(), NoX(), wanted);
+    const bool copied = !session.run.copied.empty();
+    EXPECT_EQ(session.Files("outer/out").contains(std::string(host::kUnfinishedName)),
+              copied && result != kDone);
+    if (failing.failed().empty()) {
+      EXPECT_EQ(result, kDone);
+      EXPECT_EQ(session.Outline("outer/out/a.mif"), "Doc(P('a'))");
+      EXPECT_GT(save, 3) << "the documents and the book";
+      break;
+    }
+    EXPECT_NE(result, kDone);
+  }
+}
+
+TEST(BookFilter, UpdateThatFailsWithoutAReasonIsTold) {
+  BookSession session(kThree);
+  FailingHost failing(session.inner());
+  failing.FailAt("Books::Update", 1);
+  session.FilterThrough(failing.roles(), NoX(), InMode(LaunchMode::kSourceRestoreFirst));
+  EXPECT_FALSE(session.run.not_updated.empty());
+}
+
 TEST(BookFilter, GeneratedComponentsStayWithWhatTheyShow) {
   BookSession session(testing::Components{{"a.mif", "Doc(P x=('gone') P('a'))"}});
   session.folder.Write("src/toc.mif",
@@ -267,8 +331,11 @@ TEST(BookFilter, GeneratedComponentsStayWithWhatTheyShow) {
 }
 
 // Leaves an earlier copy of the book, of which only this much is there.
+const Files kYesterday = {{".qelm-made-book.mif.txt", "source ../src/book.mif\nfile a.mif\nfile book.mif\n"},
+                          {"a.mif", "of yesterday"},
+                          {"book.mif", "of yesterday"}};
 void CopyOfYesterday(BookSession& session) {
-  for (const char* name : {"out/a.mif", "out/book.mif"}) session.folder.Write(name, "of yesterday");
+  for (const auto& [name, content] : kYesterday) session.folder.Write("out/" + name, content);
 }
 
 TEST(BookFilter, FilesThatWereInTheOutputFolderStayOrAreReplaced) {
@@ -280,7 +347,7 @@ TEST(BookFilter, FilesThatWereInTheOutputFolderStayOrAreReplaced) {
   EXPECT_EQ(session.Filter(NoX(), wanted), kDone);
   EXPECT_EQ(session.Outline("out/a.mif"), "Doc(P('a'))");
   EXPECT_EQ(session.folder.Read("out/notes.txt"), "mine");
-  EXPECT_EQ(session.Files("out").size(), 6U);
+  EXPECT_EQ(session.Files("out").size(), 7U);
 
   BookSession other(kThree);
   other.folder.Write("out/a.mif", "of another book");
@@ -339,7 +406,7 @@ TEST(BookFilter, CancelledCopyLeavesNothingAndACompleteOneStays) {
     const bool copied = !session.run.copied.empty();
     // The copy is not filtered to its end, and marked so.
     EXPECT_EQ(out.contains(std::string(host::kUnfinishedName)), copied);
-    EXPECT_EQ(out.size(), copied ? 6U : 2U);
+    EXPECT_EQ(out.size(), copied ? 7U : 3U);
     EXPECT_EQ(out.at("a.mif") == "of yesterday", !copied);
     const bool stopped = CountOf(session.user.shown, "QELM_MSG_FILTER_23") != 0;
     const bool early = CountOf(session.user.shown, "QELM_MSG_GEN_13") != 0;
@@ -441,7 +508,7 @@ TEST(BookFilter, EveryHostOperationFailsOnce) {
       EXPECT_EQ(session.Files("src"), before);
       const Files out = session.Files("out");
       if (session.run.copied.empty()) {
-        EXPECT_EQ(out, (Files{{"a.mif", "of yesterday"}, {"book.mif", "of yesterday"}}));
+        EXPECT_EQ(out, kYesterday);
       } else {
         EXPECT_EQ(out.count("book.mif"), 1U);
         EXPECT_EQ(out.count("a.mif"), 1U);

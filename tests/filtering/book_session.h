@@ -53,6 +53,7 @@ class BookSession {
     run = wanted;
     if (run.output_folder.empty()) run.output_folder = folder.File("out");
     filtering::FilterContext context{roles, messenger, engine, scheme, run};
+    if (as_client) return filtering::FilterAndSaveActiveBook(context);
     if (saves) context.component_done = SaveAndClose(roles);
     return filtering::FilterActiveBook(context);
   }
@@ -92,7 +93,8 @@ class BookSession {
   TestClients clients;
   host::Id book = host::kNone;
   filtering::FilterRun run;
-  bool saves = true;  // components are saved and closed when they are done
+  bool saves = true;       // components are saved and closed when they are done
+  bool as_client = false;  // the run itself saves all
 
  private:
   static filtering::ComponentSink SaveAndClose(host::Host& roles) {

@@ -18,6 +18,7 @@ class TestUser : public MenuTaker {
   std::set<std::string> no;
   std::function<bool(const std::string&)> answer;  // in place of `no`, from the whole text
   int esc_at_poll = 0;                             // from 1; 0: never
+  std::function<void(int)> at_poll;                // what others do meanwhile
 
   std::vector<std::string> shown;  // alerts and questions
   std::vector<std::string> texts;
@@ -31,7 +32,11 @@ class TestUser : public MenuTaker {
   }
   void ShowStatus(const host::Status& lines) override { status.push_back(lines.line1); }
   void HideStatus() override { status.push_back(""); }
-  bool EscPressed() override { return ++polls == esc_at_poll; }
+  bool EscPressed() override {
+    ++polls;
+    if (at_poll) at_poll(polls);
+    return polls == esc_at_poll;
+  }
   void Print(std::string_view) override {}
 
  private:

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 #include <filesystem>
 #include <limits>
@@ -12,6 +13,7 @@
 #include "embedded/model/import_catalogs.h"
 #include "embedded/model/locate.h"
 #include "embedded/model/metadata.h"
+#include "host/interface/copy_names.h"
 
 namespace qelm::embedded::adapter {
 namespace {
@@ -38,7 +40,7 @@ constexpr std::array kRefusals = {
             "the file is neither MIF (it would begin with <MIFFile or <Book) nor XML."},
 };
 
-constexpr int kMostFolders = 64;  // above a file in which a mark is looked for
+constexpr std::size_t kMostFolders = 64;  // above a file in which a mark is looked for
 
 // Whether the mark was there before the file: what a copy consists of is written after its mark.
 bool IsYounger(const std::string& path, const std::filesystem::path& folder) {
@@ -49,17 +51,31 @@ bool IsYounger(const std::string& path, const std::filesystem::path& folder) {
   return !error && file >= mark;
 }
 
+// Whether a copy was made into this very folder, and not only into one around it.
+bool HoldsCopy(host::Platform& platform, const std::filesystem::path& folder) {
+  const std::vector<std::string> names = platform.FolderNames(folder.string());
+  return std::any_of(names.begin(), names.end(),
+                     [](const std::string& name) { return name.starts_with(host::kCopyRecordName); });
+}
+
 // Why a file is not opened that lies in a copy that is not complete, or in a folder of it; empty where it is
-// not. The source of a copy may lie in a folder below that of the copy.
+// not. The source of a copy may lie in a folder below that of the copy, and so may other copies, which are
+// complete, or this process' own.
 std::string PartOfUnfinished(host::Platform& platform, const std::string& path) {
+  std::vector<std::filesystem::path> inside;
   std::filesystem::path folder = std::filesystem::path(path).parent_path();
-  for (int above = 0; above < kMostFolders && !folder.empty(); ++above) {
-    if (platform.IsUnfinished(folder.string()) && (above == 0 || IsYounger(path, folder))) {
+  while (inside.size() < kMostFolders && !folder.empty()) {
+    const bool unfinished = platform.IsUnfinished(folder.string());
+    if (!unfinished && platform.FileExists((folder / host::kUnfinishedName).string())) return {};
+    const auto holds_copy = [&](const std::filesystem::path& inner) { return HoldsCopy(platform, inner); };
+    if (unfinished && (inside.empty() ||
+                       (IsYounger(path, folder) && std::none_of(inside.begin(), inside.end(), holds_copy)))) {
       return "this is part of a copy that was not completed (" + std::string(host::kUnfinishedName) + " in " +
-             (above == 0 ? "its folder" : folder.string()) +
+             (inside.empty() ? "its folder" : folder.string()) +
              "). Make the copy again; or remove that file to use what is there as it is.";
     }
     if (!folder.has_relative_path()) break;
+    inside.push_back(folder);
     folder = folder.parent_path();
   }
   return {};
@@ -108,6 +124,11 @@ class DocumentsRole : public host::Documents {
   std::string_view Path(Id id) override {
     const OpenFile* file = workspace_.File(id);
     return file == nullptr ? std::string_view() : file->path;
+  }
+
+  std::string_view FileStateAsRead(Id id) override {
+    const OpenFile* file = workspace_.File(id);
+    return file == nullptr ? std::string_view() : file->state;
   }
 
   bool SetPath(Id id, const std::string& path) override;

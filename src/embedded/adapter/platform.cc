@@ -43,6 +43,11 @@ std::string FolderOf(const std::string& path) {
   return slash == 0 ? "/" : path.substr(0, slash);
 }
 
+bool IsBelow(const std::string& path, const std::string& folder) {
+  return path.size() > folder.size() && path.starts_with(folder) &&
+         (folder.back() == '/' || path[folder.size()] == '/');
+}
+
 // Opens the mark of a folder and locks it; `made` says whether it was not there before. -1, with errno set,
 // when that is not possible: EWOULDBLOCK when another run holds it.
 int OpenMark(const std::string& path, bool* made) {
@@ -127,6 +132,7 @@ bool PosixPlatform::ReplaceUnchanged(const std::string& path, std::span<const st
 
 // What a run that was killed left in the folder goes when something is written there.
 bool PosixPlatform::Replace(const std::string& path, const FileContent& content) {
+  if (!StaysInside(path, LastPart::kFollowed)) return false;
   std::string why = ReplaceBeside(path, content, ignore_locks_);
   if (!why.empty()) return Fail(std::move(why));
   std::string folder = FolderOf(path);
@@ -135,6 +141,7 @@ bool PosixPlatform::Replace(const std::string& path, const FileContent& content)
 }
 
 bool PosixPlatform::AppendFile(const std::string& path, std::string_view content) {
+  if (!StaysInside(path, LastPart::kFollowed)) return false;
   Descriptor file(::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666));
   return (file.Valid() && WriteAll(file.Get(), content) && file.Close()) || Fail(errno);
 }
@@ -153,6 +160,7 @@ bool PosixPlatform::CopyFile(const std::string& from, const std::string& to) {
 }
 
 bool PosixPlatform::MoveFile(const std::string& from, const std::string& to) {
+  if (!StaysInside(from, LastPart::kItself) || !StaysInside(to, LastPart::kItself)) return false;
   if (::access(from.c_str(), W_OK) != 0) return Fail(errno);
   for (const std::string& file : {from, to}) {
     if (std::string why = WhyProtected(file, ignore_locks_); !why.empty()) return Fail(std::move(why));
@@ -162,7 +170,37 @@ bool PosixPlatform::MoveFile(const std::string& from, const std::string& to) {
   return CopyFile(from, to) && RemoveFile(from);
 }
 
-bool PosixPlatform::RemoveFile(const std::string& path) { return ::unlink(path.c_str()) == 0 || Fail(errno); }
+bool PosixPlatform::RemoveFile(const std::string& path) {
+  return StaysInside(path, LastPart::kItself) && (::unlink(path.c_str()) == 0 || Fail(errno));
+}
+
+void PosixPlatform::KeepInside(const std::string& folder) {
+  std::error_code error;
+  const std::filesystem::path spelled = std::filesystem::absolute(folder, error).lexically_normal();
+  const std::string resolved = ResolvedPath(folder);
+  kept_inside_[(spelled.has_filename() ? spelled : spelled.parent_path()).string()] = resolved;
+  kept_inside_[resolved] = resolved;
+}
+
+// Looked at before each operation, so that what is found is what was there before the run, and what others
+// put there up to now.
+bool PosixPlatform::StaysInside(const std::string& path, LastPart last) {
+  if (kept_inside_.empty()) return true;
+  std::error_code error;
+  // ".." behind a link goes up from where that leads, whatever the spelling says.
+  const std::filesystem::path given = std::filesystem::absolute(path, error);
+  const std::filesystem::path spelled = given.lexically_normal();
+  const bool itself = last == LastPart::kItself && spelled.has_filename();
+  for (const auto& [folder, resolved] : kept_inside_) {
+    if (!IsBelow(spelled.string(), folder)) continue;
+    std::string leads = ResolvedPath((itself ? given.parent_path() : given).string());
+    if (itself) leads += '/';
+    if (IsBelow(leads, resolved)) continue;
+    return Fail("a symbolic link leads out of the output folder " + folder + ", to " + leads +
+                ". Remove the link, or take another output folder");
+  }
+  return true;
+}
 
 // The mark is locked while this process lives, so that one which nobody holds is that of a run that was cut.
 bool PosixPlatform::BeginFilling(const std::string& folder) {
@@ -197,6 +235,7 @@ bool PosixPlatform::EndFilling(const std::string& folder, bool complete) {
 }
 
 bool PosixPlatform::MakeFolder(const std::string& path) {
+  if (!StaysInside(path, LastPart::kFollowed)) return false;
   for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
     const std::string part = path.substr(0, end);
     if (!part.empty() && ::mkdir(part.c_str(), 0777) != 0 && errno != EEXIST) return Fail(errno);
@@ -206,7 +245,7 @@ bool PosixPlatform::MakeFolder(const std::string& path) {
 }
 
 bool PosixPlatform::RemoveFolder(const std::string& path) {
-  return ::rmdir(path.c_str()) == 0 || Fail(errno);
+  return StaysInside(path, LastPart::kItself) && (::rmdir(path.c_str()) == 0 || Fail(errno));
 }
 
 std::optional<std::uint64_t> PosixPlatform::FileSize(const std::string& path) {

@@ -43,6 +43,7 @@ class PosixPlatform : public host::Platform {
   bool BeginFilling(const std::string& folder) override;
   bool EndFilling(const std::string& folder, bool complete) override;
   bool IsUnfinished(const std::string& folder) override;
+  void KeepInside(const std::string& folder) override;
   std::vector<std::string> FolderNames(const std::string& path) override;
   std::optional<std::uint64_t> FileSize(const std::string& path) override;
   std::optional<std::uint64_t> FreeSpace(const std::string& folder) override;
@@ -64,15 +65,21 @@ class PosixPlatform : public host::Platform {
   std::string LastError() override { return last_error_; }
 
  private:
+  // Whether an operation works on what a link at the end of a path leads to, or on the link.
+  enum class LastPart : std::uint8_t { kFollowed, kItself };
+
   bool Fail(int error);
   bool Fail(std::string why);
   bool Replace(const std::string& path, const FileContent& content);
+  bool StaysInside(const std::string& path, LastPart last);
   std::optional<std::string> ReadOpen(const Descriptor& file, off_t size);
   void ReapPrograms();
 
   bool ignore_locks_ = false;
   std::set<std::string> cleared_;  // folders from which abandoned files were removed
   std::map<std::string, std::unique_ptr<Descriptor>> filled_;  // the marks of folders that are being filled
+
+  std::map<std::string, std::string> kept_inside_;  // folders by both spellings, with links resolved
 
   std::map<std::string, std::string, std::less<>> environment_;
   std::vector<pid_t> programs_;

@@ -94,6 +94,10 @@ class Documents {
   // holds until the next call.
   virtual std::string_view Path(Id document_or_book) = 0;
 
+  // The state in which the document's file was when it was read from it or saved there last, as
+  // Platform::FileState tells it; empty where that is not known. The view holds until the next call.
+  virtual std::string_view FileStateAsRead(Id /*document_or_book*/) { return {}; }
+
   // Gives a document another path, as one that was opened as new gets its name. Nothing is written. False
   // with the error code set when the id is invalid or another open document has that path.
   virtual bool SetPath(Id document_or_book, const std::string& path) = 0;

@@ -67,6 +67,10 @@ class Platform {
   virtual bool EndFilling(const std::string& /*folder*/, bool /*complete*/) { return true; }
   // Whether the folder has such a mark, and not from this process.
   virtual bool IsUnfinished(const std::string& /*folder*/) { return false; }
+  // From now on nothing below this folder is written, made, moved or removed where a symbolic link leads out
+  // of it: outputs are to stay where the user wanted them, whatever lay there before. The folder itself may
+  // be a link.
+  virtual void KeepInside(const std::string& /*folder*/) {}
   // The names in a folder, in byte order; empty when it cannot be read.
   virtual std::vector<std::string> FolderNames(const std::string& path) = 0;
 

@@ -1,0 +1,164 @@
+// Two processes that write the same document or book at once. One of them is stopped at a chosen operation by
+// the library of the fault tests, so that nothing depends on which is faster.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <map>
+
+#include "cli/program.h"
+#include "support/mif_files.h"
+
+namespace qelm {
+namespace {
+
+namespace fs = std::filesystem;
+using Names = std::vector<std::string>;
+using Tree = std::map<std::string, std::string>;
+
+class TwoRuns : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    for (const char* name : {"a.mif", "b.mif", "c.mif"}) {
+      folder().Write("source/" + std::string(name), folder().Read("doc.mif"));
+    }
+    folder().Write("source/book.mif", testing::MifBook({"<c>a.mif", "<c>b.mif", "<c>c.mif"}));
+  }
+
+  // With `stop_at` above 0 the process stops before that operation on a file of the folder.
+  pid_t Start(const Names& command, long stop_at = 0, const std::string& log = "") {
+    Names words = {QELM_BINARY_DIR "/qelm"};
+    words.insert(words.end(), command.begin(), command.end());
+    words.insert(words.end(), {"--quiet", "--profile", folder().File("profile"), "--main-settings",
+                               folder().File("main.xml"), "--plugin-dir", QELM_SOURCE_DIR "/assets"});
+    std::vector<char*> pointers;
+    for (std::string& word : words) pointers.push_back(word.data());
+    pointers.push_back(nullptr);
+    const pid_t process = ::fork();
+    if (process != 0) return process;
+    if (stop_at > 0 || !log.empty()) {
+      ::setenv("LD_PRELOAD", QELM_BINARY_DIR "/libfailing_files.so", 1);
+      ::setenv("ASAN_OPTIONS", "verify_asan_link_order=0", 1);
+      ::setenv("QELM_FAULT_ROOT", folder().path().c_str(), 1);
+      ::setenv("QELM_FAULT", "stop", 1);
+      ::setenv("QELM_FAULT_AT", std::to_string(stop_at).c_str(), 1);
+      if (!log.empty()) ::setenv("QELM_FAULT_LOG", log.c_str(), 1);
+    }
+    ::dup2(::open("/dev/null", O_WRONLY), STDOUT_FILENO);
+    ::dup2(::open(folder().File("err").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDERR_FILENO);
+    ::execv(pointers[0], pointers.data());
+    ::_exit(127);
+  }
+  static int Wait(pid_t process) {
+    int status = 0;
+    EXPECT_EQ(::waitpid(process, &status, 0), process);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+  int Run(const Names& command) { return Wait(Start(command)); }
+
+  // Runs the command once, and returns at which of its operations it gives the file its name.
+  long FindRename(const Names& command, const std::string& path) {
+    const std::string log = folder().File("log");
+    EXPECT_EQ(Wait(Start(command, 0, log)), 0) << folder().Read("err");
+    std::istringstream lines(folder().Read("log"));
+    std::string line;
+    for (long number = 1; std::getline(lines, line); ++number) {
+      if (line == "rename " + path) return number;
+    }
+    ADD_FAILURE() << path << " was not renamed";
+    return 0;
+  }
+  // A run that has come to that operation.
+  pid_t Stopped(const Names& command, long operation) {
+    const pid_t process = Start(command, operation);
+    int status = 0;
+    EXPECT_EQ(::waitpid(process, &status, WUNTRACED), process);
+    EXPECT_TRUE(WIFSTOPPED(status));
+    return process;
+  }
+  int GoOn(pid_t process) {
+    ::kill(process, SIGCONT);
+    return Wait(process);
+  }
+  Tree Files(const std::string& name) {
+    Tree tree;
+    for (const auto& entry : fs::recursive_directory_iterator(folder().File(name))) {
+      const std::string file = entry.path().lexically_relative(folder().path());
+      if (entry.is_regular_file()) tree[entry.path().filename()] = folder().Read(file);
+    }
+    return tree;
+  }
+  testing::TempFolder& folder() { return program_.folder; }
+
+ private:
+  testing::Program program_;
+};
+
+Names Filter(const std::string& source, const std::string& scheme, const std::string& option,
+             const std::string& target) {
+  return {"filter", source, "--scheme", scheme, "--mode", "duplicate", option, target};
+}
+
+TEST_F(TwoRuns, OnTheSameTargetOneWinsAndTheOtherSaysWhoItWas) {
+  const struct {
+    const char* source;
+    const char* option;
+    const char* target;
+    const char* last;  // the file that completes it
+  } kRows[] = {{"doc.mif", "-o", "out/doc.mif", "out/doc.mif"},
+               {"source/book.mif", "--output-folder", "out", "out/book.mif"}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.source);
+    fs::remove_all(folder().File("out"));
+    fs::create_directory(folder().File("out"));
+    const Names first =
+        Filter(folder().File(row.source), "By/path/No users", row.option, folder().File(row.target));
+    const Names second =
+        Filter(folder().File(row.source), "By/path/No cells", row.option, folder().File(row.target));
+    // Each of the first command's runs finds what the second one has left, so that they do the same.
+    ASSERT_EQ(Run(second), 0) << folder().Read("err");
+    const long last = FindRename(first, folder().File(row.last));
+    const Tree of_first = Files("out");
+    ASSERT_EQ(Run(second), 0);
+    const Tree of_second = Files("out");
+    ASSERT_TRUE(of_first != of_second);
+
+    const pid_t held = Stopped(first, last);
+    EXPECT_NE(Run(second), 0);
+    const std::string said = folder().Read("err");
+    EXPECT_NE(said.find("another run of QELM is writing"), std::string::npos) << said;
+    EXPECT_NE(said.find(", since 2"), std::string::npos) << "owner and time: " << said;
+    EXPECT_EQ(GoOn(held), 0);
+    EXPECT_TRUE(Files("out") == of_first) << "no file of the second, and none is left over";
+    EXPECT_EQ(Run(second), 0);
+    EXPECT_TRUE(Files("out") == of_second);
+  }
+}
+
+TEST_F(TwoRuns, WhoeverWinsTheFilesAreThoseOfOneRun) {
+  const auto command = [this](const std::string& scheme) {
+    return Filter(folder().File("source/book.mif"), scheme, "--output-folder", folder().File("out"));
+  };
+  const Names schemes = {"By/path/No users", "By/path/No cells"};
+  std::vector<Tree> alone;
+  for (const std::string& scheme : schemes) {
+    ASSERT_EQ(Run(command(scheme)), 0);
+    alone.push_back(Files("out"));
+  }
+  ASSERT_TRUE(alone[0] != alone[1]);
+  for (int round = 0; round < 4; ++round) {
+    std::vector<pid_t> processes;
+    for (const std::string& scheme : schemes) processes.push_back(Start(command(scheme)));
+    std::size_t done = 0;
+    for (const pid_t process : processes) done += Wait(process) == 0 ? 1U : 0U;
+    EXPECT_GE(done, 1U);
+    const Tree found = Files("out");
+    EXPECT_TRUE(found == alone[0] || found == alone[1]) << round;
+  }
+}
+
+}  // namespace
+}  // namespace qelm
