@@ -188,7 +188,9 @@ void Gatherer::ReadAttributes(const Event& event, RawXmlElement* element, bool* 
   const std::string_view source = document_.source;
   std::string_view tag;
   tag_attributes_.clear();
-  if (!event.in_entity && xml::UnitSize(encoding_) == 1) {
+  const auto is_plain = [](const xml::Attribute& attribute) { return attribute.plain; };
+  const bool all_plain = std::all_of(event.attributes.begin(), event.attributes.end(), is_plain);
+  if (!all_plain && !event.in_entity && xml::UnitSize(encoding_) == 1) {
     tag = source.substr(event.begin, event.end - event.begin);
     std::size_t tail = 0;
     xml::SplitTag(tag, &tag_attributes_, &tail);
@@ -196,7 +198,7 @@ void Gatherer::ReadAttributes(const Event& event, RawXmlElement* element, bool* 
   element->first_attribute = static_cast<std::uint32_t>(document_.attributes.size());
   std::size_t index = 0;
   for (const xml::Attribute& attribute : event.attributes) {
-    std::string_view in_source;
+    std::string_view in_source = attribute.plain ? attribute.value : std::string_view();
     if (index < tag_attributes_.size()) {
       const xml::TagAttribute& place = tag_attributes_[index];
       in_source = tag.substr(place.value_begin, place.value_end - place.value_begin);
