@@ -56,7 +56,10 @@ XmlRole RoleOfKind(ElementKind kind) {
   }
 }
 
-bool IsBlank(std::string_view text) { return text.find_first_not_of(" \t\r\n") == std::string_view::npos; }
+bool IsBlank(std::string_view text) {
+  const auto is_blank = [](char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; };
+  return std::all_of(text.begin(), text.end(), is_blank);
+}
 
 class Gatherer : public xml::Handler {
  public:
@@ -444,8 +447,12 @@ bool ReadXml(std::string bytes, Document* document, std::string* error) {
     break;
   }
   XmlDraft draft;
-  constexpr std::size_t kBytesPerItem = 16;
+  // Room for as much as files of this size hold at most, as a rule: what is not filled is never touched, but
+  // an array that outgrows its room is copied.
+  constexpr std::size_t kBytesPerItem = 10;
+  constexpr std::size_t kBytesPerElement = 32;
   document->items.reserve(source.size() / kBytesPerItem);
+  draft.elements.reserve(source.size() / kBytesPerElement);
   Gatherer gatherer(document, &draft);
   xml::Error problem;
   if (!xml::Read(document->source, &gatherer, &problem)) {
