@@ -157,7 +157,7 @@ bool Reader::ReadDirective() {
   return true;
 }
 
-bool Reader::Next() {
+bool Reader::NextOfAnyForm() {
   for (;;) {
     if (!SkipBlank()) {
       if (!open_.empty() && !Failed()) return FailOpen();

@@ -41,7 +41,7 @@ class Reader {
   explicit Reader(std::string_view bytes) : bytes_(bytes) {}
 
   // Goes to the next piece. False at the end of the bytes and at damage; error() tells which.
-  bool Next();
+  bool Next() { return NextPlain() || NextOfAnyForm(); }
 
   // Just after a kGroup: goes to behind its end, without a piece for what is in it. After other pieces
   // nothing happens. False at damage.
@@ -87,6 +87,9 @@ class Reader {
     std::string_view name;
   };
 
+  // What has the plain form (reader_plain.cc). False, and nothing changes, for all else.
+  bool NextPlain();
+  bool NextOfAnyForm();
   bool SkipBlank();
   bool SkipString();
   bool SkipLeafData();

@@ -14,23 +14,50 @@ constexpr std::size_t kCount = std::size(kNames);
 constexpr unsigned kSlotBits = 11;
 constexpr std::size_t kSlots = std::size_t{1} << kSlotBits;
 
-// Names differ early, late, in the middle and in length, so four bytes spread them: reading a file looks up a
-// million names. Of a name that is not empty.
-constexpr std::size_t SlotOf(std::string_view name) {
-  const std::size_t size = name.size();
-  const auto byte = [&](std::size_t at) {
-    return static_cast<std::uint32_t>(static_cast<unsigned char>(name[at]));
-  };
-  const std::uint32_t bytes =
-      byte(0) | (byte(size / 2) << 8U) | (byte(size - 1) << 16U) | (byte(size * 3 / 4) << 24U);
-  const std::uint32_t hash = (bytes + static_cast<std::uint32_t>(size) * 0x01000193U) * 0x9E3779B1U;
-  return hash >> (32U - kSlotBits);
+// What the compiler makes one load of.
+constexpr std::uint64_t Byte(const char* at, unsigned index) {
+  return std::uint64_t{static_cast<unsigned char>(at[index])} << (8 * index);
 }
+constexpr std::uint64_t Four(const char* at) { return Byte(at, 0) | Byte(at, 1) | Byte(at, 2) | Byte(at, 3); }
+constexpr std::uint64_t Eight(const char* at) {
+  return Four(at) | Byte(at, 4) | Byte(at, 5) | Byte(at, 6) | Byte(at, 7);
+}
+
+// A name as its first and its last bytes, which overlap: up to sixteen bytes they are the whole name.
+struct Ends {
+  std::uint64_t first = 0;
+  std::uint64_t last = 0;
+  friend constexpr bool operator==(const Ends&, const Ends&) = default;
+};
+constexpr std::size_t kWhole = 16;
+
+constexpr Ends EndsOf(std::string_view name) {
+  const char* const at = name.data();
+  const std::size_t size = name.size();
+  if (size >= 8) return {Eight(at), Eight(at + size - 8)};
+  if (size >= 4) return {Four(at), Four(at + size - 4)};
+  Ends ends;
+  for (const char c : name) ends.first = ends.first << 8U | static_cast<unsigned char>(c);
+  return ends;
+}
+
+// Reading a file looks up a million names.
+constexpr std::size_t SlotOf(const Ends& ends, std::size_t size) {
+  const std::uint64_t hash = (ends.first + (ends.last << 1U) + size) * 0x9E3779B97F4A7C15U;
+  return hash >> (64U - kSlotBits);
+}
+
+constexpr std::array<Ends, kCount> MakeEnds() {
+  std::array<Ends, kCount> ends{};
+  for (std::size_t i = 1; i < kCount; ++i) ends[i] = EndsOf(kNames[i]);
+  return ends;
+}
+constexpr std::array<Ends, kCount> kEnds = MakeEnds();
 
 constexpr std::array<std::uint16_t, kSlots> MakeTable() {
   std::array<std::uint16_t, kSlots> table{};
   for (std::size_t i = 1; i < kCount; ++i) {
-    std::size_t slot = SlotOf(kNames[i]);
+    std::size_t slot = SlotOf(kEnds[i], kNames[i].size());
     while (table[slot] != 0) slot = (slot + 1) % kSlots;
     table[slot] = static_cast<std::uint16_t>(i);
   }
@@ -43,8 +70,11 @@ constexpr std::array<std::uint16_t, kSlots> kTable = MakeTable();
 
 Token FindToken(std::string_view name) {
   if (name.empty()) return Token::kUnknown;
-  for (std::size_t slot = SlotOf(name); kTable[slot] != 0; slot = (slot + 1) % kSlots) {
-    if (kNames[kTable[slot]] == name) return static_cast<Token>(kTable[slot]);
+  const Ends ends = EndsOf(name);
+  for (std::size_t slot = SlotOf(ends, name.size()); kTable[slot] != 0; slot = (slot + 1) % kSlots) {
+    const std::size_t token = kTable[slot];
+    if (kEnds[token] != ends || kNames[token].size() != name.size()) continue;
+    if (name.size() <= kWhole || kNames[token] == name) return static_cast<Token>(token);
   }
   return Token::kUnknown;
 }

@@ -56,7 +56,10 @@ XmlRole RoleOfKind(ElementKind kind) {
   }
 }
 
-bool IsBlank(std::string_view text) { return text.find_first_not_of(" \t\r\n") == std::string_view::npos; }
+bool IsBlank(std::string_view text) {
+  const auto is_blank = [](char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; };
+  return std::all_of(text.begin(), text.end(), is_blank);
+}
 
 class Gatherer : public xml::Handler {
  public:
@@ -188,7 +191,9 @@ void Gatherer::ReadAttributes(const Event& event, RawXmlElement* element, bool* 
   const std::string_view source = document_.source;
   std::string_view tag;
   tag_attributes_.clear();
-  if (!event.in_entity && xml::UnitSize(encoding_) == 1) {
+  const auto is_plain = [](const xml::Attribute& attribute) { return attribute.plain; };
+  const bool all_plain = std::all_of(event.attributes.begin(), event.attributes.end(), is_plain);
+  if (!all_plain && !event.in_entity && xml::UnitSize(encoding_) == 1) {
     tag = source.substr(event.begin, event.end - event.begin);
     std::size_t tail = 0;
     xml::SplitTag(tag, &tag_attributes_, &tail);
@@ -196,7 +201,7 @@ void Gatherer::ReadAttributes(const Event& event, RawXmlElement* element, bool* 
   element->first_attribute = static_cast<std::uint32_t>(document_.attributes.size());
   std::size_t index = 0;
   for (const xml::Attribute& attribute : event.attributes) {
-    std::string_view in_source;
+    std::string_view in_source = attribute.plain ? attribute.value : std::string_view();
     if (index < tag_attributes_.size()) {
       const xml::TagAttribute& place = tag_attributes_[index];
       in_source = tag.substr(place.value_begin, place.value_end - place.value_begin);
@@ -442,8 +447,12 @@ bool ReadXml(std::string bytes, Document* document, std::string* error) {
     break;
   }
   XmlDraft draft;
-  constexpr std::size_t kBytesPerItem = 16;
+  // Room for as much as files of this size hold at most, as a rule: what is not filled is never touched, but
+  // an array that outgrows its room is copied.
+  constexpr std::size_t kBytesPerItem = 10;
+  constexpr std::size_t kBytesPerElement = 32;
   document->items.reserve(source.size() / kBytesPerItem);
+  draft.elements.reserve(source.size() / kBytesPerElement);
   Gatherer gatherer(document, &draft);
   xml::Error problem;
   if (!xml::Read(document->source, &gatherer, &problem)) {

@@ -78,6 +78,7 @@ class Saver {
   void CloseStory();
   Target TargetOf(std::uint32_t index) const;
   GapMarks ReadGap(std::uint32_t end) const;
+  bool IsLayout(std::uint32_t begin, std::uint32_t end) const;
   void Gap(std::uint32_t end, std::uint32_t offset, const Target* target);
   void GapItems(std::uint32_t end, bool keep_conditions, bool keep_fonts, std::vector<Id>* to_open,
                 std::vector<Id>* to_close);
@@ -352,13 +353,21 @@ Saver::GapMarks Saver::ReadGap(std::uint32_t end) const {
   return marks;
 }
 
+// Whether the items are white space, comments and the like, and stay as they are.
+bool Saver::IsLayout(std::uint32_t begin, std::uint32_t end) const {
+  for (std::uint32_t i = begin; i < end; ++i) {
+    if (items_[i].kind != ItemKind::kOther || items_[i].Is(kDeleted) || IsExpanded(i)) return false;
+  }
+  return true;
+}
+
 // Writes the gap from the last stop up to the item `end`, whose bytes begin at `offset`. `target` is the
 // state of that item; null at the end of a story, where what the source left open stays open, and what edits
 // brought ends.
 void Saver::Gap(std::uint32_t end, std::uint32_t offset, const Target* target) {
   Story& story = stories_.back();
-  if (story.gap == end && target != nullptr && story.written == story.source) {
-    // The common case: nothing between two stops, and nothing changed.
+  if (target != nullptr && IsLayout(story.gap, end) && story.written == story.source) {
+    // The common case: no marks between two stops, and nothing changed.
     const bool stays = target->conditions == story.written.conditions &&
                        target->font == story.written.Font() &&
                        target->source_conditions == target->conditions && target->source_font == target->font;

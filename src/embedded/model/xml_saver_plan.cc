@@ -59,6 +59,7 @@ void Prolog::Change(Span mark, std::string text) {
 
 // Which conditions something in the document has: now, or as it was read; what is deleted does not count.
 std::vector<bool> Prolog::Used(bool in_source) const {
+  if (document_.conditions.size() <= 1) return std::vector<bool>(1);
   std::vector<bool> sets(document_.condition_sets.size());
   const auto& before = document_.source_conditions;
   for (std::size_t i = 0; i < document_.items.size(); ++i) {

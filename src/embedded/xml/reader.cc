@@ -7,6 +7,8 @@
 #include <limits>
 #include <memory>
 
+#include "embedded/xml/plain_reader.h"
+
 namespace qelm::embedded::xml {
 namespace {
 
@@ -158,7 +160,7 @@ void Parse::Locate(Event* event) const {
 
 // Whether the bytes are a reference to a declared entity: `&` and neither a number nor one of XML's own five.
 bool Parse::IsEntityReference(std::uint32_t begin, std::uint32_t end) const {
-  if (AsciiAt(bytes_, begin, encoding_) != '&') return false;
+  if (begin == end || AsciiAt(bytes_, begin, encoding_) != '&') return false;
   const std::uint32_t unit = UnitSize(encoding_);
   char name[6] = {};
   const std::uint32_t length = (end - begin) / unit;
@@ -394,6 +396,12 @@ std::string Error::Describe() const {
          std::to_string(offset) + ": " + message;
 }
 
-bool Read(std::string_view bytes, Handler* handler, Error* error) { return Parse(bytes, handler).Run(error); }
+bool ReadByExpat(std::string_view bytes, Handler* handler, Error* error) {
+  return Parse(bytes, handler).Run(error);
+}
+
+bool Read(std::string_view bytes, Handler* handler, Error* error) {
+  return ReadPlain(bytes, handler) || ReadByExpat(bytes, handler, error);
+}
 
 }  // namespace qelm::embedded::xml

@@ -1,9 +1,9 @@
 // Reads XML as events that know which bytes of the source they stand for.
 //
-// The parsing is expat's. On top of it come the places: each event has the bytes of its tag, text, comment or
-// instruction, so that what is not changed can be copied as it stands. Names are as written, prefix and all;
-// attribute values are normalized as XML says, with the defaults of the document type definition marked as
-// such.
+// The parsing is expat's, but for files that need little of XML (plain_reader.h). On top of it come the
+// places: each event has the bytes of its tag, text, comment or instruction, so that what is not changed can
+// be copied as it stands. Names are as written, prefix and all; attribute values are normalized as XML says,
+// with the defaults of the document type definition marked as such.
 //
 // Entities that the file declares are expanded: all that comes out of `&name;` has the place of the reference
 // and says that it is out of one. External ones, and the external part of the document type, are never
@@ -41,6 +41,7 @@ struct Attribute {
   std::string_view name;
   std::string_view value;
   bool specified = true;  // false: a default of the document type
+  bool plain = false;     // the value is the source's own bytes, and holds as long as they do
 };
 
 // All views hold until the handler returns; a plain text's view is into the source and holds as long as that
@@ -90,5 +91,7 @@ struct Error {
 
 // Reads a whole file. False with `error` when it is not well-formed, or too large for its places.
 bool Read(std::string_view bytes, Handler* handler, Error* error);
+// The same by expat, whatever the file needs.
+bool ReadByExpat(std::string_view bytes, Handler* handler, Error* error);
 
 }  // namespace qelm::embedded::xml

@@ -1,0 +1,151 @@
+// The plain form of statements, in which FrameMaker writes nearly all of a file, read sixteen bytes at a
+// step:
+//
+//     <Name data>            a number, a keyword, or a string
+//     <Name                  a group, with nothing but blanks between its name and its first statement; where
+//     > # end of Name        nothing is in it at all, it is a leaf without data
+//
+// What is not quite so, and the last bytes of a file, is left to Reader::NextOfAnyForm.
+
+#include "embedded/mif/reader.h"
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+
+#include <bit>
+#include <cstring>
+#endif
+
+namespace qelm::embedded::mif {
+
+#if defined(__SSE2__)
+namespace {
+
+constexpr int kStep = sizeof(__m128i);
+// So many bytes may be looked at without asking where the file ends, from anywhere in what precedes data.
+constexpr std::ptrdiff_t kRoom = 16 * kStep;
+
+__m128i Load(const char* at) {
+  __m128i bytes;
+  std::memcpy(&bytes, at, sizeof bytes);
+  return bytes;
+}
+
+__m128i Is(__m128i bytes, char c) { return _mm_cmpeq_epi8(bytes, _mm_set1_epi8(c)); }
+
+// How many bytes of a step come before the first of those that are marked; kStep where none is.
+int CountBefore(unsigned marked) { return std::countr_zero(marked | (1U << kStep)); }
+unsigned Bits(__m128i bytes) { return static_cast<unsigned>(_mm_movemask_epi8(bytes)); }
+
+// Spaces and line ends, up to kStep of them.
+int CountBlanks(const char* at) {
+  const __m128i bytes = Load(at);
+  return CountBefore(~Bits(_mm_or_si128(Is(bytes, ' '), Is(bytes, '\n'))));
+}
+
+// ASCII letters, up to kStep of them.
+int CountLetters(const char* at) {
+  const __m128i lower = _mm_or_si128(Load(at), _mm_set1_epi8(0x20));
+  const __m128i place = _mm_sub_epi8(lower, _mm_set1_epi8('a'));
+  return CountBefore(~Bits(_mm_cmpeq_epi8(_mm_min_epu8(place, _mm_set1_epi8(25)), place)));
+}
+
+// Bytes before one that may mean something in data: a bracket (they differ in one bit), a string, a comment.
+int CountData(const char* at) {
+  const __m128i bytes = Load(at);
+  const __m128i brackets = Is(_mm_or_si128(bytes, _mm_set1_epi8('<' ^ '>')), '>');
+  return CountBefore(Bits(_mm_or_si128(brackets, _mm_or_si128(Is(bytes, '`'), Is(bytes, '#')))));
+}
+
+// Passes over blanks, and up to two comments. Null where there is more.
+const char* PassBlanks(const char* at) {
+  for (int comments = 0;;) {
+    int count = CountBlanks(at);
+    at += count;
+    if (count == kStep) {
+      count = CountBlanks(at);
+      at += count;
+      if (count == kStep) return nullptr;
+    }
+    if (*at != '#') return at;
+    if (++comments > 2) return nullptr;
+    count = CountBefore(Bits(Is(Load(at), '\n')));
+    if (count == kStep) count += CountBefore(Bits(Is(Load(at + kStep), '\n')));
+    if (count == 2 * kStep) return nullptr;
+    at += count;
+  }
+}
+
+}  // namespace
+
+bool Reader::NextPlain() {
+  const char* const data = bytes_.data();
+  const char* const end = data + bytes_.size();
+  const char* at = data + at_;
+  if (end - at < kRoom || (at = PassBlanks(at)) == nullptr) return false;
+  const auto begin = static_cast<std::uint32_t>(at - data);
+  if (*at == '>' && !open_.empty()) {
+    const Open& open = open_.back();
+    kind_ = Piece::kGroupEnd;
+    token_ = open.token;
+    name_ = open.name;
+    group_begin_ = open.begin;
+    begin_ = begin;
+    end_ = begin + 1;
+    at_ = end_;
+    open_.pop_back();
+    return true;
+  }
+  if (*at != '<') return false;
+  const char* const name = ++at;
+  const int length = CountLetters(at);
+  at += length;
+  if (*at != ' ' || length == 0) return false;
+  const Token token = FindToken({name, static_cast<std::size_t>(length)});
+  if (token == Token::kComment) return false;  // it has rules of its own
+  ++at;
+  bool is_group = false;
+  const char* data_begin = at;
+  const char* data_end = nullptr;
+  if (*at == '\n') {
+    data_begin = data_end = at + CountBlanks(at);
+    is_group = *data_end == '<';
+    if (!is_group && *data_end != '>') return false;
+  } else if (*at == '`') {
+    const void* const close = std::memchr(at, '\'', static_cast<std::size_t>(end - at));
+    if (close == nullptr) return false;
+    data_end = static_cast<const char*>(close) + 1;
+    if (data_end == end || *data_end != '>') return false;
+  } else {
+    while (*data_begin == ' ' && data_begin - at < kStep) ++data_begin;
+    const int count = CountData(data_begin);
+    data_end = data_begin + count;
+    // `=` and `&` are data here, as they do not begin a line.
+    if (count == 0 || *data_end != '>' || data_end[-1] <= ' ' || *data_begin <= ' ') return false;
+  }
+  begin_ = begin;
+  token_ = token;
+  name_ = {name, static_cast<std::size_t>(length)};
+  if (is_group) {
+    kind_ = Piece::kGroup;
+    at_ = static_cast<std::size_t>(data_begin - data);
+    end_ = static_cast<std::uint32_t>(name + length - data);
+    data_ = {};
+  } else {
+    kind_ = Piece::kLeaf;
+    data_ = {data_begin, static_cast<std::size_t>(data_end - data_begin)};
+    at_ = static_cast<std::size_t>(data_end - data) + 1;
+    end_ = static_cast<std::uint32_t>(at_);
+  }
+  if (begin > 0 && data[begin - 1] == '\n') NoteTopLevel();
+  if (is_group) open_.push_back({begin, token, name_});
+  return true;
+}
+
+#else
+
+bool Reader::NextPlain() { return false; }
+
+#endif
+
+}  // namespace qelm::embedded::mif
