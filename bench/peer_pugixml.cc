@@ -1,5 +1,6 @@
 // peer_pugixml IN OUT ATTRIBUTE VALUE: what `qelm filter` does in mode duplicate with a classic rule, by
 // pugixml: opens the document, deletes every element whose attribute is there and lacks the value, and saves.
+// With IN alone it only opens.
 #include <algorithm>
 #include <cstdio>
 #include <pugixml.hpp>
@@ -38,8 +39,8 @@ void Filter(pugi::xml_node root, const char* attribute, std::string_view value) 
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 5) {
-    std::fprintf(stderr, "usage: peer_pugixml IN OUT ATTRIBUTE VALUE\n");
+  if (argc != 2 && argc != 5) {
+    std::fprintf(stderr, "usage: peer_pugixml IN [OUT ATTRIBUTE VALUE]\n");
     return 2;
   }
   pugi::xml_document document;
@@ -48,6 +49,7 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "peer_pugixml: %s: %s\n", argv[1], result.description());
     return 3;
   }
+  if (argc == 2) return 0;
   Filter(document.document_element(), argv[3], argv[4]);
   return document.save_file(argv[2], "", pugi::format_raw | pugi::format_no_declaration) ? 0 : 3;
 }

@@ -12,7 +12,8 @@ Before that, the start of the plug-in in a user's session is measured stage by s
 document of 10,000 elements, which has 50,000 words: about 100 pages.
 
 The same with a document of 20 elements, where all that counts is how soon a program has started. And each
-document is opened and saved as it is (`qelm convert`), which must give the same bytes, beside `cp`.
+document is opened and saved as it is (`qelm convert`), which must give the same bytes, beside `cp`; and opened alone,
+beside the tree that each library builds.
 
 Then the MIF document is colored by classic schemes of 1 and of 20 rules, and the time of that is printed as a ratio
 to opening and saving the same document, with the host's operations that it calls for each element or text node.
@@ -250,6 +251,23 @@ def print_small(figures):
           + f"; qelm-xml {figures['qelm-xml'] / figures['xsltproc']:.2f} of xsltproc")
 
 
+def run_opens(build, data, size, runs):
+    """Opens the documents and builds what they hold, no more; the medians of the CPU seconds."""
+    mif, xml_file = data / f"{size}.mif", data / f"{size}.xml"
+    commands = {"qelm-xml": [build / "bench_open", xml_file], "qelm-mif": [build / "bench_open", mif],
+                "pugixml": [build / "peer_pugixml", xml_file], "libxml2": [build / "peer_libxml2", xml_file]}
+    times = {name: [] for name in commands}
+    for _ in range(runs):
+        for name, command in commands.items():
+            times[name].append(measure(build, command)[1])
+    return {name: statistics.median(seconds) for name, seconds in times.items()}
+
+
+def print_opens(figures):
+    texts = [f"{name} {seconds:.3f} ({seconds / figures['pugixml']:.2f} of pugixml)" for name, seconds in figures.items()]
+    print("open, CPU s: " + "; ".join(texts))
+
+
 def run_copies(build, data, size, runs):
     """Opens and saves the documents of that size as they are, beside `cp`; the medians of the CPU seconds."""
     figures = {}
@@ -323,6 +341,8 @@ def main():
     for size in sizes:
         results.append(run_size(Programs(build), size, options.runs, data))
         print_size(results[-1])
+        results[-1]["opens"] = run_opens(build, data, size, options.runs)
+        print_opens(results[-1]["opens"])
         results[-1]["copies"] = run_copies(build, data, size, options.runs)
         print_copies(results[-1]["copies"])
         results[-1]["coloring"] = run_coloring(build, data / f"{size}.mif", options.runs)

@@ -1,5 +1,4 @@
-// The plain form of statements, in which FrameMaker writes nearly all of a file, read sixteen bytes at a
-// step:
+// The plain form of statements, in which FrameMaker writes nearly all of a file, read in steps of many bytes:
 //
 //     <Name data>            a number, a keyword, or a string
 //     <Name                  a group, with nothing but blanks between its name and its first statement; where
