@@ -8,8 +8,7 @@ namespace qelm::messages {
 namespace {
 
 std::string Text(const Language& language, std::string_view id) {
-  const std::string* text = language.Find(kGeneralStrings, id);
-  return text == nullptr ? "(none)" : *text;
+  return std::string(language.Find(kGeneralStrings, id).value_or("(none)"));
 }
 
 TEST(Language, ReadsTextsOverSeveralLinesWithEscapes) {
