@@ -138,7 +138,7 @@ class Reader {
     if (line.empty() || line.front() != '"') return Fail("a text in quotation marks is missing");
     line.remove_prefix(1);
     const std::size_t end = line.find('"');
-    if (end + 1 == line.size() && line.find('\\') == line.npos) {
+    if (end != line.npos && end + 1 == line.size() && line.find('\\') == line.npos) {
       Append(line.substr(0, end), target);
       return true;
     }

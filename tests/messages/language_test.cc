@@ -50,6 +50,7 @@ TEST(Language, RefusesDamagedFilesAtTheirLine) {
   };
   const std::vector<Row> rows = {
       {"msgid \"A\"\nmsgstr \"open\n", 2, "does not end"},
+      {"msgid \"A\"\nmsgstr \"\n", 2, "does not end"},
       {"msgid \"A\"\nmsgstr \"a\" b\n", 2, "follows"},
       {"msgid \"A\"\nmsgstr \"\\q\"\n", 2, "escape"},
       {"msgid \"A\"\nmsgstr \"ends with \\\n", 2, "backslash"},
