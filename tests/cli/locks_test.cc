@@ -126,9 +126,12 @@ TEST(NoWayIn, LinksLeadNoOutputOutOfItsFolder) {
        "--output-folder", program.folder.File("mine") + "/", "--profile", program.folder.File("profile")});
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_TRUE(fs::exists(program.folder.File("other/graphics/pump.png")));
-  const ProgramResult batch = program.RunPlain(
-      {"batch", pump + "/operation.mif", "--category", "Editions", "--output", program.folder.File("mine"),
-       "--shard", "3/5", "--variables", pump + "/variables", "--profile", program.folder.File("profile")});
+  fs::create_directory(program.folder.File("outs"));
+  fs::create_directory_symlink(program.folder.File("outs"), program.folder.File("outs/Service"));
+  const ProgramResult batch =
+      program.RunPlain({"batch", pump + "/operation.mif", "--category", "Editions", "--output",
+                        program.folder.File("outs") + "/<scheme_name>/", "--shard", "3/5", "--variables",
+                        pump + "/variables", "--profile", program.folder.File("profile")});
   EXPECT_EQ(batch.status, 0) << batch.out << batch.err;
 }
 

@@ -200,7 +200,7 @@ bool PosixPlatform::StaysInside(const std::string& path, LastPart last) {
   for (const auto& [number, kept] : kept_inside_) {
     if (!IsBelow(spelled, kept.spelled) && !IsBelow(spelled, kept.resolved)) continue;
     const std::string leads = ResolvedPath((itself ? given.parent_path() : given).string());
-    if ((itself && leads == kept.resolved) || IsBelow(leads, kept.resolved)) continue;
+    if (leads == kept.resolved || IsBelow(leads, kept.resolved)) continue;
     return Fail("a symbolic link leads out of the output folder " + kept.spelled + ", to " + leads +
                 ". Remove the link, or take another output folder");
   }
