@@ -137,12 +137,13 @@ bool SchemeRun::MakeFolder() {
 }
 
 // The copy of a book does this itself. A document is written beside what else is in the folder, so that the
-// folder is held only while something is put back there.
+// folder is held only while something is put back there. One in a folder whose copy of a book is not complete
+// could not be opened.
 bool SchemeRun::UndoKilled() {
   host::Platform& platform = host_.platform;
   const std::string& folder = outcome_->folder;
-  if (!HasAbandoned(platform, folder)) return true;
-  const bool marked = platform.FileExists(common::JoinPath(folder, std::string(host::kUnfinishedName)));
+  const bool marked = platform.IsUnfinished(folder);
+  if (!marked && !HasAbandoned(platform, folder)) return true;
   if (!platform.BeginFilling(folder)) {
     steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
     Refuse(kCopyFailed, "QELM_MSG_FILTER_REP_11", NotWritable(outcome_->folder));
@@ -150,7 +151,10 @@ bool SchemeRun::UndoKilled() {
   }
   UndoAbandoned(platform, folder);
   platform.EndFilling(folder, !marked);
-  return true;
+  if (!marked) return true;
+  steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
+  Refuse(kCopyFailed, "QELM_MSG_FILTER_76", folder);
+  return false;
 }
 
 // What keeps the output folder, or a file in it, from being written, with the host's reason.
@@ -163,7 +167,7 @@ std::string SchemeRun::NotWritable(const std::string& path) {
 
 // After the last file was written. With one that could not be saved the copy is not what it should be.
 void SchemeRun::EndFilling() {
-  if (host_.platform.EndFilling(outcome_->folder, !outcome_->unsaved) || outcome_->unsaved) return;
+  if (CompleteCopy(host_, outcome_->output, !outcome_->unsaved)) return;
   outcome_->complete = false;
   steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_11", NotWritable(outcome_->folder));
 }
@@ -215,9 +219,13 @@ void SchemeRun::FilterBook() {
   if (Filtered(result)) {
     outcome_->output = host_.documents.Path(book);
     TellResult(outcome_->output);
-    for (const CopiedFile& file : run_.copied) outcome_->files.push_back(file.target);
+    std::vector<std::string> sources;
+    for (const CopiedFile& file : run_.copied) {
+      sources.push_back(file.source);
+      outcome_->files.push_back(file.target);
+    }
     for (const std::string& removed : run_.removed_files) std::erase(outcome_->files, removed);
-    FinishOutput(context_, request_, batch_scheme_, names_, book, outcome_);
+    FinishOutput(context_, request_, batch_scheme_, names_, sources, book, outcome_);
     EndFilling();
     // They may be there the next time.
     if (!PassedOver(run_).empty()) outcome_->complete = false;
@@ -226,10 +234,16 @@ void SchemeRun::FilterBook() {
   if (book != kNone && book != source_.id()) host_.documents.Close(book, /*discard=*/true);
 }
 
-// What no earlier run put there is somebody's.
+// What no earlier run put there is somebody's, and what somebody has changed since.
 bool SchemeRun::MayReplace(CopyRecord& record) {
   const std::string& target = record.target();
-  const bool own = record.IsCopyOf(source_.path(), {target}) && record.Has(target);
+  if (!record.Read() && !context_.overwrite) {
+    steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
+    steps_.Say(kErrorLine, "QELM_MSG_FILTER_75", record.path(), record.why());
+    outcome_->result = kCopyFailed;
+    return false;
+  }
+  const bool copied_before = record.IsCopyOf(source_.path(), {target});
   if (!host_.platform.FileExists(target)) return true;
   const auto refuse = [&](const char* id) {
     steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
@@ -243,7 +257,8 @@ bool SchemeRun::MayReplace(CopyRecord& record) {
     if (!link.path.empty() && host_.platform.SameFile(link.path, target)) return refuse("QELM_MSG_FILTER_53");
   }
   if (host_.documents.FindOpen(target) != kNone) return refuse("QELM_MSG_FILTER_54");
-  return own || context_.overwrite || batch_scheme_.replaces_own || refuse("QELM_MSG_FILTER_REP_28");
+  if (context_.overwrite || batch_scheme_.replaces_own || record.Has(target)) return true;
+  return refuse(copied_before && record.Names(target) ? "QELM_MSG_FILTER_74" : "QELM_MSG_FILTER_REP_28");
 }
 
 // Before the copy is there: a run that is cut must leave none of which nobody knows.
@@ -287,7 +302,8 @@ void SchemeRun::FilterCopy() {
       outcome_->files.push_back(target);
       TellResult(target);
       host_.documents.SetSwitch(copy, host::DocumentSwitch::kModified, true);
-      FinishOutput(context_, request_, batch_scheme_, names_, copy, outcome_);
+      FinishOutput(context_, request_, batch_scheme_, names_, {source_.path()}, copy, outcome_);
+      EndFilling();
     }
   }
   if (copy != kNone) host_.documents.Close(copy, /*discard=*/true);

@@ -209,6 +209,23 @@ TEST_F(Batch, FilesThatAreNotItsOwnStay) {
   EXPECT_EQ(schemes[3]["result"], 1);
   EXPECT_FALSE(fs::exists(left));
 
+  // What is saved from the output is as careful as the output itself.
+  const std::string xml = "out/Service/xml/operation.pdf.xml";
+  const std::string saved = program.folder.Read(xml);
+  for (const std::string& theirs : {saved + "<!-- mine -->", std::string("theirs")}) {
+    program.folder.Write(xml, theirs);
+    const ProgramResult kept = Run("out", {}, "operation.mif");
+    EXPECT_EQ(kept.status, 1);
+    EXPECT_NE(kept.out.find(program.folder.File(xml)), std::string::npos) << kept.out;
+    EXPECT_EQ(program.folder.Read(xml), theirs);
+  }
+  EXPECT_EQ(Run("out", {"--overwrite"}, "operation.mif").status, 0);
+  EXPECT_EQ(program.folder.Read(xml), saved);
+  // A document there could not be opened.
+  program.folder.Write("out/Service/QELM-unfinished.txt", "");
+  EXPECT_EQ(Run("out", {"--json"}, "operation.mif").Json()["schemes"][2]["result"], 106);
+  fs::remove(program.folder.File("out/Service/QELM-unfinished.txt"));
+
   program.folder.Write("out/report.fm", "notes");
   const ProgramResult refused = Run("out", {}, "operation.mif");
   EXPECT_EQ(refused.status, 5);
