@@ -263,10 +263,7 @@ bool SchemeRun::MayReplace(CopyRecord& record) {
 
 // Before the copy is there: a run that is cut must leave none of which nobody knows.
 bool SchemeRun::Record(const CopyRecord& record) {
-  host::Platform& platform = host_.platform;
-  const std::string text = record.TextFor(source_.path(), {record.target()});
-  if (platform.FileExists(record.path()) && platform.ReadFile(record.path()) == text) return true;
-  if (platform.ReplaceFile(record.path(), text)) return true;
+  if (record.Begin(source_.path(), {record.target()})) return true;
   Refuse(kCopyFailed, "QELM_MSG_FILTER_REP_11", NotWritable(record.path()));
   return false;
 }

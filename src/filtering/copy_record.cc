@@ -178,9 +178,17 @@ std::string CopyRecord::TextFor(const std::string& source, const std::vector<std
   return next.Text(Shortened(source), Spelled(source));
 }
 
-bool CopyRecord::Write(const std::string& text) {
-  if (platform_.FileExists(path_) && platform_.ReadFile(path_) == text) return true;
+// A pipe that is to be overwritten would wait for somebody who reads it.
+bool CopyRecord::Write(const std::string& text) const {
+  std::error_code error;
+  const bool is_file = fs::is_regular_file(path_, error);
+  if (is_file && platform_.ReadFile(path_) == text) return true;
+  if (!is_file && platform_.FileExists(path_) && !platform_.RemoveFile(path_)) return false;
   return platform_.ReplaceFile(path_, text);
+}
+
+bool CopyRecord::Begin(const std::string& source, const std::vector<std::string>& files) const {
+  return Write(TextFor(source, files));
 }
 
 bool CopyRecord::Add(const std::string& file) {

@@ -60,6 +60,9 @@ class CopyRecord {
   // the next time.
   std::string TextFor(const std::string& source, const std::vector<std::string>& files) const;
 
+  // Records that at once. False when the record cannot be written.
+  bool Begin(const std::string& source, const std::vector<std::string>& files) const;
+
   // Records one file more, before it is made. False when the record cannot be written.
   bool Add(const std::string& file);
 
@@ -74,7 +77,7 @@ class CopyRecord {
     bool same = false;
   };
 
-  bool Write(const std::string& text);
+  bool Write(const std::string& text) const;
   bool Unreadable(std::string reason);
   std::string Text(const std::string& source, const std::string& as) const;
   std::string StateOf(const std::string& file) const;

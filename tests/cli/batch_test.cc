@@ -1,6 +1,7 @@
 // qelm batch: the example book by its editions, several at once, cut short and taken up again, and what ends
 // up in the report.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <chrono>
 #include <filesystem>
@@ -225,6 +226,13 @@ TEST_F(Batch, FilesThatAreNotItsOwnStay) {
   program.folder.Write("out/Service/QELM-unfinished.txt", "");
   EXPECT_EQ(Run("out", {"--json"}, "operation.mif").Json()["schemes"][2]["result"], 106);
   fs::remove(program.folder.File("out/Service/QELM-unfinished.txt"));
+  // Nobody writes into the pipe, and nobody reads it.
+  const std::string record = program.folder.File("out/Service/.qelm-made-operation.mif.txt");
+  fs::remove(record);
+  ASSERT_EQ(::mkfifo(record.c_str(), 0600), 0);
+  EXPECT_EQ(Run("out", {"--json"}, "operation.mif").Json()["schemes"][2]["result"], 106);
+  EXPECT_EQ(Run("out", {"--overwrite"}, "operation.mif").status, 0);
+  EXPECT_TRUE(fs::is_regular_file(record));
 
   program.folder.Write("out/report.fm", "notes");
   const ProgramResult refused = Run("out", {}, "operation.mif");
