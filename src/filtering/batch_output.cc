@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <unordered_set>
 
 #include "common/paths.h"
 #include "common/text.h"
@@ -135,7 +134,6 @@ class OutputSteps {
   void Export(const ExportForm& form);
   bool IsInUse(const std::string& path);
   bool MayReplace(const std::string& path);
-  bool IsReferredTo(const std::string& path);
   template <typename... Arguments>
   void Incomplete(std::int32_t format, std::string_view id, const Arguments&... arguments) {
     steps_.Say(format, id, arguments...);
@@ -354,21 +352,7 @@ bool OutputSteps::IsInUse(const std::string& path) {
   };
   return is_it(request_.source) || is_it(outcome_->output) ||
          std::any_of(outcome_->files.begin(), outcome_->files.end(), is_it) ||
-         std::any_of(sources_.begin(), sources_.end(), is_it) || IsReferredTo(path);
-}
-
-bool OutputSteps::IsReferredTo(const std::string& path) {
-  if (!host_.platform.FileExists(path)) return false;
-  std::unordered_set<std::string> seen;
-  std::vector<host::Link> links;
-  for (const Id document : documents_) {
-    host_.links.Read(document, &links);
-    for (const host::Link& link : links) {
-      if (link.path.empty() || !seen.insert(link.path).second) continue;
-      if (host_.platform.SameFile(link.path, path)) return true;
-    }
-  }
-  return false;
+         (host_.platform.FileExists(path) && std::any_of(sources_.begin(), sources_.end(), is_it));
 }
 
 // As the output itself, a file that is saved from it takes the place only of what an earlier run saved there.

@@ -1,5 +1,7 @@
 #include "filtering/batch_scheme.h"
 
+#include <unordered_set>
+
 #include "common/paths.h"
 #include "common/strings.h"
 #include "common/text.h"
@@ -62,6 +64,7 @@ class SchemeRun {
   FilterContext Filter();
   void FilterBook();
   void FilterCopy();
+  std::vector<std::string> SourceFiles();
   bool MayReplace(CopyRecord& record);
   bool Record(const CopyRecord& record);
   bool IsAsPlanned();
@@ -219,19 +222,41 @@ void SchemeRun::FilterBook() {
   if (Filtered(result)) {
     outcome_->output = host_.documents.Path(book);
     TellResult(outcome_->output);
-    std::vector<std::string> sources;
-    for (const CopiedFile& file : run_.copied) {
-      sources.push_back(file.source);
-      outcome_->files.push_back(file.target);
-    }
+    for (const CopiedFile& file : run_.copied) outcome_->files.push_back(file.target);
     for (const std::string& removed : run_.removed_files) std::erase(outcome_->files, removed);
-    FinishOutput(context_, request_, batch_scheme_, names_, sources, book, outcome_);
+    FinishOutput(context_, request_, batch_scheme_, names_, SourceFiles(), book, outcome_);
     EndFilling();
     // They may be there the next time.
     if (!PassedOver(run_).empty()) outcome_->complete = false;
   }
   for (const Id document : copies_) host_.documents.Close(document, /*discard=*/true);
   if (book != kNone && book != source_.id()) host_.documents.Close(book, /*discard=*/true);
+}
+
+// Empty where nothing is saved that could take the place of one.
+std::vector<std::string> SchemeRun::SourceFiles() {
+  const config::LocalSettings& settings = request_.settings;
+  if (!settings.bf_post_process_default_enable_pdf_save &&
+      !settings.bf_post_process_default_enable_xml_save) {
+    return {};
+  }
+  std::unordered_set<std::string> files;
+  for (const CopiedFile& file : run_.copied) files.insert(file.source);
+  std::vector<Id> documents;
+  if (!source_.is_book()) documents.push_back(source_.id());
+  for (Id component = source_.is_book() ? host_.books.FirstComponent(source_.id()) : kNone;
+       component != kNone; component = host_.books.NextComponent(source_.id(), component)) {
+    files.emplace(host_.books.ComponentPath(source_.id(), component));
+    documents.push_back(host_.books.ComponentDocument(source_.id(), component));
+  }
+  std::vector<host::Link> links;
+  for (const Id document : documents) {
+    if (document == kNone || !host_.links.Read(document, &links)) continue;
+    for (const host::Link& link : links) {
+      if (!link.path.empty()) files.insert(link.path);
+    }
+  }
+  return {files.begin(), files.end()};
 }
 
 // What no earlier run put there is somebody's, and what somebody has changed since.
@@ -299,7 +324,7 @@ void SchemeRun::FilterCopy() {
       outcome_->files.push_back(target);
       TellResult(target);
       host_.documents.SetSwitch(copy, host::DocumentSwitch::kModified, true);
-      FinishOutput(context_, request_, batch_scheme_, names_, {source_.path()}, copy, outcome_);
+      FinishOutput(context_, request_, batch_scheme_, names_, SourceFiles(), copy, outcome_);
       EndFilling();
     }
   }

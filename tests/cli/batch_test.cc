@@ -234,6 +234,20 @@ TEST_F(Batch, FilesThatAreNotItsOwnStay) {
   EXPECT_EQ(Run("out", {"--overwrite"}, "operation.mif").status, 0);
   EXPECT_TRUE(fs::is_regular_file(record));
 
+  // What the source shows is not even overwritten when that is allowed.
+  fs::create_directory(program.folder.File("source"));
+  fs::copy_file(kPump / "introduction.mif", program.folder.File("source/introduction.mif"));
+  std::string shows = program.folder.Read("source/introduction.mif");
+  shows.replace(shows.find("pump.png"), 8, "pump.xml");
+  const std::string source = program.folder.Write("source/introduction.mif", shows);
+  program.folder.Write("source/graphics/pump.xml", "shown");
+  Run("out",
+      {"--overwrite", "--set",
+       "BF_POST_PROCESS_DEFAULT_XML_DESTINATION_FOLDER=" + program.folder.File("source/graphics"), "--set",
+       "BF_POST_PROCESS_XML_FILENAME_PATTERN=pump", "--shard", "1/5"},
+      source);
+  EXPECT_EQ(program.folder.Read("source/graphics/pump.xml"), "shown");
+
   program.folder.Write("out/report.fm", "notes");
   const ProgramResult refused = Run("out", {}, "operation.mif");
   EXPECT_EQ(refused.status, 5);
