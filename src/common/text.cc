@@ -48,16 +48,24 @@ void SplitAtSpaces(std::string_view text, std::vector<std::string_view>* pieces)
   }
 }
 
+std::string WithReason(std::string_view what, std::string_view why) {
+  std::string text(what);
+  if (!why.empty()) text.append(" (").append(why).append(")");
+  return text;
+}
+
+std::string_view TakeLine(std::string_view* text) {
+  std::size_t end = 0;
+  while (end < text->size() && (*text)[end] != '\n' && (*text)[end] != '\r') ++end;
+  const std::string_view line = text->substr(0, end);
+  text->remove_prefix(end);
+  text->remove_prefix(text->starts_with("\r\n") ? 2 : std::min<std::size_t>(text->size(), 1));
+  return line;
+}
+
 std::vector<std::string_view> SplitLines(std::string_view text) {
   std::vector<std::string_view> lines;
-  std::size_t begin = 0;
-  while (begin < text.size()) {
-    std::size_t end = begin;
-    while (end < text.size() && text[end] != '\n' && text[end] != '\r') ++end;
-    lines.push_back(text.substr(begin, end - begin));
-    begin = end + 1;
-    if (begin < text.size() && text[end] == '\r' && text[begin] == '\n') ++begin;
-  }
+  while (!text.empty()) lines.push_back(TakeLine(&text));
   return lines;
 }
 

@@ -14,7 +14,13 @@ std::string_view Trim(std::string_view text);
 // `text`.
 void SplitAtSpaces(std::string_view text, std::vector<std::string_view>* pieces);
 
-// The lines of a text without their ends (LF, CR LF or CR). A text that ends with a line end has no empty
+// "what (why)"; only what where there is no reason.
+std::string WithReason(std::string_view what, std::string_view why);
+
+// Takes the first line, without its end (LF, CR LF or CR), off a text that is not empty.
+std::string_view TakeLine(std::string_view* text);
+
+// The lines of a text without their ends. A text that ends with a line end has no empty
 // line behind it. The views are into `text`.
 std::vector<std::string_view> SplitLines(std::string_view text);
 

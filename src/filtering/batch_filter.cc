@@ -68,7 +68,8 @@ std::string FreePath(host::Platform& platform, const std::string& path) {
   const std::string stem = path.substr(0, path.size() - extension.size());
   std::string free = path;
   for (int number = 2; platform.FileExists(free) || platform.FolderExists(free); ++number) {
-    free = stem + "-" + std::to_string(number) + extension;
+    free = stem;
+    free.append("-").append(std::to_string(number)).append(extension);
   }
   return free;
 }
@@ -170,7 +171,8 @@ bool Batch::OpenReportFile() {
     }
     platform.MakeFolder(std::string(common::FolderOf(path)));
   } else {
-    platform.KeepInside(std::string(common::FolderOf(path)));
+    // Output folders may be links in this one.
+    const host::KeptFolder kept(platform, std::string(common::FolderOf(path)));
     path = FreePath(platform, path);
     platform.MakeFolder(std::string(common::FolderOf(path)));
     // The name is taken at once, so that a batch of the same second chooses another.

@@ -386,10 +386,9 @@ void OutputSteps::Export(const ExportForm& form) {
   }
   if (!MayReplace(options.path)) return;
   const std::string folder = FolderFromOutput(outcome_->folder, settings_.*form.folder);
-  host_.platform.KeepInside(folder);
+  const host::KeptFolder kept(host_.platform, folder);
   if (!host_.platform.MakeFolder(folder)) {
-    const std::string reason = host_.platform.LastError();
-    Incomplete(kStepErrorLine, form.no_folder_id, reason.empty() ? folder : folder + " (" + reason + ")");
+    Incomplete(kStepErrorLine, form.no_folder_id, common::WithReason(folder, host_.platform.LastError()));
     return;
   }
   if (form.format == host::SaveFormat::kPdf) {

@@ -80,6 +80,7 @@ class SchemeRun {
   const BatchSource& source_;
   const BatchScheme& batch_scheme_;
   BatchOutcome* outcome_;
+  std::optional<host::KeptFolder> kept_;
   BatchSteps steps_;
   std::int64_t started_;
   NameValues names_;
@@ -132,10 +133,10 @@ bool SchemeRun::MakeFolder() {
     Refuse(kOutputIsSource, "QELM_MSG_FILTER_REP_11", why);
     return false;
   }
-  platform.KeepInside(outcome_->folder);
+  kept_.emplace(platform, outcome_->folder);
   if (platform.MakeFolder(outcome_->folder)) return source_.is_book() || UndoKilled();
   steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
-  Refuse(0, "QELM_MSG_FILTER_REP_9", outcome_->folder);
+  Refuse(0, "QELM_MSG_FILTER_REP_9", common::WithReason(outcome_->folder, platform.LastError()));
   return false;
 }
 

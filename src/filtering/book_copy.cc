@@ -37,7 +37,7 @@ std::int32_t BookCopy::Copy() {
   if (!plan_.AddShownFiles([this] { return Stopped(); })) return kCopyStopped;
   plan_.ChooseTargets(folder_);
   cut_before_ = host_.platform.FileExists(common::JoinPath(folder_, std::string(host::kUnfinishedName)));
-  host_.platform.KeepInside(folder_);
+  kept_.emplace(host_.platform, folder_);
   StagedFiles staged(host_.platform, folder_);
   if (!staged.MakeFolders() || !host_.platform.BeginFilling(folder_)) {
     FailFile(folder_);

@@ -18,6 +18,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <unordered_set>
 
@@ -89,6 +90,7 @@ class BookCopy {
   bool redirect_;
   bool overwrite_;
   std::string folder_;
+  std::optional<host::KeptFolder> kept_;
   CopyPlan plan_;
   CopyRecord record_;
   std::unordered_set<host::Id> left_out_;

@@ -1,32 +1,43 @@
 #include "messages/language.h"
 
+#include <algorithm>
+
 #include "common/utf8.h"
 
 namespace qelm::messages {
 
+bool Language::ReadFile(std::string_view content, LanguageProblem* problem, File* file) {
+  file->content = std::make_unique<const std::string>(common::DecodeTextFile(content));
+  return ReadEntries(*file->content, &file->read, problem);
+}
+
 bool Language::Read(std::string_view content, LanguageProblem* problem) {
-  LanguageFile file;
-  if (!file.Read(common::DecodeTextFile(content), problem)) return false;
-  texts_.clear();
-  for (const LanguageEntry& entry : file.Entries()) {
-    if (entry.InUse()) texts_.emplace(Key(entry.section, entry.id), entry.text);
-  }
+  File file;
+  if (!ReadFile(content, problem, &file)) return false;
+  file_ = std::move(file);
+  sections_.clear();
   return true;
 }
 
 bool Language::ReadSection(std::string_view content, std::string_view section, LanguageProblem* problem) {
-  Language all;
-  if (!all.Read(content, problem)) return false;
-  std::erase_if(texts_, [section](const auto& entry) { return entry.first.first == section; });
-  for (auto& [key, text] : all.texts_) {
-    if (key.first == section) texts_.emplace(key, std::move(text));
-  }
+  File file;
+  if (!ReadFile(content, problem, &file)) return false;
+  sections_.insert_or_assign(std::string(section), std::move(file));
   return true;
 }
 
-const std::string* Language::Find(std::string_view section, std::string_view id) const {
-  const auto found = texts_.find(KeyView(section, id));
-  return found == texts_.end() ? nullptr : &found->second;
+std::optional<std::string_view> Language::Find(std::string_view section, std::string_view id) const {
+  const auto own = sections_.find(section);
+  const ReadLanguage& read = own == sections_.end() ? file_.read : own->second.read;
+  const auto found = read.index.find({section, id});
+  if (found == read.index.end() || !read.entries[found->second].InUse()) return std::nullopt;
+  return read.entries[found->second].text;
+}
+
+std::size_t Language::Count() const {
+  const std::vector<ReadEntry>& entries = file_.read.entries;
+  return static_cast<std::size_t>(
+      std::count_if(entries.begin(), entries.end(), std::mem_fn(&ReadEntry::InUse)));
 }
 
 }  // namespace qelm::messages

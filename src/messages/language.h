@@ -1,7 +1,7 @@
 // One language: the texts of a gettext PO file, by section (the entry's msgctxt) and id (its msgid).
 //
-// language_file.h reads the file. As in gettext, an entry without a text and one that is marked fuzzy are not
-// there.
+// language_reader.h reads the file. As in gettext, an entry without a text and one that is marked fuzzy are
+// not there.
 //
 //   msgctxt "General Strings"
 //   msgid "QELM_MSG_GEN_10"
@@ -9,12 +9,14 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <map>
+#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 
-#include "messages/language_file.h"
+#include "messages/language_reader.h"
 
 namespace qelm::messages {
 
@@ -36,19 +38,21 @@ class Language {
   // Replaces only the texts of one section.
   bool ReadSection(std::string_view content, std::string_view section, LanguageProblem* problem);
 
-  // The text of an id; null when there is none. Holds until the next reading.
-  const std::string* Find(std::string_view section, std::string_view id) const;
+  // The text of an id; nothing when there is none. Holds until the next reading.
+  std::optional<std::string_view> Find(std::string_view section, std::string_view id) const;
 
-  std::size_t Count() const { return texts_.size(); }
+  std::size_t Count() const;
 
  private:
-  using Key = std::pair<std::string, std::string>;
-  using KeyView = std::pair<std::string_view, std::string_view>;
-  struct Less {
-    using is_transparent = void;
-    bool operator()(const KeyView& left, const KeyView& right) const { return left < right; }
+  // The entries of a file, and its content, which they are views into and which so never moves.
+  struct File {
+    std::unique_ptr<const std::string> content;
+    ReadLanguage read;
   };
-  std::map<Key, std::string, Less> texts_;
+  static bool ReadFile(std::string_view content, LanguageProblem* problem, File* file);
+
+  File file_;
+  std::map<std::string, File, std::less<>> sections_;  // those that were read on their own
 };
 
 }  // namespace qelm::messages

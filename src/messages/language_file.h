@@ -15,13 +15,9 @@
 #include <utility>
 #include <vector>
 
-namespace qelm::messages {
+#include "messages/language_reader.h"
 
-// Why a language file was refused. Line 0: not at a line of its own.
-struct LanguageProblem {
-  std::size_t line = 0;
-  std::string text;
-};
+namespace qelm::messages {
 
 // The comment of an entry whose text is still the English one begins with this.
 inline constexpr std::string_view kNotTranslatedYet = "# Not translated yet";

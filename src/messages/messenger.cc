@@ -49,16 +49,16 @@ bool Messenger::LoadLanguage(const std::string& folder, std::string_view name) {
   return true;
 }
 
-const std::string* Messenger::Find(std::string_view id) {
-  if (!active_) return nullptr;
-  if (const std::string* text = language_.Find(kGeneralStrings, id)) return text;
+std::optional<std::string_view> Messenger::Find(std::string_view id) {
+  if (!active_) return std::nullopt;
+  if (const auto text = language_.Find(kGeneralStrings, id)) return text;
   const std::optional<std::string> content = platform_.ReadFile(LanguageFile());
-  if (!content || !language_.ReadSection(*content, kGeneralStrings, nullptr)) return nullptr;
+  if (!content || !language_.ReadSection(*content, kGeneralStrings, nullptr)) return std::nullopt;
   return language_.Find(kGeneralStrings, id);
 }
 
 const std::string& Messenger::Get(std::string_view id) {
-  if (const std::string* text = Find(id)) {
+  if (const auto text = Find(id)) {
     slot_ = *text;
     // gettext's tools take no text that ends with a line end when its id does not, so the blank line between
     // the header and what follows is put in here.
@@ -75,15 +75,14 @@ void Messenger::ShowStatus(const host::Status& status) {
 }
 
 std::string Messenger::Compose(std::string_view id, std::string_view body) {
-  std::string text = Find(kHeaderId) != nullptr ? Get(kHeaderId) : std::string(kPlainHeader);
+  std::string text = Find(kHeaderId) ? Get(kHeaderId) : std::string(kPlainHeader);
   text.append(body);
   if (debug_prompts_) text.append(kIdNote).append(id);
   return text;
 }
 
 std::string Messenger::Translated(std::string_view section, std::string_view english) const {
-  const std::string* text = language_.Find(section, english);
-  return text != nullptr ? *text : std::string(english);
+  return std::string(language_.Find(section, english).value_or(english));
 }
 
 void Messenger::AlertFormatted(std::string_view id, std::string_view text) {

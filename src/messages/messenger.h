@@ -7,6 +7,7 @@
 #pragma once
 
 #include <array>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -80,9 +81,9 @@ class Messenger {
   host::Platform& Platform() { return platform_; }
 
  private:
-  // The text of an id; when the current language lacks it, its file is read once more. Null when there is
+  // The text of an id; when the current language lacks it, its file is read once more. Nothing when there is
   // none.
-  const std::string* Find(std::string_view id);
+  std::optional<std::string_view> Find(std::string_view id);
   std::string Compose(std::string_view id, std::string_view body);
 
   host::UserInterface& user_;

@@ -116,15 +116,20 @@ TEST(NoWayIn, LinksLeadNoOutputOutOfItsFolder) {
     EXPECT_EQ(program.folder.Read("theirs/operation.mif"), "theirs");
     EXPECT_EQ(std::distance(fs::directory_iterator(program.folder.File("theirs")), {}), 1);
   }
-  // The user's own link to a folder is a folder.
+  // The user's own link to a folder is a folder, also beside the report of a batch; and so is one with a
+  // separator at its end.
   Program program;
   fs::create_directory(program.folder.File("other"));
   fs::create_directory_symlink(program.folder.File("other"), program.folder.File("mine"));
   const ProgramResult result = program.RunPlain(
       {"filter", pump + "/pump.book.mif", "--scheme", "Audience/Beginner", "--mode", "duplicate",
-       "--output-folder", program.folder.File("mine"), "--profile", program.folder.File("profile")});
+       "--output-folder", program.folder.File("mine") + "/", "--profile", program.folder.File("profile")});
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_TRUE(fs::exists(program.folder.File("other/graphics/pump.png")));
+  const ProgramResult batch = program.RunPlain(
+      {"batch", pump + "/operation.mif", "--category", "Editions", "--output", program.folder.File("mine"),
+       "--shard", "3/5", "--variables", pump + "/variables", "--profile", program.folder.File("profile")});
+  EXPECT_EQ(batch.status, 0) << batch.out << batch.err;
 }
 
 TEST(NoWayIn, XmlReadsNothingOutsideItsFile) {

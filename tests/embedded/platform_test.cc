@@ -54,7 +54,7 @@ TEST(Platform, LinksLeadNoOperationOutOfAFolder) {
   std::filesystem::create_symlink(folder.File("theirs/a.txt"), folder.File("out/file"));
   std::filesystem::create_directory_symlink("own", folder.File("out/inside"));
   std::filesystem::create_directory_symlink(folder.File("out"), folder.File("mine"));
-  platform.KeepInside(folder.File("mine"));
+  const std::int64_t kept = platform.KeepInside(folder.File("mine") + "/");
   for (const std::string& out : {folder.File("out/"), folder.File("mine/")}) {
     EXPECT_FALSE(platform.ReplaceFile(out + "away/a.txt", "new"));
     EXPECT_NE(platform.LastError().find("link leads out"), std::string::npos) << platform.LastError();
@@ -69,11 +69,14 @@ TEST(Platform, LinksLeadNoOperationOutOfAFolder) {
     EXPECT_FALSE(platform.RemoveFolder(out + "away/empty"));
     EXPECT_TRUE(platform.ReplaceFile(out + "inside/a.txt", "new"));
     EXPECT_TRUE(platform.MakeFolder(out + "new/newer"));
+    EXPECT_TRUE(platform.MakeFolder(out)) << platform.LastError();
   }
   EXPECT_EQ(folder.Read("theirs/a.txt"), "theirs");
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.File("theirs")), {}), 2);
   EXPECT_EQ(folder.Read("out/own/a.txt"), "new");
   EXPECT_TRUE(platform.RemoveFile(folder.File("out/file"))) << "the link itself";
+  platform.LetGo(kept);
+  EXPECT_TRUE(platform.MakeFolder(folder.File("out/away/new"))) << "nothing is kept for ever";
 }
 
 TEST(ReplaceFile, WhatCannotBeReplacedStaysAndSaysWhy) {

@@ -8,8 +8,7 @@ namespace qelm::messages {
 namespace {
 
 std::string Text(const Language& language, std::string_view id) {
-  const std::string* text = language.Find(kGeneralStrings, id);
-  return text == nullptr ? "(none)" : *text;
+  return std::string(language.Find(kGeneralStrings, id).value_or("(none)"));
 }
 
 TEST(Language, ReadsTextsOverSeveralLinesWithEscapes) {
@@ -51,6 +50,7 @@ TEST(Language, RefusesDamagedFilesAtTheirLine) {
   };
   const std::vector<Row> rows = {
       {"msgid \"A\"\nmsgstr \"open\n", 2, "does not end"},
+      {"msgid \"A\"\nmsgstr \"\n", 2, "does not end"},
       {"msgid \"A\"\nmsgstr \"a\" b\n", 2, "follows"},
       {"msgid \"A\"\nmsgstr \"\\q\"\n", 2, "escape"},
       {"msgid \"A\"\nmsgstr \"ends with \\\n", 2, "backslash"},

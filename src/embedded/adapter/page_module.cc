@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <mutex>
+#include <string_view>
 
 namespace qelm::embedded::adapter {
 namespace {
@@ -16,6 +18,15 @@ struct Loaded {
   const render::PageMaker* maker = nullptr;
   std::string why;
 };
+
+// The kernel writes a line end in a path so.
+std::string Unescaped(std::string path) {
+  constexpr std::string_view kLineEnd = "\\012";
+  for (std::size_t at = 0; (at = path.find(kLineEnd, at)) != std::string::npos; ++at) {
+    path.replace(at, kLineEnd.size(), "\n");
+  }
+  return path;
+}
 
 // The file that this code was loaded from, program or library, by its whole path: what a caller says of it
 // may count from a folder that is not the current one any more.
@@ -30,16 +41,20 @@ std::string OwnFile() {
     if (dash == last || own < begin) continue;
     std::from_chars(dash + 1, last, end, 16);
     const std::size_t path = line.find('/');
-    if (own < end && path != std::string::npos) return line.substr(path);
+    if (own < end && path != std::string::npos) return Unescaped(line.substr(path));
   }
   return {};
 }
 
+// Beside the program or the library, or where it is installed: libraries lie in lib, or in a folder of lib
+// for one kind of machine.
 std::string FindModule(const std::filesystem::path& folder) {
-  const std::filesystem::path beside = folder / kModule;
+  const std::filesystem::path above = folder.parent_path();
   std::error_code error;
-  if (std::filesystem::exists(beside, error)) return beside.string();
-  return (folder.parent_path() / "lib" / "qelm" / kModule).string();
+  for (const std::filesystem::path& place : {folder, folder / "qelm", above / "qelm"}) {
+    if (std::filesystem::exists(place / kModule, error)) return (place / kModule).string();
+  }
+  return (above / "lib" / "qelm" / kModule).string();
 }
 
 Loaded Load() {
@@ -62,11 +77,14 @@ Loaded Load() {
     const char* const problem = ::dlerror();
     loaded.why = "pages are made by " + path + ", which cannot be loaded: ";
     loaded.why += problem == nullptr ? "it is no such module" : problem;
+    loaded.why += '.';
     return loaded;
   }
   loaded.maker = reinterpret_cast<render::PageMakerFunction*>(function)(render::PageMakerStamp());
   if (loaded.maker == nullptr) {
-    loaded.why = "pages are made by " + path + ", which is of another version of QELM; install QELM again.";
+    loaded.why = "pages are made by " + path +
+                 ", which is of another version of QELM; start again what runs, or "
+                 "install QELM again.";
   }
   return loaded;
 }
@@ -74,7 +92,11 @@ Loaded Load() {
 }  // namespace
 
 const render::PageMaker* LoadedPageMaker(std::string* why) {
-  static const Loaded loaded = Load();
+  static std::mutex mutex;
+  static Loaded loaded;
+  const std::scoped_lock lock(mutex);
+  // What is missing may be installed while a server runs.
+  if (loaded.maker == nullptr) loaded = Load();
   if (loaded.maker == nullptr) *why = loaded.why;
   return loaded.maker;
 }

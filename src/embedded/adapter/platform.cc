@@ -48,6 +48,13 @@ bool IsBelow(const std::string& path, const std::string& folder) {
          (folder.back() == '/' || path[folder.size()] == '/');
 }
 
+// Absolute, without "." and "..", and without a separator at its end.
+std::string Spelled(const std::string& path) {
+  std::error_code error;
+  const std::filesystem::path spelled = std::filesystem::absolute(path, error).lexically_normal();
+  return (spelled.has_filename() ? spelled : spelled.parent_path()).string();
+}
+
 // Opens the mark of a folder and locks it; `made` says whether it was not there before. -1, with errno set,
 // when that is not possible: EWOULDBLOCK when another run holds it.
 int OpenMark(const std::string& path, bool* made) {
@@ -174,29 +181,27 @@ bool PosixPlatform::RemoveFile(const std::string& path) {
   return StaysInside(path, LastPart::kItself) && (::unlink(path.c_str()) == 0 || Fail(errno));
 }
 
-void PosixPlatform::KeepInside(const std::string& folder) {
-  std::error_code error;
-  const std::filesystem::path spelled = std::filesystem::absolute(folder, error).lexically_normal();
-  const std::string resolved = ResolvedPath(folder);
-  kept_inside_[(spelled.has_filename() ? spelled : spelled.parent_path()).string()] = resolved;
-  kept_inside_[resolved] = resolved;
+std::int64_t PosixPlatform::KeepInside(const std::string& folder) {
+  kept_inside_[++last_kept_] = {Spelled(folder), ResolvedPath(folder)};
+  return last_kept_;
 }
+
+void PosixPlatform::LetGo(std::int64_t kept) { kept_inside_.erase(kept); }
 
 // Looked at before each operation, so that what is found is what was there before the run, and what others
 // put there up to now.
 bool PosixPlatform::StaysInside(const std::string& path, LastPart last) {
   if (kept_inside_.empty()) return true;
-  std::error_code error;
+  const std::string spelled = Spelled(path);
   // ".." behind a link goes up from where that leads, whatever the spelling says.
+  std::error_code error;
   const std::filesystem::path given = std::filesystem::absolute(path, error);
-  const std::filesystem::path spelled = given.lexically_normal();
-  const bool itself = last == LastPart::kItself && spelled.has_filename();
-  for (const auto& [folder, resolved] : kept_inside_) {
-    if (!IsBelow(spelled.string(), folder)) continue;
-    std::string leads = ResolvedPath((itself ? given.parent_path() : given).string());
-    if (itself) leads += '/';
-    if (IsBelow(leads, resolved)) continue;
-    return Fail("a symbolic link leads out of the output folder " + folder + ", to " + leads +
+  const bool itself = last == LastPart::kItself;
+  for (const auto& [number, kept] : kept_inside_) {
+    if (!IsBelow(spelled, kept.spelled) && !IsBelow(spelled, kept.resolved)) continue;
+    const std::string leads = ResolvedPath((itself ? given.parent_path() : given).string());
+    if ((itself && leads == kept.resolved) || IsBelow(leads, kept.resolved)) continue;
+    return Fail("a symbolic link leads out of the output folder " + kept.spelled + ", to " + leads +
                 ". Remove the link, or take another output folder");
   }
   return true;

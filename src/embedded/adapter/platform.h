@@ -43,7 +43,8 @@ class PosixPlatform : public host::Platform {
   bool BeginFilling(const std::string& folder) override;
   bool EndFilling(const std::string& folder, bool complete) override;
   bool IsUnfinished(const std::string& folder) override;
-  void KeepInside(const std::string& folder) override;
+  std::int64_t KeepInside(const std::string& folder) override;
+  void LetGo(std::int64_t kept) override;
   std::vector<std::string> FolderNames(const std::string& path) override;
   std::optional<std::uint64_t> FileSize(const std::string& path) override;
   std::optional<std::uint64_t> FreeSpace(const std::string& folder) override;
@@ -79,7 +80,12 @@ class PosixPlatform : public host::Platform {
   std::set<std::string> cleared_;  // folders from which abandoned files were removed
   std::map<std::string, std::unique_ptr<Descriptor>> filled_;  // the marks of folders that are being filled
 
-  std::map<std::string, std::string> kept_inside_;  // folders by both spellings, with links resolved
+  struct Kept {
+    std::string spelled;   // absolute, without a separator at its end
+    std::string resolved;  // the same without links
+  };
+  std::map<std::int64_t, Kept> kept_inside_;
+  std::int64_t last_kept_ = 0;
 
   std::map<std::string, std::string, std::less<>> environment_;
   std::vector<pid_t> programs_;

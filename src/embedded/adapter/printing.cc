@@ -145,13 +145,13 @@ std::optional<std::string> PrintPdf(Workspace& workspace, host::Documents& docum
                                     const host::SaveOptions& options, std::string* why) {
   const render::PageMaker* const maker = LoadedPageMaker(why);
   if (maker == nullptr) return std::nullopt;
-  const std::unique_ptr<render::PdfMaker> print = maker->BeginPdf(OptionsFor(*file, options));
-  if (print == nullptr) *why = "there is not enough memory for the pages.";
+  const std::unique_ptr<render::PdfMaker> print = maker->BeginPdf(OptionsFor(*file, options), why);
   if (print == nullptr) return std::nullopt;
   std::size_t pages = 0;
   if (file->book) {
     pages = BookPrinter(workspace, documents, file, print.get()).Run();
-    if (pages == 0) *why = "none of the components of the book can be opened.";
+    if (pages == 0) *why = print->Status();
+    if (pages == 0 && why->empty()) *why = "none of the components of the book can be opened.";
   } else {
     const Printable printable(file, why);
     if (printable.get() == nullptr) return std::nullopt;

@@ -451,8 +451,10 @@ bool ReadXml(std::string bytes, Document* document, std::string* error) {
   // an array that outgrows its room is copied.
   constexpr std::size_t kBytesPerItem = 10;
   constexpr std::size_t kBytesPerElement = 32;
-  document->items.reserve(source.size() / kBytesPerItem);
-  draft.elements.reserve(source.size() / kBytesPerElement);
+  constexpr std::size_t kMostRoom = std::size_t{1}
+                                    << 25U;  // where memory is only promised as far as there is some
+  document->items.reserve(std::min(source.size() / kBytesPerItem, kMostRoom));
+  draft.elements.reserve(std::min(source.size() / kBytesPerElement, kMostRoom));
   Gatherer gatherer(document, &draft);
   xml::Error problem;
   if (!xml::Read(document->source, &gatherer, &problem)) {

@@ -63,10 +63,8 @@ class GuardedPdf : public PdfMaker {
 
 class ModuleMaker : public PageMaker {
  public:
-  std::unique_ptr<PdfMaker> BeginPdf(const PrintOptions& options) const override {
-    std::string why;
-    return Guarded(&why,
-                   [&]() -> std::unique_ptr<PdfMaker> { return std::make_unique<GuardedPdf>(options); });
+  std::unique_ptr<PdfMaker> BeginPdf(const PrintOptions& options, std::string* why) const override {
+    return Guarded(why, [&]() -> std::unique_ptr<PdfMaker> { return std::make_unique<GuardedPdf>(options); });
   }
   std::optional<std::string> PutMetadata(std::string pdf, std::string_view packet, std::string* warning,
                                          std::string* why) const override {

@@ -67,10 +67,11 @@ class Platform {
   virtual bool EndFilling(const std::string& /*folder*/, bool /*complete*/) { return true; }
   // Whether the folder has such a mark, and not from this process.
   virtual bool IsUnfinished(const std::string& /*folder*/) { return false; }
-  // From now on nothing below this folder is written, made, moved or removed where a symbolic link leads out
-  // of it: outputs are to stay where the user wanted them, whatever lay there before. The folder itself may
-  // be a link.
-  virtual void KeepInside(const std::string& /*folder*/) {}
+  // Until LetGo() of the number that is returned, nothing below this folder is written, made, moved or
+  // removed where a symbolic link leads out of it: outputs are to stay where the user wanted them, whatever
+  // lay there before. The folder itself may be a link.
+  virtual std::int64_t KeepInside(const std::string& /*folder*/) { return 0; }
+  virtual void LetGo(std::int64_t /*kept*/) {}
   // The names in a folder, in byte order; empty when it cannot be read.
   virtual std::vector<std::string> FolderNames(const std::string& path) = 0;
 
@@ -96,6 +97,20 @@ class Platform {
   virtual std::string LastError() { return {}; }
   // Starts an external program and does not wait for it. False when it cannot be started.
   virtual bool Start(const std::string& program, const std::vector<std::string>& arguments) = 0;
+};
+
+// Keeps writes inside of a folder as long as it lives.
+class KeptFolder {
+ public:
+  KeptFolder(Platform& platform, const std::string& folder)
+      : platform_(platform), kept_(platform.KeepInside(folder)) {}
+  ~KeptFolder() { platform_.LetGo(kept_); }
+  KeptFolder(const KeptFolder&) = delete;
+  KeptFolder& operator=(const KeptFolder&) = delete;
+
+ private:
+  Platform& platform_;
+  std::int64_t kept_;
 };
 
 }  // namespace qelm::host

@@ -72,8 +72,8 @@ class PageMaker {
  public:
   virtual ~PageMaker() = default;
 
-  // Null when there is no memory for it.
-  virtual std::unique_ptr<PdfMaker> BeginPdf(const PrintOptions& options) const = 0;
+  // Null, with `why`, when that is not possible.
+  virtual std::unique_ptr<PdfMaker> BeginPdf(const PrintOptions& options, std::string* why) const = 0;
   // The PDF with that packet as its metadata (pdf_metadata.h). Nothing, with `why`, when it cannot be
   // processed.
   virtual std::optional<std::string> PutMetadata(std::string pdf, std::string_view packet,
