@@ -211,6 +211,7 @@ bool CopyRecord::Seal(host::Documents& documents) {
 
 bool CompleteCopy(host::Host& host, const std::string& main, bool saved) {
   const std::string folder(common::FolderOf(main));
+  const host::KeptFolder kept(host.platform, folder);
   CopyRecord record(host.platform, folder, common::FileName(main));
   const bool sealed = !saved || (record.Read() && !record.source().empty() && record.Seal(host.documents));
   return host.platform.EndFilling(folder, saved && sealed) && sealed;
