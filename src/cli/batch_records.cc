@@ -1,12 +1,11 @@
 #include "cli/batch_records.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <filesystem>
 #include <fstream>
 
 #include "cli/file_names.h"
+#include "common/content_hash.h"
 #include "common/paths.h"
 #include "filtering/batch_names.h"
 
@@ -19,15 +18,7 @@ using filtering::BatchScheme;
 using filtering::BatchStep;
 using Json = nlohmann::ordered_json;
 
-// FNV-1a, which gives the same everywhere.
-std::string HashText(std::string_view text) {
-  std::uint64_t hash = 0xCBF29CE484222325ULL;
-  for (const char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3ULL;
-  constexpr int kHexadecimal = 16;
-  std::array<char, 2 * sizeof hash> digits{};
-  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), hash, kHexadecimal);
-  return {digits.data(), end.ptr};
-}
+constexpr std::uintmax_t kLargestRecord = 16'000'000;  // bytes: far more files than a book has
 
 Json StepJson(const BatchStep& step) {
   return {{"format", step.format},
@@ -103,7 +94,7 @@ BatchRecords::BatchRecords(std::string folder, std::string batch, Json inputs)
 std::string BatchRecords::PathOf(const BatchScheme& scheme) const {
   const std::string whose = batch_ + '\n' + scheme.category + '\n' + scheme.name + '\n' + scheme.folder;
   const std::string name = std::to_string(scheme.number) + "-" + filtering::SafeName(scheme.name) + "-";
-  return common::JoinPath(folder_, name + HashText(whose) + ".json");
+  return common::JoinPath(folder_, name + common::ContentHash(whose) + ".json");
 }
 
 std::vector<std::string> BatchRecords::Troubles() const {
@@ -113,7 +104,13 @@ std::vector<std::string> BatchRecords::Troubles() const {
 
 // Nothing for a record that is damaged: the scheme is done again.
 std::optional<Json> BatchRecords::Read(const BatchScheme& scheme) const {
-  std::ifstream file(PathOf(scheme), std::ios::binary);
+  const std::string path = PathOf(scheme);
+  std::error_code error;
+  // A pipe would never come to its end.
+  if (!fs::is_regular_file(path, error) || fs::file_size(path, error) > kLargestRecord || error) {
+    return std::nullopt;
+  }
+  std::ifstream file(path, std::ios::binary);
   if (!file) return std::nullopt;
   Json record = Json::parse(file, nullptr, /*allow_exceptions=*/false);
   return record.is_object() ? std::optional(std::move(record)) : std::nullopt;

@@ -9,6 +9,7 @@
 #include "common/result_codes.h"
 #include "embedded/adapter/book_update.h"
 #include "filtering/book_filter.h"
+#include "filtering/copy_record.h"
 #include "filtering/restore.h"
 #include "host/contexts.h"
 
@@ -160,14 +161,15 @@ std::string SaveNewBook(Session& session, const FilterRun& run) {
   const host::Id book = run.result_book;
   const bool changed = documents.Switch(book, host::DocumentSwitch::kModified);
   const bool saved = !changed || documents.Save(book, {});
-  const bool ended = platform.EndFilling(run.output_folder, saved);
+  const std::string path(documents.Path(book));
+  const bool ended = filtering::CompleteCopy(session.roles(), path, saved);
   if (!saved) throw Failure(ExitStatus::kFile, std::string(documents.LastError()));
   if (!ended) {
-    throw Failure(ExitStatus::kFile, ShownPath(run.output_folder) + ": the mark " +
-                                         std::string(host::kUnfinishedName) + " cannot be removed (" +
+    throw Failure(ExitStatus::kFile, ShownPath(run.output_folder) +
+                                         ": the copy cannot be marked as complete (" +
                                          std::string(platform.LastError()) + ")");
   }
-  return ShownPath(std::string(documents.Path(book)));
+  return ShownPath(path);
 }
 
 }  // namespace

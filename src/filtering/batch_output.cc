@@ -5,6 +5,7 @@
 
 #include "common/paths.h"
 #include "common/text.h"
+#include "filtering/copy_record.h"
 #include "filtering/metadata_packet.h"
 #include "filtering/variables_file.h"
 #include "messages/component_document.h"
@@ -101,13 +102,15 @@ constexpr UpdatePart kUpdateParts[] = {
 class OutputSteps {
  public:
   OutputSteps(BatchContext& context, const BatchRequest& request, const BatchScheme& scheme,
-              const NameValues& names, Id output, BatchOutcome* outcome)
+              const NameValues& names, const std::vector<std::string>& sources, Id output,
+              BatchOutcome* outcome)
       : context_(context),
         host_(context.host),
         request_(request),
         settings_(request.settings),
         scheme_(scheme),
         names_(names),
+        sources_(sources),
         output_(output),
         is_book_(context.host.books.IsBook(output)),
         outcome_(outcome),
@@ -129,7 +132,8 @@ class OutputSteps {
   void UpdateBook();
   void SaveChanged();
   void Export(const ExportForm& form);
-  bool IsInUse(const std::string& path) const;
+  bool IsInUse(const std::string& path);
+  bool MayReplace(const std::string& path);
   template <typename... Arguments>
   void Incomplete(std::int32_t format, std::string_view id, const Arguments&... arguments) {
     steps_.Say(format, id, arguments...);
@@ -143,6 +147,7 @@ class OutputSteps {
   const LocalSettings& settings_;
   const BatchScheme& scheme_;
   const NameValues& names_;
+  const std::vector<std::string>& sources_;
   Id output_;
   bool is_book_;
   BatchOutcome* outcome_;
@@ -341,12 +346,26 @@ void OutputSteps::SaveChanged() {
 }
 
 // Whether saving there would destroy what is filtered or what came of it.
-bool OutputSteps::IsInUse(const std::string& path) const {
+bool OutputSteps::IsInUse(const std::string& path) {
   const auto is_it = [&](const std::string& file) {
     return file == path || host_.platform.SameFile(file, path);
   };
   return is_it(request_.source) || is_it(outcome_->output) ||
-         std::any_of(outcome_->files.begin(), outcome_->files.end(), is_it);
+         std::any_of(outcome_->files.begin(), outcome_->files.end(), is_it) ||
+         (host_.platform.FileExists(path) && std::any_of(sources_.begin(), sources_.end(), is_it));
+}
+
+// As the output itself, a file that is saved from it takes the place only of what an earlier run saved there.
+bool OutputSteps::MayReplace(const std::string& path) {
+  CopyRecord record(host_.platform, outcome_->folder, common::FileName(outcome_->output));
+  const bool known = record.Read();
+  if (host_.platform.FileExists(path) && !context_.overwrite && !record.Has(path)) {
+    Incomplete(kStepErrorLine, record.Names(path) ? "QELM_MSG_FILTER_74" : "QELM_MSG_FILTER_REP_86", path);
+    return false;
+  }
+  if (known && record.Add(path)) return true;
+  Incomplete(kStepErrorLine, "QELM_MSG_FILTER_52", record.path());
+  return false;
 }
 
 void OutputSteps::Export(const ExportForm& form) {
@@ -365,6 +384,7 @@ void OutputSteps::Export(const ExportForm& form) {
     Incomplete(kStepErrorLine, "QELM_MSG_FILTER_REP_84", options.path);
     return;
   }
+  if (!MayReplace(options.path)) return;
   const std::string folder = FolderFromOutput(outcome_->folder, settings_.*form.folder);
   const host::KeptFolder kept(host_.platform, folder);
   if (!host_.platform.MakeFolder(folder)) {
@@ -399,8 +419,9 @@ std::string ExportPath(const LocalSettings& settings, const NameValues& names,
 }
 
 void FinishOutput(BatchContext& context, const BatchRequest& request, const BatchScheme& scheme,
-                  const NameValues& names, Id output, BatchOutcome* outcome) {
-  OutputSteps(context, request, scheme, names, output, outcome).Run();
+                  const NameValues& names, const std::vector<std::string>& sources, Id output,
+                  BatchOutcome* outcome) {
+  OutputSteps(context, request, scheme, names, sources, output, outcome).Run();
 }
 
 }  // namespace qelm::filtering

@@ -13,8 +13,10 @@ std::string ExportPath(const config::LocalSettings& settings, const NameValues& 
                        const std::string& output_folder, host::SaveFormat format);
 
 // Does the steps on the open document or book. Documents that they change are saved before anything is made
-// from them. `outcome` gets the steps and the files that were written.
+// from them. `sources` are the files of the source and those that it refers to: they stay. `outcome` gets the
+// steps and the files that were written.
 void FinishOutput(BatchContext& context, const BatchRequest& request, const BatchScheme& scheme,
-                  const NameValues& names, host::Id output, BatchOutcome* outcome);
+                  const NameValues& names, const std::vector<std::string>& sources, host::Id output,
+                  BatchOutcome* outcome);
 
 }  // namespace qelm::filtering

@@ -1,5 +1,7 @@
 #include "filtering/batch_scheme.h"
 
+#include <unordered_set>
+
 #include "common/paths.h"
 #include "common/strings.h"
 #include "common/text.h"
@@ -62,6 +64,7 @@ class SchemeRun {
   FilterContext Filter();
   void FilterBook();
   void FilterCopy();
+  std::vector<std::string> SourceFiles();
   bool MayReplace(CopyRecord& record);
   bool Record(const CopyRecord& record);
   bool IsAsPlanned();
@@ -138,12 +141,13 @@ bool SchemeRun::MakeFolder() {
 }
 
 // The copy of a book does this itself. A document is written beside what else is in the folder, so that the
-// folder is held only while something is put back there.
+// folder is held only while something is put back there. One in a folder whose copy of a book is not complete
+// could not be opened.
 bool SchemeRun::UndoKilled() {
   host::Platform& platform = host_.platform;
   const std::string& folder = outcome_->folder;
-  if (!HasAbandoned(platform, folder)) return true;
-  const bool marked = platform.FileExists(common::JoinPath(folder, std::string(host::kUnfinishedName)));
+  const bool marked = platform.IsUnfinished(folder);
+  if (!marked && !HasAbandoned(platform, folder)) return true;
   if (!platform.BeginFilling(folder)) {
     steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
     Refuse(kCopyFailed, "QELM_MSG_FILTER_REP_11", NotWritable(outcome_->folder));
@@ -151,7 +155,10 @@ bool SchemeRun::UndoKilled() {
   }
   UndoAbandoned(platform, folder);
   platform.EndFilling(folder, !marked);
-  return true;
+  if (!marked) return true;
+  steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
+  Refuse(kCopyFailed, "QELM_MSG_FILTER_76", folder);
+  return false;
 }
 
 // What keeps the output folder, or a file in it, from being written, with the host's reason.
@@ -164,7 +171,7 @@ std::string SchemeRun::NotWritable(const std::string& path) {
 
 // After the last file was written. With one that could not be saved the copy is not what it should be.
 void SchemeRun::EndFilling() {
-  if (host_.platform.EndFilling(outcome_->folder, !outcome_->unsaved) || outcome_->unsaved) return;
+  if (CompleteCopy(host_, outcome_->output, !outcome_->unsaved)) return;
   outcome_->complete = false;
   steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_11", NotWritable(outcome_->folder));
 }
@@ -218,7 +225,7 @@ void SchemeRun::FilterBook() {
     TellResult(outcome_->output);
     for (const CopiedFile& file : run_.copied) outcome_->files.push_back(file.target);
     for (const std::string& removed : run_.removed_files) std::erase(outcome_->files, removed);
-    FinishOutput(context_, request_, batch_scheme_, names_, book, outcome_);
+    FinishOutput(context_, request_, batch_scheme_, names_, SourceFiles(), book, outcome_);
     EndFilling();
     // They may be there the next time.
     if (!PassedOver(run_).empty()) outcome_->complete = false;
@@ -227,10 +234,42 @@ void SchemeRun::FilterBook() {
   if (book != kNone && book != source_.id()) host_.documents.Close(book, /*discard=*/true);
 }
 
-// What no earlier run put there is somebody's.
+// Empty where nothing is saved that could take the place of one.
+std::vector<std::string> SchemeRun::SourceFiles() {
+  const config::LocalSettings& settings = request_.settings;
+  if (!settings.bf_post_process_default_enable_pdf_save &&
+      !settings.bf_post_process_default_enable_xml_save) {
+    return {};
+  }
+  std::unordered_set<std::string> files;
+  for (const CopiedFile& file : run_.copied) files.insert(file.source);
+  std::vector<Id> documents;
+  if (!source_.is_book()) documents.push_back(source_.id());
+  for (Id component = source_.is_book() ? host_.books.FirstComponent(source_.id()) : kNone;
+       component != kNone; component = host_.books.NextComponent(source_.id(), component)) {
+    files.emplace(host_.books.ComponentPath(source_.id(), component));
+    documents.push_back(host_.books.ComponentDocument(source_.id(), component));
+  }
+  std::vector<host::Link> links;
+  for (const Id document : documents) {
+    if (document == kNone || !host_.links.Read(document, &links)) continue;
+    for (const host::Link& link : links) {
+      if (!link.path.empty()) files.insert(link.path);
+    }
+  }
+  return {files.begin(), files.end()};
+}
+
+// What no earlier run put there is somebody's, and what somebody has changed since.
 bool SchemeRun::MayReplace(CopyRecord& record) {
   const std::string& target = record.target();
-  const bool own = record.IsCopyOf(source_.path(), {target}) && record.Has(target);
+  if (!record.Read() && !context_.overwrite) {
+    steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
+    steps_.Say(kErrorLine, "QELM_MSG_FILTER_75", record.path(), record.why());
+    outcome_->result = kCopyFailed;
+    return false;
+  }
+  const bool copied_before = record.IsCopyOf(source_.path(), {target});
   if (!host_.platform.FileExists(target)) return true;
   const auto refuse = [&](const char* id) {
     steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
@@ -244,15 +283,13 @@ bool SchemeRun::MayReplace(CopyRecord& record) {
     if (!link.path.empty() && host_.platform.SameFile(link.path, target)) return refuse("QELM_MSG_FILTER_53");
   }
   if (host_.documents.FindOpen(target) != kNone) return refuse("QELM_MSG_FILTER_54");
-  return own || context_.overwrite || batch_scheme_.replaces_own || refuse("QELM_MSG_FILTER_REP_28");
+  if (context_.overwrite || batch_scheme_.replaces_own || record.Has(target)) return true;
+  return refuse(copied_before && record.Names(target) ? "QELM_MSG_FILTER_74" : "QELM_MSG_FILTER_REP_28");
 }
 
 // Before the copy is there: a run that is cut must leave none of which nobody knows.
 bool SchemeRun::Record(const CopyRecord& record) {
-  host::Platform& platform = host_.platform;
-  const std::string text = record.TextFor(source_.path(), {record.target()});
-  if (platform.FileExists(record.path()) && platform.ReadFile(record.path()) == text) return true;
-  if (platform.ReplaceFile(record.path(), text)) return true;
+  if (record.Begin(source_.path(), {record.target()})) return true;
   Refuse(kCopyFailed, "QELM_MSG_FILTER_REP_11", NotWritable(record.path()));
   return false;
 }
@@ -288,7 +325,8 @@ void SchemeRun::FilterCopy() {
       outcome_->files.push_back(target);
       TellResult(target);
       host_.documents.SetSwitch(copy, host::DocumentSwitch::kModified, true);
-      FinishOutput(context_, request_, batch_scheme_, names_, copy, outcome_);
+      FinishOutput(context_, request_, batch_scheme_, names_, SourceFiles(), copy, outcome_);
+      EndFilling();
     }
   }
   if (copy != kNone) host_.documents.Close(copy, /*discard=*/true);

@@ -76,20 +76,24 @@ std::int32_t BookCopy::CopyFiles(StagedFiles* staged) {
   return kDone;
 }
 
-bool BookCopy::Complete() { return host_.platform.EndFilling(folder_, true); }
+bool BookCopy::Complete() { return CompleteCopy(host_, plan_.Files().front().target, true); }
 
 void BookCopy::GiveUp() { host_.platform.EndFilling(folder_, false); }
 
 bool BookCopy::Check() { return CheckTargets() && CheckSpace(); }
 
 bool BookCopy::CheckTargets() {
+  if (!record_.Read() && !overwrite_) {
+    why_ = messenger_.Format("QELM_MSG_FILTER_75", record_.path(), record_.why());
+    return false;
+  }
   const bool copied_before = record_.IsCopyOf(plan_.Files().front().source, Targets());
   return std::all_of(plan_.Files().begin(), plan_.Files().end(),
                      [&](const CopyPlan::File& file) { return CheckTarget(file, copied_before); });
 }
 
 // A copy must not take the place of what is being copied, by whatever way it would come there, nor of a file
-// that is open, nor of what no earlier copy put there: that is somebody's.
+// that is open, nor of what no earlier copy put there, or somebody changed since: that is somebody's.
 bool BookCopy::CheckTarget(const CopyPlan::File& file, bool copied_before) {
   if (!host_.platform.FileExists(file.target)) return true;
   if (plan_.FindFile(file.target) != CopyPlan::kNoFile) return Fail("QELM_MSG_FILTER_53", file.target);
@@ -99,6 +103,7 @@ bool BookCopy::CheckTarget(const CopyPlan::File& file, bool copied_before) {
     if (host_.platform.SameFile(path, file.target)) return Fail("QELM_MSG_FILTER_54", file.target);
   }
   if (overwrite_ || (copied_before && record_.Has(file.target))) return true;
+  if (copied_before && record_.Names(file.target)) return Fail("QELM_MSG_FILTER_74", file.target);
   if (copied_before || record_.source().empty()) return Fail("QELM_MSG_FILTER_60", file.target);
   why_ = messenger_.Format("QELM_MSG_FILTER_71", file.target, record_.source());
   return false;

@@ -10,8 +10,8 @@
 // references are to be redirected.
 //
 // The copy comes into the output folder as a whole or not at all (staged_files.h). Files that lie there under
-// names of the copy are replaced when an earlier copy of the same book put them there (copy_record.h); else
-// nothing is copied. Others stay. The sources are only read.
+// names of the copy are replaced when they are what an earlier copy of the same book put there
+// (copy_record.h); else nothing is copied. Others stay. The sources are only read.
 //
 // What was copied is not what is wanted before it is filtered. Until the folder is said to be complete it is
 // marked as one that is not (Platform::BeginFilling), also when the program ends meanwhile.

@@ -310,7 +310,7 @@ std::int32_t FilterAndSaveActiveBook(FilterContext& context) {
   const bool saved = host.documents.Save(run.result_book, {});
   const std::string path(host.documents.Path(run.result_book));
   std::string why(host.documents.LastError());
-  const bool ended = host.platform.EndFilling(run.output_folder, saved);
+  const bool ended = CompleteCopy(host, path, saved);
   if (saved && ended) return kDone;
   if (saved) why = host.platform.LastError();
   run.ending = Ending::kNotSaved;

@@ -1,6 +1,7 @@
 // qelm batch: the example book by its editions, several at once, cut short and taken up again, and what ends
 // up in the report.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <chrono>
 #include <filesystem>
@@ -208,6 +209,44 @@ TEST_F(Batch, FilesThatAreNotItsOwnStay) {
   EXPECT_EQ(Run("out", {"--json"}, "operation.mif").Json()["schemes"][2]["result"], 1);
   EXPECT_EQ(schemes[3]["result"], 1);
   EXPECT_FALSE(fs::exists(left));
+
+  // What is saved from the output is as careful as the output itself.
+  const std::string xml = "out/Service/xml/operation.pdf.xml";
+  const std::string saved = program.folder.Read(xml);
+  for (const std::string& theirs : {saved + "<!-- mine -->", std::string("theirs")}) {
+    program.folder.Write(xml, theirs);
+    const ProgramResult kept = Run("out", {}, "operation.mif");
+    EXPECT_EQ(kept.status, 1);
+    EXPECT_NE(kept.out.find(program.folder.File(xml)), std::string::npos) << kept.out;
+    EXPECT_EQ(program.folder.Read(xml), theirs);
+  }
+  EXPECT_EQ(Run("out", {"--overwrite"}, "operation.mif").status, 0);
+  EXPECT_EQ(program.folder.Read(xml), saved);
+  // A document there could not be opened.
+  program.folder.Write("out/Service/QELM-unfinished.txt", "");
+  EXPECT_EQ(Run("out", {"--json"}, "operation.mif").Json()["schemes"][2]["result"], 106);
+  fs::remove(program.folder.File("out/Service/QELM-unfinished.txt"));
+  // Nobody writes into the pipe, and nobody reads it.
+  const std::string record = program.folder.File("out/Service/.qelm-made-operation.mif.txt");
+  fs::remove(record);
+  ASSERT_EQ(::mkfifo(record.c_str(), 0600), 0);
+  EXPECT_EQ(Run("out", {"--json"}, "operation.mif").Json()["schemes"][2]["result"], 106);
+  EXPECT_EQ(Run("out", {"--overwrite"}, "operation.mif").status, 0);
+  EXPECT_TRUE(fs::is_regular_file(record));
+
+  // What the source shows is not even overwritten when that is allowed.
+  fs::create_directory(program.folder.File("source"));
+  fs::copy_file(kPump / "introduction.mif", program.folder.File("source/introduction.mif"));
+  std::string shows = program.folder.Read("source/introduction.mif");
+  shows.replace(shows.find("pump.png"), 8, "pump.xml");
+  const std::string source = program.folder.Write("source/introduction.mif", shows);
+  program.folder.Write("source/graphics/pump.xml", "shown");
+  Run("out",
+      {"--overwrite", "--set",
+       "BF_POST_PROCESS_DEFAULT_XML_DESTINATION_FOLDER=" + program.folder.File("source/graphics"), "--set",
+       "BF_POST_PROCESS_XML_FILENAME_PATTERN=pump", "--shard", "1/5"},
+      source);
+  EXPECT_EQ(program.folder.Read("source/graphics/pump.xml"), "shown");
 
   program.folder.Write("out/report.fm", "notes");
   const ProgramResult refused = Run("out", {}, "operation.mif");

@@ -140,8 +140,31 @@ TEST_F(Books, OnlyWhatAnEarlierCopyPutThereIsReplaced) {
   expect_refused(book, moved);
   EXPECT_EQ(copy(book, "--overwrite").status, 0);
   EXPECT_EQ(copy(book).status, 0) << "it is of this book now";
-  fs::remove(program.folder.File("out/.qelm-made-book.mif.txt"));
+  // A file that somebody worked on is his; with its content it is the copy's again.
+  const std::string edited = program.folder.File("out/a.mif");
+  const std::string as_made = program.folder.Read("out/a.mif");
+  program.folder.Write("out/a.mif", as_made + "# my work\n");
+  expect_refused(book, edited + ": this file is of an earlier copy, but was changed");
+  program.folder.Write("out/a.mif", as_made);
+  EXPECT_EQ(copy(book).status, 0);
+
+  // Editions that take turns behind one name.
+  const fs::path current = program.folder.File("current");
+  fs::create_directory_symlink(program.folder.File("source"), current);
+  EXPECT_EQ(copy(current / "book.mif").status, 0);
+  fs::remove(current);
+  fs::remove_all(program.folder.File("moved"));
+  fs::copy(program.folder.File("source"), program.folder.File("moved"));
+  fs::create_directory_symlink(program.folder.File("moved"), current);
+  EXPECT_EQ(copy(current / "book.mif").status, 0);
+
+  const std::string record = program.folder.File("out/.qelm-made-book.mif.txt");
+  program.folder.Write("out/.qelm-made-book.mif.txt", "file a.mif\nfile b.mif\nfile book.mif\n");
   expect_refused(book, "no earlier copy");
+  fs::remove(record);
+  expect_refused(book, "no earlier copy");
+  fs::create_directory(record);
+  expect_refused(book, "cannot be read");
 }
 
 TEST_F(Books, ExampleIsFilteredInPlaceInBothModesAndRestored) {

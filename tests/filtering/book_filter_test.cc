@@ -349,6 +349,16 @@ TEST(BookFilter, FilesThatWereInTheOutputFolderStayOrAreReplaced) {
   EXPECT_EQ(session.folder.Read("out/notes.txt"), "mine");
   EXPECT_EQ(session.Files("out").size(), 7U);
 
+  // What the copy took out itself is none of its files any more.
+  BookSession emptied(kThree);
+  emptied.as_client = true;
+  EXPECT_EQ(emptied.Filter(NoX(), Copying()), kDone);
+  emptied.folder.Write("out/b.mif", "mine");
+  emptied.inner().documents.Close(emptied.run.result_book, true);
+  emptied.inner().documents.Activate(emptied.book);
+  EXPECT_EQ(emptied.Filter(NoX(), Copying()), kCopyFailed);
+  EXPECT_EQ(emptied.folder.Read("out/b.mif"), "mine");
+
   BookSession other(kThree);
   other.folder.Write("out/a.mif", "of another book");
   EXPECT_EQ(other.Filter(NoX(), wanted), kCopyFailed) << "no earlier copy lies there";
