@@ -20,8 +20,10 @@ constexpr std::string_view kAsWord = "as ";
 constexpr std::string_view kMadeWord = "made ";
 constexpr std::string_view kFileWord = "file ";
 constexpr char kEnding[] = ".txt";  // whatever the copied file's is: ".new" would be that of a file beside
-constexpr std::size_t kLongestName = 240;              // in bytes: what the record's name has room for
-constexpr std::size_t kCutTo = 50;                     // characters, of a longer one
+constexpr std::size_t kLongestName = 240;  // in bytes: what the record's name has room for
+constexpr std::size_t kCutTo = 50;         // characters, of a longer one
+// Reading every output once more would be felt where they are large; those are known by their time.
+constexpr std::uintmax_t kLargestRead = 4'000'000;     // bytes
 constexpr std::uintmax_t kLargestRecord = 16'000'000;  // bytes: far more files than a book has
 
 std::string Escaped(std::string_view name) {
@@ -142,6 +144,12 @@ bool CopyRecord::Names(const std::string& file) const { return files_.contains(S
 std::string CopyRecord::StateOf(const std::string& file) const {
   std::error_code error;
   if (!fs::is_regular_file(file, error)) return {};
+  const std::uintmax_t size = fs::file_size(file, error);
+  if (!error && size > kLargestRead) {
+    const fs::file_time_type time = fs::last_write_time(file, error);
+    return error ? std::string()
+                 : std::to_string(size) + "-at" + std::to_string(time.time_since_epoch().count());
+  }
   const std::optional<std::string> content = platform_.ReadFile(file);
   return content ? std::to_string(content->size()) + "-" + common::ContentHash(*content) : std::string();
 }

@@ -10,9 +10,9 @@
 //
 // "as" is how the source was named, where links are in it. A "made" file is what the run left there, told by
 // its size and content, so that it is known wherever and however the folder is copied, and as long as nobody
-// works on it. While a run is under way its files are "file"s, of which only the names are known: what is
-// there under one is what a run left that was cut. Files that are saved from the copy, PDF and XML, are
-// listed too.
+// works on it. One of more than 4 MB is told by its size and time. While a run is under way its files are
+// "file"s, of which only the names are known: what is there under one is what a run left that was cut. Files
+// that are saved from the copy, PDF and XML, are listed too.
 //
 // Paths are seen from the folder, so that a folder that is moved or copied together with its source keeps its
 // meaning, and the same run writes the same record on every machine. "%" and line ends in a name are written
