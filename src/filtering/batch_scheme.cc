@@ -164,9 +164,7 @@ bool SchemeRun::UndoKilled() {
 // What keeps the output folder, or a file in it, from being written, with the host's reason.
 std::string SchemeRun::NotWritable(const std::string& path) {
   const std::string reason = host_.platform.LastError();
-  std::string text = context_.messenger.Format("QELM_MSG_FILTER_52", path);
-  if (!reason.empty()) text += " (" + reason + ")";
-  return text;
+  return common::WithReason(context_.messenger.Format("QELM_MSG_FILTER_52", path), reason);
 }
 
 // After the last file was written. With one that could not be saved the copy is not what it should be.

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "common/paths.h"
+#include "common/text.h"
 #include "common/utf8.h"
 
 namespace qelm::filtering {
@@ -244,7 +245,7 @@ bool BookCopy::Fail(std::string_view id, const std::string& text) {
 bool BookCopy::FailFile(const std::string& path) {
   const std::string reason = host_.platform.LastError();
   Fail("QELM_MSG_FILTER_52", path);
-  if (!reason.empty()) why_ += " (" + reason + ")";
+  why_ = common::WithReason(why_, reason);
   return false;
 }
 
