@@ -138,6 +138,22 @@ TEST_F(Batch, SeveralAtOnceIsTheSameAsOneAfterTheOther) {
   EXPECT_EQ(found.size(), expected.size());
 }
 
+TEST_F(Batch, PdfOfADocumentShowsItsOutput) {
+  setenv("SOURCE_DATE_EPOCH", "1700000000", 1);
+  with_pdf = true;
+  Run("out", {}, "operation.mif");
+  for (const std::string& edition : kEditions) {
+    const std::string output = program.folder.File("out/" + edition + "/operation.mif");
+    const std::string again = program.folder.File(edition + "/operation.pdf");
+    fs::create_directories(program.folder.File(edition));
+    EXPECT_EQ(Shipped({"convert", output, again}).status, 0);
+    EXPECT_TRUE(program.folder.Read("out/" + edition + "/pdf/operation.pdf") ==
+                program.folder.Read(edition + "/operation.pdf"))
+        << edition;
+  }
+  unsetenv("SOURCE_DATE_EPOCH");
+}
+
 TEST_F(Batch, PartsMakeTheWhole) {
   Run("one");
   for (const char* part : {"1/2", "2/2"}) Run("parts", {"--shard", part});

@@ -32,6 +32,13 @@ class Printable {
   std::unique_ptr<model::Document> converted_;
 };
 
+// What is printed is what a save would write: lines and graphics are read from the bytes of a document.
+bool BringInChanges(OpenFile* file, std::string* why) {
+  if (SettleDocument(file)) return true;
+  *why = "what was changed in the document cannot be written.";
+  return false;
+}
+
 // The numbers that the file has: those of a document that goes on from others in its book.
 void TakeStoredNumbers(const model::Document& document, std::vector<model::ParagraphNumber>* numbers) {
   for (std::size_t i = 1; i < numbers->size(); ++i) {
@@ -88,6 +95,7 @@ class BookPrinter {
         continue;
       }
       std::string why;
+      if (!BringInChanges(file, &why)) continue;  // told when its turn comes
       const Printable printable(file, &why);
       if (printable.get() != nullptr) print_->Announce(*printable.get(), file->path);
     }
@@ -118,10 +126,11 @@ class BookPrinter {
 void BookPrinter::Add(const model::Component& component) {
   OpenedDocument opened(workspace_, documents_, PathOf(component));
   OpenFile* file = opened.File();
-  if (file == nullptr || !SettleDocument(file)) return;
+  if (file == nullptr) return;
   std::string why;
+  const bool settled = BringInChanges(file, &why);
   const Printable printable(file, &why);
-  if (printable.get() == nullptr) {
+  if (!settled || printable.get() == nullptr) {
     workspace_.Notice(file->path + ": " + why + " It is left out of " + book_->path + ".");
     return;
   }
@@ -153,6 +162,7 @@ std::optional<std::string> PrintPdf(Workspace& workspace, host::Documents& docum
     if (pages == 0) *why = print->Status();
     if (pages == 0 && why->empty()) *why = "none of the components of the book can be opened.";
   } else {
+    if (!BringInChanges(file, why)) return std::nullopt;
     const Printable printable(file, why);
     if (printable.get() == nullptr) return std::nullopt;
     print->Announce(*printable.get(), file->path);
@@ -173,7 +183,7 @@ std::optional<std::string> PrintPdf(Workspace& workspace, host::Documents& docum
 std::optional<std::string> PrintPage(Workspace& workspace, OpenFile* file, std::size_t page, double dpi,
                                      std::string* why) {
   const render::PageMaker* const maker = LoadedPageMaker(why);
-  if (maker == nullptr) return std::nullopt;
+  if (maker == nullptr || !BringInChanges(file, why)) return std::nullopt;
   const Printable printable(file, why);
   if (printable.get() == nullptr) return std::nullopt;
   std::vector<std::string> notices;
