@@ -12,6 +12,9 @@ import pathlib
 import subprocess
 import sys
 
+import schemes
+import timing
+
 BENCH = pathlib.Path(__file__).resolve().parent
 BEGINNER, EXPERT = ' audience="beginner"', ' audience="expert"'
 ROWS = f"<row><entry><p{EXPERT}>a</p></entry><entry>b</entry></row><row{EXPERT}><entry>c</entry><entry>d</entry></row>"
@@ -49,23 +52,13 @@ def arguments():
     return parser.parse_args()
 
 
-def cpu_seconds(build, command, runs):
-    times = []
-    for _ in range(runs):
-        done = subprocess.run([build / "measure", *command], capture_output=True, text=True, check=True)
-        status, _, cpu, _ = done.stdout.splitlines()[-1].split()
-        if status != "0":
-            sys.exit(f"bench: exit status {status} of {' '.join(map(str, command))}\n{done.stderr}")
-        times.append(float(cpu))
-    return min(times)
-
-
 def main():
     options = arguments()
     build = options.build.resolve()
     data = build / "documents"
     data.mkdir(parents=True, exist_ok=True)
-    profile = ["--main-settings", BENCH / "bench_settings.xml", "--profile", build / "profile", "--yes", "--quiet"]
+    schemes.write_all_settings(data)
+    profile = ["--main-settings", data / "keep.xml", "--profile", build / "profile", "--yes", "--quiet"]
     print(f"{'':12} {'count':>9} " + " ".join(f"{form + ' ' + mode:>16}" for form in ("XML", "MIF")
                                               for mode in ("delete", "hide")))
     for name, (shape, small) in SHAPES.items():
@@ -80,7 +73,8 @@ def main():
                 for mode in ("duplicate", "source"):
                     target = data / f"growth-out.{form}"
                     command = [build / "qelm", "filter", path, "--scheme", "Bench/Keep", "--mode", mode, *profile]
-                    times.append(cpu_seconds(build, [*command, "-o", target], options.runs))
+                    command += ["-o", target]
+                    times.append(min(timing.run(build, command).cpu for _ in range(options.runs)))
                     target.unlink()
                 path.unlink()
             texts = [f"{time:.3f}" + (f" ({time / old:.1f})" if before else "")

@@ -10,10 +10,10 @@ different amounts of it.
 import argparse
 import pathlib
 import re
-import statistics
 import subprocess
-import sys
 import xml.etree.ElementTree
+
+import timing
 
 BENCH = pathlib.Path(__file__).resolve().parent
 
@@ -48,15 +48,6 @@ def arguments():
     parser.add_argument("--sizes", default="10000,50000", help="elements, smallest first (%(default)s)")
     parser.add_argument("--runs", type=int, default=3, help="rounds of measurement (%(default)s)")
     return parser.parse_args()
-
-
-def seconds(build, command):
-    """Processor time of one run, which must succeed."""
-    done = subprocess.run([build / "measure", *map(str, command)], capture_output=True, text=True, check=True)
-    status, _, cpu, _ = done.stdout.split()
-    if status != "0":
-        sys.exit(f"bench: exit status {status} of {' '.join(map(str, command))}\n{done.stderr}")
-    return float(cpu)
 
 
 def write_groff(source, target):
@@ -101,12 +92,9 @@ def main():
             "qelm": [options.build / "qelm", "convert", mif, ours, "--quiet", "--profile", options.build / "profile"],
             "groff": ["sh", "-c", f"groff -k -T{device} '{text}' >'{theirs}' 2>/dev/null"],
         }
-        times = {name: [] for name in commands}
-        for _ in range(options.runs):
-            for name, command in commands.items():
-                times[name].append(seconds(options.build, command))
-        medians = {name: statistics.median(runs) for name, runs in times.items()}
-        ratio = medians["groff"] / medians["qelm"]
+        tasks = {name: timing.Task([command]) for name, command in commands.items()}
+        medians = timing.in_turn(options.build, tasks, options.runs)
+        ratio = medians["groff"].cpu / medians["qelm"].cpu
         counts = pages(ours), pages(theirs)
         print(f"{size:>9} {counts[0]:>7} {counts[1]:>12} {ratio * counts[0] / counts[1]:>24.2f} {ratio:>23.2f}")
 

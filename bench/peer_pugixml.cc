@@ -1,10 +1,13 @@
-// peer_pugixml IN OUT ATTRIBUTE VALUE: what `qelm filter` does in mode duplicate with a classic rule, by
-// pugixml: opens the document, deletes every element whose attribute is there and lacks the value, and saves.
-// With IN alone it only opens.
+// peer_pugixml IN [OUT CONDITIONS]...: what `qelm filter` does in mode duplicate with a classic scheme, by
+// pugixml: opens the document, deletes every element that has an attribute without the value that a condition
+// (ATTRIBUTE=VALUE,...) wants, and saves. For several schemes the tree is copied. With IN alone it only
+// opens.
 #include <algorithm>
 #include <cstdio>
 #include <pugixml.hpp>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace {
 
@@ -23,10 +26,29 @@ pugi::xml_node AfterSubtree(pugi::xml_node node) {
   return node ? node.next_sibling() : node;
 }
 
-void Filter(pugi::xml_node root, const char* attribute, std::string_view value) {
+struct Condition {
+  std::string attribute, value;
+};
+
+std::vector<Condition> Conditions(std::string_view text) {
+  std::vector<Condition> conditions;
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find(','), text.size());
+    const std::size_t equals = text.find('=');
+    conditions.push_back(
+        {std::string(text.substr(0, equals)), std::string(text.substr(equals + 1, end - equals - 1))});
+    text.remove_prefix(std::min(end + 1, text.size()));
+  }
+  return conditions;
+}
+
+void Filter(pugi::xml_node root, const std::vector<Condition>& conditions) {
   for (pugi::xml_node node = root; node;) {
-    const pugi::xml_attribute found = node.attribute(attribute);
-    if (found && !HasWord(found.value(), value)) {
+    const bool fails = std::any_of(conditions.begin(), conditions.end(), [node](const Condition& condition) {
+      const pugi::xml_attribute found = node.attribute(condition.attribute.c_str());
+      return found && !HasWord(found.value(), condition.value);
+    });
+    if (fails) {
       const pugi::xml_node next = AfterSubtree(node);
       node.parent().remove_child(node);
       node = next;
@@ -39,8 +61,8 @@ void Filter(pugi::xml_node root, const char* attribute, std::string_view value) 
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 2 && argc != 5) {
-    std::fprintf(stderr, "usage: peer_pugixml IN [OUT ATTRIBUTE VALUE]\n");
+  if (argc < 2 || argc % 2 != 0) {
+    std::fprintf(stderr, "usage: peer_pugixml IN [OUT CONDITIONS]...\n");
     return 2;
   }
   pugi::xml_document document;
@@ -49,7 +71,13 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "peer_pugixml: %s: %s\n", argv[1], result.description());
     return 3;
   }
-  if (argc == 2) return 0;
-  Filter(document.document_element(), argv[3], argv[4]);
-  return document.save_file(argv[2], "", pugi::format_raw | pugi::format_no_declaration) ? 0 : 3;
+  pugi::xml_document copy;
+  for (int i = 2; i < argc; i += 2) {
+    const bool last = i + 2 == argc;
+    if (!last) copy.reset(document);
+    pugi::xml_document& filtered = last ? document : copy;
+    Filter(filtered.document_element(), Conditions(argv[i + 1]));
+    if (!filtered.save_file(argv[i], "", pugi::format_raw | pugi::format_no_declaration)) return 3;
+  }
+  return 0;
 }

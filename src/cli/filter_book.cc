@@ -9,7 +9,6 @@
 #include "common/result_codes.h"
 #include "embedded/adapter/book_update.h"
 #include "filtering/book_filter.h"
-#include "filtering/copy_record.h"
 #include "filtering/restore.h"
 #include "host/contexts.h"
 
@@ -133,8 +132,10 @@ std::string WhatIsLeft(const FilterRun& run, const ComponentFiles& files) {
     if (guilty) text = ShownPath(entry.path) + ": " + text;
     if (guilty) break;
   }
-  // Of a copy that could not be made the run knows more: who holds the folder, which file is in the way.
-  if (run.ending == filtering::Ending::kNotCopied && !run.why.empty()) text += ": " + run.why;
+  // Of a copy the run knows more: who holds the folder, which file is in the way, why the book is not saved.
+  const bool knows_more = run.ending == filtering::Ending::kNotCopied ||
+                          (run.ending == filtering::Ending::kNotSaved && run.result_book != host::kNone);
+  if (knows_more && !run.why.empty()) text += ": " + run.why;
   throw Failure(known != nullptr ? known->status : ExitStatus::kOperation,
                 session.target() + ": " + text + WhatIsLeft(run, files),
                 {{"result", result}, {"components", ComponentsJson(run, files)}});
@@ -154,24 +155,6 @@ std::string FilterText(const FilterRun& run, const std::string& target, const st
   return text;
 }
 
-// The last file of the copy: with it the folder is complete.
-std::string SaveNewBook(Session& session, const FilterRun& run) {
-  host::Documents& documents = session.roles().documents;
-  host::Platform& platform = session.roles().platform;
-  const host::Id book = run.result_book;
-  const bool changed = documents.Switch(book, host::DocumentSwitch::kModified);
-  const bool saved = !changed || documents.Save(book, {});
-  const std::string path(documents.Path(book));
-  const bool ended = filtering::CompleteCopy(session.roles(), path, saved);
-  if (!saved) throw Failure(ExitStatus::kFile, std::string(documents.LastError()));
-  if (!ended) {
-    throw Failure(ExitStatus::kFile, ShownPath(run.output_folder) +
-                                         ": the copy cannot be marked as complete (" +
-                                         std::string(platform.LastError()) + ")");
-  }
-  return ShownPath(path);
-}
-
 }  // namespace
 
 Outcome FilterBook(Session& session, host::Id book, const std::string& scheme) {
@@ -181,13 +164,12 @@ Outcome FilterBook(Session& session, host::Id book, const std::string& scheme) {
   ComponentFiles files(session, run.dry_run);
   filtering::FilterContext context = FilterContextOf(plugin);
   context.component_done = files.Sink();
-  context.caller_ends_filling = true;
   Outcome outcome;
   outcome.result = filtering::FilterActiveBook(context);
   session.ShowNotices();
   if (outcome.result != common::kDone) ThrowEnding(session, run, outcome.result, files);
   if (run.mode == LaunchMode::kDuplicate && !run.dry_run) {
-    outcome.output = SaveNewBook(session, run);
+    outcome.output = ShownPath(std::string(session.roles().documents.Path(run.result_book)));
   }
   // References without a target keep a book from being updated in full, and are what was asked for.
   const bool only_references =

@@ -88,9 +88,9 @@ bool BookComponents::FilterOne(Id component) {
                                             : ComponentStage::kGivenUp;
   if (context_.component_done && !context_.component_done(found.document, found.opened, stage) && goes_on) {
     entry.ending = Ending::kNotSaved;
-    const std::string why(host_.documents.LastError());
-    run_.why = context_.messenger.Format("QELM_MSG_FILTER_57", entry.path, why);
-    if (run_.prompts) context_.messenger.AlertFormatted("QELM_MSG_FILTER_57", run_.why);
+    run_.why = host_.documents.LastError();
+    const std::string text = context_.messenger.Format("QELM_MSG_FILTER_57", entry.path, run_.why);
+    if (run_.prompts) context_.messenger.AlertFormatted("QELM_MSG_FILTER_57", text);
   }
   if (ending_ == Ending::kCompleted) ending_ = entry.ending;
   return goes_on && entry.ending != Ending::kNotSaved;

@@ -77,7 +77,7 @@ std::int32_t BookCopy::CopyFiles(StagedFiles* staged) {
   return kDone;
 }
 
-bool BookCopy::Complete() { return CompleteCopy(host_, plan_.Files().front().target, true); }
+bool BookCopy::Complete(bool saved) { return CompleteCopy(host_, plan_.Files().front().target, saved); }
 
 void BookCopy::GiveUp() { host_.platform.EndFilling(folder_, false); }
 
@@ -96,13 +96,12 @@ bool BookCopy::CheckTargets() {
 // A copy must not take the place of what is being copied, by whatever way it would come there, nor of a file
 // that is open, nor of what no earlier copy put there, or somebody changed since: that is somebody's.
 bool BookCopy::CheckTarget(const CopyPlan::File& file, bool copied_before) {
-  if (!host_.platform.FileExists(file.target)) return true;
-  if (plan_.FindFile(file.target) != CopyPlan::kNoFile) return Fail("QELM_MSG_FILTER_53", file.target);
-  for (Id open = host_.documents.FirstOpenDocument(); open != kNone;
-       open = host_.documents.NextOpenDocument(open)) {
-    const std::string path(host_.documents.Path(open));
-    if (host_.platform.SameFile(path, file.target)) return Fail("QELM_MSG_FILTER_54", file.target);
-  }
+  const bool exists = host_.platform.FileExists(file.target);
+  if (exists && plan_.FindFile(file.target) != CopyPlan::kNoFile)
+    return Fail("QELM_MSG_FILTER_53", file.target);
+  // The book of an earlier copy is open until somebody closes it, and would be taken for the new one.
+  if (host_.documents.FindOpen(file.target) != kNone) return Fail("QELM_MSG_FILTER_54", file.target);
+  if (!exists) return true;
   if (overwrite_ || (copied_before && record_.Has(file.target))) return true;
   if (copied_before && record_.Names(file.target)) return Fail("QELM_MSG_FILTER_74", file.target);
   if (copied_before || record_.source().empty()) return Fail("QELM_MSG_FILTER_60", file.target);
@@ -178,24 +177,32 @@ bool BookCopy::NameComponents(const std::string& copy) {
   host::OpenStatus status = host::OpenStatus::kUnreadable;
   const Id book = host_.documents.Open(copy, {.visible = false, .suppress_alerts = true}, &status);
   if (book == kNone) return HostSays(plan_.Files().front().source);
-  bool done = host_.documents.SetPath(book, target);
-  // The two books are the same, so a component of one is that of the other.
-  for (Id component = host_.books.FirstComponent(book_); done && component != kNone;
-       component = host_.books.NextComponent(book_, component)) {
-    const std::string source(host_.books.ComponentPath(book_, component));
-    const std::size_t file = plan_.FindFile(source);
-    if (file == CopyPlan::kNoFile) {
-      // A copy that named a source as its own for any other reason would have it filtered.
-      done = !left_out_.contains(component) || NameLeftOut(book, component, source);
-      continue;
-    }
-    const std::string& path = plan_.Files()[file].target;
-    done = host_.books.SetComponentPath(book, component, path);
-  }
-  done = done && SaveCopy(book, copy);
-  if (!done) HostSays(plan_.Files().front().source);
+  const std::optional<SameComponents> components = ComponentsOf(book);
+  const bool done = components && host_.documents.SetPath(book, target) &&
+                    NameComponents(book, *components) && SaveCopy(book, copy);
+  if (components && !done) HostSays(plan_.Files().front().source);
   host_.documents.Close(book, true);
   return done;
+}
+
+bool BookCopy::NameComponents(Id book, const SameComponents& components) {
+  for (const auto& [component, copied] : components) {
+    const std::string source(host_.books.ComponentPath(book_, component));
+    const std::size_t file = plan_.FindFile(source);
+    // A copy that named a source as its own for any other reason would have it filtered.
+    const bool done = file != CopyPlan::kNoFile
+                          ? host_.books.SetComponentPath(book, copied, plan_.Files()[file].target)
+                          : !left_out_.contains(component) || NameLeftOut(book, copied, source);
+    if (!done) return false;
+  }
+  return true;
+}
+
+// Those of a reading of the book's file.
+std::optional<SameComponents> BookCopy::ComponentsOf(Id book) {
+  std::optional<SameComponents> same = MatchComponents(host_.books, book_, book);
+  if (!same) Fail("QELM_MSG_FILTER_77", plan_.Files().front().source);
+  return same;
 }
 
 // What was not copied is named where it is, unless it is nowhere. One that is found already is named by a
@@ -228,6 +235,12 @@ bool BookCopy::OpenNewBook() {
   host::OpenStatus status = host::OpenStatus::kUnreadable;
   const Id book = host_.documents.Open(target, {}, &status);
   if (book == kNone) return HostSays(target);
+  std::optional<SameComponents> same = ComponentsOf(book);
+  if (!same) {
+    host_.documents.Close(book, true);
+    return false;
+  }
+  components_ = std::move(*same);
   new_book_ = book;
   return true;
 }

@@ -22,6 +22,7 @@
 #include <string>
 #include <unordered_set>
 
+#include "filtering/components.h"
 #include "filtering/copy_plan.h"
 #include "filtering/copy_record.h"
 #include "filtering/staged_files.h"
@@ -50,12 +51,14 @@ class BookCopy {
   // are not.
   std::int32_t Copy();
 
-  // After a copy that was made: what is in the folder is as it should be (false: that cannot be marked), or
-  // is left as it is, marked.
-  bool Complete();
+  // After a copy that was made: what is in the folder is as it should be, when its last file could be saved
+  // (false: that cannot be marked), or is left as it is, marked.
+  bool Complete(bool saved);
   void GiveUp();
 
   host::Id NewBook() const { return new_book_; }
+  // The components of the book, each with that of the new one.
+  const SameComponents& components() const { return components_; }
   const std::string& why() const { return why_; }
   std::vector<CopiedFile> CopiedFiles() const { return plan_.CopiedFiles(); }
   // Folders that were made for the copy, outer ones first.
@@ -74,10 +77,12 @@ class BookCopy {
   bool Redirect(std::size_t number, const std::string& copy);
   bool SetLinks(host::Id document, const std::vector<CopyPlan::Rewrite>& rewrites, const std::string& target);
   bool NameComponents(const std::string& copy);
+  bool NameComponents(host::Id book, const SameComponents& components);
   bool NameLeftOut(host::Id book, host::Id component, const std::string& source);
   bool SaveCopy(host::Id document, const std::string& copy);
   bool Place(StagedFiles* staged);
   bool OpenNewBook();
+  std::optional<SameComponents> ComponentsOf(host::Id book);
 
   bool Stopped();
   bool Fail(std::string_view id, const std::string& text);
@@ -97,6 +102,7 @@ class BookCopy {
   std::vector<std::string> copies_;  // where the copy of each file is until it is placed
   std::string new_record_;           // likewise
   host::Id new_book_ = host::kNone;
+  SameComponents components_;
   std::string why_;
   std::vector<std::string> made_folders_;
   std::vector<std::string> unchanged_links_;

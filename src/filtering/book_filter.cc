@@ -55,6 +55,7 @@ class BookFilter {
   bool End(Ending ending, std::string_view id);
   bool EndFormatted(Ending ending, std::string_view id, const std::string& text);
   bool NotCopied(const std::string& why);
+  bool NotSaved(const std::string& path, const std::string& why);
   void Tell(std::string_view id) {
     if (run_.prompts && !run_.dry_run) messenger_.Alert(id);
   }
@@ -91,6 +92,12 @@ bool BookFilter::EndFormatted(Ending ending, std::string_view id, const std::str
 // The user is shown a page of text; who only wants the reason finds that.
 bool BookFilter::NotCopied(const std::string& why) {
   EndFormatted(Ending::kNotCopied, "QELM_MSG_FILTER_24", messenger_.Format("QELM_MSG_FILTER_24", why));
+  run_.why = why;
+  return false;
+}
+
+bool BookFilter::NotSaved(const std::string& path, const std::string& why) {
+  EndFormatted(Ending::kNotSaved, "QELM_MSG_FILTER_57", messenger_.Format("QELM_MSG_FILTER_57", path, why));
   run_.why = why;
   return false;
 }
@@ -197,10 +204,8 @@ bool BookFilter::SetEntryTexts(Id book) {
     const bool none = entry.root_filtered && run_.mode == LaunchMode::kDuplicate;
     if (entry.root_filtered && !none) continue;
     if (host_.books.SetEntryText(book, entry.component, none ? kNoEntryText : "")) continue;
-    const std::string path(host_.documents.Path(book));
     const std::string why(host_.documents.LastError());
-    return EndFormatted(Ending::kNotSaved, "QELM_MSG_FILTER_57",
-                        messenger_.Format("QELM_MSG_FILTER_57", path, why));
+    return NotSaved(std::string(host_.documents.Path(book)), why);
   }
   return true;
 }
@@ -225,6 +230,7 @@ bool BookFilter::CopyBook() {
   switch (copy_->Copy()) {
     case kDone:
       run_.result_book = copy_->NewBook();
+      TakeIdsOfOther(copy_->components(), &run_);
       run_.copied = copy_->CopiedFiles();
       run_.made_folders = copy_->made_folders();
       run_.unchanged_links = copy_->unchanged_links();
@@ -240,12 +246,20 @@ bool BookFilter::CopyBook() {
   }
 }
 
-// A copy that is not filtered to its end must not be taken for the result.
+// The book is the last file of the copy. One that is not filtered to its end must not be taken for the
+// result.
 void BookFilter::EndCopy() {
   if (run_.ending != Ending::kCompleted) return copy_->GiveUp();
-  if (context_.caller_ends_filling || copy_->Complete()) return;
-  EndFormatted(Ending::kNotSaved, "QELM_MSG_FILTER_52",
-               messenger_.Format("QELM_MSG_FILTER_52", host_.platform.LastError()));
+  if (context_.caller_ends_filling) return;
+  host::Documents& documents = host_.documents;
+  const std::string path(documents.Path(run_.result_book));
+  const bool saved = !documents.Switch(run_.result_book, host::DocumentSwitch::kModified) ||
+                     documents.Save(run_.result_book, {});
+  std::string why(documents.LastError());
+  const bool marked = copy_->Complete(saved);
+  if (saved && marked) return;
+  if (saved) why = common::WithReason(path, host_.platform.LastError());
+  NotSaved(path, why);
 }
 
 // A line for each component that is in the book and of which everything failed the scheme.
@@ -300,23 +314,11 @@ std::string OutputFolder(std::string_view book_path, std::string_view text) {
 }
 
 std::int32_t FilterAndSaveActiveBook(FilterContext& context) {
-  FilterRun& run = context.run;
-  host::Host& host = context.host;
-  if (run.mode != LaunchMode::kDuplicate || run.dry_run) return FilterActiveBook(context);
-  context.component_done = SavingComponents(host.documents);
-  context.caller_ends_filling = true;
-  const std::int32_t result = FilterActiveBook(context);
-  if (result != kDone) return result;
-  const bool saved = host.documents.Save(run.result_book, {});
-  const std::string path(host.documents.Path(run.result_book));
-  std::string why(host.documents.LastError());
-  const bool ended = CompleteCopy(host, path, saved);
-  if (saved && ended) return kDone;
-  if (saved) why = host.platform.LastError();
-  run.ending = Ending::kNotSaved;
-  run.why = context.messenger.Format("QELM_MSG_FILTER_57", path, why);
-  if (run.prompts) context.messenger.AlertFormatted("QELM_MSG_FILTER_57", run.why);
-  return kCopyFailed;
+  const FilterRun& run = context.run;
+  if (run.mode == LaunchMode::kDuplicate && !run.dry_run) {
+    context.component_done = SavingComponents(context.host.documents);
+  }
+  return FilterActiveBook(context);
 }
 
 std::int32_t FilterActiveBook(FilterContext& context) {
@@ -331,8 +333,9 @@ std::int32_t FilterActiveBook(FilterContext& context) {
   if (!run.dry_run) {
     Notify(context.host.clients, run, done ? "QELM_Filter_Complete" : "QELM_Filter_Cancelled");
   }
-  const bool cancelled_early = run.ending == Ending::kByUser && run.result_book == kNone;
-  return cancelled_early ? 0 : ResultOf(run.ending);
+  if (run.ending == Ending::kByUser && run.result_book == kNone) return 0;
+  const bool copied = run.mode == LaunchMode::kDuplicate && run.result_book != kNone;
+  return copied && run.ending == Ending::kNotSaved ? kCopyFailed : ResultOf(run.ending);
 }
 
 }  // namespace qelm::filtering

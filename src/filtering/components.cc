@@ -32,6 +32,28 @@ std::string PassedOver(const FilterRun& run) {
   return lines;
 }
 
+std::optional<SameComponents> MatchComponents(host::Books& books, Id book, Id other) {
+  SameComponents same;
+  Id there = books.FirstComponent(other);
+  for (Id here = books.FirstComponent(book); here != kNone; here = books.NextComponent(book, here)) {
+    if (there == kNone) return std::nullopt;
+    same.emplace_back(here, there);
+    there = books.NextComponent(other, there);
+  }
+  return there == kNone ? std::optional(std::move(same)) : std::nullopt;
+}
+
+void TakeIdsOfOther(const SameComponents& components, FilterRun* run) {
+  std::unordered_map<Id, std::size_t> places;
+  for (const auto& [here, there] : components) {
+    const auto known = run->component_places.find(here);
+    if (known == run->component_places.end()) continue;
+    run->components[known->second].component = there;
+    places.emplace(there, known->second);
+  }
+  run->component_places = std::move(places);
+}
+
 void ClearBookOutcome(FilterRun* run) {
   run->result_book = kNone;
   run->components.clear();

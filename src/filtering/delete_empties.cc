@@ -11,9 +11,14 @@ using host::kNone;
 using Role = CopiedFile::Role;
 
 void EmptyComponents::Look(Id document, FilteredComponent* entry) {
-  entry->emptied = IsEmptied(document, *entry);
-  if (entry->emptied) return;
   host::Host& host = context_.host;
+  // A file that stands twice in the book is filtered when it first comes up.
+  const std::string file = host.platform.ResolvedPath(entry->path);
+  entry->emptied = emptied_.contains(file) || IsEmptied(document, *entry);
+  if (entry->emptied) {
+    emptied_.insert(file);
+    return;
+  }
   std::vector<host::Link> links;
   if (!host.links.Read(document, &links)) complete_ = false;
   for (const host::Link& link : links) {

@@ -36,6 +36,7 @@ class EmptyComponents {
 
   FilterContext& context_;
   host::Id book_;
+  std::unordered_set<std::string> emptied_;    // files of components that were, with links resolved
   std::unordered_set<std::string> referred_;   // files that something still refers to, with links resolved
   std::unordered_set<std::string> generated_;  // files of components that are not filtered
   std::unordered_set<std::string> removed_;    // files of components that were taken out

@@ -42,8 +42,8 @@ struct FilterContext {
   std::function<bool(host::Id document)> remove_coloring = {};
   RunLog log = {};
   ComponentSink component_done = {};
-  // Whether the caller still writes into the folder of a book's copy: it is marked as one that is not
-  // complete until the caller ends that (Platform::EndFilling), when the run was completed.
+  // Whether the caller still writes into the folder of a book's copy: he saves the book, and the folder is
+  // marked as one that is not complete until he ends that (Platform::EndFilling), when the run was completed.
   bool caller_ends_filling = false;
 };
 

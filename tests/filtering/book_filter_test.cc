@@ -29,6 +29,16 @@ std::int32_t CountOf(const Texts& texts, const std::string& text) {
   return static_cast<std::int32_t>(std::count(texts.begin(), texts.end(), text));
 }
 
+// The names of the files that a book consists of.
+Texts Entries(BookSession& session, host::Id book) {
+  host::Books& books = session.inner().books;
+  Texts names;
+  for (host::Id at = books.FirstComponent(book); at != host::kNone; at = books.NextComponent(book, at)) {
+    names.push_back(std::filesystem::path(books.ComponentPath(book, at)).filename());
+  }
+  return names;
+}
+
 TEST(BookFilter, CopyIsFilteredAndTheSourceStays) {
   BookSession session(kThree);
   const Files before = session.Files("src");
@@ -193,17 +203,53 @@ TEST(BookFilter, EmptiedComponentsGoWithTheirFiles) {
                                           {"d.mif", "Doc('text' P x=('gone'))"},
                                           {"e.mif", "Doc"}});
   EXPECT_EQ(session.Filter(NoX(), Copying()), kDone);
-  host::Books& books = session.inner().books;
-  const host::Id book = session.run.result_book;
-  Texts left;
-  for (host::Id at = books.FirstComponent(book); at != host::kNone; at = books.NextComponent(book, at)) {
-    left.push_back(std::filesystem::path(books.ComponentPath(book, at)).filename());
-  }
-  EXPECT_EQ(left, (Texts{"b.mif", "d.mif", "e.mif"})) << "what was empty before the filter is the user's";
+  EXPECT_EQ(Entries(session, session.run.result_book), (Texts{"b.mif", "d.mif", "e.mif"}))
+      << "what was empty before the filter is the user's";
   EXPECT_EQ(session.run.removed_files,
             (Texts{session.folder.File("out/a.mif"), session.folder.File("out/c.mif")}));
   EXPECT_EQ(session.Files("out").size(), 5U);
   EXPECT_TRUE(session.run.components[0].emptied && session.run.components[0].removed);
+}
+
+// Its entries have other numbers than those of its file, from which the next copy is made.
+TEST(BookFilter, ResultThatIsStillOpenIsFilteredAgain) {
+  BookSession session({{"gone.mif", "Doc(P x=('gone'))"},
+                       {"none.mif", ""},
+                       {"b.mif", "Doc(P('b') P y=('y'))"},
+                       {"twice.mif", "Doc(P x=('gone'))"},
+                       {"twice.mif", ""},
+                       {"c.mif", "Doc y=(P('c'))"}});
+  EXPECT_EQ(session.Filter(NoX(), Copying()), kDone);
+  const host::Id first = session.run.result_book;
+  EXPECT_EQ(Entries(session, first), (Texts{"none.mif", "b.mif", "c.mif"})) << "what went is named nowhere";
+  FilterRun wanted = Copying();
+  wanted.output_folder = session.folder.File("second");
+  wanted.delete_empties = false;
+  ASSERT_EQ(session.Filter(testing::Classic({{"y", {}}}), wanted), kDone) << session.run.why;
+  const host::Id second = session.run.result_book;
+  EXPECT_EQ(Entries(session, second), (Texts{"none.mif", "b.mif", "c.mif"}));
+  EXPECT_EQ(session.Outline("second/b.mif"), "Doc(P('b'))");
+  EXPECT_EQ(session.Outline("second/c.mif"), "");
+  EXPECT_EQ(session.Outline("out/c.mif"), "Doc(P('c'))") << "it is the source now";
+  ASSERT_EQ(session.run.components.size(), 3U);
+  EXPECT_EQ(session.run.components[1].path, session.folder.File("second/b.mif"));
+  EXPECT_EQ(session.run.components[1].deleted, 1U);
+  EXPECT_TRUE(session.run.components[2].root_filtered);
+  EXPECT_EQ(session.inner().books.EntryText(second, 3), "<none>");
+
+  // The book that is open at the target has entries that are not in its file any more.
+  const Files before = session.Files("out");
+  session.inner().documents.Activate(session.book);
+  EXPECT_EQ(session.Filter(NoX(), Copying()), kCopyFailed);
+  EXPECT_NE(session.run.why.find("FILTER_54"), std::string::npos) << session.run.why;
+  EXPECT_EQ(session.Files("out"), before);
+  // Which of the file's entries were taken out of the book nobody can tell.
+  ASSERT_TRUE(session.inner().books.RemoveComponent(first, 3));
+  session.inner().documents.Activate(first);
+  wanted.output_folder = session.folder.File("third");
+  EXPECT_EQ(session.Filter(NoX(), wanted), kCopyFailed);
+  EXPECT_NE(session.run.why.find("FILTER_77"), std::string::npos) << session.run.why;
+  EXPECT_TRUE(session.Files("third").empty());
 }
 
 std::string CrossReference(const std::string& file) {
@@ -293,6 +339,7 @@ TEST(BookFilter, CopyForAClientIsMarkedUntilItsBookIsSaved) {
     const bool copied = !session.run.copied.empty();
     EXPECT_EQ(session.Files("outer/out").contains(std::string(host::kUnfinishedName)),
               copied && result != kDone);
+    EXPECT_EQ(CountOf(session.user.shown, "QELM_MSG_FILTER_28"), result == kDone ? 1 : 0);
     if (failing.failed().empty()) {
       EXPECT_EQ(result, kDone);
       EXPECT_EQ(session.Outline("outer/out/a.mif"), "Doc(P('a'))");
