@@ -40,11 +40,13 @@ void ClassicMatcher::Enter(std::size_t depth, const host::AttributeBuffer& attri
   values_end_.resize(depth + 1);
   values_.resize(depth == 0 ? 0 : values_end_[depth - 1]);
   own_.assign(slots, {});
+  own_present_ = false;
   for (const host::AttributeView& attribute : attributes.attributes) {
     // Of names that differ only in letter case the first counts.
     const auto slot = slots_.find(comparison_.Comparable(attribute.name, &buffer_));
     if (slot == slots_.end() || own_[slot->second].present) continue;
     TakeValues(slot->second, attributes, attribute, &own_[slot->second]);
+    own_present_ = true;
   }
   values_end_[depth] = values_.size();
   around_.resize((depth + 1) * slots);
@@ -80,6 +82,8 @@ bool ClassicMatcher::Has(const State& state, std::uint32_t value) const {
 }
 
 std::int32_t ClassicMatcher::FindRule(std::size_t depth, bool inherits) const {
+  // Most elements have none of the attributes, and no rule is for what is missing.
+  if (!own_present_ && !inherits) return kNoRule;
   const auto found = std::find_if(rules_.begin(), rules_.end(),
                                   [&](const Rule& rule) { return Matches(rule, depth, inherits); });
   return found == rules_.end() ? kNoRule : static_cast<std::int32_t>(found - rules_.begin());

@@ -78,6 +78,7 @@ class ClassicMatcher {
   std::vector<NumberOfText<std::uint32_t>> listed_;  // by slot: value to its number
 
   std::vector<State> own_;               // of the element entered last, by slot
+  bool own_present_ = false;             // whether it has any
   std::vector<State> around_;            // by depth and slot: the element itself, else its ancestors
   std::vector<std::uint32_t> values_;    // of all levels, one after the other
   std::vector<std::size_t> values_end_;  // by depth

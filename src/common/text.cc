@@ -15,6 +15,19 @@ bool IsWhiteSpace(char byte) { return byte == ' ' || (byte >= '\t' && byte <= '\
 
 char LowerAscii(char byte) { return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte; }
 
+// Where the first line of the text ends. Each of the two ends is looked for in a piece at a time: a text may
+// have none of the one.
+std::size_t EndOfLine(std::string_view text) {
+  constexpr std::size_t kPiece = 128;
+  for (std::size_t begin = 0; begin < text.size(); begin += kPiece) {
+    std::string_view piece = text.substr(begin, kPiece);
+    piece = piece.substr(0, piece.find('\n'));
+    piece = piece.substr(0, piece.find('\r'));
+    if (begin + piece.size() < text.size() && piece.size() < kPiece) return begin + piece.size();
+  }
+  return text.size();
+}
+
 }  // namespace
 
 std::string_view Trim(std::string_view text) {
@@ -55,8 +68,7 @@ std::string WithReason(std::string_view what, std::string_view why) {
 }
 
 std::string_view TakeLine(std::string_view* text) {
-  std::size_t end = 0;
-  while (end < text->size() && (*text)[end] != '\n' && (*text)[end] != '\r') ++end;
+  const std::size_t end = EndOfLine(*text);
   const std::string_view line = text->substr(0, end);
   text->remove_prefix(end);
   text->remove_prefix(text->starts_with("\r\n") ? 2 : std::min<std::size_t>(text->size(), 1));

@@ -107,6 +107,13 @@ TEST(Text, LinesEndAsEverySystemEndsThem) {
   EXPECT_EQ(SplitLines("a\n\nb\n"), (std::vector<std::string_view>{"a", "", "b"}));
   EXPECT_EQ(SplitLines("a\r\n\r\nb"), (std::vector<std::string_view>{"a", "", "b"}));
   EXPECT_TRUE(SplitLines("").empty());
+  for (const std::size_t length : {127U, 128U, 129U, 500U}) {
+    const std::string line(length, 'x');
+    for (const std::string_view end : {"\n", "\r", "\r\n"}) {
+      const std::string text = line + std::string(end) + line;
+      EXPECT_EQ(SplitLines(text), (std::vector<std::string_view>{line, line})) << length;
+    }
+  }
 }
 
 TEST(Text, ContainsIgnoreCaseWithAndWithoutAscii) {

@@ -46,9 +46,13 @@ class FormatRules::Reader {
       }
     }
   }
-  // The catalog of change lists may stand behind the definitions that name its lists.
+  // The catalog of change lists may stand behind the definitions that name its lists. Where they name none
+  // that is not known, it is not looked for: the rest of the document is long.
   void ResolveNames() {
-    while (reader_.Next()) {
+    const bool all_known = std::all_of(named_.begin(), named_.end(), [this](const Named& named) {
+      return rules_.change_lists_.contains(named.name);
+    });
+    while (!all_known && reader_.Next()) {
       if (reader_.kind() != Piece::kGroup) continue;
       if (reader_.token() != mif::Token::kFmtChangeListCatalog) {
         if (!reader_.Skip()) break;

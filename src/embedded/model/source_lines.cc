@@ -12,6 +12,12 @@ void SourceLines::FindLines() {
       document_.format == Format::kXml ? xml::DetectEncoding(source) : xml::Encoding::kUtf8;
   const std::uint32_t unit = xml::UnitSize(encoding);
   starts_.push_back(0);
+  if (unit == 1 && source.find('\r') == source.npos) {
+    for (std::size_t end = 0; (end = source.find('\n', end)) != source.npos;) {
+      starts_.push_back(static_cast<std::uint32_t>(++end));
+    }
+    return;
+  }
   char before = '\0';
   for (std::uint32_t at = 0; at + unit <= source.size(); at += unit) {
     const char c = unit == 1 ? source[at] : xml::AsciiAt(source, at, encoding);

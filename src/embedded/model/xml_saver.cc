@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <iterator>
+#include <unordered_map>
 #include <unordered_set>
 
 #include "embedded/model/files.h"
@@ -107,6 +108,11 @@ class Saver {
     copied_ = offset;
   }
   void SkipTo(std::uint32_t offset) { copied_ = std::max(copied_, offset); }
+  const std::string& FontMark(std::uint32_t font) {
+    std::string& mark = font_marks_[font];
+    if (mark.empty()) mark = TextMark(document_, document_.fonts[font]);
+    return mark;
+  }
   void Emit(std::string_view text, xml::Missing missing = xml::Missing::kEscape) {
     encoded_.clear();
     xml::AppendEncoded(text, encoding_, missing, &encoded_);
@@ -119,8 +125,9 @@ class Saver {
   xml::Encoding encoding_;
   Pieces out_;
   std::string encoded_;
-  std::uint32_t copied_ = 0;  // the source up to here is written or left out
-  std::uint32_t at_ = 0;      // the item
+  std::unordered_map<std::uint32_t, std::string> font_marks_;  // those that were written, by font
+  std::uint32_t copied_ = 0;                                   // the source up to here is written or left out
+  std::uint32_t at_ = 0;                                       // the item
   std::map<std::uint32_t, Replacement>::const_iterator next_replacement_ = document_.replacements.begin();
   std::vector<Story> stories_;
   std::vector<XmlEdit> edits_;  // of what stands before the root, in order
@@ -412,7 +419,7 @@ void Saver::Gap(std::uint32_t end, std::uint32_t offset, const Target* target) {
     CopyTo(offset);
     for (const Id id : to_open) Emit(ConditionStartMark(ConditionName(id)));
     if (font_changes && target->font != 0) {
-      Emit(TextMark(document_, document_.fonts[target->font]));
+      Emit(FontMark(target->font));
       story.written.fonts.push_back(target->font);
     }
   }
