@@ -105,6 +105,7 @@ class BatchCommand : public Command {
 
  private:
   BatchRequest Request(Session& session) const;
+  void CheckNames(const BatchRequest& request) const;
   Json Inputs(Session& session, const BatchRequest& request);
   Json SourceFiles(Session& session, const BatchRequest& request);
   filtering::BatchHooks Hooks(Session& session, const BatchRequest& request);
@@ -147,21 +148,18 @@ CLI::App* BatchCommand::Define(CLI::App& program) {
                 "variables, PDF metadata, book update, PDF, XML. A report tells everything that was done.",
                 "qelm batch pump.book.mif --category Audience --output \"out/<scheme_name>\" --jobs 2"});
   command->add_option("SOURCE", source_, "The document (MIF or XML) or book (MIF)")->required();
-  CLI::Option* category =
-      command->add_option("--category", category_, "The filter schemes of this category")->check(NotEmpty);
+  CLI::Option* category = command->add_option("--category", category_, "The filter schemes of this category");
   command
       ->add_option("--config", configuration_,
                    "All filter schemes of this main settings document, also looked for in the folder "
                    "BF_DEFAULT_SCHEME_DATA_FILE_FOLDER")
       ->type_name("FILE")
-      ->excludes(category)
-      ->check(NotEmpty);
+      ->excludes(category);
   command
       ->add_option("-o,--output", output_,
                    "The output folder of each scheme, with <scheme_name> or <scheme_num> in it. Default: the "
                    "first of BF_DEFAULT_OUTPUT_FOLDER_PATTERNS, seen from the source's folder")
-      ->type_name("PATTERN")
-      ->check(NotEmpty);
+      ->type_name("PATTERN");
   command
       ->add_option(
           "--report", report_,
@@ -176,7 +174,7 @@ CLI::App* BatchCommand::Define(CLI::App& program) {
   command->add_flag("!--no-xml", xml_, "Save no XML");
   command->add_option("--jobs", jobs_, "How many schemes are run at once")
       ->type_name("N")
-      ->check(CLI::Range(1, kMostJobs));
+      ->check(NumberBetween(1, kMostJobs));
   command->add_option("--shard", shard_text_, "Only every N-th scheme, beginning with the I-th")
       ->type_name("I/N")
       ->check(ShardError);
@@ -335,12 +333,26 @@ filtering::BatchHooks BatchCommand::Hooks(Session& session, const BatchRequest& 
   return hooks;
 }
 
+// What would go wrong for every scheme is told before the first.
+void BatchCommand::CheckNames(const BatchRequest& request) const {
+  if (const std::string_view word = filtering::UnknownPlaceholder(output_); !word.empty()) {
+    throw Failure(ExitStatus::kUsage, output_ + ": there is no placeholder \"" + std::string(word) +
+                                          "\"; most wanted are <scheme_name> and <scheme_num>");
+  }
+  if (configuration_.empty()) return;
+  const std::string folder = common::PlatformPath(request.settings.bf_default_scheme_data_file_folder);
+  if (fs::exists(request.configuration) || fs::exists(common::JoinPath(folder, request.configuration)))
+    return;
+  throw Failure(ExitStatus::kFile, configuration_ + ": there is no such file");
+}
+
 Outcome BatchCommand::Run(Session& session) {
   if (category_.empty() && configuration_.empty()) {
     throw Failure(ExitStatus::kUsage, "say by --category or --config which schemes to run");
   }
   if (configuration_.empty()) RequireMainSettings(session);
   const BatchRequest request = Request(session);
+  CheckNames(request);
   // A source that cannot be opened is told at once, and not once a scheme.
   const host::Id source = session.Open(source_);
   const std::string pattern = request.output_pattern;

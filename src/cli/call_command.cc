@@ -40,8 +40,7 @@ CLI::App* CallCommand::Define(CLI::App& program) {
   // All of them arrive as targets; one that stays without a value lets the parser go on behind the mark.
   command->add_option("STRING", calls_, "Call strings, behind --")->expected(1);
   command->add_option("-o,--output", output_, "Where the target goes. Default: the file itself is replaced")
-      ->type_name("FILE")
-      ->check(NotEmpty);
+      ->type_name("FILE");
   return command;
 }
 

@@ -224,6 +224,17 @@ ExitStatus RunCommand(Command& command, const Options& options, const Environmen
 
 using Arguments = std::vector<std::string>;
 
+// An empty value is a variable of a shell that was not set: never what was meant, and most often a path in
+// whose stead something else would be taken. Throws as the parser does.
+void RefuseEmptyValues(const CLI::App& app) {
+  for (const CLI::Option* option : app.get_options()) {
+    for (const std::string& value : option->results()) {
+      if (value.empty()) throw CLI::ValidationError(option->get_name(), "the value is empty");
+    }
+  }
+  for (const CLI::App* command : app.get_subcommands()) RefuseEmptyValues(*command);
+}
+
 // Throws what the parser throws.
 void Parse(Arguments arguments, Program* program) {
   const auto mark = std::find(arguments.begin(), arguments.end(), "--");
@@ -232,6 +243,7 @@ void Parse(Arguments arguments, Program* program) {
   }
   std::reverse(arguments.begin(), arguments.end());  // the parser takes them from the end
   program->app.parse(std::move(arguments));
+  RefuseEmptyValues(program->app);
 }
 
 // The program with the arguments parsed, where they ask for a command and nothing else. Its name is one of

@@ -82,8 +82,7 @@ void ColoringCommand::DefineTarget(CLI::App* command) {
           "-o,--output", output_,
           "Where the result goes; for documents only. Default: the file itself is replaced, and of a "
           "book the files that have changed")
-      ->type_name("FILE")
-      ->check(NotEmpty);
+      ->type_name("FILE");
 }
 
 bool ColoringCommand::OpenTarget(Session& session) {
@@ -181,14 +180,12 @@ CLI::App* ColorCommand::Define(CLI::App& program) {
   DefineTarget(command);
   command
       ->add_option("--scheme", scheme_, "The coloring scheme. Default: as COLOR_DEFAULT_COLORING_SCHEME says")
-      ->type_name("CATEGORY/NAME")
-      ->check(NotEmpty);
+      ->type_name("CATEGORY/NAME");
   command
       ->add_option("--selection", selection_,
                    "Color only the first element that the expression selects, and what is in it; nothing is "
                    "uncolored first")
-      ->type_name("XPATH")
-      ->check(NotEmpty);
+      ->type_name("XPATH");
   return command;
 }
 

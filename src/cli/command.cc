@@ -1,10 +1,24 @@
 #include "cli/command.h"
 
 #include <CLI/CLI.hpp>
+#include <charconv>
+#include <iomanip>
+#include <sstream>
 
 namespace qelm::cli {
 
-std::string NotEmpty(const std::string& value) { return value.empty() ? "the value is empty" : ""; }
+std::function<std::string(const std::string&)> NumberBetween(double least, double most) {
+  return [least, most](const std::string& text) {
+    double value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    const bool whole = error == std::errc() && end == text.data() + text.size();
+    // What is no number lies in no range.
+    if (whole && value >= least && value <= most) return std::string();
+    std::ostringstream message;
+    message << text << " is not a number from " << std::setprecision(10) << least << " to " << most;
+    return message.str();
+  };
+}
 
 CLI::App* AddCommand(CLI::App& parent, const CommandText& text) {
   CLI::App* command = parent.add_subcommand(text.name, text.summary);

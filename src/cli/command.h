@@ -57,8 +57,9 @@ struct CommandText {
   const char* example;
 };
 
-// A check for options: their value must not be empty. Returns what is wrong, empty for nothing.
-std::string NotEmpty(const std::string& value);
+// A check for options: their value is a number from `least` to `most`, both finite. A check returns what is
+// wrong, empty for nothing.
+std::function<std::string(const std::string&)> NumberBetween(double least, double most);
 
 // Adds a command to a parser.
 CLI::App* AddCommand(CLI::App& parent, const CommandText& text);

@@ -1,7 +1,5 @@
 // qelm convert: writes a document in the format that the name of the output asks for.
 #include <CLI/CLI.hpp>
-#include <charconv>
-#include <cmath>
 
 #include "cli/command.h"
 #include "cli/session.h"
@@ -16,20 +14,6 @@ std::string Ending(const std::string& path) {
   const std::string_view name = common::FileName(path);
   const std::size_t dot = name.rfind('.');
   return dot == std::string_view::npos ? std::string() : common::AsciiLower(name.substr(dot));
-}
-
-// What is no number lies in every range.
-std::string IsFinite(const std::string& text) {
-  double value = 0;
-  const bool read = CLI::detail::lexical_cast(text, value);
-  return read && std::isfinite(value) ? std::string() : "Value " + text + " is not a number";
-}
-
-std::string IsPage(const std::string& text) {
-  std::uint32_t page = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), page);
-  const bool whole = error == std::errc() && end == text.data() + text.size() && page > 0;
-  return whole ? std::string() : "Page " + text + " is not a whole number from 1 to 4294967295";
 }
 
 class ConvertCommand : public Command {
@@ -53,10 +37,9 @@ CLI::App* ConvertCommand::Define(CLI::App& program) {
        "qelm convert operation.mif operation.pdf"});
   command->add_option("IN", input_, "The document (MIF or XML), for PDF a book as well")->required();
   command->add_option("OUT", output_, "Where the result goes; its ending says the format")->required();
-  command->add_option("--page", page_, "For .png: which page, from 1")->check(IsPage);
+  command->add_option("--page", page_, "For .png: which page, from 1")->check(NumberBetween(1, 4294967295.0));
   command->add_option("--dpi", dpi_, "For .png: dots an inch")
-      ->check(CLI::Range(10.0, 1200.0))
-      ->check(IsFinite)
+      ->check(NumberBetween(10, 1200))
       ->capture_default_str();
   return command;
 }
@@ -71,7 +54,10 @@ Outcome ConvertCommand::Run(Session& session) {
                                           ".fm, .xml, .pdf or .png");
   }
   if (page_ != 0 && ending != ".png") throw Failure(ExitStatus::kUsage, "--page is for one page as .png");
-  const host::Id document = ending == ".pdf" ? session.Open(input_) : session.OpenDocument(input_);
+  const host::Id document = session.Open(input_);
+  if (ending != ".pdf" && session.roles().books.IsBook(document)) {
+    throw Failure(ExitStatus::kUsage, input_ + ": this is a book, which is converted to .pdf only");
+  }
   Outcome outcome;
   if (ending == ".png") {
     outcome.output = session.SavePage(document, output_, page_ == 0 ? 1 : page_, dpi_);

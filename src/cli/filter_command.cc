@@ -62,8 +62,7 @@ CLI::App* FilterCommand::Define(CLI::App& program) {
   command
       ->add_option("--output-folder", output_folder_,
                    "Where the copy of a book goes in mode duplicate; it is made when it is missing")
-      ->type_name("DIR")
-      ->check(NotEmpty);
+      ->type_name("DIR");
   command->add_flag("--remove-coloring", remove_coloring_,
                     "Uncolor the filtered document, as qelm uncolor does. Default: as "
                     "FILT_DEFAULT_REMOVE_COLORING says");

@@ -39,13 +39,11 @@ CLI::App* MenuCommand::Define(CLI::App& program) {
       ->type_name("NUMBER|NAME");
   command->add_option("TARGET", target_, "The document (MIF or XML) or the book (MIF)");
   command->add_option("-o,--output", output_, "Where the document goes. Default: the file itself is replaced")
-      ->type_name("FILE")
-      ->check(NotEmpty);
+      ->type_name("FILE");
   command
       ->add_option("--selection", selection_,
                    "Select the first element that the expression selects, for commands on the selection")
-      ->type_name("XPATH")
-      ->check(NotEmpty);
+      ->type_name("XPATH");
   return command;
 }
 

@@ -2,6 +2,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include "cli/command.h"
+
 namespace qelm::cli {
 
 void DefineOptions(CLI::App& program, Options* options) {
@@ -32,7 +34,7 @@ void DefineOptions(CLI::App& program, Options* options) {
       .add_option("--host-version", options->host_version,
                   "The major version that the host says it has. Default: 18")
       ->type_name("N")
-      ->check(CLI::Range(1, 99));
+      ->check(NumberBetween(1, 99));
   program.add_flag("--ignore-lock", options->ignore_lock,
                    "Replace files although their lock files (NAME.lck) say that they are open elsewhere");
   program.add_flag("--overwrite", options->overwrite,

@@ -7,6 +7,7 @@
 #include "cli/command.h"
 #include "cli/script_runner.h"
 #include "common/paths.h"
+#include "common/utf8.h"
 
 namespace qelm::cli {
 namespace {
@@ -66,16 +67,15 @@ CLI::App* RunScriptCommand::Define(CLI::App& program) {
   command
       ->add_option("--work", work_,
                    "The work folder, made when it is missing. Default: a new one that is removed at the end")
-      ->type_name("DIR")
-      ->check(NotEmpty);
+      ->type_name("DIR");
   return command;
 }
 
 std::vector<Step> RunScriptCommand::ReadScript(Session& session) const {
   const std::optional<std::string> text = session.platform().ReadFile(script_);
-  if (!text) throw Failure(ExitStatus::kUsage, script_ + ": " + session.platform().LastError());
+  if (!text) throw Failure(ExitStatus::kFile, script_ + ": " + session.platform().LastError());
   std::string error;
-  std::optional<std::vector<Step>> steps = ParseScript(*text, &error);
+  std::optional<std::vector<Step>> steps = ParseScript(common::DecodeTextFile(*text), &error);
   if (!steps) throw Failure(ExitStatus::kUsage, script_ + ":" + error);
   return std::move(*steps);
 }

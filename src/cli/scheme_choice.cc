@@ -24,6 +24,16 @@ bool Load(Plugin& plugin, std::string_view category, std::string_view name, sche
   return true;
 }
 
+// The first ones of the names, so that who has mistaken the way to write one sees it.
+std::string Listed(const std::vector<std::string>& names) {
+  constexpr std::size_t kMost = 8;
+  if (names.empty()) return "; there is none";
+  const std::size_t shown = std::min(names.size(), kMost);
+  std::string list = "; there are ";
+  for (std::size_t i = 0; i < shown; ++i) list += (i == 0 ? "\"" : ", \"") + names[i] + '"';
+  return shown == names.size() ? list : list + " and " + std::to_string(names.size() - shown) + " more";
+}
+
 }  // namespace
 
 std::string_view KindName(schemes::SchemeKind kind) {
@@ -74,8 +84,8 @@ Failure NoSuchScheme(Session& session, std::string_view full_name,
   std::string message = "there is no ";
   if (kinds.size() == 1) message += std::string(KindName(kinds.front())) + " ";
   message += "scheme \"" + std::string(full_name) + "\" in " + plugin.settings.paths.main_settings;
-  return {ExitStatus::kRefused,
-          message + DidYouMean(full_name, std::span<const std::string>(names)) + "; see qelm schemes list"};
+  const std::string near = DidYouMean(full_name, std::span<const std::string>(names));
+  return {ExitStatus::kRefused, message + (near.empty() ? Listed(names) : near) + "; see qelm schemes list"};
 }
 
 schemes::Scheme& ActivateScheme(Session& session, std::string_view full_name, schemes::SchemeKind kind) {

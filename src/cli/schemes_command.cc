@@ -74,8 +74,7 @@ CLI::App* SchemesCommand::Define(CLI::App& program) {
   convert_->add_option("FILE", conversion_.file, "The main settings document")->required();
   convert_
       ->add_option("-o,--output", conversion_.output, "Write the result to this file; FILE stays as it is")
-      ->type_name("FILE")
-      ->check(NotEmpty);
+      ->type_name("FILE");
   convert_->add_flag("--no-backup", conversion_.no_backup, "Keep no backup");
   return command;
 }

@@ -101,8 +101,7 @@ CLI::App* ServeCommand::Define(CLI::App& program) {
        "qelm serve --socket /tmp/qelm.sock"});
   command->add_option("--socket", socket_, "Where the socket is made; it is removed at the end")
       ->required()
-      ->type_name("PATH")
-      ->check(NotEmpty);
+      ->type_name("PATH");
   return command;
 }
 

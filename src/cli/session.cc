@@ -6,6 +6,7 @@
 
 #include "cli/exit_status.h"
 #include "common/text.h"
+#include "common/utf8.h"
 #include "config/read_settings.h"
 #include "host/notifications.h"
 #include "messages/document_name.h"
@@ -149,7 +150,8 @@ void Session::OpenEvents() {
   if (options_.events == "-") {
     events_.UseStream(environment_.err);
   } else if (!options_.events.empty() && !events_.OpenFile(options_.events)) {
-    throw Failure(ExitStatus::kFile, options_.events + ": the file for events cannot be written");
+    throw Failure(ExitStatus::kFile,
+                  options_.events + ": events cannot be appended to this file; name a new one");
   }
 }
 
@@ -158,7 +160,7 @@ void Session::ReadAnswers() {
   const std::optional<std::string> text = platform_.ReadFile(options_.answers);
   if (!text) throw Failure(ExitStatus::kFile, options_.answers + ": " + platform_.LastError());
   std::string error;
-  std::optional<Answers> answers = Answers::Parse(*text, &error);
+  std::optional<Answers> answers = Answers::Parse(common::DecodeTextFile(*text), &error);
   if (!answers) throw Failure(ExitStatus::kUsage, options_.answers + ": " + error);
   user_.SetAnswers(std::move(*answers));
 }
@@ -237,8 +239,7 @@ host::Id Session::Open(const std::string& path) {
 host::Id Session::OpenDocument(const std::string& path) {
   const host::Id id = Open(path);
   if (!roles().books.IsBook(id)) return id;
-  throw Failure(ExitStatus::kOperation,
-                path + ": this is a book; this command works on documents only, not on books yet");
+  throw Failure(ExitStatus::kUsage, path + ": this is a book; this command works on documents only");
 }
 
 namespace {
@@ -282,6 +283,19 @@ std::string Session::SavePage(host::Id document, const std::string& path, std::s
 std::string Session::NameOf(host::Id document) {
   const std::string path(roles().documents.Path(document));
   return SameFile(path, target_) ? target_ : path;
+}
+
+void Session::RefuseFileOf(host::Id target, const std::string& path, const std::string& option) {
+  const auto refuse = [&](const char* what) {
+    throw Failure(ExitStatus::kUsage, path + ": " + option + " names " + what);
+  };
+  if (SameFile(path, target_)) refuse("the target itself");
+  host::Books& books = roles().books;
+  if (!books.IsBook(target)) return;
+  for (host::Id component = books.FirstComponent(target); component != host::kNone;
+       component = books.NextComponent(target, component)) {
+    if (SameFile(path, std::string(books.ComponentPath(target, component)))) refuse("a file of the book");
+  }
 }
 
 bool Session::SameFile(const std::string& left, const std::string& right) {

@@ -73,6 +73,7 @@ Outcome UpdateCommand::Run(Session& session) {
   if (!host.books.IsBook(book)) {
     throw Failure(ExitStatus::kUsage, target_ + ": this is a document; only books are updated");
   }
+  if (!error_log_.empty()) session.RefuseFileOf(book, error_log_, "--error-log");
   const bool complete = host.books.Update(book, Flags(session));
   Outcome outcome;
   if (!error_log_.empty()) {

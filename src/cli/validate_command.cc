@@ -92,21 +92,17 @@ CLI::App* ValidateCommand::Define(CLI::App& program) {
   command
       ->add_option("--scheme", scheme_,
                    "The validation scheme. Default: VAL_DEFAULT_VALIDATION_SCHEME of the local settings")
-      ->type_name("CATEGORY/NAME")
-      ->check(NotEmpty);
+      ->type_name("CATEGORY/NAME");
   command
       ->add_option("--selection", selection_,
                    "Check only the first element that the expression selects, with what is in it")
-      ->type_name("XPATH")
-      ->check(NotEmpty);
+      ->type_name("XPATH");
   command->add_option("--rules", rules_, "The rules to check, as 1,2,4. Default: as the local settings say")
-      ->type_name("NUMBERS")
-      ->check(NotEmpty);
-  command->add_option("--report", report_, "Write a report document")->type_name("FILE")->check(NotEmpty);
+      ->type_name("NUMBERS");
+  command->add_option("--report", report_, "Write a report document")->type_name("FILE");
   CLI::Option* output =
       command->add_option("-o,--output", output_, "Write the document with strikethrough marks to a file")
-          ->type_name("FILE")
-          ->check(NotEmpty);
+          ->type_name("FILE");
   command
       ->add_flag("--in-place", in_place_, "Replace the document, or the book's documents, by the marked one")
       ->excludes(output);
@@ -139,15 +135,8 @@ void ValidateCommand::CheckReportPath(Session& session, host::Id target) const {
   if (common::EqualsIgnoreCase(std::filesystem::path(report_).extension().string(), ".xml")) {
     refuse("--report writes MIF; give the file a name that does not end in .xml");
   }
-  if (Session::SameFile(report_, target_)) refuse("--report names the target itself");
+  session.RefuseFileOf(target, report_, "--report");
   if (!output_.empty() && Session::SameFile(report_, output_)) refuse("--report and -o name the same file");
-  host::Books& books = session.roles().books;
-  if (!books.IsBook(target)) return;
-  for (host::Id component = books.FirstComponent(target); component != host::kNone;
-       component = books.NextComponent(target, component)) {
-    const std::string path(books.ComponentPath(target, component));
-    if (Session::SameFile(report_, path)) refuse("--report names a file of the book");
-  }
 }
 
 void ValidateCommand::Activate(Session& session, std::string* scheme) const {

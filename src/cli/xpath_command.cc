@@ -11,6 +11,7 @@
 #include "cli/json_text.h"
 #include "cli/session.h"
 #include "cli/xpath_prompt.h"
+#include "common/utf8.h"
 #include "messages/element_places.h"
 #include "xpath/engine.h"
 #include "xpath/explain.h"
@@ -47,13 +48,11 @@ class MatchWriter {
 
  private:
   std::string_view Tag(host::Id element);
-  std::string_view AttributeName(const xpath::Match& match);
   void AppendMatch(const xpath::Match& match, std::string* json);
 
   Session& session_;
   host::Id document_;
   messages::ElementPlaces places_;
-  host::AttributeBuffer attributes_;
 };
 
 std::string_view MatchWriter::Tag(host::Id element) {
@@ -61,13 +60,6 @@ std::string_view MatchWriter::Tag(host::Id element) {
   const host::Id definition = host.elements.Definition(document_, element);
   return definition == host::kNone ? std::string_view()
                                    : host.definitions.DefinitionName(document_, definition);
-}
-
-std::string_view MatchWriter::AttributeName(const xpath::Match& match) {
-  if (match.attribute < 0) return {};
-  session_.roles().definitions.ReadAttributes(document_, match.element, &attributes_);
-  const auto index = static_cast<std::size_t>(match.attribute);
-  return index < attributes_.attributes.size() ? attributes_.attributes[index].name : std::string_view();
 }
 
 void MatchWriter::AppendMatch(const xpath::Match& match, std::string* json) {
@@ -80,7 +72,7 @@ void MatchWriter::AppendMatch(const xpath::Match& match, std::string* json) {
   }
   std::string path;
   places_.AppendPath(match.element, &path);
-  const std::string attribute(AttributeName(match));
+  const std::string attribute = xpath::AttributeNameOfMatch(session_.plugin().engine, match);
   if (!attribute.empty()) path += "/@" + attribute;
   *json += ",\"path\":";
   AppendJson(path, json);
@@ -115,8 +107,8 @@ void MatchWriter::WriteLines(const xpath::MatchList& matches, bool values_only, 
     std::string line;
     if (!values_only) {
       places_.AppendPath(match.element, &line);
-      const std::string_view attribute = AttributeName(match);
-      if (!attribute.empty()) line += "/@" + std::string(attribute);
+      const std::string attribute = xpath::AttributeNameOfMatch(session_.plugin().engine, match);
+      if (!attribute.empty()) line += "/@" + attribute;
       line += '\t';
     }
     for (const char character : xpath::ValueOfMatch(session_.plugin().engine, match)) {
@@ -183,7 +175,7 @@ CLI::App* XPathCommand::Define(CLI::App& program) {
   command->add_flag("--first", first_, "Only the first match");
   command->add_option("--max", maximum_, "At most so many matches")
       ->type_name("N")
-      ->check(CLI::PositiveNumber);
+      ->check(NumberBetween(1, 2147483647));
   command->add_flag("--values", values_, "Print the values only");
   command
       ->add_option("--report", report_,
@@ -249,6 +241,7 @@ Outcome XPathCommand::Run(Session& session) {
   CheckArguments(session.options().json);
   document_ = session.Open(target_);
   if (report_.empty()) return RunMode(session);
+  session.RefuseFileOf(document_, report_, "--report");
   try {
     Outcome outcome = RunMode(session);
     SaveReport(session);
@@ -379,8 +372,11 @@ Outcome XPathCommand::RunAll(Session& session) {
   const host::Id context = Context(session, &writer, context_);
   Outcome outcome;
   outcome.printed = true;
+  bool first = true;
   for (std::string line; std::getline(lines, line);) {
     if (!line.empty() && line.back() == '\r') line.pop_back();
+    if (first && line.starts_with(common::kByteOrderMark)) line.erase(0, common::kByteOrderMark.size());
+    first = false;
     RunLine(session, std::move(line), context, &writer, &outcome);
   }
   return outcome;

@@ -76,7 +76,7 @@ struct FileEncoding {
 
 FileEncoding EncodingOf(std::string_view bytes) {
   constexpr FileEncoding kMarked[] = {
-      {"\xEF\xBB\xBF", nullptr}, {"\xFF\xFE", "UTF-16LE"}, {"\xFE\xFF", "UTF-16BE"}};
+      {kByteOrderMark, nullptr}, {"\xFF\xFE", "UTF-16LE"}, {"\xFE\xFF", "UTF-16BE"}};
   for (const FileEncoding& encoding : kMarked) {
     if (bytes.starts_with(encoding.mark)) return encoding;
   }

@@ -52,6 +52,9 @@ void AppendCharacter(char32_t code_point, std::string* text);
 // The code points of the text, one a character.
 std::u32string CodePoints(std::string_view text);
 
+// With which some editors begin a file in UTF-8.
+inline constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
 // Text of a file that a person may have saved with any editor, as UTF-8: a byte order mark decides between
 // UTF-8 and UTF-16 and is taken away; without one, text that is not well-formed UTF-8 is read as
 // Windows-1252.

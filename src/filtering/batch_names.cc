@@ -92,6 +92,18 @@ std::string PathByPattern(std::string_view pattern, const NameValues& values) {
   return path;
 }
 
+std::string_view UnknownPlaceholder(std::string_view pattern) {
+  const Placeholders known = ValuesOf({});
+  for (std::size_t at = 0; (at = pattern.find('<', at)) != std::string_view::npos; ++at) {
+    const std::size_t end = pattern.find('>', at);
+    if (end == std::string_view::npos) break;
+    const std::string_view word = pattern.substr(at, end + 1 - at);
+    if (std::none_of(known.begin(), known.end(), [&](const auto& one) { return one.first == word; }))
+      return word;
+  }
+  return {};
+}
+
 std::string FileNameByPattern(std::string_view pattern, const NameValues& values,
                               std::string_view extension) {
   std::string name = Filled(common::Trim(pattern), values);

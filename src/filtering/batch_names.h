@@ -31,6 +31,9 @@ std::string SafeName(std::string_view text);
 // A path by a pattern, in the platform's form. Placeholders that are not known stay, made safe.
 std::string PathByPattern(std::string_view pattern, const NameValues& values);
 
+// The first word in angle brackets that is no placeholder; empty when there is none.
+std::string_view UnknownPlaceholder(std::string_view pattern);
+
 // The name of one file by a pattern, with the extension (".pdf") behind it, once. A pattern that gives
 // nothing gives the source's name.
 std::string FileNameByPattern(std::string_view pattern, const NameValues& values, std::string_view extension);

@@ -262,11 +262,11 @@ void BookFilter::EndCopy() {
   NotSaved(path, why);
 }
 
-// A line for each component that is in the book and of which everything failed the scheme.
+// A line for each component of which everything failed the scheme, also for one that was taken out as empty.
 std::string BookFilter::FullyFiltered() const {
   std::string list;
   for (const FilteredComponent& entry : run_.components) {
-    if (!entry.root_filtered || entry.removed) continue;
+    if (!entry.root_filtered) continue;
     list = messages::Messenger::FormatText("%s  - %s\n", list, std::string(common::FileName(entry.path)));
   }
   return list;

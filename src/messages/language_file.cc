@@ -1,16 +1,12 @@
 #include "messages/language_file.h"
 
 #include "common/text.h"
+#include "common/utf8.h"
 
 namespace qelm::messages {
-namespace {
-
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-
-}  // namespace
-
 bool LanguageFile::Read(std::string_view content, LanguageProblem* problem) {
-  const std::string_view mark = content.starts_with(kByteOrderMark) ? kByteOrderMark : std::string_view();
+  const std::string_view mark =
+      content.starts_with(common::kByteOrderMark) ? common::kByteOrderMark : std::string_view();
   content.remove_prefix(mark.size());
   ReadLanguage read;
   if (!ReadEntries(content, &read, problem)) return false;

@@ -257,6 +257,15 @@ std::string ValueOfMatch(Engine& engine, const Match& match) {
   return value;
 }
 
+std::string AttributeNameOfMatch(Engine& engine, const Match& match) {
+  if (match.attribute < 0) return {};
+  const Engine::State& state = engine.state();
+  AttributeSource attributes(state.host.elements, state.host.definitions, state.attribute_values_mode != 0);
+  attributes.Load(match.document, match.element);
+  const auto index = static_cast<std::size_t>(match.attribute);
+  return index < attributes.Count() ? std::string(attributes.Name(index)) : std::string();
+}
+
 void SetAttributeValuesMode(Engine& engine, std::int32_t mode) {
   engine.state().attribute_values_mode = mode;
 }

@@ -116,6 +116,8 @@ Match FindFirst(Engine& engine, host::Id document, host::Id context, std::string
 std::vector<std::string> GetValues(Engine& engine, host::Id document, host::Id context, std::string_view text,
                                    std::int32_t report = 0);
 std::string ValueOfMatch(Engine& engine, const Match& match);
+// The name of a matched attribute; empty for other matches.
+std::string AttributeNameOfMatch(Engine& engine, const Match& match);
 
 // 1 (default): attributes are read with the defaults of the element definition; 0: only what the element
 // itself carries.

@@ -74,6 +74,8 @@ TEST(Recognize, ByTheFirstBytes) {
       {"  <a:b-c.d/>", FileKind::kXml},
       {std::string_view("\xFF\xFE<\0a\0>\0", 8), FileKind::kXml},
       {std::string_view("\0<\0a\0/", 6), FileKind::kXml},
+      {"\xEF\xBB\xBF<MIFFile 7.00>", FileKind::kEncodedMif},
+      {"\n<Book 7.00>", FileKind::kEncodedMif},
       {"<MakerFile 7.0F>\0\0", FileKind::kBinary},
       {"<BookFile 6.0>", FileKind::kBinary},
       {"<MakerDictionary 3.0>", FileKind::kBinary},

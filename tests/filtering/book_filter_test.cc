@@ -133,7 +133,7 @@ TEST(BookFilter, AnEmptiedFolderGoes) {
   EXPECT_EQ(session.Filter(NoX(), Copying()), kDone);
   EXPECT_EQ(session.run.removed_files.size(), 2U);
   EXPECT_FALSE(std::filesystem::exists(session.folder.File("out/parts")));
-  EXPECT_EQ(CountOf(session.user.shown, "QELM_MSG_FILTER_26"), 0);
+  EXPECT_EQ(CountOf(session.user.shown, "QELM_MSG_FILTER_26"), 1) << "what vanished is told";
 }
 
 TEST(BookFilter, WithoutABookOrASchemeNothingBegins) {

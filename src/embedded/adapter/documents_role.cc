@@ -36,6 +36,10 @@ constexpr std::array kRefusals = {
             "the file is in FrameMaker's binary format, which only FrameMaker reads. Open it there and save "
             "it as "
             "MIF (File > Save As, format MIF)."},
+    Refusal{
+        FileKind::kEncodedMif, OpenStatus::kUnknownFormat,
+        "the file is MIF, but its first bytes are not <MIFFile or <Book: it is in another encoding, or has a "
+        "byte order mark or other text before. Save it as FrameMaker does, in UTF-8 without a mark."},
     Refusal{FileKind::kUnknown, OpenStatus::kUnknownFormat,
             "the file is neither MIF (it would begin with <MIFFile or <Book) nor XML."},
 };
@@ -267,6 +271,7 @@ Id DocumentsRole::Build(const std::string& path, std::string bytes, const std::o
   auto file = std::make_unique<OpenFile>();
   file->stamp = stamp;
   std::string error;
+  const bool cut = kind != FileKind::kXml && model::SeemsCut(bytes);
   if (kind == FileKind::kMifBook) {
     file->book = model::BuildBook(std::move(bytes), &error);
   } else if (kind == FileKind::kXml) {
@@ -275,6 +280,10 @@ Id DocumentsRole::Build(const std::string& path, std::string bytes, const std::o
     file->document = model::BuildMif(std::move(bytes), &error);
   }
   if (!file->document && !file->book) return Refuse(path, OpenStatus::kDamaged, error, status);
+  if (cut) {
+    file->Tree().warnings.push_back(
+        {"the file may have been cut: the line is missing with which FrameMaker ends MIF."});
+  }
   return Add(path, std::move(file), options, status);
 }
 

@@ -3,6 +3,9 @@
 namespace qelm::embedded::adapter {
 
 bool EventLog::OpenFile(const std::string& path) {
+  // A document that was named by mistake would be damaged by one line.
+  if (const int first = std::ifstream(path, std::ios::binary).get(); first != EOF && first != '{')
+    return false;
   std::ofstream file(path, std::ios::app | std::ios::binary);
   if (!file) return false;
   file_ = std::move(file);

@@ -9,9 +9,14 @@
 
 namespace qelm::embedded::model {
 
-// What a file begins with.
-enum class FileKind : std::uint8_t { kMifDocument, kMifBook, kXml, kBinary, kEmpty, kUnknown };
+// What a file begins with. kEncodedMif: MIF behind a byte order mark or an empty line, or in an encoding that
+// MIF has not.
+enum class FileKind : std::uint8_t { kMifDocument, kMifBook, kXml, kBinary, kEncodedMif, kEmpty, kUnknown };
 FileKind Recognize(std::string_view bytes);
+
+// Whether the last line is missing with which FrameMaker ends every MIF file: a file that was cut between two
+// statements is no damaged one. Files that others wrote mostly do without that line, and seem whole.
+bool SeemsCut(std::string_view mif);
 
 // The model of a MIF document or an XML document. Null with `error` (line, offset, what was expected) for
 // damage.
