@@ -8,6 +8,7 @@
 #include "common/text.h"
 #include "common/utf8.h"
 #include "config/read_settings.h"
+#include "filtering/copy_record.h"
 #include "host/notifications.h"
 #include "messages/document_name.h"
 #include "xpath/engine.h"
@@ -92,6 +93,9 @@ void Session::Start(bool install) {
   host.major_version = options_.host_version;
   host.documents = environment_.documents;
   host.overwrite_changed = options_.overwrite;
+  host.of_complete_copy = [this](const std::string& folder, const std::string& file) {
+    return filtering::IsOfCompleteCopy(platform_, folder, file);
+  };
   platform_.SetIgnoreLocks(options_.ignore_lock);
   host.file_error = [this] { return platform_.LastError(); };
   host_ = std::make_unique<embedded::adapter::EmbeddedHost>(host, user_, dialogs_, clients_, platform_);

@@ -23,8 +23,7 @@ constexpr char kEnding[] = ".txt";  // whatever the copied file's is: ".new" wou
 constexpr std::size_t kLongestName = 240;  // in bytes: what the record's name has room for
 constexpr std::size_t kCutTo = 50;         // characters, of a longer one
 // Reading every output once more would be felt where they are large; those are known by their time.
-constexpr std::uintmax_t kLargestRead = 4'000'000;     // bytes
-constexpr std::uintmax_t kLargestRecord = 16'000'000;  // bytes: far more files than a book has
+constexpr std::uintmax_t kLargestRead = 4'000'000;  // bytes
 
 std::string Escaped(std::string_view name) {
   std::string text;
@@ -167,6 +166,11 @@ bool CopyRecord::Has(const std::string& file) {
   return made.same;
 }
 
+bool CopyRecord::HasComplete(const std::string& file) {
+  const auto found = files_.find(Shortened(file));
+  return found != files_.end() && !found->second.state.empty() && Has(file);
+}
+
 std::string CopyRecord::Text(const std::string& source, const std::string& as) const {
   std::string text = std::string(kSourceWord) + source + "\n";
   if (as != source) text += std::string(kAsWord) + as + "\n";
@@ -215,6 +219,17 @@ bool CopyRecord::Seal(host::Documents& documents) {
     if (made.state.empty()) return false;
   }
   return Write(Text(Shortened(source_), as_.empty() ? Shortened(source_) : Spelled(as_)));
+}
+
+bool IsOfCompleteCopy(host::Platform& platform, const std::string& folder, const std::string& file) {
+  const std::vector<std::string> names = platform.FolderNames(folder);
+  return std::any_of(names.begin(), names.end(), [&](std::string_view name) {
+    if (!name.starts_with(host::kCopyRecordName) || !name.ends_with(kEnding)) return false;
+    name.remove_prefix(host::kCopyRecordName.size());
+    name.remove_suffix(sizeof(kEnding) - 1);
+    CopyRecord record(platform, folder, name);
+    return record.Read() && record.HasComplete(file);
+  });
 }
 
 bool CompleteCopy(host::Host& host, const std::string& main, bool saved) {

@@ -22,6 +22,7 @@
 // where the one that is named is not there any more, half of them must lie there as they were made.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -30,6 +31,9 @@
 #include "host/interface/host.h"
 
 namespace qelm::filtering {
+
+// Of what a run records of its files; in bytes, far more of them than a book has.
+inline constexpr std::uintmax_t kLargestRecord = 16'000'000;
 
 class CopyRecord {
  public:
@@ -52,6 +56,8 @@ class CopyRecord {
   // Whether a run put the file there, and whether it is as that left it. The file is read for that, once.
   bool Names(const std::string& file) const;
   bool Has(const std::string& file);
+  // The same of a run that was completed, and so knows more of its files than their names.
+  bool HasComplete(const std::string& file);
   // Where the recorded source lies; empty where there is no record.
   const std::string& source() const { return source_; }
 
@@ -94,6 +100,9 @@ class CopyRecord {
   std::unordered_map<std::string, Made> files_;  // by their shortened names
   std::string why_;
 };
+
+// Whether a copy was made into this very folder, and completed, to which the file belongs as it is now.
+bool IsOfCompleteCopy(host::Platform& platform, const std::string& folder, const std::string& file);
 
 // Ends a copy in whose folder the last file was written (Platform::EndFilling): when all of it could be
 // saved, its record is sealed and the mark taken away, else it stays one that is not complete. `main` is its
