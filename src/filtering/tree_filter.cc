@@ -248,7 +248,16 @@ bool TreeFilter::TakesTableAlong(Id element, Id table) {
   return true;
 }
 
-bool TreeFilter::Visits(Id element) { return text_nodes_ || !schemes::IsTextNode(host_, document_, element); }
+bool TreeFilter::Visits(Id element) {
+  if (text_nodes_) return true;
+  // Whether a definition has a name is asked once.
+  const Id definition = host_.elements.Definition(document_, element);
+  if (definition == kNone) return false;
+  if (named_.Holds(definition)) return true;
+  if (host_.definitions.DefinitionName(document_, definition).empty()) return false;
+  named_.Add(definition);
+  return true;
+}
 
 bool TreeFilter::IsNamed(Id element) {
   // Where text nodes are not visited, everything behind the first element was found to have a name.

@@ -72,6 +72,7 @@ class TreeFilter {
   bool locked_text_;  // there is text that the run is not to touch, and the host refuses to
   IdSet kept_;        // had the verdict KEEP
   IdSet walked_;      // all children had their verdict
+  IdSet named_;       // definitions that have a name
   host::Id top_ = host::kNone;
   host::Id stop_ = host::kNone;
   Direction direction_ = Direction::kDown;

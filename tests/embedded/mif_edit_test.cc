@@ -59,6 +59,48 @@ std::string Replaced(std::string text, const std::string& from, const std::strin
   return at == std::string::npos ? text : text.replace(at, from.size(), to);
 }
 
+// Elements that read alike behind their names are read once; what differs is not taken for them.
+TEST(MifElements, AreWhatTheirStatementsSayWhateverOthersLookLike) {
+  const std::string usual = "\n    <Attributes \n    > # end of Attributes\n    <Collapsed No>\n   >\n";
+  const std::string with_value =
+      "\n    <Attributes \n     <Attribute \n      <AttrName `a'>\n      <AttrValue `v'>\n     >\n    >\n"
+      "    <Collapsed No>\n   >\n";
+  const struct {
+    std::string content;  // of ElementBegin
+    std::string expected;
+  } rows[] = {
+      {"\n    <ETag `one'>" + usual, "one"},
+      {"\n    <ETag `two'>" + usual, "two"},
+      {"\n    <ETag `x'>\n    <ETag `three'>" + usual, "three"},
+      {"\n    <ETag `x'>\n    <ETag `four'>" + usual, "four"},
+      {"\n    <Other \n     <ETag `x'>\n    >\n    <ETag `five'>" + usual, "five"},
+      {"\n    <ETag \n     <ETag `x'>" + usual + "    <ETag `six'>" + usual, "six"},
+      {"\n    <ETag `x'>\n    <Other \n     <ETag `x'>" + usual + "    <ETag `seven'>" + usual, "seven"},
+      {"\n    <ETag `eight'>" + with_value, "eight a"},
+      {"\n    <ETag `nine'>" + usual, "nine"},
+      {"\n    <ETag `ten'>" + with_value, "ten a"},
+      {"\n    <ETag `eleven'> <Collapsed Yes> >\n", "eleven"},
+      {"\n    <ETag `twelve'> <Collapsed Yes> >\n", "twelve"},
+  };
+  std::string text = "<MIFFile 7.00>\n<TextFlow \n <Para \n  <Unique 1>\n  <ParaLine \n";
+  for (const auto& row : rows) text += "   <ElementBegin " + row.content + "   <String `t'>\n";
+  for (std::size_t i = 0; i < std::size(rows); ++i) text += "   <ElementEnd >\n";
+  text += "  > # end of ParaLine\n > # end of Para\n> # end of TextFlow\n# End of MIFFile\n" +
+          std::string(300, '\n');
+  const auto document = Open(text);
+  ASSERT_NE(document, nullptr);
+  Id id = 1;
+  for (const auto& row : rows) {
+    const Element& element = document->elements[id];
+    std::string read(document->definitions[element.definition].name);
+    if (element.attribute_count > 0) {
+      read += " " + std::string(document->names[document->attributes[element.first_attribute].name]);
+    }
+    EXPECT_EQ(read, row.expected);
+    id += 2;
+  }
+}
+
 TEST(MifEdit, HidingWritesTheStateAndRestoringTakesItBack) {
   const std::string file = kHead + Flow(Para(kBody, Begin("Doc") + Begin("P") + Text("one") + End("P")) +
                                         Para(kBody, Begin("Q") + Text("two") + End("Q") + End("Doc")));

@@ -63,6 +63,34 @@ std::string Utf16(std::string_view text, xml::Encoding encoding) {
   return bytes;
 }
 
+// What is read in the plain way up to its end leaves nothing behind when the whole needs another way: an
+// element with many attributes does.
+TEST(XmlDocument, ItDoesNotMatterWhereAFileStopsBeingPlain) {
+  const auto read = [](std::string_view more) {
+    std::string text =
+        "<?xml version=\"1.0\"?>\n<?qelm condition Old hidden?>\n<?qelm color 0 100 0 0 Pink?>\n"
+        "<?qelm kind n footnote?>\n<!DOCTYPE d [<!ATTLIST p refs IDREFS #IMPLIED>]>\n"
+        "<d> <p refs=\"a b\">one<n>two</n></p> <?Fm Condstart New?>three<?Fm Condend New?>";
+    text.append("<many").append(more).append("/></d>\n");
+    return OpenXml(text);
+  };
+  std::string attributes;
+  for (int i = 0; i < 32; ++i) attributes += " a" + std::to_string(i) + "=\"v\"";
+  const auto plain = read(attributes);
+  const auto other = read(attributes + " b=\"v\"");
+  ASSERT_TRUE(plain && other);
+  std::string expected = Tree(*plain, 1);
+  EXPECT_TRUE(expected.starts_with("(d ' ' (p refs=a|b 'one' (n 'two')) ' three' (many a0=v ")) << expected;
+  expected.insert(expected.size() - 2, " b=v");
+  EXPECT_EQ(Tree(*other, 1), expected);
+  EXPECT_EQ(Conditional(*other), Conditional(*plain));
+  EXPECT_EQ(other->items.size(), plain->items.size());
+  EXPECT_EQ(other->names.size(), plain->names.size() + 1);
+  EXPECT_EQ(other->definitions.size(), plain->definitions.size());
+  EXPECT_EQ(other->conditions.size(), plain->conditions.size());
+  EXPECT_EQ(other->colors.size(), plain->colors.size());
+}
+
 TEST(XmlDocument, IsReadAsATree) {
   struct Row {
     std::string_view bytes;

@@ -9,6 +9,8 @@
 #include <cstdint>
 #include <memory>
 
+#include "embedded/adapter/mapped_file.h"
+
 namespace qelm::embedded::adapter {
 namespace {
 
@@ -63,13 +65,17 @@ bool WriteAll(int file, std::span<const std::string_view> pieces) {
     count = size = 0;
     return done;
   };
+  RestBehind passed;
   for (std::string_view piece : pieces) {
     while (!piece.empty()) {
       const std::size_t step = std::min(piece.size(), kBlock - size);
       vectors[count++] = {const_cast<char*>(piece.data()), step};
       size += step;
+      const std::string_view done = piece.substr(0, step);
       piece.remove_prefix(step);
-      if ((size == kBlock || count == vectors.size()) && !flush()) return false;
+      if (size < kBlock && count < vectors.size()) continue;
+      if (!flush()) return false;
+      passed.Pass(done);
     }
   }
   return flush();

@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace qelm::embedded::adapter {
 
@@ -20,6 +21,8 @@ class Descriptor {
 
   int Get() const { return number_; }
   bool Valid() const { return number_ >= 0; }
+  // The file stays open, and is the caller's to close.
+  int Release() { return std::exchange(number_, -1); }
   // Closing can be what reports that the device is full, so a writer has to ask.
   bool Close() {
     const int result = ::close(number_);

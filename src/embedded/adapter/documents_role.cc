@@ -6,6 +6,7 @@
 #include "embedded/adapter/delivery.h"
 #include "embedded/adapter/element_properties.h"
 #include "embedded/adapter/file_places.h"
+#include "embedded/adapter/mapped_file.h"
 #include "embedded/adapter/printing.h"
 #include "embedded/adapter/roles.h"
 #include "embedded/model/book_edit.h"
@@ -23,6 +24,10 @@ using model::Format;
 
 // Positions in a file are 32 bits wide, and one is kept for "none".
 constexpr std::uintmax_t kLargestFile = std::numeric_limits<std::uint32_t>::max() - 1;
+
+// Of a large file, whose bytes are in memory only as far as they are needed.
+constexpr std::string_view kSourceChanged =
+    "the document's file was changed on disk since it was opened. Open it again.";
 
 struct Refusal {
   FileKind kind;
@@ -171,7 +176,9 @@ class DocumentsRole : public host::Documents {
   Id OpenLocated(const std::string& path, const host::OpenOptions& options, OpenStatus* status);
   Id Read(const std::string& path, const host::OpenOptions& options, OpenStatus* status);
   Id OpenAgain(Id id, const host::OpenOptions& options, OpenStatus* status);
-  Id Build(const std::string& path, std::string bytes, const std::optional<FileStamp>& stamp,
+  Id ReadBytes(const std::string& path, const std::optional<FileStamp>& stamp,
+               const host::OpenOptions& options, OpenStatus* status);
+  Id Build(const std::string& path, const model::SourceBytes& bytes, const std::optional<FileStamp>& stamp,
            const host::OpenOptions& options, OpenStatus* status);
   Id Add(const std::string& path, std::unique_ptr<OpenFile> file, const host::OpenOptions& options,
          OpenStatus* status);
@@ -237,6 +244,15 @@ Id DocumentsRole::Read(const std::string& path, const host::OpenOptions& options
   if (std::shared_ptr<const model::Document> same = stamp ? workspace_.SameFile(path, *stamp) : nullptr) {
     return Add(path, CopyFile(same, stamp), options, status);
   }
+  // What was written only now may still be being written.
+  const std::optional<model::SourceBytes> mapped = stamp ? MapLargeFile(path) : std::nullopt;
+  if (mapped && mapped->size() <= kLargestFile) return Build(path, *mapped, stamp, options, status);
+  return ReadBytes(path, stamp, options, status);
+}
+
+Id DocumentsRole::ReadBytes(const std::string& path, const std::optional<FileStamp>& stamp,
+                            const host::OpenOptions& options, OpenStatus* status) {
+  constexpr std::string_view kTooLarge = "the file is larger than 4 gigabytes.";
   std::optional<std::string> bytes = workspace_.platform().ReadFile(path);
   if (!bytes) {
     return Refuse(path, OpenStatus::kUnreadable, "the file cannot be read" + workspace_.FileErrorSuffix(),
@@ -255,8 +271,9 @@ Id DocumentsRole::OpenAgain(Id id, const host::OpenOptions& options, OpenStatus*
   return id;
 }
 
-Id DocumentsRole::Build(const std::string& path, std::string bytes, const std::optional<FileStamp>& stamp,
-                        const host::OpenOptions& options, OpenStatus* status) {
+Id DocumentsRole::Build(const std::string& path, const model::SourceBytes& bytes,
+                        const std::optional<FileStamp>& stamp, const host::OpenOptions& options,
+                        OpenStatus* status) {
   const FileKind kind = model::Recognize(bytes);
   for (const Refusal& refusal : kRefusals) {
     if (refusal.kind == kind) return Refuse(path, refusal.status, refusal.text, status);
@@ -269,12 +286,13 @@ Id DocumentsRole::Build(const std::string& path, std::string bytes, const std::o
   std::string error;
   const bool cut = kind != FileKind::kXml && model::SeemsCut(bytes);
   if (kind == FileKind::kMifBook) {
-    file->book = model::BuildBook(std::move(bytes), &error);
+    file->book = model::BuildBook(bytes, &error);
   } else if (kind == FileKind::kXml) {
-    file->document = model::BuildXml(std::move(bytes), &error);
+    file->document = model::BuildXml(bytes, &error);
   } else {
-    file->document = model::BuildMif(std::move(bytes), &error);
+    file->document = model::BuildMif(bytes, &error);
   }
+  if (!bytes.Intact()) return ReadBytes(path, std::nullopt, options, status);
   if (!file->document && !file->book) return Refuse(path, OpenStatus::kDamaged, error, status);
   if (cut) {
     file->Tree().warnings.push_back(
@@ -338,7 +356,9 @@ bool DocumentsRole::SaveTo(Id id, OpenFile* file, const host::SaveOptions& optio
   // Its own file must be the one that was read: somebody else's changes would be lost else.
   const bool must_be_same = there == id && !workspace_.options().overwrite_changed;
   std::string state = must_be_same ? file->state : std::string();
-  if (!workspace_.platform().ReplaceUnchanged(path, Bytes(file, format).All(), &state)) {
+  const model::Pieces bytes = Bytes(file, format);
+  if (!file->Tree().source.Intact()) return FailSave(path, kSourceChanged);
+  if (!workspace_.platform().ReplaceUnchanged(path, bytes.All(), &state)) {
     return FailSave(path, "the file cannot be written" + workspace_.FileErrorSuffix());
   }
   if (format != own) return true;
@@ -368,6 +388,7 @@ bool DocumentsRole::SaveDelivered(Id id, OpenFile* file, const std::string& path
   const std::string text = file->book ? DeliveredBook(workspace_, *this, id, path, &why)
                                       : DeliveredDocument(*file->document, path);
   if (text.empty()) return FailSave(path, why);
+  if (!file->Tree().source.Intact()) return FailSave(path, kSourceChanged);
   return workspace_.platform().ReplaceFile(path, text) ||
          FailSave(path, "the file cannot be written" + workspace_.FileErrorSuffix());
 }
@@ -381,6 +402,7 @@ bool DocumentsRole::SaveAsPdf(OpenFile* file, const host::SaveOptions& options) 
   std::string why;
   const std::optional<std::string> pdf = PrintPdf(workspace_, *this, file, options, &why);
   if (!pdf) return FailSave(path, why);
+  if (!file->Tree().source.Intact()) return FailSave(path, kSourceChanged);
   if (workspace_.platform().ReplaceFile(path, *pdf)) return true;
   return FailSave(path, "the file cannot be written" + workspace_.FileErrorSuffix());
 }

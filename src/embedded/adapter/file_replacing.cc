@@ -17,6 +17,7 @@
 #include <memory>
 
 #include "embedded/adapter/descriptor.h"
+#include "embedded/adapter/mapped_file.h"
 
 namespace qelm::embedded::adapter {
 namespace {
@@ -30,6 +31,8 @@ constexpr int kTries = 25;
 constexpr useconds_t kPauseMicroseconds = 20000;
 constexpr mode_t kOwnerOnly = 0600;
 constexpr mode_t kPermissions = 07777;
+constexpr std::string_view kSourceChanged =
+    "the document's file was changed on disk since it was opened. Open it again";
 constexpr std::string_view kChanged =
     "it was changed on disk since it was opened. Open it again, or save under another name; with "
     "--overwrite it is replaced all the same";
@@ -168,15 +171,17 @@ std::string WriteBeside(const std::string& path, const FileContent& content, con
   struct stat made {};
   struct stat complete {};
   const auto unchanged = [&] { return content.expected.empty() || StateOf(path) == content.expected; };
+  const auto intact = [&] { return MappedPiecesIntact(content.pieces); };
   // What a new file's permissions are the process' mask has decided; until it is complete it is private.
-  const bool written =
-      unchanged() && ::fstat(file.Get(), &made) == 0 &&
-      (old != nullptr || ::fchmod(file.Get(), kOwnerOnly) == 0) && WriteAll(file.Get(), content.pieces) &&
-      TakeOver(file.Get(), made, old != nullptr ? *old : made) && ::fsync(file.Get()) == 0 &&
-      ::fstat(file.Get(), &complete) == 0 && unchanged() && ::rename(beside.c_str(), path.c_str()) == 0;
+  const bool written = unchanged() && ::fstat(file.Get(), &made) == 0 &&
+                       (old != nullptr || ::fchmod(file.Get(), kOwnerOnly) == 0) &&
+                       WriteAll(file.Get(), content.pieces) &&
+                       TakeOver(file.Get(), made, old != nullptr ? *old : made) && ::fsync(file.Get()) == 0 &&
+                       ::fstat(file.Get(), &complete) == 0 && unchanged() && intact() &&
+                       ::rename(beside.c_str(), path.c_str()) == 0;
   if (!written) {
     const int error = errno;
-    why = unchanged() ? Reason(error) : std::string(kChanged);
+    why = !unchanged() ? std::string(kChanged) : !intact() ? std::string(kSourceChanged) : Reason(error);
     RemoveBeside(beside);
     return why;
   }

@@ -170,14 +170,7 @@ bool Reader::NextOfAnyForm() {
         return Fail("expected the end of the file or '<'; nothing is open here",
                     static_cast<std::uint32_t>(at_));
       }
-      kind_ = Piece::kGroupEnd;
-      token_ = open_.back().token;
-      name_ = open_.back().name;
-      group_begin_ = open_.back().begin;
-      begin_ = static_cast<std::uint32_t>(at_);
-      end_ = begin_ + 1;
-      open_.pop_back();
-      ++at_;
+      EndGroup(static_cast<std::uint32_t>(at_));
       return true;
     }
     if (!ReadDirective()) return false;
@@ -236,6 +229,12 @@ bool Reader::Skip() {
     if (kind_ == Piece::kGroupEnd && open_.size() == outside) return true;
   }
   return false;
+}
+
+bool Reader::PassRest(std::string_view rest) {
+  if (open_.empty() || rest.empty() || !StartsAt(bytes_, at_, rest)) return false;
+  EndGroup(static_cast<std::uint32_t>(at_ + rest.size()) - 1);
+  return true;
 }
 
 void Reader::ReturnTo(const Mark& mark) {

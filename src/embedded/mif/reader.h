@@ -57,6 +57,17 @@ class Reader {
   Mark MarkGroup() const { return {at_, open_.back().begin, open_.back().token, open_.back().name}; }
   void ReturnTo(const Mark& mark);
 
+  // Where the next piece is looked for.
+  std::size_t Position() const { return at_; }
+  // In a group: when what comes next are these bytes, goes behind them, to the end of the group, which is
+  // what reading them came to when they were read before, in a group of the same name. False, and nothing
+  // changes, when they are not.
+  bool PassRest(std::string_view rest);
+
+  // While this is on, leaves without a token and numbers of objects may be passed over without a piece.
+  bool PassesUnknown() const { return passes_; }
+  void SetPassesUnknown(bool passes) { passes_ = passes; }
+
   Piece kind() const { return kind_; }
   Token token() const { return token_; }
   // The name as written; for kGroupEnd that of the group.
@@ -94,6 +105,18 @@ class Reader {
   bool SkipString();
   bool SkipLeafData();
   bool ReadDirective();
+  // Ends the innermost group with the `>` there.
+  void EndGroup(std::uint32_t close) {
+    const Open& open = open_.back();
+    kind_ = Piece::kGroupEnd;
+    token_ = open.token;
+    name_ = open.name;
+    group_begin_ = open.begin;
+    begin_ = close;
+    end_ = close + 1;
+    at_ = end_;
+    open_.pop_back();
+  }
   bool Fail(const char* message, std::uint32_t offset);
   bool FailOpen();
   void NoteTopLevel();
@@ -107,6 +130,7 @@ class Reader {
   std::uint32_t begin_ = 0;
   std::uint32_t end_ = 0;
   std::uint32_t group_begin_ = 0;
+  bool passes_ = false;
   std::vector<Open> open_;
   std::vector<Macro> macros_;
   ReadError error_;

@@ -81,64 +81,63 @@ bool Reader::NextPlain() {
   const char* const data = bytes_.data();
   const char* const end = data + bytes_.size();
   const char* at = data + at_;
-  if (end - at < kRoom || (at = PassBlanks(at)) == nullptr) return false;
-  const auto begin = static_cast<std::uint32_t>(at - data);
-  if (*at == '>' && !open_.empty()) {
-    const Open& open = open_.back();
-    kind_ = Piece::kGroupEnd;
-    token_ = open.token;
-    name_ = open.name;
-    group_begin_ = open.begin;
+  for (;;) {
+    if (end - at < kRoom || (at = PassBlanks(at)) == nullptr) return false;
+    const auto begin = static_cast<std::uint32_t>(at - data);
+    if (*at == '>' && !open_.empty()) {
+      EndGroup(begin);
+      return true;
+    }
+    if (*at != '<') return false;
+    const char* const name = ++at;
+    const int length = CountLetters(at);
+    at += length;
+    if (*at != ' ' || length == 0) return false;
+    const Token token = FindToken({name, static_cast<std::size_t>(length)});
+    if (token == Token::kComment) return false;  // it has rules of its own
+    ++at;
+    bool is_group = false;
+    const char* data_begin = at;
+    const char* data_end = nullptr;
+    if (*at == '\n') {
+      data_begin = data_end = at + CountBlanks(at);
+      is_group = *data_end == '<';
+      if (!is_group && *data_end != '>') return false;
+    } else if (*at == '`') {
+      const void* const close = std::memchr(at, '\'', static_cast<std::size_t>(end - at));
+      if (close == nullptr) return false;
+      data_end = static_cast<const char*>(close) + 1;
+      if (data_end == end || *data_end != '>') return false;
+    } else {
+      while (*data_begin == ' ' && data_begin - at < kStep) ++data_begin;
+      const int count = CountData(data_begin);
+      data_end = data_begin + count;
+      // `=` and `&` are data here, as they do not begin a line.
+      if (count == 0 || *data_end != '>' || data_end[-1] <= ' ' || *data_begin <= ' ') return false;
+    }
+    if (passes_ && !is_group && (token == Token::kUnknown || token == Token::kUnique)) {
+      at = data_end + 1;
+      at_ = static_cast<std::size_t>(at - data);
+      continue;
+    }
     begin_ = begin;
-    end_ = begin + 1;
-    at_ = end_;
-    open_.pop_back();
+    token_ = token;
+    name_ = {name, static_cast<std::size_t>(length)};
+    if (is_group) {
+      kind_ = Piece::kGroup;
+      at_ = static_cast<std::size_t>(data_begin - data);
+      end_ = static_cast<std::uint32_t>(name + length - data);
+      data_ = {};
+    } else {
+      kind_ = Piece::kLeaf;
+      data_ = {data_begin, static_cast<std::size_t>(data_end - data_begin)};
+      at_ = static_cast<std::size_t>(data_end - data) + 1;
+      end_ = static_cast<std::uint32_t>(at_);
+    }
+    if (begin > 0 && data[begin - 1] == '\n') NoteTopLevel();
+    if (is_group) open_.push_back({begin, token, name_});
     return true;
   }
-  if (*at != '<') return false;
-  const char* const name = ++at;
-  const int length = CountLetters(at);
-  at += length;
-  if (*at != ' ' || length == 0) return false;
-  const Token token = FindToken({name, static_cast<std::size_t>(length)});
-  if (token == Token::kComment) return false;  // it has rules of its own
-  ++at;
-  bool is_group = false;
-  const char* data_begin = at;
-  const char* data_end = nullptr;
-  if (*at == '\n') {
-    data_begin = data_end = at + CountBlanks(at);
-    is_group = *data_end == '<';
-    if (!is_group && *data_end != '>') return false;
-  } else if (*at == '`') {
-    const void* const close = std::memchr(at, '\'', static_cast<std::size_t>(end - at));
-    if (close == nullptr) return false;
-    data_end = static_cast<const char*>(close) + 1;
-    if (data_end == end || *data_end != '>') return false;
-  } else {
-    while (*data_begin == ' ' && data_begin - at < kStep) ++data_begin;
-    const int count = CountData(data_begin);
-    data_end = data_begin + count;
-    // `=` and `&` are data here, as they do not begin a line.
-    if (count == 0 || *data_end != '>' || data_end[-1] <= ' ' || *data_begin <= ' ') return false;
-  }
-  begin_ = begin;
-  token_ = token;
-  name_ = {name, static_cast<std::size_t>(length)};
-  if (is_group) {
-    kind_ = Piece::kGroup;
-    at_ = static_cast<std::size_t>(data_begin - data);
-    end_ = static_cast<std::uint32_t>(name + length - data);
-    data_ = {};
-  } else {
-    kind_ = Piece::kLeaf;
-    data_ = {data_begin, static_cast<std::size_t>(data_end - data_begin)};
-    at_ = static_cast<std::size_t>(data_end - data) + 1;
-    end_ = static_cast<std::uint32_t>(at_);
-  }
-  if (begin > 0 && data[begin - 1] == '\n') NoteTopLevel();
-  if (is_group) open_.push_back({begin, token, name_});
-  return true;
 }
 
 #else

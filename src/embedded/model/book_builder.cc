@@ -317,7 +317,7 @@ constexpr Code kCodes[] = {{"<r>", "/"}, {"<v>", ""}, {"<h>", "//"}, {"<c>", ""}
 
 }  // namespace
 
-std::unique_ptr<Book> BuildBook(std::string bytes, std::string* error) {
+std::unique_ptr<Book> BuildBook(SourceBytes bytes, std::string* error) {
   auto book = std::make_unique<Book>();
   Document& tree = book->tree;
   tree.format = Format::kMif;

@@ -52,6 +52,18 @@ void CharacterProperties::Take(const CharacterProperties& from) {
   known |= from.known;
 }
 
+std::string_view Document::KeepBeside(std::string_view text) {
+  constexpr std::size_t kLong = 64;
+  constexpr std::size_t kChunk = 65536;
+  if (text.size() > kLong) return text;
+  if (beside_.empty() || beside_.back().capacity() - beside_.back().size() < text.size()) {
+    beside_.emplace_back().reserve(kChunk);
+  }
+  std::string& chunk = beside_.back();
+  chunk.append(text);
+  return std::string_view(chunk).substr(chunk.size() - text.size());
+}
+
 std::uint32_t Document::InternName(std::string_view name) {
   const auto [found, is_new] = name_index.try_emplace(name, static_cast<std::uint32_t>(names.size()));
   if (is_new) names.push_back(name);

@@ -325,6 +325,9 @@ class Document {
 
   // Text that is not in the source as it reads: decoded strings, names that edits brought. Never moves.
   std::string_view Keep(std::string text) { return arena_.emplace_back(std::move(text)); }
+  // A copy of short text, beside the others, so that who goes over many does not go all over the source; long
+  // text as it lies.
+  std::string_view KeepBeside(std::string_view text);
   // The same for names that callers may hold for as long as the document is open, whatever is done to it.
   std::string_view KeepName(std::string_view name) { return lasting_.emplace_back(name); }
   // Gives this document, into which nothing was read yet, the definitions, conditions and colors of another
@@ -358,6 +361,7 @@ class Document {
   };
 
   Own<std::deque<std::string>> arena_;
+  Own<std::deque<std::string>> beside_;  // each has its room reserved, so that nothing in it moves
   Own<std::list<std::string>> lasting_;
 };
 

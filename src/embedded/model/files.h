@@ -20,13 +20,13 @@ bool SeemsCut(std::string_view mif);
 
 // The model of a MIF document or an XML document. Null with `error` (line, offset, what was expected) for
 // damage.
-std::unique_ptr<Document> BuildMif(std::string bytes, std::string* error);
-std::unique_ptr<Document> BuildXml(std::string bytes, std::string* error);
+std::unique_ptr<Document> BuildMif(SourceBytes bytes, std::string* error);
+std::unique_ptr<Document> BuildXml(SourceBytes bytes, std::string* error);
 // The same into a document that has nothing but names (Document::TakeNamesFrom; one for XML has the colors
 // of AddReservedColors before them). False for damage.
-bool ReadMif(std::string bytes, Document* document, std::string* error);
-bool ReadXml(std::string bytes, Document* document, std::string* error);
-std::unique_ptr<Book> BuildBook(std::string bytes, std::string* error);
+bool ReadMif(SourceBytes bytes, Document* document, std::string* error);
+bool ReadXml(SourceBytes bytes, Document* document, std::string* error);
+std::unique_ptr<Book> BuildBook(SourceBytes bytes, std::string* error);
 
 // The bytes to write: the source with what the edits call for. Equal to the source when there was no edit.
 // The pieces refer to the document, which must outlive them and stay as it is.

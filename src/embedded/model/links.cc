@@ -143,6 +143,7 @@ class Walk {
   struct Named {
     std::vector<std::uint32_t> ids;
     std::vector<std::uint32_t> references;
+    bool matters = false;  // one of them is looked for
   };
   std::vector<Named> attributes_;
   std::vector<std::uint32_t> undeclared_ids_;  // names that hold ids where nothing is declared
@@ -151,6 +152,7 @@ class Walk {
   std::string edited_;  // the statement at hand, where it is not the source's
   std::vector<bool> hidden_frames_;
   std::vector<bool> gone_frames_;
+  std::uint32_t looked_ = 0;  // statements
 };
 
 void Walk::Prepare() {
@@ -171,10 +173,19 @@ void Walk::Prepare() {
     const auto found = document_.name_index.find(name);
     if (found != document_.name_index.end()) undeclared_ids_.push_back(found->second);
   }
+  for (std::size_t i = 0; i < attributes_.size(); ++i) {
+    Named& named = attributes_[i];
+    const auto& ids = document_.definitions[i].declared ? named.ids : undeclared_ids_;
+    const bool refers = links_ != nullptr && document_.format == Format::kXml && !named.references.empty();
+    named.matters = (targets_ != nullptr && !ids.empty()) || refers;
+  }
 }
 
 // A statement as it will be saved.
 std::string_view Walk::Statement(std::uint32_t begin, std::uint32_t end) {
+  // Statements here and there bring all of the source to memory.
+  constexpr std::uint32_t kMany = 512;
+  if (++looked_ % kMany == 0) document_.source.Rest(0, document_.source.size());
   const std::string_view statement = document_.At(Span{begin, end});
   const auto edit = document_.replacements.find(begin);
   if (edit == document_.replacements.end()) return statement;
@@ -197,6 +208,7 @@ void Walk::Run() {
       WalkFlow(flow);
     }
   }
+  document_.source.Rest(0, document_.source.size());
   if (links_ == nullptr) return;
   for (ExternalFile& external : ExternalFiles(document_)) {
     Link link;
@@ -218,7 +230,22 @@ void Walk::WalkFlow(Id id) {
         {LinkKind::kTextInset, std::string(flow.name), 0, TargetState::kShown, flow.first_item});
   }
   const std::size_t first = links_ == nullptr ? 0 : links_->size();
-  for (std::uint32_t i = flow.first_item; i < flow.end_item; ++i) Visit(document_.items[i]);
+  for (std::uint32_t i = flow.first_item; i < flow.end_item; ++i) {
+    const Item& item = document_.items[i];
+    // Most items are one of these.
+    switch (item.kind) {
+      case ItemKind::kString:
+      case ItemKind::kParagraphBegin:
+      case ItemKind::kParagraphEnd:
+      case ItemKind::kLine:
+        break;
+      case ItemKind::kElementEnd:
+        Leave();
+        break;
+      default:
+        Visit(item);
+    }
+  }
   if (links_ == nullptr) return;
   std::stable_partition(links_->begin() + static_cast<std::ptrdiff_t>(first), links_->end(),
                         [](const Link& link) { return link.element != 0; });
@@ -230,9 +257,6 @@ void Walk::Visit(const Item& item) {
     case ItemKind::kElementBegin:
       NoteElement(item.ref, item);
       Enter(item.ref);
-      break;
-    case ItemKind::kElementEnd:
-      Leave();
       break;
     case ItemKind::kPartBegin:
       BeginPart(item);
@@ -282,6 +306,7 @@ void Walk::BeginPart(const Item& item) {
 // An XML document keeps objects that it has no words for in instructions.
 void Walk::Mark(const Item& item) {
   // Most of what is no text is the white space between elements.
+  if (item.ref != kInstructionItem) return;
   const std::string_view bytes = document_.At(item);
   if (xml::AsciiAt(bytes, xml::UnitSize(xml_encoding_), xml_encoding_) != '?') return;
   const auto edit = document_.replacements.find(item.begin);
@@ -403,11 +428,12 @@ void Walk::Graphics(Span span, Id element, bool hidden) {
 
 void Walk::NoteElement(Id id, const Item& item) {
   const model::Element& element = document_.elements[id];
+  if (element.attribute_count == 0) return;
   const Named& named = attributes_[element.definition];
+  if (!named.matters) return;
   const bool declared = document_.definitions[element.definition].declared;
   const std::vector<std::uint32_t>& ids = declared ? named.ids : undeclared_ids_;
   const bool refers = links_ != nullptr && document_.format == Format::kXml && !named.references.empty();
-  if ((targets_ == nullptr || ids.empty()) && !refers) return;
   for (std::uint32_t i = 0; i < element.attribute_count; ++i) {
     const Attribute& attribute = document_.attributes[element.first_attribute + i];
     const auto is_one = [&](const std::vector<std::uint32_t>& names) {

@@ -3,7 +3,7 @@
 
 namespace qelm::embedded::model {
 
-bool ReadMif(std::string bytes, Document* document, std::string* error) {
+bool ReadMif(SourceBytes bytes, Document* document, std::string* error) {
   document->format = Format::kMif;
   document->source = std::move(bytes);
   const std::size_t line_end = document->source.find('\n');
@@ -14,7 +14,7 @@ bool ReadMif(std::string bytes, Document* document, std::string* error) {
   return true;
 }
 
-std::unique_ptr<Document> BuildMif(std::string bytes, std::string* error) {
+std::unique_ptr<Document> BuildMif(SourceBytes bytes, std::string* error) {
   auto document = std::make_unique<Document>();
   return ReadMif(std::move(bytes), document.get(), error) ? std::move(document) : nullptr;
 }

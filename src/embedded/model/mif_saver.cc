@@ -40,6 +40,8 @@ class MifSaver {
   bool BlockMoves(const HiddenBlock& block) const;
   void SaveStories();
   void SaveStory(StorySaver* saver, std::uint32_t begin, std::uint32_t end);
+  void RestBehind(std::uint32_t at);
+  std::uint32_t UnchangedMark(std::uint32_t begin, std::uint32_t end) const;
   void SaveHiddenFlow(StorySaver* saver);
   StoryItem Seen(std::uint32_t index) const;
   void RemoveParagraphsIn(Span span);
@@ -58,6 +60,7 @@ class MifSaver {
   std::unordered_set<Id> moved_;         // elements whose statement is written in another place
   std::vector<bool> moves_;              // by hidden block: its text goes where it belongs, or it was deleted
   std::vector<bool> removed_flows_;
+  std::uint32_t rested_ = 0;
 };
 
 Pieces MifSaver::Run() {
@@ -221,10 +224,44 @@ StoryItem MifSaver::Seen(std::uint32_t index) const {
   return seen;
 }
 
+// The mark of the paragraph that begins here, where nothing in it changed; kNoIndex where something did or
+// hidden text belongs in it.
+std::uint32_t MifSaver::UnchangedMark(std::uint32_t begin, std::uint32_t end) const {
+  const auto& conditions = document_.source_conditions;
+  const auto& fonts = document_.source_fonts;
+  for (std::uint32_t i = begin; i < end;) {
+    const Item& item = document_.items[i];
+    const bool changed = item.Is(kDeleted) || item.Is(kInBlock) || item.kind == ItemKind::kHiddenPlace ||
+                         (!conditions.empty() && conditions[i] != item.conditions) ||
+                         (!fonts.empty() && fonts[i] != item.font);
+    if (changed) return kNoIndex;
+    if (item.kind == ItemKind::kParagraphEnd) return i;
+    const bool is_anchor = item.kind == ItemKind::kTableAnchor || item.kind == ItemKind::kNoteAnchor;
+    i = is_anchor ? EndOfItem(document_, i) : i + 1;
+  }
+  return kNoIndex;
+}
+
+// What surrounds the statements that go is looked at, here and there in all of the source.
+void MifSaver::RestBehind(std::uint32_t at) {
+  constexpr std::uint32_t kStep = 1U << 25U;
+  if (at - rested_ < kStep) return;
+  document_.source.Rest(0, document_.source.size());
+  rested_ = at;
+}
+
 void MifSaver::SaveStory(StorySaver* saver, std::uint32_t begin, std::uint32_t end) {
   saver->Begin();
   for (std::uint32_t i = begin; i < end;) {
     const Item& item = document_.items[i];
+    if (item.kind == ItemKind::kParagraphBegin) {
+      RestBehind(item.begin);
+      const std::uint32_t mark = UnchangedMark(i, end);
+      if (mark != kNoIndex && saver->Pass(document_.items[mark].ref, document_.items[mark].conditions)) {
+        i = mark + 1;
+        continue;
+      }
+    }
     StoryItem seen = Seen(i);
     if (item.Is(kInBlock)) seen.brought = true;
     if (item.kind == ItemKind::kHiddenPlace) {

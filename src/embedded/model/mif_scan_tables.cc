@@ -29,6 +29,7 @@ void MifScanner::ClosePart(std::uint32_t part) {
 }
 
 void MifScanner::ReadTables() {
+  const Passing passing(&reader_, true);
   Children(&reader_, [&] {
     if (reader_.token() == Token::kTbl && reader_.kind() == Piece::kGroup) ReadTable();
   });

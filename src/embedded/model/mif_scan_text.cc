@@ -104,6 +104,7 @@ void MifScanner::ReadParagraph() {
   document_.paragraphs.push_back(paragraph);
   const std::uint32_t opener_end = reader_.end();
   font_ = 0;
+  const Passing passing(&reader_, true);
   bool began = false;
   std::uint32_t last_line_end = 0;
   const auto begin_text = [&] {
@@ -146,6 +147,15 @@ void MifScanner::ReadParagraph() {
   paragraph.last_line_end = last_line_end == 0 ? paragraph.close : last_line_end;
   document_.paragraphs[index] = paragraph;
   Add(ItemKind::kParagraphEnd, index);
+  RestBehind();
+}
+
+// The model has from the source what edits ask for; the text is looked at again when it is written.
+void MifScanner::RestBehind() {
+  constexpr std::uint32_t kStep = 1U << 23U;
+  if (reader_.end() - rested_ < kStep) return;
+  document_.source.Rest(rested_, reader_.end());
+  rested_ = reader_.end();
 }
 
 // PgfTag names a catalog format and forgets what was before; Pgf changes the format in force, which may be
@@ -170,6 +180,7 @@ void MifScanner::ReadParagraphState(Paragraph* paragraph) {
     return;
   }
   if (reader_.kind() != Piece::kGroup) return;
+  const Passing passing(&reader_, false);
   ParagraphState state = document_.paragraph_states[paragraph_state_];
   state.tag_statement = {};
   state.before = paragraph_state_;
@@ -185,6 +196,7 @@ void MifScanner::ReadParagraphState(Paragraph* paragraph) {
 }
 
 void MifScanner::ReadLine() {
+  const Passing passing(&reader_, false);
   Children(&reader_, [&] { ReadLineItem(); });
 }
 
@@ -385,12 +397,7 @@ std::uint32_t MifScanner::ReadElement() {
   element.source = reader_.begin();
   element.first_attribute = static_cast<std::uint32_t>(document_.attributes.size());
   std::string_view tag;
-  if (reader_.kind() == Piece::kGroup) {
-    Children(&reader_, [&] {
-      if (reader_.token() == Token::kETag) tag = StringData(reader_, &document_);
-      if (reader_.token() == Token::kAttributes && reader_.kind() == Piece::kGroup) ReadAttributes(&element);
-    });
-  }
+  if (reader_.kind() == Piece::kGroup) tag = ReadElementContent(&element);
   if (tag.empty()) {
     Warn(element.source, "an element has no ETag; it is called NoName");
     tag = "NoName";
@@ -404,6 +411,40 @@ std::uint32_t MifScanner::ReadElement() {
   return static_cast<std::uint32_t>(scan_.elements.size()) - 1;
 }
 
+// The element's tag. Most elements are alike behind it, to the byte.
+std::string_view MifScanner::ReadElementContent(RawElement* element) {
+  const Passing passing(&reader_, true);
+  std::string_view tag;
+  std::size_t rest = 0;  // behind the tag
+  bool alike = true;     // nothing behind it means anything
+  const auto kept = [&]() -> std::string_view& {
+    const std::string_view ahead = std::string_view(document_.source).substr(rest, rests_.size() - 1);
+    return rests_[std::min(ahead.find('<'), rests_.size() - 1)];
+  };
+  const std::size_t inside = reader_.depth();
+  while (reader_.Next()) {
+    if (reader_.kind() == Piece::kGroupEnd) {
+      if (reader_.depth() < inside) break;
+      continue;
+    }
+    const bool group = reader_.kind() == Piece::kGroup;
+    if (reader_.token() == Token::kETag) {
+      tag = StringData(reader_, &document_);
+      rest = group ? 0 : reader_.Position();
+      if (!group && reader_.PassRest(kept())) return tag;
+    } else if (reader_.token() == Token::kAttributes && group) {
+      ReadAttributes(element);
+      alike = false;
+    }
+    while (reader_.depth() > inside && reader_.Next()) {
+    }
+  }
+  if (rest != 0 && alike && !reader_.Failed() && reader_.depth() < inside) {
+    kept() = std::string_view(document_.source).substr(rest, reader_.end() - rest);
+  }
+  return tag;
+}
+
 void MifScanner::ReadAttributes(RawElement* element) {
   Children(&reader_, [&] {
     if (reader_.token() != Token::kAttribute || reader_.kind() != Piece::kGroup) return;
@@ -413,7 +454,7 @@ void MifScanner::ReadAttributes(RawElement* element) {
       if (reader_.token() == Token::kAttrName) {
         attribute.name = document_.InternName(StringData(reader_, &document_));
       } else if (reader_.token() == Token::kAttrValue) {
-        document_.values.push_back(StringData(reader_, &document_));
+        document_.values.push_back(document_.KeepBeside(StringData(reader_, &document_)));
         ++attribute.value_count;
       }
     });

@@ -5,9 +5,27 @@
 // Each Read function is called just after its statement was entered, and reads to its end.
 #pragma once
 
+#include <array>
+#include <string_view>
+
 #include "embedded/model/mif_scan.h"
 
 namespace qelm::embedded::model {
+
+// Where unknown leaves mean nothing: their pieces are spared, or not, until the end of the scope.
+class Passing {
+ public:
+  Passing(mif::Reader* reader, bool passes) : reader_(*reader), before_(reader->PassesUnknown()) {
+    reader_.SetPassesUnknown(passes);
+  }
+  ~Passing() { reader_.SetPassesUnknown(before_); }
+  Passing(const Passing&) = delete;
+  Passing& operator=(const Passing&) = delete;
+
+ private:
+  mif::Reader& reader_;
+  bool before_;
+};
 
 class MifScanner {
  public:
@@ -36,6 +54,7 @@ class MifScanner {
   void ReadFlow();
   void ReadLooseParagraph();
   void EndLooseFlow();
+  void RestBehind();
   void ReadParagraph();
   void ReadParagraphState(Paragraph* paragraph);
   void ReadLine();
@@ -45,6 +64,7 @@ class MifScanner {
   void ReadConditional();
   void ReadFont();
   std::uint32_t ReadElement();
+  std::string_view ReadElementContent(RawElement* element);
   void ReadAttributes(RawElement* element);
 
   std::uint32_t OpenPart(ElementKind kind, std::uint32_t parent);
@@ -84,9 +104,13 @@ class MifScanner {
   std::uint32_t loose_flow_ = kNoIndex;
   std::uint32_t last_prefixed_ = kNoIndex;
   std::int32_t body_pages_ = 0;
+  std::uint32_t rested_ = 0;  // the source up to here was read long ago
 
   std::unordered_map<std::string_view, std::uint32_t> font_index_;
   std::unordered_map<std::string_view, std::uint32_t> catalog_states_;
+  // Behind the name of an element without attributes comes what came in others, by the length of the line end
+  // and indentation before it.
+  std::array<std::string_view, 32> rests_;
   std::string_view last_tag_;
   Id last_definition_ = 0;
 };

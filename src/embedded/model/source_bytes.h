@@ -9,10 +9,26 @@
 
 namespace qelm::embedded::model {
 
+// Where the bytes lie. Whoever opens a document may leave them in its file, as long as that stays as it is.
+class BytesPlace {
+ public:
+  BytesPlace() = default;
+  BytesPlace(const BytesPlace&) = delete;
+  BytesPlace& operator=(const BytesPlace&) = delete;
+  virtual ~BytesPlace() = default;
+  // Whether the bytes are still those that were read first.
+  virtual bool Intact() const { return true; }
+  // These bytes will not be looked at soon: the memory that they take may go until they are.
+  virtual void Rest(std::string_view /*bytes*/) const {}
+};
+
 class SourceBytes : public std::string_view {
  public:
   SourceBytes() = default;
-  SourceBytes(std::string bytes) : SourceBytes(std::make_shared<const std::string>(std::move(bytes))) {}
+  SourceBytes(std::string bytes) : SourceBytes(std::make_shared<const OwnString>(std::move(bytes))) {}
+  SourceBytes(const char* text) : SourceBytes(std::string(text)) {}
+  SourceBytes(std::shared_ptr<const BytesPlace> place, std::string_view bytes)
+      : std::string_view(bytes), place_(std::move(place)) {}
   SourceBytes(const SourceBytes&) = default;
   SourceBytes& operator=(const SourceBytes&) = default;
   // What was moved from is empty, as a string would be.
@@ -24,16 +40,25 @@ class SourceBytes : public std::string_view {
   }
   ~SourceBytes() = default;
 
+  bool Intact() const { return place_ == nullptr || place_->Intact(); }
+  void Rest(std::size_t begin, std::size_t end) const {
+    if (place_ != nullptr) place_->Rest(substr(begin, end - begin));
+  }
+
  private:
-  explicit SourceBytes(std::shared_ptr<const std::string> bytes)
-      : std::string_view(*bytes), bytes_(std::move(bytes)) {}
+  struct OwnString : BytesPlace {
+    explicit OwnString(std::string text) : bytes(std::move(text)) {}
+    const std::string bytes;
+  };
+  explicit SourceBytes(std::shared_ptr<const OwnString> own)
+      : std::string_view(own->bytes), place_(std::move(own)) {}
 
   void Swap(SourceBytes* other) {
     std::string_view::swap(*other);
-    bytes_.swap(other->bytes_);
+    place_.swap(other->place_);
   }
 
-  std::shared_ptr<const std::string> bytes_;
+  std::shared_ptr<const BytesPlace> place_;
 };
 
 }  // namespace qelm::embedded::model

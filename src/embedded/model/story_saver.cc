@@ -82,17 +82,26 @@ std::string StorySaver::StatementOf(const StoryItem& item) {
   return WithAttributes(document_, layout_, document_.elements[item.ref], std::move(statement));
 }
 
+bool StorySaver::Pass(std::uint32_t paragraph, std::uint16_t conditions) {
+  if (complete_) SaveParagraph(false);
+  if (!items_.empty() || !InStep()) return false;
+  KeepAsItIs(paragraph, conditions);
+  return true;
+}
+
+void StorySaver::KeepAsItIs(std::uint32_t paragraph, std::uint16_t conditions) {
+  last_ = Kept();
+  any_kept_ = true;
+  last_.paragraph = paragraph;
+  source_conditions_ = out_conditions_ = conditions;
+}
+
 void StorySaver::SaveParagraph(bool is_last) {
   complete_ = false;
   StoryItem& mark = items_.back();
   if (is_last) mark.conditions = mark.source_conditions;
-  const bool in_step = source_conditions_ == out_conditions_ && carried_.empty() && frames_.empty() &&
-                       !(any_kept_ && last_.mark_deleted);
-  if (in_step && !IsChanged()) {
-    any_kept_ = true;
-    last_ = Kept();
-    last_.paragraph = mark.ref;
-    source_conditions_ = out_conditions_ = mark.source_conditions;
+  if (InStep() && !IsChanged()) {
+    KeepAsItIs(mark.ref, mark.source_conditions);
   } else if (IsEmptied() && !HoldsWholeElement()) {
     RemoveParagraph();
   } else {

@@ -49,6 +49,9 @@ class StorySaver {
   void Begin();
   void Add(const StoryItem& item);
   void End();
+  // In place of adding the items of a paragraph in which nothing changed, up to its mark. False when what
+  // came before it concerns it; then they are to be added.
+  bool Pass(std::uint32_t paragraph, std::uint16_t conditions);
 
  private:
   // The last paragraph that stayed, as far as later ones may still change it.
@@ -65,6 +68,11 @@ class StorySaver {
   };
 
   void SaveParagraph(bool is_last);
+  bool InStep() const {
+    return source_conditions_ == out_conditions_ && carried_.empty() && frames_.empty() &&
+           !(any_kept_ && last_.mark_deleted);
+  }
+  void KeepAsItIs(std::uint32_t paragraph, std::uint16_t conditions);
   bool IsChanged() const;
   bool IsEmptied() const;
   bool HoldsWholeElement() const;

@@ -20,6 +20,7 @@ class TreeBuilder {
   void FindBlocks(const RawFlow& hidden);
   void BuildFlow(const RawFlow& raw);
   void Step();
+  void TakePlain(Range* range);
   void Emit(const Item& raw, std::uint32_t block);
   void EmitElementBegin(Item item);
   void EmitElementEnd(Item item);
@@ -164,8 +165,29 @@ void TreeBuilder::BuildFlow(const RawFlow& raw) {
   flow_->end_item = Here();
 }
 
+// Text and the file's layout, which most items are, from the innermost range.
+void TreeBuilder::TakePlain(Range* range) {
+  for (; range->at < range->end; ++range->at) {
+    const Item& raw = scan_.items[range->at];
+    switch (raw.kind) {
+      case ItemKind::kString:
+        AddText(raw);
+        break;
+      case ItemKind::kLine:
+      case ItemKind::kParagraphBegin:
+      case ItemKind::kParagraphEnd:
+        document_.items.push_back(raw);
+        break;
+      default:
+        return;
+    }
+    if (range->block != 0) document_.items.back().flags |= kInBlock;
+  }
+}
+
 void TreeBuilder::Step() {
   Range& range = ranges_.back();
+  TakePlain(&range);
   if (range.at >= range.end) {
     if (range.block != 0) document_.blocks[range.block].end_item = Here();
     ranges_.pop_back();

@@ -1,6 +1,7 @@
 #include "embedded/model/xml_builder.h"
 
 #include <algorithm>
+#include <array>
 #include <unordered_set>
 
 #include "embedded/model/files.h"
@@ -56,23 +57,25 @@ XmlRole RoleOfKind(ElementKind kind) {
   }
 }
 
+// Of what is text in XML: no other control characters are.
 bool IsBlank(std::string_view text) {
-  const auto is_blank = [](char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; };
-  return std::all_of(text.begin(), text.end(), is_blank);
+  return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) <= ' '; });
 }
 
 class Gatherer : public xml::Handler {
  public:
   Gatherer(Document* document, XmlDraft* draft)
-      : document_(*document), draft_(*draft), encoding_(xml::DetectEncoding(document->source)) {
-    draft_.roles.resize(1);
-    for (std::size_t id = 1; id < document_.definitions.size(); ++id) {
-      draft_.roles.push_back(XmlRoleOfName(document_.definitions[id].name));
-    }
-    draft_.declared_kinds.resize(draft_.roles.size());
+      : document_(*document),
+        draft_(*draft),
+        encoding_(xml::DetectEncoding(document->source)),
+        before_{*document} {
+    Begin();
   }
 
   void OnEvent(const Event& event) override;
+  void OnEndTag(std::uint32_t begin, std::uint32_t end, std::string_view name) override;
+  void OnPlainText(std::uint32_t begin, std::uint32_t end, std::string_view text) override;
+  bool Restart() override;
   void OnAttributeDeclaration(const xml::AttributeDeclaration& declaration) override;
   void OnElementDeclaration(std::string_view name, bool mixed) override;
   void OnWarning(std::uint32_t offset, std::string text) override;
@@ -83,8 +86,19 @@ class Gatherer : public xml::Handler {
     bool preserve;
   };
 
-  Item& Add(const Event& event, ItemKind kind, std::uint32_t ref = 0);
+  Item& Add(std::uint32_t begin, std::uint32_t end, ItemKind kind, std::uint32_t ref = 0) {
+    Item item;
+    item.begin = begin;
+    item.end = end;
+    item.kind = kind;
+    item.ref = ref;
+    return document_.items.emplace_back(item);
+  }
+  Item& Add(const Event& event, ItemKind kind, std::uint32_t ref = 0) {
+    return Add(event.begin, event.end, kind, ref);
+  }
   Id DefinitionNamed(std::string_view name);
+  Id NewDefinition(std::string_view name);
   void StartTag(const Event& event);
   void ReadAttributes(const Event& event, RawXmlElement* element, bool* preserve);
   void AddAttribute(const xml::Attribute& from, std::string_view in_source, Id definition);
@@ -99,23 +113,47 @@ class Gatherer : public xml::Handler {
     return (static_cast<std::uint64_t>(definition) << 32U) | name;
   }
 
+  void Begin();
+
+  // What of a document reading adds to.
+  struct Before {
+    explicit Before(const Document& document)
+        : warnings(document.warnings),
+          definitions(document.definitions),
+          conditions(document.conditions),
+          colors(document.colors),
+          names(document.names),
+          name_index(document.name_index),
+          definition_index(document.definition_index),
+          condition_index(document.condition_index),
+          color_index(document.color_index),
+          show_all(document.show_all) {}
+    std::vector<Warning> warnings;
+    std::vector<Definition> definitions;
+    std::vector<model::Condition> conditions;
+    std::vector<Color> colors;
+    std::vector<std::string_view> names;
+    std::unordered_map<std::string_view, std::uint32_t> name_index;
+    std::unordered_map<std::string_view, Id> definition_index;
+    std::unordered_map<std::string_view, Id> condition_index;
+    std::unordered_map<std::string_view, Id> color_index;
+    bool show_all;
+  };
+
   Document& document_;
   XmlDraft& draft_;
   xml::Encoding encoding_;
+  const Before before_;
+  struct Known {
+    std::string_view name;
+    Id id = 0;
+  };
+  std::array<Known, 64> known_;  // definitions by name
   std::vector<Open> open_;
   std::vector<xml::TagAttribute> tag_attributes_;
   std::unordered_set<std::uint64_t> lists_;  // attributes that hold several values
   std::unordered_set<Id> with_text_;         // definitions whose elements are declared to hold text
 };
-
-Item& Gatherer::Add(const Event& event, ItemKind kind, std::uint32_t ref) {
-  Item item;
-  item.begin = event.begin;
-  item.end = event.end;
-  item.kind = kind;
-  item.ref = ref;
-  return document_.items.emplace_back(item);
-}
 
 void Gatherer::OnWarning(std::uint32_t offset, std::string text) {
   constexpr std::size_t kMostWarnings = 100;
@@ -130,8 +168,7 @@ void Gatherer::OnEvent(const Event& event) {
       StartTag(event);
       break;
     case EventKind::kEndTag:
-      Add(event, ItemKind::kElementEnd);
-      open_.pop_back();
+      OnEndTag(event.begin, event.end, event.name);
       break;
     case EventKind::kText:
     case EventKind::kCData:
@@ -150,7 +187,68 @@ void Gatherer::OnEvent(const Event& event) {
   }
 }
 
+void Gatherer::OnEndTag(std::uint32_t begin, std::uint32_t end, std::string_view /*name*/) {
+  Add(begin, end, ItemKind::kElementEnd);
+  open_.pop_back();
+}
+
+void Gatherer::OnPlainText(std::uint32_t begin, std::uint32_t end, std::string_view text) {
+  if (IsBlank(text)) {
+    Add(begin, end, ItemKind::kOther).flags |= kTouched;
+  } else {
+    Add(begin, end, ItemKind::kString);
+    draft_.elements[open_.back().element].has_text = true;
+  }
+}
+
+// Nothing was read yet but names, if any; what they mean is what reading may have said.
+bool Gatherer::Restart() {
+  document_.items.clear();
+  document_.attributes.clear();
+  document_.values.clear();
+  document_.warnings = before_.warnings;
+  document_.definitions = before_.definitions;
+  document_.definition_index = before_.definition_index;
+  document_.conditions = before_.conditions;
+  document_.condition_index = before_.condition_index;
+  document_.colors = before_.colors;
+  document_.color_index = before_.color_index;
+  document_.names = before_.names;
+  document_.name_index = before_.name_index;
+  document_.show_all = document_.source_show_all = before_.show_all;
+  document_.show_all_statement = {};
+  draft_.elements.clear();
+  draft_.roles.clear();
+  draft_.declared_kinds.clear();
+  lists_.clear();
+  with_text_.clear();
+  open_.clear();
+  known_.fill({});
+  Begin();
+  return true;
+}
+
+void Gatherer::Begin() {
+  draft_.roles.resize(1);
+  for (std::size_t id = 1; id < document_.definitions.size(); ++id) {
+    draft_.roles.push_back(XmlRoleOfName(document_.definitions[id].name));
+  }
+  draft_.declared_kinds.resize(draft_.roles.size());
+}
+
+// There are few names, and most elements have the name of one that came shortly before.
 Id Gatherer::DefinitionNamed(std::string_view name) {
+  if (name.empty()) return NewDefinition(name);
+  const auto ends = static_cast<unsigned char>(name.front()) * 5U + static_cast<unsigned char>(name.back());
+  Known& known = known_[(ends + name.size()) % known_.size()];
+  if (known.name != name) {
+    const Id id = NewDefinition(name);
+    known = {document_.definitions[id].name, id};
+  }
+  return known.id;
+}
+
+Id Gatherer::NewDefinition(std::string_view name) {
   const auto found = document_.definition_index.find(name);
   if (found != document_.definition_index.end()) return found->second;
   const Id id = document_.InternDefinition(document_.Keep(std::string(name)));
@@ -170,7 +268,7 @@ void Gatherer::StartTag(const Event& event) {
     if (draft_.roles[element.definition] == XmlRole::kBody) draft_.elements[element.parent].has_body = true;
   }
   if (!event.attributes.empty()) ReadAttributes(event, &element, &preserve);
-  element.has_text = preserve || with_text_.contains(element.definition);
+  element.has_text = preserve || (!with_text_.empty() && with_text_.contains(element.definition));
   draft_.elements.push_back(element);
   const ElementKind kind = document_.definitions[element.definition].kind;
   if (draft_.roles[element.definition] == XmlRole::kTable || kind == ElementKind::kFootnote) {
@@ -228,7 +326,7 @@ void Gatherer::AddAttribute(const xml::Attribute& from, std::string_view in_sour
                        ? known->second
                        : document_.InternName(document_.Keep(std::string(from.name)));
   attribute.first_value = static_cast<std::uint32_t>(document_.values.size());
-  std::string_view value = Lasting(from.value, in_source);
+  std::string_view value = document_.KeepBeside(Lasting(from.value, in_source));
   if (lists_.empty() || !lists_.contains(ListKey(definition, attribute.name))) {
     document_.values.push_back(value);
   } else {
@@ -271,7 +369,7 @@ void Gatherer::Text(const Event& event) {
 // case that the entity has to be written out.
 void Gatherer::Other(const Event& event) {
   if (open_.empty()) return;
-  Add(event, ItemKind::kOther);
+  Add(event, ItemKind::kOther, event.kind == EventKind::kInstruction ? kInstructionItem : 0);
   if (!event.in_entity) return;
   std::string text;
   switch (event.kind) {
@@ -353,7 +451,7 @@ bool Gatherer::Prolog(const Event& event, const Mark& mark) {
     default:
       return false;
   }
-  Add(event, ItemKind::kOther);
+  Add(event, ItemKind::kOther, kInstructionItem);
   return true;
 }
 
@@ -428,13 +526,13 @@ XmlRole XmlRoleOfName(std::string_view name) {
   return XmlRole::kNone;
 }
 
-std::unique_ptr<Document> BuildXml(std::string bytes, std::string* error) {
+std::unique_ptr<Document> BuildXml(SourceBytes bytes, std::string* error) {
   auto document = std::make_unique<Document>();
   AddReservedColors(document.get());
   return ReadXml(std::move(bytes), document.get(), error) ? std::move(document) : nullptr;
 }
 
-bool ReadXml(std::string bytes, Document* document, std::string* error) {
+bool ReadXml(SourceBytes bytes, Document* document, std::string* error) {
   document->format = Format::kXml;
   document->source = std::move(bytes);
   const std::string_view source = document->source;
@@ -467,6 +565,7 @@ bool ReadXml(std::string bytes, Document* document, std::string* error) {
     document->show_all = document->source_show_all = std::all_of(
         conditions.begin(), conditions.end(), [](const Condition& condition) { return condition.shown; });
   }
+  document->source.Rest(0, document->source.size());
   BuildXmlTree(document, draft);
   return true;
 }

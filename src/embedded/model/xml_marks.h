@@ -100,6 +100,8 @@ inline constexpr std::string_view kStrayElements = "qelm-xml:";
 constexpr std::uint32_t kMarkEnds = 1U << 30U;
 constexpr std::uint32_t kMarkOfRows = 1U << 31U;
 constexpr std::uint32_t kMarkCondition = kMarkEnds - 1;
+// Of kOther, where it is not kEscaped: an instruction.
+constexpr std::uint32_t kInstructionItem = 1;
 
 // The data of a MIF leaf statement `<Name data>`, without blanks around it.
 std::string_view StatementData(std::string_view statement);

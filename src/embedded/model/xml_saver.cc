@@ -69,6 +69,8 @@ class Saver {
     std::vector<std::uint32_t> conditions;  // the items of those that could stay
   };
 
+  bool PassUnchanged();
+  bool IsUnchangedStop(std::uint32_t index, std::uint16_t conditions) const;
   void Visit();
   void VisitDeleted();
   void VisitTablePart();
@@ -177,7 +179,7 @@ Pieces Saver::Run() {
       Emit(edit.text, next_edit_ <= prolog_edits_ ? xml::Missing::kEscape : xml::Missing::kReference);
       SkipTo(edit.end);
     }
-    Visit();
+    if (!PassUnchanged()) Visit();
   }
   EndStory();
   CopyTo(static_cast<std::uint32_t>(source_.size()));
@@ -186,6 +188,42 @@ Pieces Saver::Run() {
 
 // ---------------------------------------------------------------------------------------------------------------
 // The items.
+
+// A stop with the conditions that are in force, which it had in the source too, and without a font.
+bool Saver::IsUnchangedStop(std::uint32_t index, std::uint16_t conditions) const {
+  const Item& item = items_[index];
+  return item.conditions == conditions && item.font == 0 &&
+         (document_.source_conditions.empty() || document_.source_conditions[index] == conditions) &&
+         (document_.source_fonts.empty() || document_.source_fonts[index] == 0);
+}
+
+// Passes over items as Visit would, for as long as they are text, tags and layout of which nothing changed
+// and that are not out of entities: most of a document. False where there is none.
+bool Saver::PassUnchanged() {
+  Story& story = stories_.back();
+  const std::uint16_t conditions = story.source.conditions;
+  const bool in_step = !story.is_table && story.written.conditions == conditions &&
+                       story.written.fonts.empty() && story.source.fonts.empty() && expanded_end_ <= at_;
+  if (!in_step || !IsLayout(story.gap, at_)) return false;
+  const auto end = static_cast<std::uint32_t>(items_.size()) - 1;
+  const std::uint32_t limit = next_edit_ < edits_.size() ? edits_[next_edit_].begin : kNoIndex;
+  std::uint32_t i = at_;
+  for (; i < end; ++i) {
+    const Item& item = items_[i];
+    const bool is_alone = item.begin < item.end && item.end <= items_[i + 1].begin && item.begin < limit;
+    if (!is_alone || item.Is(kDeleted)) break;
+    if (item.kind == ItemKind::kOther) continue;
+    const bool begins = item.kind == ItemKind::kElementBegin;
+    if (!begins && item.kind != ItemKind::kString && item.kind != ItemKind::kElementEnd) break;
+    if (begins && document_.elements[item.ref].attributes_changed) break;
+    if (!IsUnchangedStop(i, conditions)) break;
+    story.gap = i + 1;
+    story.gap_offset = item.end;
+  }
+  if (i == at_) return false;
+  at_ = i;
+  return true;
+}
 
 void Saver::Visit() {
   if (VisitEntity()) return;

@@ -17,7 +17,12 @@ class Prolog {
   bool AtLineStart(std::uint32_t offset) const;
   std::uint32_t LineEndAt(std::uint32_t offset) const;
   std::uint32_t MarksPlace() const;
-  std::vector<bool> Used(bool in_source) const;
+  // By condition.
+  struct Use {
+    std::vector<bool> now;
+    std::vector<bool> in_source;
+  };
+  Use Used() const;
   Mark MarkAt(Span span) const;
   bool State(const Condition& condition, bool is_used, bool was_used);
   void Change(Span mark, std::string text);
@@ -57,25 +62,32 @@ void Prolog::Change(Span mark, std::string text) {
   edits_.push_back({mark.begin, takes_line ? LineEndAt(mark.end) : mark.end, std::move(text)});
 }
 
-// Which conditions something in the document has: now, or as it was read; what is deleted does not count.
-std::vector<bool> Prolog::Used(bool in_source) const {
-  if (document_.conditions.size() <= 1) return std::vector<bool>(1);
-  std::vector<bool> sets(document_.condition_sets.size());
+// Which conditions something in the document has: now, and as it was read; what is deleted does not count.
+Prolog::Use Prolog::Used() const {
+  const std::size_t count = document_.conditions.size();
+  Use use{std::vector<bool>(count), std::vector<bool>(count)};
+  if (count <= 1) return use;
+  std::vector<char> now(document_.condition_sets.size());
+  std::vector<char> in_source(document_.condition_sets.size());
   const auto& before = document_.source_conditions;
   for (std::size_t i = 0; i < document_.items.size(); ++i) {
     const Item& item = document_.items[i];
     const bool counts = !item.Is(kDeleted) && (IsContent(item.kind) || item.kind == ItemKind::kElementBegin);
-    if (counts) sets[in_source && !before.empty() ? before[i] : item.conditions] = true;
+    if (!counts) continue;
+    now[item.conditions] = 1;
+    if (!before.empty()) in_source[before[i]] = 1;
   }
+  if (before.empty()) in_source = now;
   for (const Part& part : document_.parts) {
-    if (!part.deleted) sets[in_source ? part.source_conditions : part.conditions] = true;
+    if (!part.deleted) now[part.conditions] = in_source[part.source_conditions] = 1;
   }
-  std::vector<bool> used(document_.conditions.size());
-  for (std::size_t set = 0; set < sets.size(); ++set) {
-    if (!sets[set]) continue;
-    for (const Id id : document_.condition_sets[set]) used[id] = true;
+  for (std::size_t set = 0; set < now.size(); ++set) {
+    for (const Id id : document_.condition_sets[set]) {
+      if (now[set] != 0) use.now[id] = true;
+      if (in_source[set] != 0) use.in_source[id] = true;
+    }
   }
-  return used;
+  return use;
 }
 
 // What a mark of the source says.
@@ -110,12 +122,11 @@ std::vector<XmlEdit> Prolog::Run() {
   for (const Color& color : document_.colors) {
     if (color.created && !color.name.empty()) Add(ColorMark(color));
   }
-  const std::vector<bool> used = Used(false);
-  const std::vector<bool> was_used = Used(true);
+  const Use used = Used();
   bool has_hidden = false;
   bool had_hidden = false;
   for (Id id = 1; id < document_.conditions.size(); ++id) {
-    const bool is_hidden = State(document_.conditions[id], used[id], was_used[id]);
+    const bool is_hidden = State(document_.conditions[id], used.now[id], used.in_source[id]);
     has_hidden = has_hidden || is_hidden;
     had_hidden = had_hidden || !document_.conditions[id].source_shown;
   }

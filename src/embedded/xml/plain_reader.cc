@@ -2,12 +2,11 @@
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
-
-#include <bit>
 #endif
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <charconv>
 #include <cstring>
 #include <deque>
@@ -175,8 +174,8 @@ bool ReadProlog(std::string_view prolog, Handler* handler) {
   return ReadByExpat(std::string(prolog) + "<root/>", &told, &error);
 }
 
-// Goes through the file once; `kTells`: the handler hears of it.
-template <bool kTells>
+// Goes through the file once. `kTells`: the handler hears of it. `kChecks`: nothing was checked before.
+template <bool kTells, bool kChecks>
 class Pass {
  public:
   Pass(std::string_view bytes, Handler* handler)
@@ -191,6 +190,7 @@ class Pass {
   // Each reads what begins at `at_`, and goes behind it. False when it is not plain.
   bool Declaration();
   bool DocumentType();
+  bool RetellProlog();
   bool Markup();
   bool Text();
   bool StartTag();
@@ -206,6 +206,17 @@ class Pass {
     return static_cast<std::size_t>(end_ - at_) >= word.size() &&
            std::memcmp(at_, word.data(), word.size()) == 0;
   }
+  // The same for names, which are short: eight bytes at a time where the file has so many.
+  bool StartsWithName(std::string_view name) const {
+    constexpr std::size_t kStep = sizeof(std::uint64_t);
+    if (name.size() > kStep || static_cast<std::size_t>(end_ - at_) < kStep) return StartsWith(name);
+    std::uint64_t there = 0;
+    std::uint64_t wanted = 0;
+    std::memcpy(&there, at_, kStep);
+    std::memcpy(&wanted, name.data(), kStep);  // a name that was read before what is here
+    if constexpr (std::endian::native == std::endian::big) return StartsWith(name);
+    return ((there ^ wanted) << (8 * (kStep - name.size()))) == 0;
+  }
   void SkipSpace() {
     while (at_ < end_ && Has(*at_, kSpace)) ++at_;
   }
@@ -217,12 +228,13 @@ class Pass {
     }
     return {first, static_cast<std::size_t>(at_ - first)};
   }
+  std::uint32_t Place(const char* at) const { return static_cast<std::uint32_t>(at - begin_); }
   // The event of the bytes from `first` up to here.
   Event From(const char* first, EventKind kind) const {
     Event event;
     event.kind = kind;
-    event.begin = static_cast<std::uint32_t>(first - begin_);
-    event.end = static_cast<std::uint32_t>(at_ - begin_);
+    event.begin = Place(first);
+    event.end = Place(at_);
     return event;
   }
   std::string_view WithoutReturns(std::string_view text);
@@ -239,16 +251,16 @@ class Pass {
   std::deque<std::string> values_;  // of the tag being read, that are not
 };
 
-template <bool kTells>
-bool Pass<kTells>::Run() {
+template <bool kTells, bool kChecks>
+bool Pass<kTells, kChecks>::Run() {
   at_ = begin_;
   if (StartsWith("\xEF\xBB\xBF")) at_ += 3;
   if (StartsWith("<?xml") && end_ - at_ > 5 && Has(at_[5], kSpace) && !Declaration()) return false;
   return RunFrom(static_cast<std::uint32_t>(at_ - begin_));
 }
 
-template <bool kTells>
-bool Pass<kTells>::RunFrom(std::uint32_t begin) {
+template <bool kTells, bool kChecks>
+bool Pass<kTells, kChecks>::RunFrom(std::uint32_t begin) {
   at_ = begin_ + begin;
   while (at_ < end_) {
     if (*at_ == '<') {
@@ -265,8 +277,8 @@ bool Pass<kTells>::RunFrom(std::uint32_t begin) {
 }
 
 // <?xml version="1.0" encoding="UTF-8" standalone="no"?>, with either kind of quotation marks.
-template <bool kTells>
-bool Pass<kTells>::Declaration() {
+template <bool kTells, bool kChecks>
+bool Pass<kTells, kChecks>::Declaration() {
   constexpr std::string_view kVersions[] = {"1.0"};
   constexpr std::string_view kEncodings[] = {"UTF-8", "utf-8"};
   constexpr std::string_view kAnswers[] = {"yes", "no"};
@@ -296,8 +308,8 @@ bool Pass<kTells>::Declaration() {
 
 // Without quotation marks there are no defaults, entities and names of files, so that expat is needed for the
 // declarations alone and the first bracket ends them.
-template <bool kTells>
-bool Pass<kTells>::DocumentType() {
+template <bool kTells, bool kChecks>
+bool Pass<kTells, kChecks>::DocumentType() {
   if (had_root_ || prolog_end_ != 0) return false;
   const std::string_view rest(at_, static_cast<std::size_t>(end_ - at_));
   const std::size_t opened = rest.find_first_of("[>\"'<", 1);
@@ -313,12 +325,20 @@ bool Pass<kTells>::DocumentType() {
   SkipSpace();
   if (at_ == end_ || *at_ != '>') return false;
   ++at_;
-  prolog_end_ = static_cast<std::uint32_t>(at_ - begin_);
-  return true;
+  prolog_end_ = Place(at_);
+  return !kTells || !kChecks || RetellProlog();
 }
 
-template <bool kTells>
-bool Pass<kTells>::Markup() {
+// What came before the declarations is told once more, among them.
+template <bool kTells, bool kChecks>
+bool Pass<kTells, kChecks>::RetellProlog() {
+  const std::string_view prolog(begin_, prolog_end_);
+  Handler nobody;
+  return ReadProlog(prolog, &nobody) && handler_.Restart() && ReadProlog(prolog, &handler_);
+}
+
+template <bool kTells, bool kChecks>
+bool Pass<kTells, kChecks>::Markup() {
   if (end_ - at_ < 2) return false;
   if (at_[1] == '/') return EndTag();
   if (at_[1] == '?') return Instruction();
@@ -327,8 +347,8 @@ bool Pass<kTells>::Markup() {
   return StartsWith("<!--") ? Comment() : StartsWith("<![CDATA[") && !open_.empty() && Section();
 }
 
-template <bool kTells>
-bool Pass<kTells>::Text() {
+template <bool kTells, bool kChecks>
+bool Pass<kTells, kChecks>::Text() {
   const char* const first = at_;
   const char* copied = nullptr;  // what is in the buffer ends here
   bool referenced = false;
@@ -358,26 +378,28 @@ bool Pass<kTells>::Text() {
     }
   }
   if constexpr (kTells) {
+    if (copied == nullptr) {
+      handler_.OnPlainText(Place(first), Place(at_), {first, static_cast<std::size_t>(at_ - first)});
+      return true;
+    }
     Event event = From(first, EventKind::kText);
-    event.plain = copied == nullptr;
     event.referenced = referenced;
-    if (copied != nullptr) buffer_.append(copied, at_);
-    event.text = event.plain ? std::string_view(first, static_cast<std::size_t>(at_ - first))
-                             : std::string_view(buffer_);
+    buffer_.append(copied, at_);
+    event.text = buffer_;
     handler_.OnEvent(event);
   }
   return true;
 }
 
-template <bool kTells>
-bool Pass<kTells>::StartTag() {
+template <bool kTells, bool kChecks>
+bool Pass<kTells, kChecks>::StartTag() {
   const char* const first = at_++;
   if (open_.empty() && had_root_) return false;
   had_root_ = true;
   const std::string_view name = Name();
   if (name.empty()) return false;
   attributes_.clear();
-  values_.clear();
+  if (!values_.empty()) values_.clear();
   bool is_empty = false;
   for (;;) {
     const bool spaced = at_ < end_ && Has(*at_, kSpace);
@@ -394,18 +416,14 @@ bool Pass<kTells>::StartTag() {
     event.name = name;
     event.attributes = attributes_;
     handler_.OnEvent(event);
-    if (is_empty) {
-      Event close = From(at_, EventKind::kEndTag);
-      close.name = name;
-      handler_.OnEvent(close);
-    }
+    if (is_empty) handler_.OnEndTag(Place(at_), Place(at_), name);
   }
   if (!is_empty) open_.push_back(name);
   return true;
 }
 
-template <bool kTells>
-bool Pass<kTells>::ReadAttribute() {
+template <bool kTells, bool kChecks>
+bool Pass<kTells, kChecks>::ReadAttribute() {
   Attribute attribute;
   attribute.name = Name();
   SkipSpace();
@@ -413,7 +431,7 @@ bool Pass<kTells>::ReadAttribute() {
   ++at_;
   SkipSpace();
   if (!Value(&attribute)) return false;
-  if constexpr (!kTells) {
+  if constexpr (kChecks) {
     if (attributes_.size() == kMostAttributes) return false;
     for (const Attribute& other : attributes_) {
       if (other.name == attribute.name) return false;
@@ -423,8 +441,8 @@ bool Pass<kTells>::ReadAttribute() {
   return true;
 }
 
-template <bool kTells>
-bool Pass<kTells>::Value(Attribute* attribute) {
+template <bool kTells, bool kChecks>
+bool Pass<kTells, kChecks>::Value(Attribute* attribute) {
   if (at_ == end_ || (*at_ != '"' && *at_ != '\'')) return false;
   const char quote = *at_++;
   const char* const first = at_;
@@ -464,40 +482,38 @@ bool Pass<kTells>::Value(Attribute* attribute) {
     attribute->value = *text;
   }
   ++at_;
-  return kTells || prolog_end_ == 0 || HasSingleBlanks(attribute->value);
+  return !kChecks || prolog_end_ == 0 || HasSingleBlanks(attribute->value);
 }
 
-template <bool kTells>
-bool Pass<kTells>::EndTag() {
+template <bool kTells, bool kChecks>
+bool Pass<kTells, kChecks>::EndTag() {
   const char* const first = at_;
   at_ += 2;
-  if (open_.empty() || !StartsWith(open_.back())) return false;
+  if (open_.empty() || !StartsWithName(open_.back())) return false;
   at_ += open_.back().size();
   SkipSpace();
   if (at_ == end_ || *at_ != '>') return false;
   ++at_;
   if constexpr (kTells) {
-    Event event = From(first, EventKind::kEndTag);
-    event.name = open_.back();
-    handler_.OnEvent(event);
+    handler_.OnEndTag(Place(first), Place(at_), open_.back());
   }
   open_.pop_back();
   return true;
 }
 
 // Goes behind the mark, and takes what is before it; what is before `from` is passed over.
-template <bool kTells>
-bool Pass<kTells>::UpTo(std::string_view mark, std::size_t from, std::string_view* content) {
+template <bool kTells, bool kChecks>
+bool Pass<kTells, kChecks>::UpTo(std::string_view mark, std::size_t from, std::string_view* content) {
   const std::string_view rest(at_, static_cast<std::size_t>(end_ - at_));
   const std::size_t found = rest.find(mark, from);
   if (found == std::string_view::npos) return false;
   *content = rest.substr(from, found - from);
   at_ += found + mark.size();
-  return kTells || AreCharacters(*content);
+  return !kChecks || AreCharacters(*content);
 }
 
-template <bool kTells>
-std::string_view Pass<kTells>::WithoutReturns(std::string_view text) {
+template <bool kTells, bool kChecks>
+std::string_view Pass<kTells, kChecks>::WithoutReturns(std::string_view text) {
   if (text.find('\r') == std::string_view::npos) return text;
   buffer_.clear();
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -510,8 +526,8 @@ std::string_view Pass<kTells>::WithoutReturns(std::string_view text) {
   return buffer_;
 }
 
-template <bool kTells>
-bool Pass<kTells>::Section() {
+template <bool kTells, bool kChecks>
+bool Pass<kTells, kChecks>::Section() {
   const char* const first = at_;
   std::string_view content;
   if (!UpTo("]]>", 9, &content)) return false;
@@ -524,8 +540,8 @@ bool Pass<kTells>::Section() {
   return true;
 }
 
-template <bool kTells>
-bool Pass<kTells>::Comment() {
+template <bool kTells, bool kChecks>
+bool Pass<kTells, kChecks>::Comment() {
   const char* const first = at_;
   std::string_view content;
   if (!UpTo("--", 4, &content) || at_ == end_ || *at_++ != '>') return false;
@@ -537,8 +553,8 @@ bool Pass<kTells>::Comment() {
   return true;
 }
 
-template <bool kTells>
-bool Pass<kTells>::Instruction() {
+template <bool kTells, bool kChecks>
+bool Pass<kTells, kChecks>::Instruction() {
   const char* const first = at_;
   at_ += 2;
   const std::string_view target = Name();
@@ -563,14 +579,19 @@ bool Pass<kTells>::Instruction() {
 bool ReadPlain(std::string_view bytes, Handler* handler) {
   if (bytes.size() >= std::numeric_limits<std::uint32_t>::max()) return false;
   if (DetectEncoding(bytes) != Encoding::kUtf8) return false;
-  Pass<false> check(bytes, handler);
+  if (handler->Restart()) {
+    if (Pass<true, true>(bytes, handler).Run()) return true;
+    handler->Restart();
+    return false;
+  }
+  Pass<false, true> check(bytes, handler);
   if (!check.Run()) return false;
   const std::uint32_t prolog_end = check.prolog_end();
-  if (prolog_end == 0) return Pass<true>(bytes, handler).Run();
+  if (prolog_end == 0) return Pass<true, false>(bytes, handler).Run();
   const std::string_view prolog = bytes.substr(0, prolog_end);
   Handler nobody;
   if (!ReadProlog(prolog, &nobody)) return false;
-  return ReadProlog(prolog, handler) && Pass<true>(bytes, handler).RunFrom(prolog_end);
+  return ReadProlog(prolog, handler) && Pass<true, false>(bytes, handler).RunFrom(prolog_end);
 }
 
 }  // namespace qelm::embedded::xml

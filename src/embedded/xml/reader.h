@@ -72,6 +72,27 @@ class Handler {
  public:
   virtual ~Handler() = default;
   virtual void OnEvent(const Event& /*event*/) {}
+  // The two events that come most often, for handlers that need no more of them. The text is the source's own
+  // bytes, without references.
+  virtual void OnEndTag(std::uint32_t begin, std::uint32_t end, std::string_view name) {
+    Event event;
+    event.kind = EventKind::kEndTag;
+    event.begin = begin;
+    event.end = end;
+    event.name = name;
+    OnEvent(event);
+  }
+  virtual void OnPlainText(std::uint32_t begin, std::uint32_t end, std::string_view text) {
+    Event event;
+    event.begin = begin;
+    event.end = end;
+    event.text = text;
+    event.plain = true;
+    OnEvent(event);
+  }
+  // All that came so far comes once more from the beginning, or something else in its place. A handler that
+  // can forget it does, and says so; to the others nothing is told until it is certain.
+  virtual bool Restart() { return false; }
   virtual void OnAttributeDeclaration(const AttributeDeclaration& /*declaration*/) {}
   // `mixed`: text is content of the element, white space too.
   virtual void OnElementDeclaration(std::string_view /*name*/, bool /*mixed*/) {}
