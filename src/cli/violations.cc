@@ -1,5 +1,7 @@
 #include "cli/violations.h"
 
+#include <algorithm>
+
 #include "cli/file_names.h"
 
 namespace qelm::cli {
@@ -35,12 +37,17 @@ const std::vector<SarifRule>& ValidationSarifRules() {
 
 std::string OneLine(std::string_view text) {
   constexpr std::string_view kDigits = "0123456789ABCDEF";
-  std::string line;
-  for (const char c : text) {
+  const auto is_control = [](char c) {
     const auto code = static_cast<unsigned char>(c);
-    if (code >= 0x20U && code != 0x7FU) {
-      line += c;
-    } else if (c == '\n') {
+    return code < 0x20U || code == 0x7FU;
+  };
+  std::string line;
+  for (auto at = text.begin(); at != text.end(); ++at) {
+    const auto end = std::find_if(at, text.end(), is_control);
+    line.append(at, end);
+    if ((at = end) == text.end()) break;
+    const auto code = static_cast<unsigned char>(*at);
+    if (*at == '\n') {
       line += "\\n";
     } else {
       line += "\\x";
