@@ -222,7 +222,7 @@ void SchemeRun::FilterBook() {
     TellResult(outcome_->output);
     for (const CopiedFile& file : run_.copied) outcome_->files.push_back(file.target);
     for (const std::string& removed : run_.removed_files) std::erase(outcome_->files, removed);
-    FinishOutput(context_, request_, batch_scheme_, names_, source_.Files(), book, outcome_);
+    FinishOutput(context_, request_, batch_scheme_, names_, source_, book, outcome_);
     EndFilling();
     // They may be there the next time.
     if (!PassedOver(run_).empty()) outcome_->complete = false;
@@ -304,7 +304,7 @@ void SchemeRun::FilterCopy() {
       outcome_->files.push_back(target);
       TellResult(target);
       host_.documents.SetSwitch(copy, host::DocumentSwitch::kModified, true);
-      FinishOutput(context_, request_, batch_scheme_, names_, source_.Files(), copy, outcome_);
+      FinishOutput(context_, request_, batch_scheme_, names_, source_, copy, outcome_);
       EndFilling();
     }
   }
