@@ -5,6 +5,7 @@
 
 #include "common/paths.h"
 #include "common/text.h"
+#include "filtering/batch_scheme.h"
 #include "filtering/copy_record.h"
 #include "filtering/metadata_packet.h"
 #include "filtering/variables_file.h"
@@ -102,14 +103,14 @@ constexpr UpdatePart kUpdateParts[] = {
 class OutputSteps {
  public:
   OutputSteps(BatchContext& context, const BatchRequest& request, const BatchScheme& scheme,
-              const NameValues& names, const std::set<std::string>& sources, Id output, BatchOutcome* outcome)
+              const NameValues& names, const BatchSource& source, Id output, BatchOutcome* outcome)
       : context_(context),
         host_(context.host),
         request_(request),
         settings_(request.settings),
         scheme_(scheme),
         names_(names),
-        sources_(sources),
+        source_(source),
         output_(output),
         is_book_(context.host.books.IsBook(output)),
         outcome_(outcome),
@@ -146,7 +147,7 @@ class OutputSteps {
   const LocalSettings& settings_;
   const BatchScheme& scheme_;
   const NameValues& names_;
-  const std::set<std::string>& sources_;
+  const BatchSource& source_;
   Id output_;
   bool is_book_;
   BatchOutcome* outcome_;
@@ -351,7 +352,8 @@ bool OutputSteps::IsInUse(const std::string& path) {
   };
   return is_it(request_.source) || is_it(outcome_->output) ||
          std::any_of(outcome_->files.begin(), outcome_->files.end(), is_it) ||
-         (host_.platform.FileExists(path) && std::any_of(sources_.begin(), sources_.end(), is_it));
+         (host_.platform.FileExists(path) &&
+          std::any_of(source_.Files().begin(), source_.Files().end(), is_it));
 }
 
 // As the output itself, a file that is saved from it takes the place only of what an earlier run saved there.
@@ -425,9 +427,8 @@ std::string ExportPath(const LocalSettings& settings, const NameValues& names,
 }
 
 void FinishOutput(BatchContext& context, const BatchRequest& request, const BatchScheme& scheme,
-                  const NameValues& names, const std::set<std::string>& sources, Id output,
-                  BatchOutcome* outcome) {
-  OutputSteps(context, request, scheme, names, sources, output, outcome).Run();
+                  const NameValues& names, const BatchSource& source, Id output, BatchOutcome* outcome) {
+  OutputSteps(context, request, scheme, names, source, output, outcome).Run();
 }
 
 }  // namespace qelm::filtering

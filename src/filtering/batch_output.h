@@ -3,7 +3,6 @@
 // keeps the next from being done.
 #pragma once
 
-#include <set>
 #include <string>
 
 #include "filtering/batch_names.h"
@@ -11,15 +10,16 @@
 
 namespace qelm::filtering {
 
+class BatchSource;
+
 // The file into which PDF or XML is saved for the scheme whose names these are.
 std::string ExportPath(const config::LocalSettings& settings, const NameValues& names,
                        const std::string& output_folder, host::SaveFormat format);
 
 // Does the steps on the open document or book. Documents that they change are saved before anything is made
-// from them. `sources` are the files of the source and those that it refers to: they stay. `outcome` gets the
-// steps and the files that were written.
+// from them. The files of the source and those that it refers to stay. `outcome` gets the steps and the files
+// that were written.
 void FinishOutput(BatchContext& context, const BatchRequest& request, const BatchScheme& scheme,
-                  const NameValues& names, const std::set<std::string>& sources, host::Id output,
-                  BatchOutcome* outcome);
+                  const NameValues& names, const BatchSource& source, host::Id output, BatchOutcome* outcome);
 
 }  // namespace qelm::filtering

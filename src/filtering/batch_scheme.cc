@@ -133,7 +133,7 @@ bool SchemeRun::MakeFolder() {
     return false;
   }
   kept_.emplace(platform, outcome_->folder);
-  if (platform.MakeFolder(outcome_->folder)) return source_.is_book() || UndoKilled();
+  if (platform.MakeFolder(outcome_->folder)) return true;
   steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
   Refuse(0, "QELM_MSG_FILTER_REP_9", common::WithReason(outcome_->folder, platform.LastError()));
   return false;
@@ -222,7 +222,7 @@ void SchemeRun::FilterBook() {
     TellResult(outcome_->output);
     for (const CopiedFile& file : run_.copied) outcome_->files.push_back(file.target);
     for (const std::string& removed : run_.removed_files) std::erase(outcome_->files, removed);
-    FinishOutput(context_, request_, batch_scheme_, names_, source_.Files(), book, outcome_);
+    FinishOutput(context_, request_, batch_scheme_, names_, source_, book, outcome_);
     EndFilling();
     // They may be there the next time.
     if (!PassedOver(run_).empty()) outcome_->complete = false;
@@ -275,7 +275,8 @@ bool SchemeRun::NotAsPlanned() {
   return false;
 }
 
-// From the look at what is there to the record of what was made, no other run may make the same.
+// From the look at what is there to the record of what was made, no other run may make the same. The copy of
+// a book marks the folder before it looks whether one does.
 void SchemeRun::FilterCopy() {
   const std::string name(common::FileName(source_.path()));
   const std::string target = common::JoinPath(outcome_->folder, name);
@@ -285,6 +286,7 @@ void SchemeRun::FilterCopy() {
     Refuse(kCopyFailed, "QELM_MSG_FILTER_REP_11", NotWritable(target));
     return;
   }
+  if (!UndoKilled()) return;
   CopyRecord record(host_.platform, outcome_->folder, name);
   if (!MayReplace(record)) return;
   host::OpenOptions options{.visible = false, .suppress_alerts = true, .as_new = true};
@@ -302,7 +304,7 @@ void SchemeRun::FilterCopy() {
       outcome_->files.push_back(target);
       TellResult(target);
       host_.documents.SetSwitch(copy, host::DocumentSwitch::kModified, true);
-      FinishOutput(context_, request_, batch_scheme_, names_, source_.Files(), copy, outcome_);
+      FinishOutput(context_, request_, batch_scheme_, names_, source_, copy, outcome_);
       EndFilling();
     }
   }

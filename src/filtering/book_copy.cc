@@ -101,12 +101,18 @@ bool BookCopy::CheckTarget(const CopyPlan::File& file, bool copied_before) {
     return Fail("QELM_MSG_FILTER_53", file.target);
   // The book of an earlier copy is open until somebody closes it, and would be taken for the new one.
   if (host_.documents.FindOpen(file.target) != kNone) return Fail("QELM_MSG_FILTER_54", file.target);
-  if (!exists) return true;
-  if (overwrite_ || (copied_before && record_.Has(file.target))) return true;
+  if (!exists) return NobodyMakes(file.target);
+  if (overwrite_ || (copied_before && record_.Has(file.target))) return NobodyMakes(file.target);
   if (copied_before && record_.Names(file.target)) return Fail("QELM_MSG_FILTER_74", file.target);
   if (copied_before || record_.source().empty()) return Fail("QELM_MSG_FILTER_60", file.target);
   why_ = messenger_.Format("QELM_MSG_FILTER_71", file.target, record_.source());
   return false;
+}
+
+// A batch may be about to put a document there.
+bool BookCopy::NobodyMakes(const std::string& target) {
+  if (!host_.platform.FolderExists(std::string(common::FolderOf(target)))) return true;
+  return host::HeldFile(host_.platform, target).Valid() || FailFile(target);
 }
 
 std::vector<std::string> BookCopy::Targets() const {

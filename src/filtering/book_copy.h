@@ -71,6 +71,7 @@ class BookCopy {
   bool Check();
   bool CheckTargets();
   bool CheckTarget(const CopyPlan::File& file, bool copied_before);
+  bool NobodyMakes(const std::string& target);
   std::vector<std::string> Targets() const;
   bool CheckSpace();
   bool CopyOne(std::size_t number, StagedFiles* staged);

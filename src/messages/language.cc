@@ -1,7 +1,5 @@
 #include "messages/language.h"
 
-#include <algorithm>
-
 #include "common/utf8.h"
 
 namespace qelm::messages {
@@ -32,12 +30,6 @@ std::optional<std::string_view> Language::Find(std::string_view section, std::st
   const auto found = read.index.find({section, id});
   if (found == read.index.end() || !read.entries[found->second].InUse()) return std::nullopt;
   return read.entries[found->second].text;
-}
-
-std::size_t Language::Count() const {
-  const std::vector<ReadEntry>& entries = file_.read.entries;
-  return static_cast<std::size_t>(
-      std::count_if(entries.begin(), entries.end(), std::mem_fn(&ReadEntry::InUse)));
 }
 
 }  // namespace qelm::messages

@@ -8,7 +8,6 @@
 //   msgstr "There is no active document."
 #pragma once
 
-#include <cstddef>
 #include <functional>
 #include <map>
 #include <memory>
@@ -40,8 +39,6 @@ class Language {
 
   // The text of an id; nothing when there is none. Holds until the next reading.
   std::optional<std::string_view> Find(std::string_view section, std::string_view id) const;
-
-  std::size_t Count() const;
 
  private:
   // The entries of a file, and its content, which they are views into and which so never moves.

@@ -454,6 +454,17 @@ TEST(BookFilter, FolderThatAnotherRunFillsStaysAsItIs) {
   EXPECT_EQ(session.FilterThrough(session.inner(), NoX(), Copying()), kCopyFailed);
   EXPECT_NE(session.run.why.find("another run"), std::string::npos) << session.run.why;
   EXPECT_EQ(session.Files("out"), before);
+
+  // Or is about to put one of the files there.
+  const std::string target = session.folder.File("second/b.mif");
+  ASSERT_TRUE(other.MakeFolder(session.folder.File("second")) && other.HoldFile(target));
+  FilterRun wanted = Copying();
+  wanted.output_folder = session.folder.File("second");
+  session.inner().documents.Activate(session.book);
+  EXPECT_EQ(session.FilterThrough(session.inner(), NoX(), wanted), kCopyFailed);
+  EXPECT_NE(session.run.why.find("another run"), std::string::npos) << session.run.why;
+  other.ReleaseFile(target);
+  EXPECT_TRUE(session.Files("second").empty());
 }
 
 TEST(BookFilter, FilesFromElsewhereGiveWayToTheBooksOwn) {

@@ -292,7 +292,7 @@ std::string ReplaceBeside(const std::string& given, const FileContent& content, 
 }
 
 FileHold::FileHold(const std::string& path, bool ignore_locks, std::string* why)
-    : file_(CreateBeside(Resolved(path), std::string(kHeld), kOwnerOnly, ignore_locks, &name_, why)) {}
+    : file_(CreateBeside(path, std::string(kHeld), kOwnerOnly, ignore_locks, &name_, why)) {}
 
 // While it is still locked, so that nobody who waits takes it for an abandoned one.
 FileHold::~FileHold() {

@@ -35,8 +35,8 @@ struct FileContent {
 // then.
 std::string ReplaceBeside(const std::string& path, const FileContent& content, bool ignore_locks);
 
-// Keeps other runs from making a file and what belongs to it, as long as it lives: by a file beside that is
-// locked as that of a writer is, but has a name of its own (".qelm-NAME.held.new").
+// Keeps other runs from making a file of this name, and what belongs to it, as long as it lives: by a file
+// beside that is locked as that of a writer is, but has a name of its own (".qelm-NAME.held.new").
 class FileHold {
  public:
   // Waits for another's as a writer does. Not Valid(), with `why`, when that stays.

@@ -234,7 +234,7 @@ bool PosixPlatform::IsUnfinished(const std::string& folder) {
 }
 
 bool PosixPlatform::HoldFile(const std::string& path) {
-  if (!StaysInside(path, LastPart::kFollowed)) return false;
+  if (!StaysInside(path, LastPart::kItself)) return false;
   std::string why;
   auto hold = std::make_unique<FileHold>(path, ignore_locks_, &why);
   if (!hold->Valid()) return Fail(std::move(why));
