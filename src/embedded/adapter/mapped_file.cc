@@ -1,9 +1,12 @@
 #include "embedded/adapter/mapped_file.h"
 
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <csignal>
@@ -35,6 +38,16 @@ std::uintptr_t AddressOf(const void* at) { return reinterpret_cast<std::uintptr_
 std::uintptr_t PageSize() {
   static const auto size = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
   return size;
+}
+
+// Where other machines may write to a file, whether one did is seen only after some time.
+bool IsOfThisMachine(int file) {
+  constexpr std::uint32_t kLocal[] = {EXT4_SUPER_MAGIC, XFS_SUPER_MAGIC,       BTRFS_SUPER_MAGIC,
+                                      TMPFS_MAGIC,      OVERLAYFS_SUPER_MAGIC, F2FS_SUPER_MAGIC};
+  struct statfs system {};
+  return ::fstatfs(file, &system) == 0 &&
+         std::find(std::begin(kLocal), std::end(kLocal), static_cast<std::uint32_t>(system.f_type)) !=
+             std::end(kLocal);
 }
 
 Mapping* MappingAt(std::uintptr_t at) {
@@ -134,7 +147,8 @@ std::optional<model::SourceBytes> MapLargeFile(const std::string& path) {
   Descriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   struct stat state {};
   if (!file.Valid() || ::fstat(file.Get(), &state) != 0) return std::nullopt;
-  if (!S_ISREG(state.st_mode) || state.st_size < kLarge || !Watch()) return std::nullopt;
+  if (!S_ISREG(state.st_mode) || state.st_size < kLarge) return std::nullopt;
+  if (!IsOfThisMachine(file.Get()) || !Watch()) return std::nullopt;
   std::shared_ptr<const MappedFile> mapped = MakeMappedFile();
   const char* const bytes = mapped == nullptr ? nullptr : mapped->Map(file.Release(), state);
   if (bytes == nullptr) return std::nullopt;

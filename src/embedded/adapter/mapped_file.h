@@ -17,8 +17,8 @@
 
 namespace qelm::embedded::adapter {
 
-// The bytes of a file of some megabytes. Nothing for a smaller one and where it cannot be mapped: it is to be
-// read.
+// The bytes of a file of some megabytes. Nothing for a smaller one, for one that lies on another machine and
+// where it cannot be mapped: it is to be read.
 std::optional<model::SourceBytes> MapLargeFile(const std::string& path);
 
 // Whether the mapped files that the pieces are out of, if any, are as they were.
