@@ -5,6 +5,7 @@
 
 #include "filtering/batch_names.h"
 #include "filtering/batch_run.h"
+#include "filtering/copy_record.h"
 
 namespace qelm::filtering {
 
@@ -13,10 +14,10 @@ std::string ExportPath(const config::LocalSettings& settings, const NameValues& 
                        const std::string& output_folder, host::SaveFormat format);
 
 // Does the steps on the open document or book. Documents that they change are saved before anything is made
-// from them. `sources` are the files of the source and those that it refers to: they stay. `outcome` gets the
-// steps and the files that were written.
+// from them. `sources` are the files of the source and those that it refers to: they stay. `record` is that
+// of the output, which has begun. `outcome` gets the steps and the files that were written.
 void FinishOutput(BatchContext& context, const BatchRequest& request, const BatchScheme& scheme,
                   const NameValues& names, const std::vector<std::string>& sources, host::Id output,
-                  BatchOutcome* outcome);
+                  CopyRecord& record, BatchOutcome* outcome);
 
 }  // namespace qelm::filtering
