@@ -17,9 +17,11 @@
 #include "common/result_codes.h"
 #include "common/version.h"
 #include "config/settings_table.h"
+#include "embedded/adapter/book_update.h"
 #include "filtering/batch_filter.h"
 #include "filtering/batch_names.h"
 #include "filtering/batch_scheme.h"
+#include "filtering/linked_files.h"
 #include "host/contexts.h"
 #include "schemes/scheme_loading.h"
 
@@ -66,36 +68,6 @@ std::string Absolute(const std::string& path) {
 void AddFile(const std::string& path, Json* files) {
   const Json state = FileState(path);
   files->push_back(state.is_null() ? Json(path) : state);
-}
-
-// Adds the files that the document shows, takes text from or refers to; of those that were not known the
-// insets go into `insets`.
-void AddLinks(host::Host& host, host::Id document, std::set<std::string>* paths,
-              std::vector<std::string>* insets) {
-  std::vector<host::Link> links;
-  if (document == host::kNone || !host.links.Read(document, &links)) return;
-  for (const host::Link& link : links) {
-    // What a cross-reference says comes from the file that it leads to.
-    if (link.path.empty() || link.kind == host::LinkKind::kHypertext) continue;
-    const bool is_new = paths->insert(link.path).second;
-    if (is_new && link.kind == host::LinkKind::kTextInset) insets->push_back(link.path);
-  }
-}
-
-// All files that decide, besides the documents themselves, what these show: insets may have insets.
-std::set<std::string> FilesBehind(host::Host& host, const std::vector<host::Id>& documents) {
-  std::set<std::string> paths;
-  std::vector<std::string> insets;
-  for (const host::Id document : documents) AddLinks(host, document, &paths, &insets);
-  while (!insets.empty()) {
-    const std::string path = std::move(insets.back());
-    insets.pop_back();
-    host::OpenStatus status = host::OpenStatus::kUnreadable;
-    const host::Id inset = host.documents.Open(path, {.visible = false, .suppress_alerts = true}, &status);
-    AddLinks(host, inset, &paths, &insets);
-    if (status == host::OpenStatus::kOpened) host.documents.Close(inset, /*discard=*/true);
-  }
-  return paths;
 }
 
 class BatchCommand : public Command {
@@ -230,7 +202,8 @@ Json BatchCommand::SourceFiles(Session& session, const BatchRequest& request) {
   } else if (source.id() != host::kNone) {
     documents.push_back(source.id());
   }
-  for (const std::string& path : FilesBehind(host, documents)) AddFile(path, &files);
+  for (const std::string& path : filtering::FilesBehind(host, documents, filtering::LinksThatCount::kShown))
+    AddFile(path, &files);
   return files;
 }
 
@@ -349,7 +322,7 @@ Outcome BatchCommand::Run(Session& session) {
   records_.emplace(common::JoinPath(folder, kRecordFolder), request.source + '\n' + request.configuration,
                    Inputs(session, request));
   filtering::BatchContext context = BatchContextOf(session.plugin());
-  context.only_findings = HasOnlyFindings;
+  context.findings_code = embedded::adapter::kNotAllUpdatedCode;
   const BatchRun run = filtering::RunBatchFilter(context, request, Hooks(session, request));
   workers_.reset();
   held_.reset();

@@ -8,6 +8,7 @@
 #include "common/content_hash.h"
 #include "common/paths.h"
 #include "filtering/batch_names.h"
+#include "filtering/copy_record.h"
 
 namespace qelm::cli {
 namespace {
@@ -17,8 +18,6 @@ using filtering::BatchOutcome;
 using filtering::BatchScheme;
 using filtering::BatchStep;
 using Json = nlohmann::ordered_json;
-
-constexpr std::uintmax_t kLargestRecord = 16'000'000;  // bytes: far more files than a book has
 
 Json StepJson(const BatchStep& step) {
   return {{"format", step.format},
@@ -107,7 +106,7 @@ std::optional<Json> BatchRecords::Read(const BatchScheme& scheme) const {
   const std::string path = PathOf(scheme);
   std::error_code error;
   // A pipe would never come to its end.
-  if (!fs::is_regular_file(path, error) || fs::file_size(path, error) > kLargestRecord || error) {
+  if (!fs::is_regular_file(path, error) || fs::file_size(path, error) > filtering::kLargestRecord || error) {
     return std::nullopt;
   }
   std::ifstream file(path, std::ios::binary);

@@ -50,8 +50,6 @@ struct Workplace {
 
 }  // namespace
 
-bool HasOnlyFindings(std::string_view why) { return why.ends_with(embedded::adapter::kNotAllUpdated); }
-
 BatchWorkers::BatchWorkers(const Options& options, const Environment& environment,
                            const filtering::BatchRequest& request, std::vector<BatchScheme> schemes,
                            std::size_t count, Hooks hooks)
@@ -93,7 +91,7 @@ void BatchWorkers::Work() {
     try {
       if (!place) place.emplace(options_, environment);
       filtering::BatchContext context = BatchContextOf(place->session.plugin());
-      context.only_findings = HasOnlyFindings;
+      context.findings_code = embedded::adapter::kNotAllUpdatedCode;
       if (place->found.schemes.empty()) place->found = filtering::FindBatchSchemes(context, request_);
       if (!place->source) place->source.emplace(place->session.roles(), request_);
       hooks_.before(scheme);

@@ -19,9 +19,6 @@
 
 namespace qelm::cli {
 
-// Whether a book's update that failed for this reason could read and write its files.
-bool HasOnlyFindings(std::string_view why);
-
 class BatchWorkers {
  public:
   struct Result {

@@ -173,7 +173,7 @@ Outcome FilterBook(Session& session, host::Id book, const std::string& scheme) {
   }
   // References without a target keep a book from being updated in full, and are what was asked for.
   const bool only_references =
-      !run.dangling.empty() && run.not_updated.ends_with(embedded::adapter::kNotAllUpdated);
+      !run.dangling.empty() && run.not_updated_code == embedded::adapter::kNotAllUpdatedCode;
   const bool not_updated = !run.not_updated.empty() && !only_references;
   if (PassedOver(run) != 0 || !run.unchanged_links.empty() || not_updated) {
     outcome.status = ExitStatus::kFound;

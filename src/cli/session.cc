@@ -7,6 +7,7 @@
 #include "cli/exit_status.h"
 #include "common/text.h"
 #include "config/read_settings.h"
+#include "filtering/copy_record.h"
 #include "host/notifications.h"
 #include "messages/document_name.h"
 #include "xpath/engine.h"
@@ -91,6 +92,9 @@ void Session::Start(bool install) {
   host.major_version = options_.host_version;
   host.documents = environment_.documents;
   host.overwrite_changed = options_.overwrite;
+  host.of_complete_copy = [this](const std::string& folder, const std::string& file) {
+    return filtering::IsOfCompleteCopy(platform_, folder, file);
+  };
   platform_.SetIgnoreLocks(options_.ignore_lock);
   host.file_error = [this] { return platform_.LastError(); };
   host_ = std::make_unique<embedded::adapter::EmbeddedHost>(host, user_, dialogs_, clients_, platform_);

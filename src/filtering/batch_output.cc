@@ -102,7 +102,7 @@ constexpr UpdatePart kUpdateParts[] = {
 class OutputSteps {
  public:
   OutputSteps(BatchContext& context, const BatchRequest& request, const BatchScheme& scheme,
-              const NameValues& names, const std::vector<std::string>& sources, Id output, CopyRecord& record,
+              const NameValues& names, const std::set<std::string>& sources, Id output, CopyRecord& record,
               BatchOutcome* outcome)
       : context_(context),
         host_(context.host),
@@ -149,7 +149,7 @@ class OutputSteps {
   const LocalSettings& settings_;
   const BatchScheme& scheme_;
   const NameValues& names_;
-  const std::vector<std::string>& sources_;
+  const std::set<std::string>& sources_;
   Id output_;
   bool is_book_;
   CopyRecord& record_;
@@ -329,10 +329,10 @@ void OutputSteps::UpdateBook() {
   if (host_.books.Update(output_, flags)) {
     steps_.Say(kStepLine, "QELM_MSG_FILTER_REP_71");
   } else {
-    const std::string why = HostSays();
-    steps_.Say(kStepErrorLine, "QELM_MSG_FILTER_REP_72", why);
+    const std::int32_t code = host_.documents.ErrorCode();
+    steps_.Say(kStepErrorLine, "QELM_MSG_FILTER_REP_72", HostSays());
     // A file that cannot be read or written now may be there the next time.
-    if (context_.only_findings && !context_.only_findings(why)) outcome_->complete = false;
+    if (code != context_.findings_code) outcome_->complete = false;
   }
   if (settings_.bf_bu_show_book_error_log) host_.books.ShowErrorLog(output_);
 }
@@ -395,14 +395,21 @@ void OutputSteps::Export(const ExportForm& form) {
     Incomplete(kStepErrorLine, "QELM_MSG_FILTER_REP_84", options.path);
     return;
   }
-  const std::unique_ptr<CopyRecord> beside = RecordBeside(options.path);
-  if (!MayReplace(options.path, beside.get())) return;
   const std::string folder = FolderFromOutput(outcome_->folder, settings_.*form.folder);
   const host::KeptFolder kept(host_.platform, folder);
   if (!host_.platform.MakeFolder(folder)) {
     Incomplete(kStepErrorLine, form.no_folder_id, common::WithReason(folder, host_.platform.LastError()));
     return;
   }
+  // Schemes of other runs may save theirs into the same folder.
+  const host::HeldFile held(host_.platform, options.path);
+  if (!held.Valid()) {
+    const std::string why = host_.platform.LastError();
+    Incomplete(kStepErrorLine, form.not_saved_id, common::WithReason(options.path, why));
+    return;
+  }
+  const std::unique_ptr<CopyRecord> beside = RecordBeside(options.path);
+  if (!MayReplace(options.path, beside.get())) return;
   if (form.format == host::SaveFormat::kPdf) {
     options.pdf_job_options = settings_.bf_post_process_pdf_job_options;
     options.pdf_page_width = settings_.pdf_page_width;
@@ -434,7 +441,7 @@ std::string ExportPath(const LocalSettings& settings, const NameValues& names,
 }
 
 void FinishOutput(BatchContext& context, const BatchRequest& request, const BatchScheme& scheme,
-                  const NameValues& names, const std::vector<std::string>& sources, Id output,
+                  const NameValues& names, const std::set<std::string>& sources, Id output,
                   CopyRecord& record, BatchOutcome* outcome) {
   OutputSteps(context, request, scheme, names, sources, output, record, outcome).Run();
 }

@@ -3,6 +3,9 @@
 // keeps the next from being done.
 #pragma once
 
+#include <set>
+#include <string>
+
 #include "filtering/batch_names.h"
 #include "filtering/batch_run.h"
 #include "filtering/copy_record.h"
@@ -17,7 +20,7 @@ std::string ExportPath(const config::LocalSettings& settings, const NameValues& 
 // from them. `sources` are the files of the source and those that it refers to: they stay. `record` is that
 // of the output, which has begun. `outcome` gets the steps and the files that were written.
 void FinishOutput(BatchContext& context, const BatchRequest& request, const BatchScheme& scheme,
-                  const NameValues& names, const std::vector<std::string>& sources, host::Id output,
+                  const NameValues& names, const std::set<std::string>& sources, host::Id output,
                   CopyRecord& record, BatchOutcome* outcome);
 
 }  // namespace qelm::filtering

@@ -91,9 +91,9 @@ struct BatchContext {
   std::string notification_client = {};
   bool notify = false;
   bool overwrite = false;  // as in the run of a filter
-  // Whether a book's update that failed for this reason could read and write its files, so that the next one
-  // would find the same. Without one every failure is taken for that.
-  std::function<bool(std::string_view why)> only_findings = {};
+  // The host's error code of a book's update that could read and write its files, so that the next one would
+  // find the same. After any other failure a scheme is not complete.
+  std::int32_t findings_code = 0;
 };
 
 // The paragraph formats of the batch's report.

@@ -1,7 +1,5 @@
 #include "filtering/batch_scheme.h"
 
-#include <unordered_set>
-
 #include "common/paths.h"
 #include "common/strings.h"
 #include "common/text.h"
@@ -9,6 +7,7 @@
 #include "filtering/book_filter.h"
 #include "filtering/components.h"
 #include "filtering/copy_record.h"
+#include "filtering/linked_files.h"
 #include "filtering/staged_files.h"
 #include "schemes/scheme_loading.h"
 
@@ -64,10 +63,10 @@ class SchemeRun {
   FilterContext Filter();
   void FilterBook();
   void FilterCopy();
-  std::vector<std::string> SourceFiles();
   bool MayReplace();
   bool IsAsPlanned();
-  void Redirect(Id copy);
+  bool NotAsPlanned();
+  bool Redirect(Id copy);
   bool Filtered(std::int32_t result);
   void TellResult(const std::string& path);
   void TellFindings();
@@ -225,39 +224,13 @@ void SchemeRun::FilterBook() {
     TellResult(outcome_->output);
     for (const CopiedFile& file : run_.copied) outcome_->files.push_back(file.target);
     for (const std::string& removed : run_.removed_files) std::erase(outcome_->files, removed);
-    FinishOutput(context_, request_, batch_scheme_, names_, SourceFiles(), book, *record_, outcome_);
+    FinishOutput(context_, request_, batch_scheme_, names_, source_.Files(), book, *record_, outcome_);
     EndFilling();
     // They may be there the next time.
     if (!PassedOver(run_).empty()) outcome_->complete = false;
   }
   for (const Id document : copies_) host_.documents.Close(document, /*discard=*/true);
   if (book != kNone && book != source_.id()) host_.documents.Close(book, /*discard=*/true);
-}
-
-// Empty where nothing is saved that could take the place of one.
-std::vector<std::string> SchemeRun::SourceFiles() {
-  const config::LocalSettings& settings = request_.settings;
-  if (!settings.bf_post_process_default_enable_pdf_save &&
-      !settings.bf_post_process_default_enable_xml_save) {
-    return {};
-  }
-  std::unordered_set<std::string> files;
-  for (const CopiedFile& file : run_.copied) files.insert(file.source);
-  std::vector<Id> documents;
-  if (!source_.is_book()) documents.push_back(source_.id());
-  for (Id component = source_.is_book() ? host_.books.FirstComponent(source_.id()) : kNone;
-       component != kNone; component = host_.books.NextComponent(source_.id(), component)) {
-    files.emplace(host_.books.ComponentPath(source_.id(), component));
-    documents.push_back(host_.books.ComponentDocument(source_.id(), component));
-  }
-  std::vector<host::Link> links;
-  for (const Id document : documents) {
-    if (document == kNone || !host_.links.Read(document, &links)) continue;
-    for (const host::Link& link : links) {
-      if (!link.path.empty()) files.insert(link.path);
-    }
-  }
-  return {files.begin(), files.end()};
 }
 
 // What no earlier run put there is somebody's, and what somebody has changed since.
@@ -277,11 +250,8 @@ bool SchemeRun::MayReplace() {
     Refuse(kCopyFailed, id, target);
     return false;
   };
-  if (host_.platform.SameFile(source_.path(), target)) return refuse("QELM_MSG_FILTER_53");
-  std::vector<host::Link> links;
-  host_.links.Read(source_.id(), &links);
-  for (const host::Link& link : links) {
-    if (!link.path.empty() && host_.platform.SameFile(link.path, target)) return refuse("QELM_MSG_FILTER_53");
+  for (const std::string& file : source_.Files()) {
+    if (host_.platform.SameFile(file, target)) return refuse("QELM_MSG_FILTER_53");
   }
   if (host_.documents.FindOpen(target) != kNone) return refuse("QELM_MSG_FILTER_54");
   if (context_.overwrite || batch_scheme_.replaces_own || made) return true;
@@ -292,15 +262,25 @@ bool SchemeRun::MayReplace() {
 // it was read when the batch began.
 bool SchemeRun::IsAsPlanned() {
   const std::string_view state = host_.documents.FileStateAsRead(source_.id());
-  if (state.empty() || state == host_.platform.FileState(source_.path())) return true;
+  return state.empty() || state == host_.platform.FileState(source_.path()) || NotAsPlanned();
+}
+
+bool SchemeRun::NotAsPlanned() {
   steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
   Refuse(kCopyFailed, "QELM_MSG_FILTER_72", source_.path());
   return false;
 }
 
+// From the look at what is there to the record of what was made, no other run may make the same.
 void SchemeRun::FilterCopy() {
   const std::string name(common::FileName(source_.path()));
   const std::string target = common::JoinPath(outcome_->folder, name);
+  const host::HeldFile held(host_.platform, target);
+  if (!held.Valid()) {
+    steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
+    Refuse(kCopyFailed, "QELM_MSG_FILTER_REP_11", NotWritable(target));
+    return;
+  }
   record_ = std::make_unique<CopyRecord>(host_.platform, outcome_->folder, name);
   if (!MayReplace()) return;
   host::OpenOptions options{.visible = false, .suppress_alerts = true, .as_new = true};
@@ -309,8 +289,7 @@ void SchemeRun::FilterCopy() {
   if (copy == kNone || !host_.documents.SetPath(copy, target)) {
     steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
     Refuse(kCopyFailed, "QELM_MSG_FILTER_REP_10", std::string(host_.documents.LastError()));
-  } else if (IsAsPlanned()) {
-    Redirect(copy);
+  } else if (IsAsPlanned() && Redirect(copy)) {
     run_.is_copy = true;
     host_.documents.Activate(copy);
     FilterContext filter = Filter();
@@ -321,7 +300,7 @@ void SchemeRun::FilterCopy() {
       outcome_->files.push_back(target);
       TellResult(target);
       host_.documents.SetSwitch(copy, host::DocumentSwitch::kModified, true);
-      FinishOutput(context_, request_, batch_scheme_, names_, SourceFiles(), copy, *record_, outcome_);
+      FinishOutput(context_, request_, batch_scheme_, names_, source_.Files(), copy, *record_, outcome_);
       EndFilling();
     }
   }
@@ -329,18 +308,21 @@ void SchemeRun::FilterCopy() {
 }
 
 // Relative paths lead from the output folder to what they led to from the source.
-void SchemeRun::Redirect(Id copy) {
-  if (source_.Plan() == nullptr) return;
+bool SchemeRun::Redirect(Id copy) {
+  if (source_.Plan() == nullptr) return true;
   CopyPlan plan = *source_.Plan();
   plan.ChooseTargets(outcome_->folder);
   const std::vector<CopyPlan::Rewrite> rewrites = plan.RewritesFor(0, /*redirect=*/false);
   std::vector<host::Link> links;
-  if (rewrites.empty() || !host_.links.Read(copy, &links)) return;
+  if (rewrites.empty() || !host_.links.Read(copy, &links)) return true;
   for (const CopyPlan::Rewrite& rewrite : rewrites) {
-    if (rewrite.link < links.size() && host_.links.SetPath(copy, links[rewrite.link], rewrite.path)) continue;
+    const host::Link* link = CopyPlan::Find(links, rewrite);
+    if (link == nullptr) return NotAsPlanned();
+    if (host_.links.SetPath(copy, *link, rewrite.path)) continue;
     steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_21", std::string(host_.documents.LastError()));
-    return;
+    break;
   }
+  return true;
 }
 
 bool SchemeRun::Filtered(std::int32_t result) {
@@ -420,6 +402,21 @@ const CopyPlan* BatchSource::Plan() const {
     if (!plan_->AddComponent(id_, id_)) plan_.reset();
   }
   return plan_ ? &*plan_ : nullptr;
+}
+
+const std::set<std::string>& BatchSource::Files() const {
+  if (files_ || id_ == kNone) return files_ ? *files_ : files_.emplace();
+  std::vector<Id> documents;
+  std::set<std::string> own{path_};
+  if (!is_book_) documents.push_back(id_);
+  for (Id component = is_book_ ? host_.books.FirstComponent(id_) : kNone; component != kNone;
+       component = host_.books.NextComponent(id_, component)) {
+    own.emplace(host_.books.ComponentPath(id_, component));
+    documents.push_back(host_.books.ComponentDocument(id_, component));
+  }
+  files_ = FilesBehind(host_, documents, LinksThatCount::kAll);
+  files_->merge(own);
+  return *files_;
 }
 
 Id BatchSource::Open(const std::string& path) {

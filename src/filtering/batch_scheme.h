@@ -6,6 +6,8 @@
 #pragma once
 
 #include <optional>
+#include <set>
+#include <string>
 
 #include "filtering/batch_names.h"
 #include "filtering/batch_run.h"
@@ -32,6 +34,9 @@ class BatchSource {
   // told. Copies choose their targets in copies of it.
   const CopyPlan* Plan() const;
 
+  // The files of the source and those that it refers to, its insets too, read when they are first asked for.
+  const std::set<std::string>& Files() const;
+
  private:
   host::Id Open(const std::string& path);
 
@@ -43,6 +48,7 @@ class BatchSource {
   std::vector<host::Id> opened_;
   mutable std::optional<CopyPlan> plan_;
   mutable bool planned_ = false;
+  mutable std::optional<std::set<std::string>> files_;
 };
 
 // Filters by one scheme, which is read from the open settings document.

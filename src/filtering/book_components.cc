@@ -156,7 +156,10 @@ void BookComponents::Update() {
   context_.messenger.ShowStatus({"QELM - Filtering", "Please wait...", "Updating the new book...", ""});
   run_.not_updated = SourceInCopy();
   if (run_.not_updated.empty() && host_.books.Update(book_, kUpdated)) return;
-  if (run_.not_updated.empty()) run_.not_updated = host_.documents.LastError();
+  if (run_.not_updated.empty()) {
+    run_.not_updated = host_.documents.LastError();
+    run_.not_updated_code = host_.documents.ErrorCode();
+  }
   if (run_.not_updated.empty()) run_.not_updated = context_.messenger.Get("QELM_MSG_FILTER_73");
   if (!run_.prompts) return;
   context_.messenger.AlertFormatted("QELM_MSG_FILTER_56",

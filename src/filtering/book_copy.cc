@@ -145,23 +145,24 @@ bool BookCopy::Redirect(std::size_t number, const std::string& copy) {
   const Id document = host_.documents.Open(copy, {.visible = false, .suppress_alerts = true}, &status);
   if (document == kNone) return HostSays(file.source);
   // References are written relative to where the document says that it is.
-  const bool done = host_.documents.SetPath(document, file.target) &&
-                    SetLinks(document, rewrites, file.target) && SaveCopy(document, copy);
-  if (!done) HostSays(file.source);
+  const bool done = host_.documents.SetPath(document, file.target) && SetLinks(document, rewrites, file) &&
+                    SaveCopy(document, copy);
+  if (!done && why_.empty()) HostSays(file.source);
   host_.documents.Close(document, true);
   return done;
 }
 
 // A link that the host cannot change stays and is named; the book is no worse than it was for it.
 bool BookCopy::SetLinks(Id document, const std::vector<CopyPlan::Rewrite>& rewrites,
-                        const std::string& target) {
+                        const CopyPlan::File& file) {
   std::vector<host::Link> links;
   if (!host_.links.Read(document, &links)) return false;
   for (const CopyPlan::Rewrite& rewrite : rewrites) {
-    if (rewrite.link >= links.size()) return false;
-    const host::Link& link = links[rewrite.link];
-    if (host_.links.SetPath(document, link, rewrite.path)) continue;
-    unchanged_links_.push_back(target + ": " + std::string(LinkKindName(link.kind)) + " to " + rewrite.path);
+    const host::Link* link = CopyPlan::Find(links, rewrite);
+    if (link == nullptr) return Fail("QELM_MSG_FILTER_72", file.source);
+    if (host_.links.SetPath(document, *link, rewrite.path)) continue;
+    unchanged_links_.push_back(file.target + ": " + std::string(LinkKindName(link->kind)) + " to " +
+                               rewrite.path);
   }
   return true;
 }
@@ -174,7 +175,7 @@ bool BookCopy::NameComponents(const std::string& copy) {
   const std::optional<SameComponents> components = ComponentsOf(book);
   const bool done = components && host_.documents.SetPath(book, target) &&
                     NameComponents(book, *components) && SaveCopy(book, copy);
-  if (components && !done) HostSays(plan_.Files().front().source);
+  if (!done && why_.empty()) HostSays(plan_.Files().front().source);
   host_.documents.Close(book, true);
   return done;
 }

@@ -74,7 +74,8 @@ class BookCopy {
   bool CheckSpace();
   bool CopyOne(std::size_t number, StagedFiles* staged);
   bool Redirect(std::size_t number, const std::string& copy);
-  bool SetLinks(host::Id document, const std::vector<CopyPlan::Rewrite>& rewrites, const std::string& target);
+  bool SetLinks(host::Id document, const std::vector<CopyPlan::Rewrite>& rewrites,
+                const CopyPlan::File& file);
   bool NameComponents(const std::string& copy);
   bool NameComponents(host::Id book, const SameComponents& components);
   bool NameLeftOut(host::Id book, host::Id component, const std::string& source);

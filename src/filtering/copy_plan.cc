@@ -40,6 +40,19 @@ std::string Below(const std::string& from, const std::string& path) {
   return outside ? std::string() : relative;
 }
 
+// What of a link is the same wherever its document lies. The file that it leads to may be found with another
+// ending, or in other letters.
+std::uint64_t LooksOf(const host::Link& link) {
+  std::string text(1, static_cast<char>('0' + static_cast<int>(link.kind)));
+  text.append(link.target).append(1, '\n').append(link.command).append(1, '\n');
+  const std::string_view name = common::FileName(link.path);
+  for (const char c : name.substr(0, name.find('.'))) {
+    if (c >= 'A' && c <= 'Z') text += static_cast<char>(c - 'A' + 'a');
+    if (c >= ' ' && c <= '~' && !(c >= 'A' && c <= 'Z')) text += c;
+  }
+  return std::hash<std::string>()(text);
+}
+
 }  // namespace
 
 CopyPlan::CopyPlan(host::Host& host, Id book) : host_(host) {
@@ -83,7 +96,7 @@ bool CopyPlan::ReadReferences(std::size_t file, Id document) {
   }
   std::vector<host::Link> links;
   if (!host_.links.Read(document, &links)) return false;
-  for (std::uint32_t i = 0; i < links.size(); ++i) AddReference(file, i, links[i].kind, links[i].path);
+  for (std::uint32_t i = 0; i < links.size(); ++i) AddReference(file, i, links[i], links[i].path);
   return true;
 }
 
@@ -95,16 +108,23 @@ bool CopyPlan::ReadReferencesOfFile(std::size_t file) {
   for (std::uint32_t i = 0; i < links.size(); ++i) {
     const std::string& path = links[i].path;
     const bool relative = !path.empty() && !IsAbsolute(path);
-    AddReference(file, i, links[i].kind, relative ? common::JoinPath(folder, path) : path);
+    AddReference(file, i, links[i], relative ? common::JoinPath(folder, path) : path);
   }
   return true;
 }
 
-void CopyPlan::AddReference(std::size_t file, std::uint32_t number, LinkKind kind, const std::string& path) {
+void CopyPlan::AddReference(std::size_t file, std::uint32_t number, const host::Link& link,
+                            const std::string& path) {
   if (path.empty()) return;
-  const bool inset = kind == LinkKind::kTextInset;
-  const bool shown = inset || kind == LinkKind::kGraphic;
-  files_[file].references.push_back({number, Intern(PlainPath(host_.platform, path)), false, shown, inset});
+  const bool inset = link.kind == LinkKind::kTextInset;
+  const bool shown = inset || link.kind == LinkKind::kGraphic;
+  const std::uint32_t interned = Intern(PlainPath(host_.platform, path));
+  files_[file].references.push_back({number, LooksOf(link), interned, false, shown, inset});
+}
+
+const host::Link* CopyPlan::Find(const std::vector<host::Link>& links, const Rewrite& rewrite) {
+  const bool same = rewrite.link < links.size() && LooksOf(links[rewrite.link]) == rewrite.looks;
+  return same ? &links[rewrite.link] : nullptr;
 }
 
 // Opened as new, a document lies nowhere: what is absolute then is written so.
@@ -202,7 +222,7 @@ std::vector<CopyPlan::Rewrite> CopyPlan::RewritesFor(std::size_t number, bool re
     const std::uint64_t key = std::uint64_t{reference.path} * 2 + (reference.absolute ? 1 : 0);
     const auto [entry, is_new] = known.try_emplace(key);
     if (is_new) entry->second = NewPath(file, reference, redirect);
-    if (!entry->second.empty()) rewrites.push_back({reference.link, entry->second});
+    if (!entry->second.empty()) rewrites.push_back({reference.link, reference.looks, entry->second});
   }
   return rewrites;
 }

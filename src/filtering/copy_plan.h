@@ -18,11 +18,12 @@ namespace qelm::filtering {
 class CopyPlan {
  public:
   struct Reference {
-    std::uint32_t link = 0;  // its place among the links of the document
-    std::uint32_t path = 0;  // of the file that it leads to, in the plan's list of paths
-    bool absolute = false;   // as it is written; known when the file's spelling is
-    bool shown = false;      // what it leads to is shown in the document: a graphic, an inset
-    bool inset = false;      // of these, an inset
+    std::uint32_t link = 0;   // its place among the links of the document,
+    std::uint64_t looks = 0;  // and by what it is known there (LooksOf)
+    std::uint32_t path = 0;   // of the file that it leads to, in the plan's list of paths
+    bool absolute = false;    // as it is written; known when the file's spelling is
+    bool shown = false;       // what it leads to is shown in the document: a graphic, an inset
+    bool inset = false;       // of these, an inset
   };
   struct File {
     CopiedFile::Role role = CopiedFile::Role::kComponent;
@@ -35,6 +36,7 @@ class CopyPlan {
   };
   struct Rewrite {
     std::uint32_t link = 0;
+    std::uint64_t looks = 0;
     std::string path;
   };
   static constexpr std::size_t kNoFile = static_cast<std::size_t>(-1);
@@ -60,6 +62,10 @@ class CopyPlan {
   // copied files change. The file is read once more where it matters how its references are written.
   std::vector<Rewrite> RewritesFor(std::size_t file, bool redirect);
 
+  // The link that is to be rewritten, among those of another reading of the document; null where they are not
+  // the same: one that was edited may have them in another order than its file has.
+  static const host::Link* Find(const std::vector<host::Link>& links, const Rewrite& rewrite);
+
   std::vector<CopiedFile> CopiedFiles() const;
 
  private:
@@ -67,7 +73,7 @@ class CopyPlan {
   bool ReadReferences(std::size_t file, host::Id document);
   bool ReadReferencesOfFile(std::size_t file);
   bool ReadAsWritten(std::size_t file, std::vector<host::Link>* links);
-  void AddReference(std::size_t file, std::uint32_t number, host::LinkKind kind, const std::string& path);
+  void AddReference(std::size_t file, std::uint32_t number, const host::Link& link, const std::string& path);
   std::uint32_t Intern(const std::string& path);
   void ReadInset(std::size_t file);
   void LearnSpelling(std::size_t file);

@@ -21,10 +21,9 @@ constexpr std::string_view kAsWord = "as ";
 constexpr std::string_view kMadeWord = "made ";
 constexpr std::string_view kCompleteLine = "complete";
 constexpr char kEnding[] = ".txt";  // whatever the copied file's is: ".new" would be that of a file beside
-constexpr std::size_t kLongestName = 240;              // in bytes: what the record's name has room for
-constexpr std::size_t kCutTo = 50;                     // characters, of a longer one
-constexpr std::size_t kBlock = 65536;                  // bytes of a content that are hashed at a time
-constexpr std::uintmax_t kLargestRecord = 16'000'000;  // bytes: far more files than a book has
+constexpr std::size_t kLongestName = 240;  // in bytes: what the record's name has room for
+constexpr std::size_t kCutTo = 50;         // characters, of a longer one
+constexpr std::size_t kBlock = 65536;      // bytes of a content that are hashed at a time
 
 std::string Escaped(std::string_view name) {
   std::string text;
@@ -185,6 +184,8 @@ bool CopyRecord::IsUnchanged(const std::string& file) const {
   return seen == seen_.end() || seen->second == platform_.FileState(file);
 }
 
+bool CopyRecord::HasComplete(const std::string& file) { return complete_ && Has(file); }
+
 void CopyRecord::Begin(const std::string& source) {
   source_ = Shortened(source);
   as_ = Spelled(source);
@@ -267,6 +268,17 @@ bool CopyRecord::Complete(bool saved) {
   const bool sealed = !saved || Seal();
   const bool ended = platform_.EndFilling(folder_, saved && sealed);
   return sealed && (ended || Fail(common::WithReason(folder_, platform_.LastError())));
+}
+
+bool IsOfCompleteCopy(host::Platform& platform, const std::string& folder, const std::string& file) {
+  const std::vector<std::string> names = platform.FolderNames(folder);
+  return std::any_of(names.begin(), names.end(), [&](std::string_view name) {
+    if (!name.starts_with(host::kCopyRecordName) || !name.ends_with(kEnding)) return false;
+    name.remove_prefix(host::kCopyRecordName.size());
+    name.remove_suffix(sizeof(kEnding) - 1);
+    CopyRecord record(platform, folder, name);
+    return record.Read() && record.HasComplete(file);
+  });
 }
 
 }  // namespace qelm::filtering

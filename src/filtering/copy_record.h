@@ -21,6 +21,7 @@
 // meaning, and files lie below it. "%" and line ends in a name are written %25 and %0A.
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <span>
 #include <string>
@@ -32,6 +33,9 @@
 #include "host/interface/platform.h"
 
 namespace qelm::filtering {
+
+// Of what a run records of its files; in bytes, far more of them than a book has.
+inline constexpr std::uintmax_t kLargestRecord = 16'000'000;
 
 // What tells a content from others: its size and a hash, as "4711-5d1c0f6a9e3b7284".
 std::string ContentMark(std::span<const std::string_view> pieces);
@@ -62,6 +66,8 @@ class CopyRecord : private host::WriteListener {
   // Whether runs put the file there, and whether it is as one of them left it. The file is read for that.
   bool Names(const std::string& file) const;
   bool Has(const std::string& file);
+  // The same of a copy that was completed.
+  bool HasComplete(const std::string& file);
   // Takes note of the file as it is, there or not, as Has() does and each write that is listened to. From
   // then on it is changed when somebody else did something to it.
   void Look(const std::string& file) { seen_[Shortened(file)] = platform_.FileState(file); }
@@ -117,5 +123,8 @@ class CopyRecord : private host::WriteListener {
   std::unordered_map<std::string, std::string> writing_;  // what is being written, and with what content
   std::unordered_map<std::string, std::string> written_;  // what was written since Begin, likewise
 };
+
+// Whether a copy was made into this very folder, and completed, to which the file belongs as it is now.
+bool IsOfCompleteCopy(host::Platform& platform, const std::string& folder, const std::string& file);
 
 }  // namespace qelm::filtering

@@ -9,6 +9,7 @@
 #include <regex>
 
 #include "cli/program.h"
+#include "support/mif_files.h"
 
 namespace qelm {
 namespace {
@@ -256,15 +257,20 @@ TEST_F(Batch, FilesThatAreNotItsOwnStay) {
   shows.replace(shows.find("pump.png"), 8, "pump.xml");
   const std::string source = program.folder.Write("source/introduction.mif", shows);
   program.folder.Write("source/graphics/pump.xml", "shown");
-  const ProgramResult shown =
-      Run("out",
-          {"--overwrite", "--json", "--set",
-           "BF_POST_PROCESS_DEFAULT_XML_DESTINATION_FOLDER=" + program.folder.File("source/graphics"),
-           "--set", "BF_POST_PROCESS_XML_FILENAME_PATTERN=pump", "--shard", "1/5"},
-          source);
-  const Names said = MessagesOf(shown.Json()["schemes"][0]);
-  EXPECT_EQ(std::count(said.begin(), said.end(), "REP_84"), 1);
-  EXPECT_EQ(program.folder.Read("source/graphics/pump.xml"), "shown");
+  const std::string around = program.folder.Write(
+      "source/around.mif",
+      testing::Mif("<Doc>\n<P>a<!Inset .file=\"<c>introduction.mif\">b</!Inset></P>\n</Doc>"));
+  for (const std::string& shown : {source, around}) {
+    const ProgramResult run =
+        Run("out",
+            {"--overwrite", "--json", "--set",
+             "BF_POST_PROCESS_DEFAULT_XML_DESTINATION_FOLDER=" + program.folder.File("source/graphics"),
+             "--set", "BF_POST_PROCESS_XML_FILENAME_PATTERN=pump", "--shard", "1/5"},
+            shown);
+    const Names said = MessagesOf(run.Json()["schemes"][0]);
+    EXPECT_EQ(std::count(said.begin(), said.end(), "REP_84"), 1) << shown;
+    EXPECT_EQ(program.folder.Read("source/graphics/pump.xml"), "shown") << shown;
+  }
 
   program.folder.Write("out/report.fm", "notes");
   const ProgramResult refused = Run("out", {}, "operation.mif");

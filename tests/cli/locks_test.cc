@@ -75,6 +75,26 @@ TEST(Locks, ACopyThatWasCutIsNotOpened) {
   }
 }
 
+TEST(Locks, OfACopyInsideOnlyWhatItIsKnownToHavePutThereIsOpened) {
+  Program program;
+  program.folder.Write("copy/QELM-unfinished.txt", "");
+  const std::string pump = QELM_SOURCE_DIR "/examples/pump";
+  ASSERT_EQ(program
+                .RunPlain({"batch", pump + "/operation.mif", "--category", "Editions", "--output",
+                           program.folder.File("copy/<scheme_name>"), "--shard", "3/5", "--variables",
+                           pump + "/variables", "--profile", program.folder.File("profile")})
+                .status,
+            0);
+  const std::string made = program.folder.File("copy/Service/operation.mif");
+  EXPECT_EQ(program.Run({"info", made}).status, 0);
+  const std::string other = program.folder.File("copy/Service/other.mif");
+  fs::copy_file(made, other);
+  EXPECT_EQ(program.Run({"info", other}).status, 3) << "the copy around it may have put it there";
+  program.folder.Write("copy/Service/operation.mif",
+                       program.folder.Read("copy/Service/operation.mif") + "\n");
+  EXPECT_EQ(program.Run({"info", made}).status, 3);
+}
+
 TEST(NoWayIn, DevicesAndPipesAreNotRead) {
   Program program;
   const std::string pipe = program.folder.File("pipe.mif");

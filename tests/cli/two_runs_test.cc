@@ -47,8 +47,9 @@ class TwoRuns : public ::testing::Test {
       ::setenv("QELM_FAULT_AT", std::to_string(stop_at).c_str(), 1);
       if (!log.empty()) ::setenv("QELM_FAULT_LOG", log.c_str(), 1);
     }
-    ::dup2(::open("/dev/null", O_WRONLY), STDOUT_FILENO);
-    ::dup2(::open(folder().File("err").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDERR_FILENO);
+    const int said = ::open(folder().File("said").c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND, 0600);
+    ::dup2(said, STDOUT_FILENO);
+    ::dup2(said, STDERR_FILENO);
     ::execv(pointers[0], pointers.data());
     ::_exit(127);
   }
@@ -59,16 +60,16 @@ class TwoRuns : public ::testing::Test {
   }
   int Run(const Names& command) { return Wait(Start(command)); }
 
-  // Runs the command once, and returns at which of its operations it gives the file its name.
-  long FindRename(const Names& command, const std::string& path) {
+  // Runs the command once, and returns at which of its operations it does that to the file.
+  long Find(const Names& command, const std::string& operation, const std::string& path) {
     const std::string log = folder().File("log");
-    EXPECT_EQ(Wait(Start(command, 0, log)), 0) << folder().Read("err");
+    EXPECT_EQ(Wait(Start(command, 0, log)), 0) << folder().Read("said");
     std::istringstream lines(folder().Read("log"));
     std::string line;
     for (long number = 1; std::getline(lines, line); ++number) {
-      if (line == "rename " + path) return number;
+      if (line == operation + " " + path) return number;
     }
-    ADD_FAILURE() << path << " was not renamed";
+    ADD_FAILURE() << operation << " " << path << " was not done";
     return 0;
   }
   // A run that has come to that operation.
@@ -119,8 +120,8 @@ TEST_F(TwoRuns, OnTheSameTargetOneWinsAndTheOtherSaysWhoItWas) {
     const Names second =
         Filter(folder().File(row.source), "By/path/No cells", row.option, folder().File(row.target));
     // Each of the first command's runs finds what the second one has left, so that they do the same.
-    ASSERT_EQ(Run(second), 0) << folder().Read("err");
-    const long last = FindRename(first, folder().File(row.last));
+    ASSERT_EQ(Run(second), 0) << folder().Read("said");
+    const long last = Find(first, "rename", folder().File(row.last));
     const Tree of_first = Files("out");
     ASSERT_EQ(Run(second), 0);
     const Tree of_second = Files("out");
@@ -128,13 +129,55 @@ TEST_F(TwoRuns, OnTheSameTargetOneWinsAndTheOtherSaysWhoItWas) {
 
     const pid_t held = Stopped(first, last);
     EXPECT_NE(Run(second), 0);
-    const std::string said = folder().Read("err");
+    const std::string said = folder().Read("said");
     EXPECT_NE(said.find("another run of QELM is writing"), std::string::npos) << said;
     EXPECT_NE(said.find(", since 2"), std::string::npos) << "owner and time: " << said;
     EXPECT_EQ(GoOn(held), 0);
     EXPECT_TRUE(Files("out") == of_first) << "no file of the second, and none is left over";
     EXPECT_EQ(Run(second), 0);
     EXPECT_TRUE(Files("out") == of_second);
+  }
+}
+
+// Two documents of the same name, each of which would find that nobody has put anything there yet.
+TEST_F(TwoRuns, OfTwoBatchesIntoOneFolderTheSecondSaysWhoTheFirstWas) {
+  const auto batch = [this](const std::string& source, const char* report) {
+    return Names{"batch",
+                 folder().File(source),
+                 "--category",
+                 "By/path",
+                 "--shard",
+                 "1/4",
+                 "--no-pdf",
+                 "--output",
+                 folder().File("out/<scheme_name>"),
+                 "--report",
+                 folder().File(report)};
+  };
+  folder().Write("other/doc.mif", testing::Mif("<Doc>\n<P>of the other</P>\n</Doc>"));
+  const Names first = batch("doc.mif", "first.fm");
+  const Names second = batch("other/doc.mif", "second.fm");
+  const std::string out = "out/No users";
+  const std::pair<const char*, const char*> kMoments[] = {
+      {"create", ".qelm-.qelm-made-doc.mif.txt.new"},  // that it put anything there is not on record yet
+      {"rename", "xml/doc.pdf.xml"}};
+  for (const auto& [operation, file] : kMoments) {
+    SCOPED_TRACE(file);
+    fs::remove_all(folder().File("out"));
+    ASSERT_EQ(Run(first), 0) << folder().Read("said");
+    const Tree alone = Files(out);
+    fs::remove_all(folder().File("out"));
+    const long at = Find(first, operation, folder().File(out + "/" + file));
+    fs::remove_all(folder().File("out"));
+    const pid_t held = Stopped(first, at);
+    EXPECT_EQ(Run(second), 1);
+    const std::string said = folder().Read("said");
+    EXPECT_NE(said.find(folder().File(out + "/doc.mif") + ": "), std::string::npos) << said;
+    EXPECT_NE(said.find("another run of QELM is writing"), std::string::npos) << said;
+    EXPECT_EQ(GoOn(held), 0) << folder().Read("said");
+    EXPECT_TRUE(Files(out) == alone);
+    EXPECT_EQ(Run(second), 1) << "it is somebody's now";
+    EXPECT_TRUE(Files(out) == alone);
   }
 }
 

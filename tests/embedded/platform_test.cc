@@ -194,6 +194,41 @@ TEST(FillingAFolder, IsForOneAtATimeAndMarkedUntilItIsComplete) {
   EXPECT_EQ(folder.Names(), std::vector<std::string>());
 }
 
+TEST(HoldingAFile, IsForOneAtATimeAndLeavesNothing) {
+  const TempFolder folder;
+  const std::string path = folder.File("a.mif");
+  PosixPlatform other;
+  {
+    PosixPlatform one;
+    ASSERT_TRUE(one.HoldFile(path));
+    EXPECT_TRUE(one.ReplaceFile(path, "mine")) << "it is its own";
+    EXPECT_FALSE(other.HoldFile(path));
+    EXPECT_NE(other.LastError().find("another run"), std::string::npos) << other.LastError();
+    EXPECT_TRUE(other.HoldFile(folder.File("b.mif")));
+    one.ReleaseFile(path);
+    EXPECT_TRUE(other.HoldFile(path));
+    EXPECT_FALSE(one.HoldFile(path));
+    EXPECT_TRUE(one.HoldFile(folder.File("c.mif")));
+  }
+  EXPECT_TRUE(other.HoldFile(folder.File("c.mif")));
+  for (const char* name : {"a.mif", "b.mif", "c.mif"}) other.ReleaseFile(folder.File(name));
+  EXPECT_EQ(folder.Names(), std::vector<std::string>{"a.mif"});
+}
+
+TEST(PosixPlatform, ALinkThatLeadsNowhereIsSomebodys) {
+  const TempFolder folder;
+  PosixPlatform platform;
+  const std::string from = folder.Write("from", "mine");
+  const std::string link = folder.File("link");
+  std::filesystem::create_symlink(folder.File("nothing"), link);
+  EXPECT_FALSE(platform.ReplaceFile(link, "mine"));
+  EXPECT_NE(platform.LastError().find("leads to nothing"), std::string::npos) << platform.LastError();
+  EXPECT_FALSE(platform.AppendFile(link, "mine"));
+  EXPECT_FALSE(platform.MoveFile(from, link));
+  EXPECT_TRUE(std::filesystem::is_symlink(link));
+  EXPECT_EQ(folder.Names(), (std::vector<std::string>{"from", "link"}));
+}
+
 TEST(FillingAFolder, AMarkThatCannotBeWrittenStaysWhereItWas) {
   const TempFolder folder;
   PosixPlatform platform;

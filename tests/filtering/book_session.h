@@ -14,6 +14,7 @@
 #include "embedded/adapter/embedded_host.h"
 #include "embedded/adapter/platform.h"
 #include "filtering/book_filter.h"
+#include "filtering/copy_record.h"
 #include "filtering/filter_session.h"
 #include "filtering/restore.h"
 
@@ -26,7 +27,7 @@ class BookSession {
   // Writes src/book.mif with these components, each a name and an outline (outline.h) or, with "<" at its
   // beginning, the notation of mif_files.h; nothing is written for an empty text. Opens the book.
   explicit BookSession(const Components& components)
-      : embedded_({}, user, dialogs_, clients, platform_), checking_(embedded_.roles()) {
+      : embedded_(HostOptions(), user, dialogs_, clients, platform_), checking_(embedded_.roles()) {
     std::vector<std::string> names;
     for (const auto& [name, outline] : components) {
       names.push_back("<c>" + name);
@@ -103,6 +104,14 @@ class BookSession {
       if (opened) roles.documents.Close(document, true);
       return saved;
     };
+  }
+
+  embedded::adapter::EmbeddedHost::Options HostOptions() {
+    embedded::adapter::EmbeddedHost::Options options;
+    options.of_complete_copy = [this](const std::string& inner, const std::string& file) {
+      return filtering::IsOfCompleteCopy(platform_, inner, file);
+    };
+    return options;
   }
 
   embedded::adapter::PosixPlatform platform_;

@@ -329,6 +329,8 @@ class ObservedPlatform : public Observed<Platform> {
   CALL1(void, LetGo, std::int64_t)
   CALL2(bool, EndFilling, const std::string&, bool)
   CALL1(bool, IsUnfinished, const std::string&)
+  CALL1(bool, HoldFile, const std::string&)
+  CALL1(void, ReleaseFile, const std::string&)
   CALL1(std::string, FileState, const std::string&)
   CALL3(bool, ReplaceUnchanged, const std::string&, std::span<const std::string_view>, std::string*)
   CALL1(std::vector<std::string>, FolderNames, const std::string&)

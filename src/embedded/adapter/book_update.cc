@@ -362,6 +362,12 @@ void Updater::Apply(Component* component) {
     if (item.kind != ItemKind::kReferenceBegin || item.Is(model::kDeleted)) continue;
     if (++ordinal != request->ordinal) continue;
     const model::ReferenceText& text = answers_[request->file][{request->target, request->format}];
+    // It was noted when the file was last open. A file that stands twice in the book shows the new text
+    // already.
+    const std::string shown = model::ShownText(*document, i);
+    const bool same = model::ReadReference(*document, item.begin).target == request->target;
+    if (!same || (shown != request->shown && shown != text.Plain()))
+      return FindFile(component->path + ": the file was changed by somebody while the book was updated.");
     ++request;
     if (text.problem.empty() && model::SetReferenceText(document, i, text)) ++changed;
   }

@@ -17,10 +17,9 @@
 
 namespace qelm::embedded::adapter {
 
-// What is said of a book's update of which the findings tell the rest. Where a file could not be read or
-// written that is said instead.
-inline constexpr std::string_view kNotAllUpdated =
-    "not everything in the book could be updated; its error log tells what.";
+// The error code of a book's update of which the findings tell the rest. Where a file could not be read or
+// written, the code is another one.
+inline constexpr std::int32_t kNotAllUpdatedCode = static_cast<std::int32_t>(Error::kNotAllUpdated);
 
 struct UpdateOutcome {
   bool complete = true;               // everything that was asked for could be updated

@@ -110,7 +110,9 @@ bool BooksRole::Update(Id book, std::uint32_t flags) {
   findings_[book] = std::move(outcome.findings);
   if (!outcome.file_error.empty()) return workspace_.Fail(Error::kCannotSave, std::move(outcome.file_error));
   return outcome.complete ||
-         workspace_.Fail(Error::kRefused, workspace_.File(book)->path + ": " + std::string(kNotAllUpdated));
+         workspace_.Fail(Error::kNotAllUpdated,
+                         workspace_.File(book)->path +
+                             ": not everything in the book could be updated; its error log tells what.");
 }
 
 void BooksRole::ShowErrorLog(Id book) {

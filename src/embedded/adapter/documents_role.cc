@@ -13,7 +13,6 @@
 #include "embedded/model/import_catalogs.h"
 #include "embedded/model/locate.h"
 #include "embedded/model/metadata.h"
-#include "host/interface/copy_names.h"
 
 namespace qelm::embedded::adapter {
 namespace {
@@ -51,25 +50,22 @@ bool IsYounger(const std::string& path, const std::filesystem::path& folder) {
   return !error && file >= mark;
 }
 
-// Whether a copy was made into this very folder, and not only into one around it.
-bool HoldsCopy(host::Platform& platform, const std::filesystem::path& folder) {
-  const std::vector<std::string> names = platform.FolderNames(folder.string());
-  return std::any_of(names.begin(), names.end(),
-                     [](const std::string& name) { return name.starts_with(host::kCopyRecordName); });
-}
-
 // Why a file is not opened that lies in a copy that is not complete, or in a folder of it; empty where it is
 // not. The source of a copy may lie in a folder below that of the copy, and so may other copies, which are
 // complete, or this process' own.
-std::string PartOfUnfinished(host::Platform& platform, const std::string& path) {
+std::string PartOfUnfinished(Workspace& workspace, const std::string& path) {
+  host::Platform& platform = workspace.platform();
   std::vector<std::filesystem::path> inside;
   std::filesystem::path folder = std::filesystem::path(path).parent_path();
   while (inside.size() < kMostFolders && !folder.empty()) {
     const bool unfinished = platform.IsUnfinished(folder.string());
     if (!unfinished && platform.FileExists((folder / host::kUnfinishedName).string())) return {};
-    const auto holds_copy = [&](const std::filesystem::path& inner) { return HoldsCopy(platform, inner); };
+    const auto& of_complete_copy = workspace.options().of_complete_copy;
+    const auto put_there = [&](const std::filesystem::path& inner) {
+      return of_complete_copy && of_complete_copy(inner.string(), path);
+    };
     if (unfinished && (inside.empty() ||
-                       (IsYounger(path, folder) && std::none_of(inside.begin(), inside.end(), holds_copy)))) {
+                       (IsYounger(path, folder) && std::none_of(inside.begin(), inside.end(), put_there)))) {
       return "this is part of a copy that was not completed (" + std::string(host::kUnfinishedName) + " in " +
              (inside.empty() ? "its folder" : folder.string()) +
              "). Make the copy again; or remove that file to use what is there as it is.";
@@ -216,7 +212,7 @@ Id DocumentsRole::OpenLocated(const std::string& named, const host::OpenOptions&
   if (!IsOrdinary(path)) {
     return Refuse(path, OpenStatus::kUnreadable, "this is a device, not a file.", status);
   }
-  if (const std::string unfinished = PartOfUnfinished(platform, path); !unfinished.empty()) {
+  if (const std::string unfinished = PartOfUnfinished(workspace_, path); !unfinished.empty()) {
     return Refuse(path, OpenStatus::kUnreadable, unfinished, status);
   }
   const std::string state = platform.FileState(path);

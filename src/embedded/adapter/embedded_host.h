@@ -47,6 +47,9 @@ class EmbeddedHost {
     std::function<std::string()> file_error;
     // Documents that another host has read (ShareDocuments). Null: there are none.
     std::shared_ptr<const SharedDocuments> documents = {};
+    // Whether a copy that was completed put the file into this folder, and it is as it was then: such a file
+    // is opened also where the folder lies in a copy that is not complete. Null: there are none.
+    std::function<bool(const std::string& folder, const std::string& file)> of_complete_copy = {};
     bool overwrite_changed = false;  // replace files that were changed on disk since they were opened
   };
 

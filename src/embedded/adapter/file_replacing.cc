@@ -23,6 +23,7 @@ namespace {
 
 constexpr std::string_view kBefore = ".qelm-";
 constexpr std::string_view kBehind = ".new";
+constexpr std::string_view kHeld = ".held";
 constexpr std::string_view kLockEnding = ".lck";
 constexpr std::size_t kLongestPart = 200;  // of a name, for what comes before and behind it
 constexpr int kTries = 25;
@@ -97,11 +98,11 @@ std::string WhyOccupied(const std::string& name, Leftover leftover) {
          ". Wait for that run; where it has ended, remove the file, or use --ignore-lock";
 }
 
-// Creates a file beside the path and locks it; `name` becomes its name. -1 when that is not possible, and
-// `why` says why.
-int CreateBeside(const std::string& path, mode_t mode, bool ignore_locks, std::string* name,
-                 std::string* why) {
-  *name = NameBeside(path);
+// Creates a file beside the path and locks it; `name` becomes its name, with `kind` in it. -1 when that is
+// not possible, and `why` says why.
+int CreateBeside(const std::string& path, const std::string& kind, mode_t mode, bool ignore_locks,
+                 std::string* name, std::string* why) {
+  *name = NameBeside(path, kind);
   Leftover leftover = Leftover::kGone;
   for (int tries = 0; tries < kTries; ++tries) {
     const int file = ::open(name->c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
@@ -112,7 +113,7 @@ int CreateBeside(const std::string& path, mode_t mode, bool ignore_locks, std::s
     if (file < 0) {
       leftover = RemoveStale(*name);
       if (leftover == Leftover::kInTheWay && ignore_locks) {
-        *name = NameBeside(path, "." + std::to_string(::getpid()));
+        *name = NameBeside(path, kind + "." + std::to_string(::getpid()));
       } else if (leftover != Leftover::kGone) {
         ::usleep(kPauseMicroseconds);
       }
@@ -125,6 +126,11 @@ int CreateBeside(const std::string& path, mode_t mode, bool ignore_locks, std::s
   }
   *why = WhyOccupied(*name, leftover);
   return -1;
+}
+
+// A file may be in use for a moment; the second try is often the one that does it.
+void RemoveBeside(const std::string& name) {
+  if (::unlink(name.c_str()) != 0) ::unlink(name.c_str());
 }
 
 // Gives the new file the owner and permissions of the old one. Who may not give a file away keeps it.
@@ -157,7 +163,7 @@ std::string WriteBeside(const std::string& path, const FileContent& content, con
   std::string beside;
   std::string why;
   const mode_t mode = old != nullptr ? kOwnerOnly : content.mode_of_new;
-  const Descriptor file(CreateBeside(path, mode, ignore_locks, &beside, &why));
+  const Descriptor file(CreateBeside(path, {}, mode, ignore_locks, &beside, &why));
   if (!file.Valid()) return why;
   struct stat made {};
   struct stat complete {};
@@ -171,7 +177,7 @@ std::string WriteBeside(const std::string& path, const FileContent& content, con
   if (!written) {
     const int error = errno;
     why = unchanged() ? Reason(error) : std::string(kChanged);
-    if (::unlink(beside.c_str()) != 0) ::unlink(beside.c_str());
+    RemoveBeside(beside);
     return why;
   }
   // Once it has its name, others may change it or put theirs in its place.
@@ -255,11 +261,20 @@ std::string WhyProtected(const std::string& path, bool ignore_locks) {
   return why;
 }
 
+std::string WhyTaken(const std::string& path) {
+  struct stat status {};
+  if (::lstat(path.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) return {};
+  if (::stat(path.c_str(), &status) == 0 || errno != ENOENT) return {};
+  return "a symbolic link of that name leads to nothing. Remove the link, or make what it leads to";
+}
+
 std::string ReplaceBeside(const std::string& given, const FileContent& content, bool ignore_locks) {
   const std::string path = Resolved(given);
   struct stat status {};
   if (::stat(path.c_str(), &status) != 0) {
-    return errno == ENOENT ? WriteBeside(path, content, nullptr, ignore_locks) : Reason(errno);
+    if (errno != ENOENT) return Reason(errno);
+    std::string why = WhyTaken(path);
+    return why.empty() ? WriteBeside(path, content, nullptr, ignore_locks) : why;
   }
   if (S_ISDIR(status.st_mode)) return Reason(EISDIR);
   if (!S_ISREG(status.st_mode)) {
@@ -269,6 +284,14 @@ std::string ReplaceBeside(const std::string& given, const FileContent& content, 
   }
   if (std::string why = WhyProtected(path, ignore_locks); !why.empty()) return why;
   return WriteBeside(path, content, &status, ignore_locks);
+}
+
+FileHold::FileHold(const std::string& path, bool ignore_locks, std::string* why)
+    : file_(CreateBeside(Resolved(path), std::string(kHeld), kOwnerOnly, ignore_locks, &name_, why)) {}
+
+// While it is still locked, so that nobody who waits takes it for an abandoned one.
+FileHold::~FileHold() {
+  if (Valid()) RemoveBeside(name_);
 }
 
 std::string StateOf(const std::string& path) {

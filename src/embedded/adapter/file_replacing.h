@@ -19,6 +19,8 @@
 #include <string>
 #include <string_view>
 
+#include "embedded/adapter/descriptor.h"
+
 namespace qelm::embedded::adapter {
 
 struct FileContent {
@@ -28,9 +30,27 @@ struct FileContent {
   std::string* written = nullptr;  // takes the state of the new file, when it is in place
 };
 
-// Replaces the file at `path`; symbolic links are followed. Devices and pipes are written to as they are.
-// Returns an empty text when it is done, else why not; the old file is as it was then.
+// Replaces the file at `path`; symbolic links are followed, where they lead to something. Devices and pipes
+// are written to as they are. Returns an empty text when it is done, else why not; the old file is as it was
+// then.
 std::string ReplaceBeside(const std::string& path, const FileContent& content, bool ignore_locks);
+
+// Keeps other runs from making a file and what belongs to it, as long as it lives: by a file beside that is
+// locked as that of a writer is, but has a name of its own (".qelm-NAME.held.new").
+class FileHold {
+ public:
+  // Waits for another's as a writer does. Not Valid(), with `why`, when that stays.
+  FileHold(const std::string& path, bool ignore_locks, std::string* why);
+  ~FileHold();
+  FileHold(const FileHold&) = delete;
+  FileHold& operator=(const FileHold&) = delete;
+
+  bool Valid() const { return file_.Valid(); }
+
+ private:
+  std::string name_;
+  Descriptor file_;
+};
 
 // A text that is another one when the file was changed or replaced; empty when it is not there.
 std::string StateOf(const std::string& path);
@@ -38,6 +58,10 @@ std::string StateOf(const std::string& path);
 // Why a file that is there may not be replaced or removed by this user: it is protected against writing, or,
 // unless that is ignored, FrameMaker has it open. Empty when it may be, or is not there.
 std::string WhyProtected(const std::string& path, bool ignore_locks);
+
+// Why a name is taken though there is no file: a symbolic link that leads nowhere is somebody's all the same.
+// Empty when it is not.
+std::string WhyTaken(const std::string& path);
 
 // Removes from a folder the files beside that writers who have ended left there.
 void RemoveAbandoned(const std::string& folder);

@@ -154,6 +154,7 @@ bool PosixPlatform::Replace(const std::string& path, const FileContent& content)
 
 bool PosixPlatform::AppendFile(const std::string& path, std::string_view content) {
   if (!StaysInside(path, LastPart::kFollowed)) return false;
+  if (std::string why = WhyTaken(path); !why.empty()) return Fail(std::move(why));
   Descriptor file(::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666));
   return (file.Valid() && WriteAll(file.Get(), content) && file.Close()) || Fail(errno);
 }
@@ -177,6 +178,7 @@ bool PosixPlatform::MoveFile(const std::string& from, const std::string& to) {
   for (const std::string& file : {from, to}) {
     if (std::string why = WhyProtected(file, ignore_locks_); !why.empty()) return Fail(std::move(why));
   }
+  if (std::string why = WhyTaken(to); !why.empty()) return Fail(std::move(why));
   if (::rename(from.c_str(), to.c_str()) == 0) return true;
   if (errno != EXDEV) return Fail(errno);
   return CopyFile(from, to) && RemoveFile(from);
@@ -235,6 +237,17 @@ bool PosixPlatform::IsUnfinished(const std::string& folder) {
   return FileExists(folder + "/" + std::string(host::kUnfinishedName)) &&
          !filled_.contains(ResolvedPath(folder));
 }
+
+bool PosixPlatform::HoldFile(const std::string& path) {
+  if (!StaysInside(path, LastPart::kFollowed)) return false;
+  std::string why;
+  auto hold = std::make_unique<FileHold>(path, ignore_locks_, &why);
+  if (!hold->Valid()) return Fail(std::move(why));
+  held_[path] = std::move(hold);
+  return true;
+}
+
+void PosixPlatform::ReleaseFile(const std::string& path) { held_.erase(path); }
 
 bool PosixPlatform::EndFilling(const std::string& folder, bool complete) {
   const auto held = filled_.find(ResolvedPath(folder));

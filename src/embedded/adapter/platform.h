@@ -18,6 +18,7 @@
 namespace qelm::embedded::adapter {
 
 class Descriptor;
+class FileHold;
 struct FileContent;
 
 class PosixPlatform : public host::Platform {
@@ -43,6 +44,8 @@ class PosixPlatform : public host::Platform {
   bool BeginFilling(const std::string& folder) override;
   bool EndFilling(const std::string& folder, bool complete) override;
   bool IsUnfinished(const std::string& folder) override;
+  bool HoldFile(const std::string& path) override;
+  void ReleaseFile(const std::string& path) override;
   std::int64_t KeepInside(const std::string& folder) override;
   void LetGo(std::int64_t kept) override;
   void Listen(host::WriteListener* listener) override { listeners_.push_back(listener); }
@@ -81,6 +84,7 @@ class PosixPlatform : public host::Platform {
   bool ignore_locks_ = false;
   std::set<std::string> cleared_;  // folders from which abandoned files were removed
   std::map<std::string, std::unique_ptr<Descriptor>> filled_;  // the marks of folders that are being filled
+  std::map<std::string, std::unique_ptr<FileHold>> held_;      // files, by the paths as they were given
 
   struct Kept {
     std::string spelled;   // absolute, without a separator at its end

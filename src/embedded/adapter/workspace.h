@@ -27,8 +27,9 @@ enum class Error : std::int32_t {
   kInvalidArgument,  // a range or value that cannot be
   kCannotOpen,
   kCannotSave,
-  kRefused,       // the document does not allow it
-  kNotSupported,  // this version of the host cannot do it
+  kRefused,        // the document does not allow it
+  kNotSupported,   // this version of the host cannot do it
+  kNotAllUpdated,  // of a book; its error log tells what was not
 };
 
 // Answers that are derived from a document when first asked for, and kept.

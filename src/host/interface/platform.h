@@ -78,6 +78,10 @@ class Platform {
   virtual bool EndFilling(const std::string& /*folder*/, bool /*complete*/) { return true; }
   // Whether the folder has such a mark, and not from this process.
   virtual bool IsUnfinished(const std::string& /*folder*/) { return false; }
+  // Keeps other runs from making a file, and what is made along with it, until ReleaseFile or the end of the
+  // process: false when one does, or its folder is not there. The file itself is not touched.
+  virtual bool HoldFile(const std::string& /*path*/) { return true; }
+  virtual void ReleaseFile(const std::string& /*path*/) {}
   // Until LetGo() of the number that is returned, nothing below this folder is written, made, moved or
   // removed where a symbolic link leads out of it: outputs are to stay where the user wanted them, whatever
   // lay there before. The folder itself may be a link.
@@ -126,6 +130,25 @@ class KeptFolder {
  private:
   Platform& platform_;
   std::int64_t kept_;
+};
+
+// Keeps a file from other runs as long as it lives, where that is Valid.
+class HeldFile {
+ public:
+  HeldFile(Platform& platform, const std::string& path)
+      : platform_(platform), path_(path), valid_(platform.HoldFile(path)) {}
+  ~HeldFile() {
+    if (valid_) platform_.ReleaseFile(path_);
+  }
+  HeldFile(const HeldFile&) = delete;
+  HeldFile& operator=(const HeldFile&) = delete;
+
+  bool Valid() const { return valid_; }
+
+ private:
+  Platform& platform_;
+  std::string path_;
+  bool valid_;
 };
 
 }  // namespace qelm::host
