@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <memory>
 
 #include "common/paths.h"
 #include "common/text.h"
 #include "filtering/batch_scheme.h"
-#include "filtering/copy_record.h"
 #include "filtering/metadata_packet.h"
 #include "filtering/variables_file.h"
 #include "messages/component_document.h"
@@ -103,7 +103,8 @@ constexpr UpdatePart kUpdateParts[] = {
 class OutputSteps {
  public:
   OutputSteps(BatchContext& context, const BatchRequest& request, const BatchScheme& scheme,
-              const NameValues& names, const BatchSource& source, Id output, BatchOutcome* outcome)
+              const NameValues& names, const BatchSource& source, Id output, CopyRecord& record,
+              BatchOutcome* outcome)
       : context_(context),
         host_(context.host),
         request_(request),
@@ -113,6 +114,7 @@ class OutputSteps {
         source_(source),
         output_(output),
         is_book_(context.host.books.IsBook(output)),
+        record_(record),
         outcome_(outcome),
         steps_(context.messenger, &outcome->steps) {}
   ~OutputSteps() { Close(); }
@@ -133,7 +135,8 @@ class OutputSteps {
   void SaveChanged();
   void Export(const ExportForm& form);
   bool IsInUse(const std::string& path);
-  bool MayReplace(const std::string& path);
+  std::unique_ptr<CopyRecord> RecordBeside(const std::string& path);
+  bool MayReplace(const std::string& path, CopyRecord* beside);
   template <typename... Arguments>
   void Incomplete(std::int32_t format, std::string_view id, const Arguments&... arguments) {
     steps_.Say(format, id, arguments...);
@@ -150,6 +153,7 @@ class OutputSteps {
   const BatchSource& source_;
   Id output_;
   bool is_book_;
+  CopyRecord& record_;
   BatchOutcome* outcome_;
   BatchSteps steps_;
   std::vector<Id> documents_;  // the output itself, or its components
@@ -356,16 +360,24 @@ bool OutputSteps::IsInUse(const std::string& path) {
           std::any_of(source_.Files().begin(), source_.Files().end(), is_it));
 }
 
+// The record of a file that is saved elsewhere lies beside it: the output folder may be another one each
+// time. Null for one below the output folder.
+std::unique_ptr<CopyRecord> OutputSteps::RecordBeside(const std::string& path) {
+  if (record_.Covers(path)) return nullptr;
+  const std::string folder(common::FolderOf(path));
+  return std::make_unique<CopyRecord>(host_.platform, folder, common::FileName(path));
+}
+
 // As the output itself, a file that is saved from it takes the place only of what an earlier run saved there.
-bool OutputSteps::MayReplace(const std::string& path) {
-  CopyRecord record(host_.platform, outcome_->folder, common::FileName(outcome_->output));
-  const bool known = record.Read();
-  if (host_.platform.FileExists(path) && !context_.overwrite && !record.Has(path)) {
-    Incomplete(kStepErrorLine, record.Names(path) ? "QELM_MSG_FILTER_74" : "QELM_MSG_FILTER_REP_86", path);
+bool OutputSteps::MayReplace(const std::string& path, CopyRecord* beside) {
+  if (beside != nullptr && !beside->Read() && !context_.overwrite) {
+    Incomplete(kStepErrorLine, "QELM_MSG_FILTER_75", beside->path(), beside->why());
     return false;
   }
-  if (known && record.Add(path)) return true;
-  Incomplete(kStepErrorLine, "QELM_MSG_FILTER_52", record.path());
+  if (beside != nullptr) beside->IsCopyOf(request_.source);
+  CopyRecord& record = beside != nullptr ? *beside : record_;
+  if (record.Has(path) || !host_.platform.FileExists(path) || context_.overwrite) return true;
+  Incomplete(kStepErrorLine, record.Names(path) ? "QELM_MSG_FILTER_74" : "QELM_MSG_FILTER_REP_86", path);
   return false;
 }
 
@@ -398,7 +410,8 @@ void OutputSteps::Export(const ExportForm& form) {
     Incomplete(kStepErrorLine, form.not_saved_id, common::WithReason(options.path, why));
     return;
   }
-  if (!MayReplace(options.path)) return;
+  const std::unique_ptr<CopyRecord> beside = RecordBeside(options.path);
+  if (!MayReplace(options.path, beside.get())) return;
   if (form.format == host::SaveFormat::kPdf) {
     options.pdf_job_options = settings_.bf_post_process_pdf_job_options;
     options.pdf_page_width = settings_.pdf_page_width;
@@ -406,12 +419,15 @@ void OutputSteps::Export(const ExportForm& form) {
   } else {
     options.structure_application = settings_.bf_post_process_default_xml_struct_app;
   }
+  if (beside) beside->Begin(request_.source);
+  (beside ? *beside : record_).Expect(options.path);
   // A file of an earlier run that is still there is no success of this one.
   const bool saved = host_.documents.Save(output_, options);
   if (!saved || !host_.platform.FileExists(options.path)) {
     Incomplete(kStepErrorLine, form.not_saved_id, HostSays());
     return;
   }
+  if (beside && !beside->Seal()) Incomplete(kStepErrorLine, "QELM_MSG_FILTER_52", beside->why());
   outcome_->files.push_back(options.path);
   steps_.Say(kStepLine, form.saved_id);
   steps_.Link(kStepLinkLine, options.path);
@@ -427,8 +443,9 @@ std::string ExportPath(const LocalSettings& settings, const NameValues& names,
 }
 
 void FinishOutput(BatchContext& context, const BatchRequest& request, const BatchScheme& scheme,
-                  const NameValues& names, const BatchSource& source, Id output, BatchOutcome* outcome) {
-  OutputSteps(context, request, scheme, names, source, output, outcome).Run();
+                  const NameValues& names, const BatchSource& source, Id output, CopyRecord& record,
+                  BatchOutcome* outcome) {
+  OutputSteps(context, request, scheme, names, source, output, record, outcome).Run();
 }
 
 }  // namespace qelm::filtering

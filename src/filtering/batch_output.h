@@ -7,6 +7,7 @@
 
 #include "filtering/batch_names.h"
 #include "filtering/batch_run.h"
+#include "filtering/copy_record.h"
 
 namespace qelm::filtering {
 
@@ -17,9 +18,10 @@ std::string ExportPath(const config::LocalSettings& settings, const NameValues& 
                        const std::string& output_folder, host::SaveFormat format);
 
 // Does the steps on the open document or book. Documents that they change are saved before anything is made
-// from them. The files of the source and those that it refers to stay. `outcome` gets the steps and the files
-// that were written.
+// from them. The files of the source and those that it refers to stay. `record` is that of the output, which
+// has begun. `outcome` gets the steps and the files that were written.
 void FinishOutput(BatchContext& context, const BatchRequest& request, const BatchScheme& scheme,
-                  const NameValues& names, const BatchSource& source, host::Id output, BatchOutcome* outcome);
+                  const NameValues& names, const BatchSource& source, host::Id output, CopyRecord& record,
+                  BatchOutcome* outcome);
 
 }  // namespace qelm::filtering

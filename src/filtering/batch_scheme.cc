@@ -63,8 +63,7 @@ class SchemeRun {
   FilterContext Filter();
   void FilterBook();
   void FilterCopy();
-  bool MayReplace(CopyRecord& record);
-  bool Record(const CopyRecord& record);
+  bool MayReplace();
   bool IsAsPlanned();
   bool NotAsPlanned();
   bool Redirect(Id copy);
@@ -86,6 +85,7 @@ class SchemeRun {
   schemes::Scheme scheme_;
   FilterRun run_;
   std::vector<Id> copies_;  // documents of the new book that the filter opened
+  std::unique_ptr<CopyRecord> record_;
 };
 
 void SchemeRun::Run(Id settings_document, const BatchScheme& scheme) {
@@ -168,9 +168,10 @@ std::string SchemeRun::NotWritable(const std::string& path) {
 
 // After the last file was written. With one that could not be saved the copy is not what it should be.
 void SchemeRun::EndFilling() {
-  if (CompleteCopy(host_, outcome_->output, !outcome_->unsaved)) return;
+  if (record_->Complete(!outcome_->unsaved)) return;
   outcome_->complete = false;
-  steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_11", NotWritable(outcome_->folder));
+  steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_11",
+             context_.messenger.Format("QELM_MSG_FILTER_52", record_->why()));
 }
 
 // Every filter of a batch deletes from a copy, whatever the settings say for single ones.
@@ -218,11 +219,12 @@ void SchemeRun::FilterBook() {
   const std::int32_t result = FilterActiveBook(filter);
   const Id book = run_.result_book;
   if (Filtered(result)) {
+    record_ = std::move(filter.copy_record);
     outcome_->output = host_.documents.Path(book);
     TellResult(outcome_->output);
     for (const CopiedFile& file : run_.copied) outcome_->files.push_back(file.target);
     for (const std::string& removed : run_.removed_files) std::erase(outcome_->files, removed);
-    FinishOutput(context_, request_, batch_scheme_, names_, source_, book, outcome_);
+    FinishOutput(context_, request_, batch_scheme_, names_, source_, book, *record_, outcome_);
     EndFilling();
     // They may be there the next time.
     if (!PassedOver(run_).empty()) outcome_->complete = false;
@@ -232,15 +234,16 @@ void SchemeRun::FilterBook() {
 }
 
 // What no earlier run put there is somebody's, and what somebody has changed since.
-bool SchemeRun::MayReplace(CopyRecord& record) {
-  const std::string& target = record.target();
-  if (!record.Read() && !context_.overwrite) {
+bool SchemeRun::MayReplace() {
+  const std::string& target = record_->target();
+  if (!record_->Read() && !context_.overwrite) {
     steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
-    steps_.Say(kErrorLine, "QELM_MSG_FILTER_75", record.path(), record.why());
+    steps_.Say(kErrorLine, "QELM_MSG_FILTER_75", record_->path(), record_->why());
     outcome_->result = kCopyFailed;
     return false;
   }
-  const bool copied_before = record.IsCopyOf(source_.path(), {target});
+  record_->IsCopyOf(source_.path());
+  const bool made = record_->Has(target);
   if (!host_.platform.FileExists(target)) return true;
   const auto refuse = [&](const char* id) {
     steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
@@ -251,15 +254,8 @@ bool SchemeRun::MayReplace(CopyRecord& record) {
     if (host_.platform.SameFile(file, target)) return refuse("QELM_MSG_FILTER_53");
   }
   if (host_.documents.FindOpen(target) != kNone) return refuse("QELM_MSG_FILTER_54");
-  if (context_.overwrite || batch_scheme_.replaces_own || record.Has(target)) return true;
-  return refuse(copied_before && record.Names(target) ? "QELM_MSG_FILTER_74" : "QELM_MSG_FILTER_REP_28");
-}
-
-// Before the copy is there: a run that is cut must leave none of which nobody knows.
-bool SchemeRun::Record(const CopyRecord& record) {
-  if (record.Begin(source_.path(), {record.target()})) return true;
-  Refuse(kCopyFailed, "QELM_MSG_FILTER_REP_11", NotWritable(record.path()));
-  return false;
+  if (context_.overwrite || batch_scheme_.replaces_own || made) return true;
+  return refuse(record_->Names(target) ? "QELM_MSG_FILTER_74" : "QELM_MSG_FILTER_REP_28");
 }
 
 // The copy is made from the file, and its references are known by their places among those of the source as
@@ -287,8 +283,8 @@ void SchemeRun::FilterCopy() {
     return;
   }
   if (!UndoKilled()) return;
-  CopyRecord record(host_.platform, outcome_->folder, name);
-  if (!MayReplace(record)) return;
+  record_ = std::make_unique<CopyRecord>(host_.platform, outcome_->folder, name);
+  if (!MayReplace()) return;
   host::OpenOptions options{.visible = false, .suppress_alerts = true, .as_new = true};
   host::OpenStatus status = host::OpenStatus::kUnreadable;
   const Id copy = host_.documents.Open(source_.path(), options, &status);
@@ -299,12 +295,14 @@ void SchemeRun::FilterCopy() {
     run_.is_copy = true;
     host_.documents.Activate(copy);
     FilterContext filter = Filter();
-    if (Filtered(FilterActiveDocument(filter)) && Record(record)) {
+    if (Filtered(FilterActiveDocument(filter))) {
+      record_->Begin(source_.path());
+      record_->Expect(target);
       outcome_->output = target;
       outcome_->files.push_back(target);
       TellResult(target);
       host_.documents.SetSwitch(copy, host::DocumentSwitch::kModified, true);
-      FinishOutput(context_, request_, batch_scheme_, names_, source_, copy, outcome_);
+      FinishOutput(context_, request_, batch_scheme_, names_, source_, copy, *record_, outcome_);
       EndFilling();
     }
   }

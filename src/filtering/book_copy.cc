@@ -26,7 +26,8 @@ BookCopy::BookCopy(host::Host& host, messages::Messenger& messenger, Id book, co
       folder_(wanted.output_folder.empty() ? std::string()
                                            : host.platform.ResolvedPath(wanted.output_folder)),
       plan_(host, book),
-      record_(host.platform, folder_, common::FileName(plan_.Files().front().source)) {}
+      record_(std::make_unique<CopyRecord>(host.platform, folder_,
+                                           common::FileName(plan_.Files().front().source))) {}
 
 std::int32_t BookCopy::Copy() {
   if (folder_.empty()) {
@@ -61,13 +62,15 @@ std::int32_t BookCopy::CopyFiles(StagedFiles* staged) {
     FailFile(folder_);
     return kCopyFailed;
   }
+  record_->Begin(plan_.Files().front().source);
   for (std::size_t i = 0; i < plan_.Files().size(); ++i) {
     if (Stopped()) return kCopyStopped;
     if (!CopyOne(i, staged)) return kCopyFailed;
+    record_->Expect(plan_.Files()[i].target, copies_[i]);
   }
-  new_record_ = staged->AddText(record_.TextFor(plan_.Files().front().source, Targets()));
+  new_record_ = staged->AddText(record_->Text());
   if (new_record_.empty()) {
-    FailFile(record_.path());
+    FailFile(record_->path());
     return kCopyFailed;
   }
   if (Stopped()) return kCopyStopped;
@@ -77,18 +80,14 @@ std::int32_t BookCopy::CopyFiles(StagedFiles* staged) {
   return kDone;
 }
 
-bool BookCopy::Complete(bool saved) { return CompleteCopy(host_, plan_.Files().front().target, saved); }
-
-void BookCopy::GiveUp() { host_.platform.EndFilling(folder_, false); }
-
 bool BookCopy::Check() { return CheckTargets() && CheckSpace(); }
 
 bool BookCopy::CheckTargets() {
-  if (!record_.Read() && !overwrite_) {
-    why_ = messenger_.Format("QELM_MSG_FILTER_75", record_.path(), record_.why());
+  if (!record_->Read() && !overwrite_) {
+    why_ = messenger_.Format("QELM_MSG_FILTER_75", record_->path(), record_->why());
     return false;
   }
-  const bool copied_before = record_.IsCopyOf(plan_.Files().front().source, Targets());
+  const bool copied_before = record_->IsCopyOf(plan_.Files().front().source);
   return std::all_of(plan_.Files().begin(), plan_.Files().end(),
                      [&](const CopyPlan::File& file) { return CheckTarget(file, copied_before); });
 }
@@ -96,16 +95,16 @@ bool BookCopy::CheckTargets() {
 // A copy must not take the place of what is being copied, by whatever way it would come there, nor of a file
 // that is open, nor of what no earlier copy put there, or somebody changed since: that is somebody's.
 bool BookCopy::CheckTarget(const CopyPlan::File& file, bool copied_before) {
+  const bool made = record_->Has(file.target);
   const bool exists = host_.platform.FileExists(file.target);
   if (exists && plan_.FindFile(file.target) != CopyPlan::kNoFile)
     return Fail("QELM_MSG_FILTER_53", file.target);
   // The book of an earlier copy is open until somebody closes it, and would be taken for the new one.
   if (host_.documents.FindOpen(file.target) != kNone) return Fail("QELM_MSG_FILTER_54", file.target);
-  if (!exists) return NobodyMakes(file.target);
-  if (overwrite_ || (copied_before && record_.Has(file.target))) return NobodyMakes(file.target);
-  if (copied_before && record_.Names(file.target)) return Fail("QELM_MSG_FILTER_74", file.target);
-  if (copied_before || record_.source().empty()) return Fail("QELM_MSG_FILTER_60", file.target);
-  why_ = messenger_.Format("QELM_MSG_FILTER_71", file.target, record_.source());
+  if (!exists || overwrite_ || made) return NobodyMakes(file.target);
+  if (record_->Names(file.target)) return Fail("QELM_MSG_FILTER_74", file.target);
+  if (copied_before || record_->source().empty()) return Fail("QELM_MSG_FILTER_60", file.target);
+  why_ = messenger_.Format("QELM_MSG_FILTER_71", file.target, record_->source());
   return false;
 }
 
@@ -113,12 +112,6 @@ bool BookCopy::CheckTarget(const CopyPlan::File& file, bool copied_before) {
 bool BookCopy::NobodyMakes(const std::string& target) {
   if (!host_.platform.FolderExists(std::string(common::FolderOf(target)))) return true;
   return host::HeldFile(host_.platform, target).Valid() || FailFile(target);
-}
-
-std::vector<std::string> BookCopy::Targets() const {
-  std::vector<std::string> targets;
-  for (const CopyPlan::File& file : plan_.Files()) targets.push_back(file.target);
-  return targets;
 }
 
 bool BookCopy::CheckSpace() {
@@ -227,12 +220,13 @@ bool BookCopy::SaveCopy(Id document, const std::string& copy) {
 }
 
 bool BookCopy::Place(StagedFiles* staged) {
-  if (!staged->Place(new_record_, record_.path())) return FailFile(record_.path());
+  if (!staged->Place(new_record_, record_->path())) return FailFile(record_->path());
   // The book comes last, so that whoever waits for it finds all that it names.
   for (std::size_t i = plan_.Files().size(); i-- > 0;) {
-    if (!staged->Place(copies_[i], plan_.Files()[i].target)) {
-      return FailFile(plan_.Files()[i].target);
-    }
+    const std::string& target = plan_.Files()[i].target;
+    if (!record_->IsUnchanged(target)) return Fail("QELM_MSG_FILTER_74", target);
+    if (!staged->Place(copies_[i], target)) return FailFile(target);
+    record_->Look(target);
   }
   return true;
 }

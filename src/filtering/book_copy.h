@@ -18,6 +18,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <unordered_set>
@@ -51,10 +52,9 @@ class BookCopy {
   // are not.
   std::int32_t Copy();
 
-  // After a copy that was made: what is in the folder is as it should be, when its last file could be saved
-  // (false: that cannot be marked), or is left as it is, marked.
-  bool Complete(bool saved);
-  void GiveUp();
+  // After a copy that was made: its record, by which it is completed. While it lives, what is written of the
+  // copy is recorded.
+  std::unique_ptr<CopyRecord> TakeRecord() { return std::move(record_); }
 
   host::Id NewBook() const { return new_book_; }
   // The components of the book, each with that of the new one.
@@ -72,7 +72,6 @@ class BookCopy {
   bool CheckTargets();
   bool CheckTarget(const CopyPlan::File& file, bool copied_before);
   bool NobodyMakes(const std::string& target);
-  std::vector<std::string> Targets() const;
   bool CheckSpace();
   bool CopyOne(std::size_t number, StagedFiles* staged);
   bool Redirect(std::size_t number, const std::string& copy);
@@ -99,7 +98,7 @@ class BookCopy {
   std::string folder_;
   std::optional<host::KeptFolder> kept_;
   CopyPlan plan_;
-  CopyRecord record_;
+  std::unique_ptr<CopyRecord> record_;
   std::unordered_set<host::Id> left_out_;
   std::vector<std::string> copies_;  // where the copy of each file is until it is placed
   std::string new_record_;           // likewise

@@ -230,6 +230,7 @@ bool BookFilter::CopyBook() {
   switch (copy_->Copy()) {
     case kDone:
       run_.result_book = copy_->NewBook();
+      context_.copy_record = copy_->TakeRecord();
       TakeIdsOfOther(copy_->components(), &run_);
       run_.copied = copy_->CopiedFiles();
       run_.made_folders = copy_->made_folders();
@@ -249,17 +250,19 @@ bool BookFilter::CopyBook() {
 // The book is the last file of the copy. One that is not filtered to its end must not be taken for the
 // result.
 void BookFilter::EndCopy() {
-  if (run_.ending != Ending::kCompleted) return copy_->GiveUp();
+  CopyRecord& record = *context_.copy_record;
+  if (run_.ending != Ending::kCompleted) {
+    record.Complete(false);
+    return;
+  }
   if (context_.caller_ends_filling) return;
   host::Documents& documents = host_.documents;
   const std::string path(documents.Path(run_.result_book));
   const bool saved = !documents.Switch(run_.result_book, host::DocumentSwitch::kModified) ||
                      documents.Save(run_.result_book, {});
-  std::string why(documents.LastError());
-  const bool marked = copy_->Complete(saved);
-  if (saved && marked) return;
-  if (saved) why = common::WithReason(path, host_.platform.LastError());
-  NotSaved(path, why);
+  const std::string why(documents.LastError());
+  const bool complete = record.Complete(saved);
+  if (!saved || !complete) NotSaved(path, saved ? record.why() : why);
 }
 
 // A line for each component of which everything failed the scheme, also for one that was taken out as empty.

@@ -1,11 +1,12 @@
 #include "filtering/copy_record.h"
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
-#include <map>
 
 #include "common/content_hash.h"
 #include "common/paths.h"
+#include "common/text.h"
 #include "common/utf8.h"
 #include "filtering/plain_path.h"
 #include "host/interface/copy_names.h"
@@ -18,12 +19,11 @@ namespace fs = std::filesystem;
 constexpr std::string_view kSourceWord = "source ";
 constexpr std::string_view kAsWord = "as ";
 constexpr std::string_view kMadeWord = "made ";
-constexpr std::string_view kFileWord = "file ";
+constexpr std::string_view kCompleteLine = "complete";
 constexpr char kEnding[] = ".txt";  // whatever the copied file's is: ".new" would be that of a file beside
 constexpr std::size_t kLongestName = 240;  // in bytes: what the record's name has room for
 constexpr std::size_t kCutTo = 50;         // characters, of a longer one
-// Reading every output once more would be felt where they are large; those are known by their time.
-constexpr std::uintmax_t kLargestRead = 4'000'000;  // bytes
+constexpr std::size_t kBlock = 65536;      // bytes of a content that are hashed at a time
 
 std::string Escaped(std::string_view name) {
   std::string text;
@@ -56,6 +56,8 @@ std::string KnownAs(std::string_view name) {
   return std::string(common::FirstCharacters(name, kCutTo)) + "-" + common::ContentHash(name);
 }
 
+bool GoesUp(const fs::path& relative) { return relative.empty() || *relative.begin() == ".."; }
+
 // The rest of a line that begins with this word.
 bool Takes(std::string_view word, std::string_view* line) {
   if (!line->starts_with(word)) return false;
@@ -65,9 +67,33 @@ bool Takes(std::string_view word, std::string_view* line) {
 
 }  // namespace
 
+// Of the hashes of its blocks, whichever pieces they come in.
+std::string ContentMark(std::span<const std::string_view> pieces) {
+  std::string block;
+  std::string hashes;
+  std::size_t size = 0;
+  block.reserve(kBlock);
+  for (std::string_view piece : pieces) {
+    size += piece.size();
+    while (!piece.empty()) {
+      const std::size_t part = std::min(piece.size(), kBlock - block.size());
+      block.append(piece.substr(0, part));
+      piece.remove_prefix(part);
+      if (block.size() < kBlock) continue;
+      hashes += common::ContentHash(block);
+      block.clear();
+    }
+  }
+  return std::to_string(size) + "-" + common::ContentHash(hashes + common::ContentHash(block));
+}
+
 CopyRecord::CopyRecord(host::Platform& platform, const std::string& folder, std::string_view name)
     : platform_(platform), folder_(platform.ResolvedPath(folder)), target_(common::JoinPath(folder_, name)) {
   path_ = common::JoinPath(folder_, std::string(host::kCopyRecordName) + KnownAs(name) + kEnding);
+}
+
+CopyRecord::~CopyRecord() {
+  if (begun_) platform_.StopListening(this);
 }
 
 std::string CopyRecord::Shortened(const std::string& file) const {
@@ -87,7 +113,11 @@ std::string CopyRecord::Full(std::string_view shortened) const {
   return fs::path(path).lexically_normal().string();
 }
 
-bool CopyRecord::Unreadable(std::string reason) {
+bool CopyRecord::Covers(const std::string& file) const {
+  return !GoesUp(fs::path(platform_.ResolvedPath(file)).lexically_relative(folder_));
+}
+
+bool CopyRecord::Fail(std::string reason) {
   why_ = std::move(reason);
   return false;
 }
@@ -96,102 +126,95 @@ bool CopyRecord::Read() {
   source_.clear();
   as_.clear();
   files_.clear();
-  why_.clear();
+  complete_ = false;
   std::error_code error;
   const fs::file_status status = fs::status(path_, error);
   if (status.type() == fs::file_type::not_found) return true;
   // A pipe would never come to its end.
-  if (!fs::is_regular_file(status)) return Unreadable(error ? error.message() : "it is not a file");
-  if (fs::file_size(path_, error) > kLargestRecord || error)
-    return Unreadable("it is too large for a record");
+  if (!fs::is_regular_file(status)) return Fail(error ? error.message() : "it is not a file");
+  if (fs::file_size(path_, error) > kLargestRecord || error) return Fail("it is too large for a record");
   const std::optional<std::string> text = platform_.ReadFile(path_);
-  if (!text) return Unreadable(platform_.LastError());
+  if (!text) return Fail(platform_.LastError());
   std::string_view left = *text;
   while (const std::size_t end = left.find('\n') + 1) {
     std::string_view line = left.substr(0, end - 1);
     left.remove_prefix(end);
     if (Takes(kSourceWord, &line)) {
-      source_ = Full(line);
+      source_ = line;
     } else if (Takes(kAsWord, &line)) {
-      as_ = Full(line);
-    } else if (Takes(kFileWord, &line)) {
-      files_[std::string(line)] = {};
+      as_ = line;
     } else if (Takes(kMadeWord, &line) && line.find(' ') != std::string_view::npos) {
       const std::size_t blank = line.find(' ');
-      files_[std::string(line.substr(blank + 1))].state = line.substr(0, blank);
+      files_[std::string(line.substr(blank + 1))].emplace_back(line.substr(0, blank));
+    } else if (line == kCompleteLine) {
+      complete_ = true;
     }
   }
   if (source_.empty()) files_.clear();
   return true;
 }
 
-bool CopyRecord::IsCopyOf(const std::string& source, const std::vector<std::string>& files) {
-  if (source_.empty()) return false;
-  if (platform_.SameFile(source_, source) || (!as_.empty() && as_ == Full(Spelled(source)))) return true;
-  if (!platform_.FileExists(source_)) {
-    const auto same = static_cast<std::size_t>(
-        std::count_if(files.begin(), files.end(), [this](const std::string& file) { return Has(file); }));
-    if (same > 0 && same * 2 >= std::min(files.size(), files_.size())) return true;
-  }
-  files_.clear();
-  return false;
+bool CopyRecord::IsCopyOf(const std::string& source) {
+  const bool same = !source_.empty() &&
+                    (platform_.SameFile(Full(source_), source) || (!as_.empty() && as_ == Spelled(source)));
+  if (!same) files_.clear();
+  return same;
 }
 
 bool CopyRecord::Names(const std::string& file) const { return files_.contains(Shortened(file)); }
 
-// Empty for what cannot be read, or is no file.
-std::string CopyRecord::StateOf(const std::string& file) const {
-  std::error_code error;
-  if (!fs::is_regular_file(file, error)) return {};
-  const std::uintmax_t size = fs::file_size(file, error);
-  if (!error && size > kLargestRead) {
-    const fs::file_time_type time = fs::last_write_time(file, error);
-    return error ? std::string()
-                 : std::to_string(size) + "-at" + std::to_string(time.time_since_epoch().count());
-  }
-  const std::optional<std::string> content = platform_.ReadFile(file);
-  return content ? std::to_string(content->size()) + "-" + common::ContentHash(*content) : std::string();
-}
-
+// What a link leads to elsewhere, or lies there in another size, is not even opened.
 bool CopyRecord::Has(const std::string& file) {
+  Look(file);
   const auto found = files_.find(Shortened(file));
-  if (found == files_.end()) return false;
-  Made& made = found->second;
-  if (!made.looked_at) {
-    made.looked_at = true;
-    const std::string size = std::to_string(platform_.FileSize(file).value_or(0)) + "-";
-    made.same = platform_.FileExists(file) &&
-                (made.state.empty() || (made.state.starts_with(size) && made.state == StateOf(file)));
+  if (found == files_.end() || !Covers(file)) return false;
+  std::error_code error;
+  if (!fs::is_regular_file(file, error)) return false;
+  const std::string size = std::to_string(platform_.FileSize(file).value_or(0)) + "-";
+  const std::vector<std::string>& marks = found->second;
+  const auto has_size = [&](const std::string& mark) { return mark.starts_with(size); };
+  if (std::none_of(marks.begin(), marks.end(), has_size)) return false;
+  const std::optional<std::string> content = size == "0-" ? std::string() : platform_.ReadFile(file);
+  const std::string_view whole = content ? std::string_view(*content) : std::string_view();
+  return content && std::find(marks.begin(), marks.end(), ContentMark({&whole, 1})) != marks.end();
+}
+
+bool CopyRecord::IsUnchanged(const std::string& file) const {
+  const auto seen = seen_.find(Shortened(file));
+  return seen == seen_.end() || seen->second == platform_.FileState(file);
+}
+
+bool CopyRecord::HasComplete(const std::string& file) { return complete_ && Has(file); }
+
+void CopyRecord::Begin(const std::string& source) {
+  source_ = Shortened(source);
+  as_ = Spelled(source);
+  complete_ = recorded_ = false;
+  if (!begun_) platform_.Listen(this);
+  begun_ = true;
+}
+
+void CopyRecord::Expect(const std::string& file, const std::string& staged) {
+  const std::string name = Shortened(file);
+  expected_.insert(name);
+  const auto made = staged.empty() ? written_.end() : written_.find(Shortened(staged));
+  if (made == written_.end()) return;
+  files_[name].push_back(made->second);
+  written_[name] = made->second;
+}
+
+std::string CopyRecord::Text() const {
+  std::string text = std::string(kSourceWord) + source_ + "\n";
+  if (!as_.empty() && as_ != source_) text += std::string(kAsWord) + as_ + "\n";
+  for (const auto& [name, marks] : files_) {
+    for (const std::string& mark : marks) text += std::string(kMadeWord) + mark + " " + name + "\n";
   }
-  return made.same;
-}
-
-bool CopyRecord::HasComplete(const std::string& file) {
-  const auto found = files_.find(Shortened(file));
-  return found != files_.end() && !found->second.state.empty() && Has(file);
-}
-
-std::string CopyRecord::Text(const std::string& source, const std::string& as) const {
-  std::string text = std::string(kSourceWord) + source + "\n";
-  if (as != source) text += std::string(kAsWord) + as + "\n";
-  std::map<std::string_view, const Made*> sorted;
-  for (const auto& [name, made] : files_) sorted.emplace(name, &made);
-  for (const auto& [name, made] : sorted) {
-    text += made->state.empty() ? std::string(kFileWord) : std::string(kMadeWord) + made->state + " ";
-    text.append(name) += '\n';
-  }
-  return text;
-}
-
-std::string CopyRecord::TextFor(const std::string& source, const std::vector<std::string>& files) const {
-  CopyRecord next(*this);
-  std::erase_if(next.files_, [this](const auto& file) { return !platform_.FileExists(Full(file.first)); });
-  for (const std::string& file : files) next.files_[Shortened(file)] = {};
-  return next.Text(Shortened(source), Spelled(source));
+  return complete_ ? text + std::string(kCompleteLine) + "\n" : text;
 }
 
 // A pipe that is to be overwritten would wait for somebody who reads it.
-bool CopyRecord::Write(const std::string& text) const {
+bool CopyRecord::Write() const {
+  const std::string text = Text();
   std::error_code error;
   const bool is_file = fs::is_regular_file(path_, error);
   if (is_file && platform_.ReadFile(path_) == text) return true;
@@ -199,26 +222,52 @@ bool CopyRecord::Write(const std::string& text) const {
   return platform_.ReplaceFile(path_, text);
 }
 
-bool CopyRecord::Begin(const std::string& source, const std::vector<std::string>& files) const {
-  return Write(TextFor(source, files));
-}
-
-bool CopyRecord::Add(const std::string& file) {
-  files_[Shortened(file)] = {};
-  return Write(Text(Shortened(source_), as_.empty() ? Shortened(source_) : Spelled(as_)));
-}
-
-bool CopyRecord::Seal(host::Documents& documents) {
-  std::erase_if(files_, [this](const auto& file) { return !platform_.FileExists(Full(file.first)); });
-  for (auto& [name, made] : files_) {
-    if (!made.state.empty()) continue;
-    const std::string file = Full(name);
-    const host::Id open = documents.FindOpen(file);
-    if (open != host::kNone && documents.Switch(open, host::DocumentSwitch::kModified)) continue;
-    made.state = StateOf(file);
-    if (made.state.empty()) return false;
+// The record is there before the first file, which is when it is written in whole. A line that could not be
+// written to its end must not be taken for the beginning of the next.
+bool CopyRecord::BeforeWriting(const std::string& path, std::span<const std::string_view> content,
+                               std::string* why) {
+  const std::string name = Shortened(path);
+  const std::string& mark = writing_[name] = ContentMark(content);
+  if (!expected_.contains(name)) return true;
+  if (!IsUnchanged(path)) {
+    *why = "somebody changed it while this run was under way";
+    return false;
   }
-  return Write(Text(Shortened(source_), as_.empty() ? Shortened(source_) : Spelled(as_)));
+  recorded_ = recorded_ || Write();
+  std::vector<std::string>& marks = files_[name];
+  if (recorded_ && std::find(marks.begin(), marks.end(), mark) != marks.end()) return true;
+  const std::string line = std::string(kMadeWord) + mark + " " + name;
+  if (!recorded_ || !platform_.AppendFile(path_, "\n" + line + "\n")) {
+    *why = common::WithReason(path_, platform_.LastError());
+    return false;
+  }
+  marks.push_back(mark);
+  return true;
+}
+
+void CopyRecord::AfterWriting(const std::string& path, bool done) {
+  const std::string name = Shortened(path);
+  if (!done) return;
+  written_[name] = writing_[name];
+  Look(path);
+}
+
+bool CopyRecord::Seal() {
+  platform_.StopListening(this);
+  begun_ = false;
+  for (const std::string& name : expected_) {
+    const auto written = written_.find(name);
+    if (written != written_.end()) files_[name] = {written->second};
+  }
+  std::erase_if(files_, [this](const auto& file) { return !platform_.FileExists(Full(file.first)); });
+  complete_ = true;
+  return Write() || Fail(common::WithReason(path_, platform_.LastError()));
+}
+
+bool CopyRecord::Complete(bool saved) {
+  const bool sealed = !saved || Seal();
+  const bool ended = platform_.EndFilling(folder_, saved && sealed);
+  return sealed && (ended || Fail(common::WithReason(folder_, platform_.LastError())));
 }
 
 bool IsOfCompleteCopy(host::Platform& platform, const std::string& folder, const std::string& file) {
@@ -230,14 +279,6 @@ bool IsOfCompleteCopy(host::Platform& platform, const std::string& folder, const
     CopyRecord record(platform, folder, name);
     return record.Read() && record.HasComplete(file);
   });
-}
-
-bool CompleteCopy(host::Host& host, const std::string& main, bool saved) {
-  const std::string folder(common::FolderOf(main));
-  const host::KeptFolder kept(host.platform, folder);
-  CopyRecord record(host.platform, folder, common::FileName(main));
-  const bool sealed = !saved || (record.Read() && !record.source().empty() && record.Seal(host.documents));
-  return host.platform.EndFilling(folder, saved && sealed) && sealed;
 }
 
 }  // namespace qelm::filtering

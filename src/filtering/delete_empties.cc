@@ -2,6 +2,7 @@
 
 #include "common/strings.h"
 #include "filtering/components.h"
+#include "filtering/copy_record.h"
 #include "schemes/flows.h"
 
 namespace qelm::filtering {
@@ -102,6 +103,8 @@ void EmptyComponents::RemoveFiles() {
     if (file.role == Role::kBook) continue;
     if (file.role == Role::kComponent && !removed_.contains(file.target)) continue;
     if (referred_.contains(context_.host.platform.ResolvedPath(file.target))) continue;
+    // What somebody made of it meanwhile is his.
+    if (context_.copy_record && !context_.copy_record->IsUnchanged(file.target)) continue;
     if (CloseAndRemove(file.target)) context_.run.removed_files.push_back(file.target);
   }
   if (!context_.run.removed_files.empty()) RemoveFolders();

@@ -7,8 +7,10 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 
 #include "config/local_settings.h"
+#include "filtering/copy_record.h"
 #include "filtering/filter_run.h"
 #include "filtering/run_log.h"
 #include "host/interface/host.h"
@@ -42,9 +44,10 @@ struct FilterContext {
   std::function<bool(host::Id document)> remove_coloring = {};
   RunLog log = {};
   ComponentSink component_done = {};
-  // Whether the caller still writes into the folder of a book's copy: he saves the book, and the folder is
-  // marked as one that is not complete until he ends that (Platform::EndFilling), when the run was completed.
+  // Whether the caller still writes into the folder of a book's copy when the run was completed: he saves the
+  // book, and the folder is marked as one that is not complete until he completes the copy's record.
   bool caller_ends_filling = false;
+  std::unique_ptr<CopyRecord> copy_record = {};  // of the copy of the book, once there is one
 };
 
 // Fills what was asked for in a run from the local settings, and clears what came of the last one. The

@@ -10,6 +10,7 @@ namespace {
 
 constexpr char kStageName[] = ".qelm-copy-";
 constexpr std::string_view kBefore = "-before";
+constexpr char kBetween = '\t';
 constexpr char kListName[] = "placed";
 constexpr char kKeptName[] = "kept";  // the list once nothing is to be put back any more
 constexpr int kMostStages = 1000;     // left behind by processes that were killed
@@ -48,24 +49,30 @@ bool IsBelow(const std::string& folder, const std::filesystem::path& target) {
   return type == fs::file_type::regular || type == fs::file_type::not_found;
 }
 
-// Puts back what one line of a list says. A line "N path" is that of a file which came where none was, a line
-// "N-before path" that of one which replaced another.
+// Puts back what one line of a list says. A line "N<tab>state<tab>path" is that of a file which came where
+// none was, a line "N-before<tab>state<tab>path" that of one which replaced another. What lies there in
+// another state is somebody's: it stays, and so does what it would have to give way to.
 bool TakeBackLine(host::Platform& platform, const std::string& folder, const std::string& stage,
                   std::string_view line) {
-  const std::size_t blank = line.find(' ');
-  if (blank == std::string_view::npos) return false;
-  std::string_view number = line.substr(0, blank);
+  const std::size_t end = line.find(kBetween);
+  const std::size_t second = line.find(kBetween, end + 1);
+  if (end == std::string_view::npos || second == std::string_view::npos) return false;
+  std::string_view number = line.substr(0, end);
   const bool replaced = number.ends_with(kBefore);
   if (replaced) number.remove_suffix(kBefore.size());
   if (!IsNumber(number)) return false;
   const std::string staged = common::JoinPath(stage, number);
   const std::string before = staged + std::string(kBefore);
-  const std::string_view target = line.substr(blank + 1);
+  const std::string_view target = line.substr(second + 1);
   const std::string placed = common::JoinPath(folder, target);
-  if (platform.FileExists(before)) return IsBelow(folder, target) && platform.MoveFile(before, placed);
+  const bool is_there = platform.FileExists(placed);
+  const bool is_ours = is_there && platform.FileState(placed) == line.substr(end + 1, second - end - 1);
+  if (platform.FileExists(before)) {
+    return (is_ours || !is_there) && IsBelow(folder, target) && platform.MoveFile(before, placed);
+  }
   // What was replaced is back already, or was not taken away yet.
   if (replaced || platform.FileExists(staged) || !IsBelow(folder, target)) return true;
-  return !platform.FileExists(placed) || platform.RemoveFile(placed);
+  return !is_ours || platform.RemoveFile(placed);
 }
 
 // Puts back what was placed by the list in the inner folder. False when something of it remains to be done,
@@ -132,9 +139,9 @@ std::string StagedFiles::AddText(std::string_view content) {
 
 bool StagedFiles::Place(const std::string& staged, const std::string& target) {
   if (!MakeFolder(std::string(common::FolderOf(target)))) return false;
-  Placed placed{target, {}};
+  Placed placed{target, {}, platform_.FileState(staged)};
   if (platform_.FileExists(target)) placed.before = staged + std::string(kBefore);
-  if (!List(placed.before.empty() ? staged : placed.before, target)) return false;
+  if (!List(placed.before.empty() ? staged : placed.before, placed)) return false;
   if (!placed.before.empty() && !platform_.MoveFile(target, placed.before)) return false;
   // From here on it is undone, also when the move fails.
   placed_.push_back(placed);
@@ -143,10 +150,11 @@ bool StagedFiles::Place(const std::string& staged, const std::string& target) {
 
 // Written before the move, so that of what was moved nothing is missing in it. A name that cannot stand in a
 // line is left out: nobody puts that file back.
-bool StagedFiles::List(const std::string& staged, const std::string& target) {
-  const std::string below = std::filesystem::path(target).lexically_relative(folder_).string();
+bool StagedFiles::List(const std::string& staged, const Placed& placed) {
+  const std::string below = std::filesystem::path(placed.target).lexically_relative(folder_).string();
   if (below.find('\n') != std::string::npos) return true;
-  const std::string line = std::string(common::FileName(staged)) + " " + below + "\n";
+  const std::string line =
+      std::string(common::FileName(staged)) + kBetween + placed.state + kBetween + below + "\n";
   return platform_.AppendFile(common::JoinPath(stage_, kListName), line);
 }
 
@@ -163,16 +171,19 @@ void StagedFiles::Keep() {
   RemoveStage();
 }
 
-// What cannot be put back stays in the stage, with the list.
+// What cannot be put back stays in the stage, with the list; what somebody has put in its place stays there.
 bool StagedFiles::Undo() {
   if (kept_) return true;
   bool done = true;
   for (auto placed = placed_.rbegin(); placed != placed_.rend(); ++placed) {
+    const bool is_there = platform_.FileExists(placed->target);
+    const bool is_ours = is_there && platform_.FileState(placed->target) == placed->state;
     if (!placed->before.empty()) {
-      done = (platform_.MoveFile(placed->before, placed->target) ||
+      done = (is_ours || !is_there) &&
+             (platform_.MoveFile(placed->before, placed->target) ||
               platform_.MoveFile(placed->before, placed->target)) &&
              done;
-    } else if (platform_.FileExists(placed->target)) {
+    } else if (is_ours) {
       Remove(placed->target);
       done = done && !platform_.FileExists(placed->target);
     }

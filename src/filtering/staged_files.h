@@ -11,7 +11,8 @@
 // at their targets is kept until the end. Without Keep, the destructor puts everything back as it was: what
 // was there before, and only that, is there again. A process that is killed leaves that one inner folder;
 // killed while files are moved, it leaves in it the files that were replaced and a list of where all of them
-// belong, by which the next run puts everything back in its stead.
+// belong, by which the next run puts everything back in its stead. What somebody has put in the place of such
+// a file meanwhile, or made of it, stays.
 #pragma once
 
 #include <string>
@@ -60,11 +61,12 @@ class StagedFiles {
   struct Placed {
     std::string target;
     std::string before;  // where the file is that was there; empty: there was none
+    std::string state;   // of the file that was placed (Platform::FileState)
   };
 
   bool MakeFolder(const std::string& folder);
   std::string NextStaged();
-  bool List(const std::string& staged, const std::string& target);
+  bool List(const std::string& staged, const Placed& placed);
   void Remove(const std::string& file);
   void RemoveStage();
 

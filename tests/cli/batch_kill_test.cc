@@ -11,6 +11,7 @@
 #include <regex>
 
 #include "cli/program.h"
+#include "embedded/adapter/platform.h"
 
 extern char** environ;
 
@@ -161,15 +162,22 @@ TEST_F(KilledBatch, HalfPlacedBookIsDoneOver) {
   program.folder.Write(folder + "reference.mif", program.folder.Read("whole/Service/reference.mif"));
   const std::string stage = folder + ".qelm-copy-1/";
   program.folder.Write(stage + "0", program.folder.Read("whole/Service/pump.book.mif"));
-  const std::string list =
-      program.folder.Write(stage + "placed",
-                           "7-before notes.txt\n6 reference.mif\n5 operation.mif\n4 ../../outside.mif\n"
-                           "0 pump.book.mif\n");
+  embedded::adapter::PosixPlatform platform;
+  std::string lines;
+  for (const auto& [number, name] : {std::pair<std::string, std::string>{"7-before", "notes.txt"},
+                                     {"6", "reference.mif"},
+                                     {"5", "operation.mif"},
+                                     {"4", "../../outside.mif"},
+                                     {"0", "pump.book.mif"}}) {
+    lines += number + "\t" + platform.FileState(program.folder.File(folder + name)) + "\t" + name + "\n";
+  }
+  const std::string list = program.folder.Write(stage + "placed", lines);
   program.folder.Write(stage + "7-before", "mine");
   const std::string unknown = folder + ".qelm-copy-2/";
   const std::string kept = program.folder.Write(unknown + "9-before", "replaced");
-  program.folder.Write(unknown + "placed", "3 link/outside.mif\n");
   program.folder.Write("outside.mif", "not in the folder");
+  const std::string outside = platform.FileState(program.folder.File("outside.mif"));
+  program.folder.Write(unknown + "placed", "3\t" + outside + "\tlink/outside.mif\n");
   const auto before = fs::file_time_type::clock::now() - std::chrono::hours(1);
   fs::create_directory_symlink(program.folder.path(), program.folder.File(folder + "link"));
   fs::last_write_time(fs::path(list).parent_path(), before);

@@ -239,6 +239,21 @@ TEST_F(Batch, FilesThatAreNotItsOwnStay) {
   }
   EXPECT_EQ(Run("out", {"--overwrite"}, "operation.mif").status, 0);
   EXPECT_EQ(program.folder.Read(xml), saved);
+  // A run that could not save it, as somebody had it open, does not make it its own.
+  for (const std::string file : {"out/Service/operation.mif", "out/Service/xml/operation.pdf.xml"}) {
+    const std::string made = program.folder.Read(file);
+    program.folder.Write(file + ".lck", "");
+    EXPECT_EQ(Run("out", {}, "operation.mif").status, 1) << file;
+    fs::remove(program.folder.File(file + ".lck"));
+    EXPECT_EQ(Run("out", {}, "operation.mif").status, 0) << file << " was left as it was";
+    program.folder.Write(file + ".lck", "");
+    EXPECT_EQ(Run("out", {}, "operation.mif").status, 1) << file;
+    program.folder.Write(file, made + " ");
+    fs::remove(program.folder.File(file + ".lck"));
+    EXPECT_EQ(Run("out", {}, "operation.mif").status, 1) << file;
+    EXPECT_EQ(program.folder.Read(file), made + " ");
+    program.folder.Write(file, made);
+  }
   // A document there could not be opened.
   program.folder.Write("out/Service/QELM-unfinished.txt", "");
   EXPECT_EQ(Run("out", {"--json"}, "operation.mif").Json()["schemes"][2]["result"], 106);
@@ -262,11 +277,14 @@ TEST_F(Batch, FilesThatAreNotItsOwnStay) {
       "source/around.mif",
       testing::Mif("<Doc>\n<P>a<!Inset .file=\"<c>introduction.mif\">b</!Inset></P>\n</Doc>"));
   for (const std::string& shown : {source, around}) {
-    Run("out",
-        {"--overwrite", "--set",
-         "BF_POST_PROCESS_DEFAULT_XML_DESTINATION_FOLDER=" + program.folder.File("source/graphics"), "--set",
-         "BF_POST_PROCESS_XML_FILENAME_PATTERN=pump", "--shard", "1/5"},
-        shown);
+    const ProgramResult run =
+        Run("out",
+            {"--overwrite", "--json", "--set",
+             "BF_POST_PROCESS_DEFAULT_XML_DESTINATION_FOLDER=" + program.folder.File("source/graphics"),
+             "--set", "BF_POST_PROCESS_XML_FILENAME_PATTERN=pump", "--shard", "1/5"},
+            shown);
+    const Names said = MessagesOf(run.Json()["schemes"][0]);
+    EXPECT_EQ(std::count(said.begin(), said.end(), "REP_84"), 1) << shown;
     EXPECT_EQ(program.folder.Read("source/graphics/pump.xml"), "shown") << shown;
   }
 
@@ -280,16 +298,25 @@ TEST_F(Batch, FilesThatAreNotItsOwnStay) {
 TEST_F(Batch, FileOfTwoSchemesIsThatOfTheFirst) {
   for (const char* jobs : {"1", "2"}) {
     const std::string xml = program.folder.File(std::string("xml") + jobs);
-    const ProgramResult run =
-        Run(std::string("out") + jobs,
-            {"--json", "--jobs", jobs, "--set", "BF_POST_PROCESS_DEFAULT_XML_DESTINATION_FOLDER=" + xml},
-            "operation.mif");
-    EXPECT_EQ(run.status, 1);
-    const json schemes = run.Json()["schemes"];
-    for (std::size_t i = 0; i < schemes.size(); ++i) {
-      const Names messages = MessagesOf(schemes[i]);
-      EXPECT_EQ(std::count(messages.begin(), messages.end(), i == 0 ? "REP_51" : "REP_83"), 1) << i;
+    // It is known for what it is also when the output folders are others.
+    for (const std::string out : {"out", "next"}) {
+      const ProgramResult run =
+          Run(out + jobs,
+              {"--json", "--jobs", jobs, "--set", "BF_POST_PROCESS_DEFAULT_XML_DESTINATION_FOLDER=" + xml},
+              "operation.mif");
+      EXPECT_EQ(run.status, 1);
+      const json schemes = run.Json()["schemes"];
+      for (std::size_t i = 0; i < schemes.size(); ++i) {
+        const Names messages = MessagesOf(schemes[i]);
+        EXPECT_EQ(std::count(messages.begin(), messages.end(), i == 0 ? "REP_51" : "REP_83"), 1) << i;
+      }
     }
+    const std::string file = std::string("xml") + jobs + "/operation.pdf.xml";
+    program.folder.Write(file, program.folder.Read(file) + "<!-- mine -->");
+    const std::string mine = program.folder.Read(file);
+    Run(std::string("more") + jobs, {"--set", "BF_POST_PROCESS_DEFAULT_XML_DESTINATION_FOLDER=" + xml},
+        "operation.mif");
+    EXPECT_EQ(program.folder.Read(file), mine);
   }
 }
 

@@ -64,10 +64,14 @@ TEST_F(Pages, AWrongModuleIsNamedAndNothingElseIsTouched) {
     const char* module;
     std::string content;
     const char* said;
+    bool anybody_writes = false;
   };
   const Row rows[] = {{"lib/qelm/qelm-pages.so", "", "is missing"},
                       {"bin/qelm-pages.so", "no module", "cannot be loaded"},
-                      {"bin/qelm-pages.so", of_another_build, "of another version"}};
+                      {"bin/qelm-pages.so", of_another_build, "of another version"},
+                      {"bin/qelm-pages.so", module.str(), "others may write", true}};
+  // Beside a folder that is no place for libraries anybody's may lie.
+  program.folder.Write("qelm/qelm-pages.so", module.str());
   const std::string qelm = program.folder.Write("bin/qelm", "");
   std::filesystem::copy_file(QELM_BINARY_DIR "/qelm", qelm,
                              std::filesystem::copy_options::overwrite_existing);
@@ -76,6 +80,10 @@ TEST_F(Pages, AWrongModuleIsNamedAndNothingElseIsTouched) {
   const std::string log = program.folder.File("log");
   for (const Row& row : rows) {
     if (!row.content.empty()) program.folder.Write(row.module, row.content);
+    if (row.anybody_writes) {
+      std::filesystem::permissions(program.folder.File(row.module), std::filesystem::perms::others_write,
+                                   std::filesystem::perm_options::add);
+    }
     const std::string command = qelm + " --plugin-dir " QELM_SOURCE_DIR "/assets --profile " +
                                 program.folder.File("profile") + " convert " + program.document() + " ";
     const int status = std::system((command + pages + " 2>" + log).c_str());

@@ -3,6 +3,7 @@
 #include "filtering/book_filter.h"
 
 #include "filtering/book_session.h"
+#include "filtering/copy_record.h"
 #include "support/failing_host.h"
 
 namespace qelm::filtering {
@@ -407,9 +408,12 @@ TEST(BookFilter, GeneratedComponentsStayWithWhatTheyShow) {
 }
 
 // Leaves an earlier copy of the book, of which only this much is there.
-const Files kYesterday = {{".qelm-made-book.mif.txt", "source ../src/book.mif\nfile a.mif\nfile book.mif\n"},
-                          {"a.mif", "of yesterday"},
-                          {"book.mif", "of yesterday"}};
+constexpr std::string_view kOld = "of yesterday";
+const std::string kMade = "made " + ContentMark({&kOld, 1}) + " ";
+const Files kYesterday = {
+    {".qelm-made-book.mif.txt", "source ../src/book.mif\n" + kMade + "a.mif\n" + kMade + "book.mif\n"},
+    {"a.mif", std::string(kOld)},
+    {"book.mif", std::string(kOld)}};
 void CopyOfYesterday(BookSession& session) {
   for (const auto& [name, content] : kYesterday) session.folder.Write("out/" + name, content);
 }
@@ -439,6 +443,83 @@ TEST(BookFilter, FilesThatWereInTheOutputFolderStayOrAreReplaced) {
   other.folder.Write("out/a.mif", "of another book");
   EXPECT_EQ(other.Filter(NoX(), wanted), kCopyFailed) << "no earlier copy lies there";
   EXPECT_EQ(other.Files("out"), (Files{{"a.mif", "of another book"}}));
+}
+
+// Closes what a run left open of its copy.
+void CloseCopy(BookSession& session) {
+  host::Documents& documents = session.inner().documents;
+  for (const std::string name : {"a.mif", "b.mif", "parts/c.mif", "book.mif"}) {
+    const host::Id id = documents.FindOpen(session.folder.File("out/" + name));
+    if (id != host::kNone) documents.Close(id, true);
+  }
+  documents.Activate(session.book);
+}
+
+// As a process leaves it that ends when it has placed all files, and does not come to say that they stay.
+void LeaveList(BookSession& session, const Texts& placed) {
+  embedded::adapter::PosixPlatform platform;
+  std::string list;
+  for (std::size_t i = 0; i < placed.size(); ++i) {
+    const std::string state = platform.FileState(session.folder.File("out/" + placed[i]));
+    list += std::to_string(i) + "\t" + state + "\t" + placed[i] + "\n";
+  }
+  session.folder.Write("out/.qelm-copy-1/placed", list);
+  std::filesystem::last_write_time(session.folder.File("out/.qelm-copy-1"),
+                                   std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
+}
+
+// Whatever becomes of the run that made a file, what somebody made of the file since is his, and what nobody
+// touched is replaced.
+TEST(BookFilter, WorkOnAFileOfACopyStays) {
+  enum class Way { kComplete, kNotSaved, kCutWhilePlaced };
+  const Texts names = {"a.mif", "parts/c.mif", "book.mif", "none"};
+  for (const Way way : {Way::kComplete, Way::kNotSaved, Way::kCutWhilePlaced}) {
+    for (const std::string& name : names) {
+      SCOPED_TRACE(name + " " + std::to_string(static_cast<int>(way)));
+      BookSession session(kThree);
+      session.as_client = true;
+      FailingHost failing(session.inner());
+      if (way == Way::kNotSaved) failing.FailAt("Documents::Save", 3);
+      const std::int32_t first = session.FilterThrough(failing.roles(), NoX(), Copying());
+      EXPECT_EQ(first == kDone, way != Way::kNotSaved);
+      CloseCopy(session);
+      if (way == Way::kCutWhilePlaced) {
+        LeaveList(session, {".qelm-made-book.mif.txt", "a.mif", "parts/c.mif", "book.mif"});
+      }
+      if (name != "none")
+        session.folder.Write("out/" + name, session.folder.Read("out/" + name) + "# mine\n");
+      const std::string mine = name == "none" ? "" : session.folder.Read("out/" + name);
+      EXPECT_EQ(session.Filter(NoX(), Copying()) == kDone, name == "none") << session.run.why;
+      if (name != "none") EXPECT_EQ(session.folder.Read("out/" + name), mine);
+    }
+  }
+}
+
+// At each moment at which the run looks for Esc.
+TEST(BookFilter, WorkOnACopyThatIsBeingMadeStays) {
+  std::size_t edited = 0;
+  for (int poll = 1;; ++poll) {
+    SCOPED_TRACE(poll);
+    BookSession session(kThree);
+    CopyOfYesterday(session);
+    std::string mine;
+    session.user.at_poll = [&](int number) {
+      if (number != poll) return;
+      mine = session.folder.Read("out/a.mif") + "# mine\n";
+      session.folder.Write("out/a.mif", mine);
+    };
+    session.as_client = true;
+    for (int run = 0; run < 2; ++run) {
+      const std::int32_t result = session.Filter(NoX(), Copying());
+      if (session.user.polls < poll) break;
+      EXPECT_TRUE(run == 0 || result != kDone);
+      EXPECT_EQ(session.folder.Read("out/a.mif"), mine);
+      CloseCopy(session);
+    }
+    if (session.user.polls < poll) break;
+    ++edited;
+  }
+  EXPECT_GT(edited, 6U);
 }
 
 TEST(BookFilter, FolderThatAnotherRunFillsStaysAsItIs) {

@@ -73,8 +73,9 @@ class Observed : public RoleType {
     }
   }
 
- private:
   RoleType& inner_;
+
+ private:
   CallObserver& observer_;
   std::string_view role_;
 };
@@ -342,6 +343,9 @@ class ObservedPlatform : public Observed<Platform> {
   CALL0(std::int64_t, CalendarSeconds)
   CALL0(std::int64_t, Milliseconds)
   CALL2(bool, Start, const std::string&, const std::vector<std::string>&)
+  // These have no way to fail.
+  void Listen(WriteListener* listener) override { inner_.Listen(listener); }
+  void StopListening(WriteListener* listener) override { inner_.StopListening(listener); }
 };
 
 }  // namespace

@@ -1,6 +1,8 @@
 #include "embedded/adapter/page_module.h"
 
 #include <dlfcn.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <charconv>
 #include <cstdint>
@@ -8,6 +10,7 @@
 #include <fstream>
 #include <mutex>
 #include <string_view>
+#include <vector>
 
 namespace qelm::embedded::adapter {
 namespace {
@@ -41,7 +44,10 @@ std::string OwnFile() {
     if (dash == last || own < begin) continue;
     std::from_chars(dash + 1, last, end, 16);
     const std::size_t path = line.find('/');
-    if (own < end && path != std::string::npos) return Unescaped(line.substr(path));
+    if (own >= end || path == std::string::npos) continue;
+    std::string name = line.substr(path);
+    std::error_code error;
+    return std::filesystem::exists(name, error) ? name : Unescaped(std::move(name));
   }
   return {};
 }
@@ -50,11 +56,22 @@ std::string OwnFile() {
 // for one kind of machine.
 std::string FindModule(const std::filesystem::path& folder) {
   const std::filesystem::path above = folder.parent_path();
+  std::vector<std::filesystem::path> places = {folder, folder / "qelm"};
+  if (above.filename() == "lib") places.push_back(above / "qelm");
   std::error_code error;
-  for (const std::filesystem::path& place : {folder, folder / "qelm", above / "qelm"}) {
+  for (const std::filesystem::path& place : places) {
     if (std::filesystem::exists(place / kModule, error)) return (place / kModule).string();
   }
   return (above / "lib" / "qelm" / kModule).string();
+}
+
+// What is loaded can do all that the user can: it is his, or of whoever installed what he runs.
+bool IsTrusted(const std::string& module, const std::string& own) {
+  struct stat found {};
+  struct stat ours {};
+  if (::stat(module.c_str(), &found) != 0 || ::stat(own.c_str(), &ours) != 0) return false;
+  const bool owned = found.st_uid == 0 || found.st_uid == ::geteuid() || found.st_uid == ours.st_uid;
+  return owned && (found.st_mode & S_IWOTH) == 0;
 }
 
 Loaded Load() {
@@ -68,6 +85,12 @@ Loaded Load() {
   std::error_code error;
   if (!std::filesystem::exists(path, error)) {
     loaded.why = "pages are made by " + path + ", which is missing; install QELM again.";
+    return loaded;
+  }
+  if (!IsTrusted(path, own)) {
+    loaded.why = "pages are made by " + path +
+                 ", which others may write, or which is of somebody who did not install QELM; it is not "
+                 "loaded. Install QELM again.";
     return loaded;
   }
   // It stays: what it has made lives longer than whoever asked for it.

@@ -140,7 +140,12 @@ bool PosixPlatform::ReplaceUnchanged(const std::string& path, std::span<const st
 // What a run that was killed left in the folder goes when something is written there.
 bool PosixPlatform::Replace(const std::string& path, const FileContent& content) {
   if (!StaysInside(path, LastPart::kFollowed)) return false;
-  std::string why = ReplaceBeside(path, content, ignore_locks_);
+  std::string why;
+  for (host::WriteListener* listener : listeners_) {
+    if (!listener->BeforeWriting(path, content.pieces, &why)) return Fail(std::move(why));
+  }
+  why = ReplaceBeside(path, content, ignore_locks_);
+  for (host::WriteListener* listener : listeners_) listener->AfterWriting(path, why.empty());
   if (!why.empty()) return Fail(std::move(why));
   std::string folder = FolderOf(path);
   if (cleared_.insert(folder).second) RemoveAbandoned(folder);

@@ -48,6 +48,8 @@ class PosixPlatform : public host::Platform {
   void ReleaseFile(const std::string& path) override;
   std::int64_t KeepInside(const std::string& folder) override;
   void LetGo(std::int64_t kept) override;
+  void Listen(host::WriteListener* listener) override { listeners_.push_back(listener); }
+  void StopListening(host::WriteListener* listener) override { std::erase(listeners_, listener); }
   std::vector<std::string> FolderNames(const std::string& path) override;
   std::optional<std::uint64_t> FileSize(const std::string& path) override;
   std::optional<std::uint64_t> FreeSpace(const std::string& folder) override;
@@ -90,6 +92,7 @@ class PosixPlatform : public host::Platform {
   };
   std::map<std::int64_t, Kept> kept_inside_;
   std::int64_t last_kept_ = 0;
+  std::vector<host::WriteListener*> listeners_;
 
   std::map<std::string, std::string, std::less<>> environment_;
   std::vector<pid_t> programs_;

@@ -21,6 +21,17 @@ struct LocalTime {
 // The file that says of a folder that what lies in it is not complete.
 inline constexpr std::string_view kUnfinishedName = "QELM-unfinished.txt";
 
+// Is told of each file that a platform replaces, with what it is to hold.
+class WriteListener {
+ public:
+  virtual ~WriteListener() = default;
+  // Before it is replaced. False, with the reason, keeps it as it is.
+  virtual bool BeforeWriting(const std::string& path, std::span<const std::string_view> content,
+                             std::string* why) = 0;
+  // Whether it was.
+  virtual void AfterWriting(const std::string& path, bool done) = 0;
+};
+
 class Platform {
  public:
   virtual ~Platform() = default;
@@ -76,6 +87,10 @@ class Platform {
   // lay there before. The folder itself may be a link.
   virtual std::int64_t KeepInside(const std::string& /*folder*/) { return 0; }
   virtual void LetGo(std::int64_t /*kept*/) {}
+  // Until StopListening, the listener is told of each file that is replaced or copied, by a save of the
+  // host's documents too.
+  virtual void Listen(WriteListener* /*listener*/) {}
+  virtual void StopListening(WriteListener* /*listener*/) {}
   // The names in a folder, in byte order; empty when it cannot be read.
   virtual std::vector<std::string> FolderNames(const std::string& path) = 0;
 
