@@ -74,6 +74,7 @@ class BatchCommand : public Command {
  public:
   CLI::App* Define(CLI::App& program) override;
   Outcome Run(Session& session) override;
+  bool IsShort() const override { return false; }
 
  private:
   BatchRequest Request(Session& session) const;

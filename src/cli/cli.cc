@@ -205,6 +205,7 @@ ExitStatus RunCommand(Command& command, const Options& options, const Environmen
   ExitStatus status = ExitStatus::kDone;
   try {
     session = std::make_unique<Session>(options, environment);
+    session->options().map_large_files = command.IsShort();
     if (!command.StartsSession()) session->Start(command.NeedsUserSession());
     const Outcome outcome = command.Run(*session);
     session->ShowNotices();

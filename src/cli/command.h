@@ -45,6 +45,8 @@ class Command {
   // Whether it works in a user's session, which prepares the user's folder (StartOptions::install). All
   // others are quick and write nothing there.
   virtual bool NeedsUserSession() const { return false; }
+  // Whether it is done with its files soon, so that large ones need not be copied into memory.
+  virtual bool IsShort() const { return !StartsSession() && !NeedsUserSession(); }
   // Runs it. Throws Failure.
   virtual Outcome Run(Session& session) = 0;
 };

@@ -34,6 +34,8 @@ struct Options {
   bool verbose = false;
   // How many arguments stand behind "--"; nothing where there is none.
   std::optional<std::size_t> behind_mark;
+  // Of the command, not of the command line: Command::IsShort.
+  bool map_large_files = false;
 };
 
 void DefineOptions(CLI::App& program, Options* options);

@@ -92,6 +92,7 @@ void Session::Start(bool install) {
   host.plugin_folder = PluginFolder();
   host.major_version = options_.host_version;
   host.documents = environment_.documents;
+  host.map_large_files = options_.map_large_files;
   host.overwrite_changed = options_.overwrite;
   host.of_complete_copy = [this](const std::string& folder, const std::string& file) {
     return filtering::IsOfCompleteCopy(platform_, folder, file);

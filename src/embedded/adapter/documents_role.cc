@@ -245,7 +245,8 @@ Id DocumentsRole::Read(const std::string& path, const host::OpenOptions& options
     return Add(path, CopyFile(same, stamp), options, status);
   }
   // What was written only now may still be being written.
-  const std::optional<model::SourceBytes> mapped = stamp ? MapLargeFile(path) : std::nullopt;
+  const bool maps = stamp && workspace_.options().map_large_files;
+  const std::optional<model::SourceBytes> mapped = maps ? MapLargeFile(path) : std::nullopt;
   if (mapped && mapped->size() <= kLargestFile) return Build(path, *mapped, stamp, options, status);
   return ReadBytes(path, stamp, options, status);
 }

@@ -50,6 +50,8 @@ class EmbeddedHost {
     // Whether a copy that was completed put the file into this folder, and it is as it was then: such a file
     // is opened also where the folder lies in a copy that is not complete. Null: there are none.
     std::function<bool(const std::string& folder, const std::string& file)> of_complete_copy = {};
+    bool map_large_files =
+        false;  // look at them where they lie (mapped_file.h): for who is done with them soon
     bool overwrite_changed = false;  // replace files that were changed on disk since they were opened
   };
 

@@ -19,13 +19,14 @@ namespace qelm::embedded::adapter {
 namespace {
 
 constexpr off_t kLarge = off_t{1} << 22U;
+constexpr int kFileError = 3;  // the program's exit status
 
 // The mappings of the process, for a signal handler, which can take no lock and allocate nothing.
 struct Mapping {
   std::atomic<bool> taken = false;
   std::atomic<std::uintptr_t> begin = 0;  // 0: none
   std::atomic<std::uintptr_t> end = 0;
-  std::atomic<bool> lost = false;  // bytes of it became zeros
+  std::string_view path;
   std::atomic<int> file = -1;
   struct stat state {};
 };
@@ -60,21 +61,19 @@ Mapping* MappingAt(std::uintptr_t at) {
 bool IsIntact(const Mapping& mapping) {
   struct stat now {};
   const struct stat& then = mapping.state;
-  return !mapping.lost && ::fstat(mapping.file, &now) == 0 && now.st_size == then.st_size &&
+  return ::fstat(mapping.file, &now) == 0 && now.st_size == then.st_size &&
          now.st_mtim.tv_sec == then.st_mtim.tv_sec && now.st_mtim.tv_nsec == then.st_mtim.tv_nsec;
 }
 
-// The file ends before the byte that was read: from there on the mapping becomes zeros.
+// The file ends before the byte that was read. What stands on the disk is whole: files are written beside.
 void OnLostBytes(int signal, siginfo_t* info, void* context) {
-  const std::uintptr_t at = AddressOf(info->si_addr);
-  if (Mapping* const mapping = MappingAt(at)) {
-    const std::uintptr_t page = PageSize();
-    const std::uintptr_t first = at / page * page;
-    const std::uintptr_t size = (mapping->end - first + page - 1) / page * page;
-    mapping->lost = true;
-    const void* const zeros = ::mmap(reinterpret_cast<void*>(first), size, PROT_READ,
-                                     MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0);
-    if (zeros != MAP_FAILED) return;
+  if (const Mapping* const mapping = MappingAt(AddressOf(info->si_addr))) {
+    const std::array<std::string_view, 3> message = {
+        "qelm: ", mapping->path, ": the file was made shorter while it was read. Run the command again.\n"};
+    for (const std::string_view part : message) {
+      if (::write(STDERR_FILENO, part.data(), part.size()) < 0) break;
+    }
+    ::_exit(kFileError);
   }
   if ((before_ours.sa_flags & SA_SIGINFO) != 0) {
     before_ours.sa_sigaction(signal, info, context);
@@ -100,7 +99,7 @@ bool Watch() {
 
 class MappedFile : public model::BytesPlace {
  public:
-  explicit MappedFile(Mapping* mapping) : mapping_(*mapping) {}
+  MappedFile(Mapping* mapping, std::string path) : mapping_(*mapping), path_(std::move(path)) {}
   ~MappedFile() override {
     const std::uintptr_t begin = mapping_.begin;
     const std::uintptr_t size = mapping_.end - begin;
@@ -113,7 +112,7 @@ class MappedFile : public model::BytesPlace {
   MappedFile& operator=(const MappedFile&) = delete;
 
   const char* Map(int file, const struct stat& state) const {
-    mapping_.lost = false;
+    mapping_.path = path_;
     mapping_.file = file;
     mapping_.state = state;
     const auto size = static_cast<std::size_t>(state.st_size);
@@ -128,15 +127,16 @@ class MappedFile : public model::BytesPlace {
 
  private:
   Mapping& mapping_;
+  std::string path_;
 };
 
-std::shared_ptr<const MappedFile> MakeMappedFile() {
+std::shared_ptr<const MappedFile> MakeMappedFile(const std::string& path) {
   for (std::size_t i = 0; i < mappings.size(); ++i) {
     if (mappings[i].taken.exchange(true)) continue;
     std::size_t used = mappings_used;
     while (used <= i && !mappings_used.compare_exchange_weak(used, i + 1)) {
     }
-    return std::make_shared<const MappedFile>(&mappings[i]);
+    return std::make_shared<const MappedFile>(&mappings[i], path);
   }
   return nullptr;
 }
@@ -149,7 +149,7 @@ std::optional<model::SourceBytes> MapLargeFile(const std::string& path) {
   if (!file.Valid() || ::fstat(file.Get(), &state) != 0) return std::nullopt;
   if (!S_ISREG(state.st_mode) || state.st_size < kLarge) return std::nullopt;
   if (!IsOfThisMachine(file.Get()) || !Watch()) return std::nullopt;
-  std::shared_ptr<const MappedFile> mapped = MakeMappedFile();
+  std::shared_ptr<const MappedFile> mapped = MakeMappedFile(path);
   const char* const bytes = mapped == nullptr ? nullptr : mapped->Map(file.Release(), state);
   if (bytes == nullptr) return std::nullopt;
   return model::SourceBytes(std::move(mapped), {bytes, static_cast<std::size_t>(state.st_size)});

@@ -4,7 +4,7 @@
 // its place, which leaves the mapped one as it was; but a few write into it. So a mapping knows how its file
 // was, and what was made of it is used only while it still is so: when a document was built, the file is read
 // again else; when it is saved, nothing is replaced. Where a file becomes shorter, reading what it no longer
-// has would end the process: those bytes turn into zeros, and the mapping is not intact any more.
+// has ends the process, with a message that names it. So this is for programs that are done with it soon.
 #pragma once
 
 #include <cstdint>
