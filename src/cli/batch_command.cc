@@ -234,7 +234,6 @@ Json BatchCommand::Inputs(Session& session, const BatchRequest& request) {
 void BatchCommand::Begin(Session& session, const BatchRequest& request, std::vector<BatchScheme>* schemes) {
   std::vector<BatchScheme> left;
   for (BatchScheme& scheme : *schemes) {
-    scheme.replaces_own = records_->IsAsWritten(scheme);
     schemes_[scheme.number] = scheme;
     std::optional<BatchOutcome> kept = resume_ ? records_->Find(scheme) : std::nullopt;
     if (kept) {

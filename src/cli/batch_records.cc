@@ -130,19 +130,6 @@ std::optional<BatchOutcome> BatchRecords::Find(const BatchScheme& scheme) const 
   }
 }
 
-bool BatchRecords::IsAsWritten(const BatchScheme& scheme) const {
-  const std::optional<Json> record = Read(scheme);
-  if (!record) return false;
-  try {
-    const Json& outcome = record->at("outcome");
-    const Json state = FileState(outcome.at("output"));
-    const Json& files = outcome.at("files");
-    return !state.is_null() && std::find(files.begin(), files.end(), state) != files.end();
-  } catch (const Json::exception&) {
-    return false;
-  }
-}
-
 void BatchRecords::Forget(const BatchScheme& scheme) {
   const std::string path = PathOf(scheme);
   const std::scoped_lock lock(mutex_);

@@ -27,9 +27,6 @@ class BatchRecords {
   // were written.
   std::optional<filtering::BatchOutcome> Find(const filtering::BatchScheme& scheme) const;
 
-  // Whether the scheme's output is as its record has it, whatever it was made from.
-  bool IsAsWritten(const filtering::BatchScheme& scheme) const;
-
   // Before a scheme is run, from any thread.
   void Forget(const filtering::BatchScheme& scheme);
 

@@ -7,15 +7,17 @@
 
 namespace qelm::cli {
 
-std::function<std::string(const std::string&)> NumberBetween(double least, double most) {
-  return [least, most](const std::string& text) {
+std::function<std::string(const std::string&)> NumberBetween(double least, double most, bool whole) {
+  return [least, most, whole](const std::string& text) {
     double value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    const bool whole = error == std::errc() && end == text.data() + text.size();
+    const bool read = error == std::errc() && end == text.data() + text.size();
+    const bool digits = text.find_first_not_of("0123456789") == text.npos;
     // What is no number lies in no range.
-    if (whole && value >= least && value <= most) return std::string();
+    if (read && value >= least && value <= most && (digits || !whole)) return std::string();
     std::ostringstream message;
-    message << text << " is not a number from " << std::setprecision(10) << least << " to " << most;
+    message << text << (whole ? " is not a whole number from " : " is not a number from ")
+            << std::setprecision(10) << least << " to " << most;
     return message.str();
   };
 }

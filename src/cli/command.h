@@ -59,9 +59,9 @@ struct CommandText {
   const char* example;
 };
 
-// A check for options: their value is a number from `least` to `most`, both finite. A check returns what is
-// wrong, empty for nothing.
-std::function<std::string(const std::string&)> NumberBetween(double least, double most);
+// A check for options: their value is a number from `least` to `most`, both finite, a whole one or any. A
+// check returns what is wrong, empty for nothing.
+std::function<std::string(const std::string&)> NumberBetween(double least, double most, bool whole = true);
 
 // Adds a command to a parser.
 CLI::App* AddCommand(CLI::App& parent, const CommandText& text);

@@ -39,7 +39,7 @@ CLI::App* ConvertCommand::Define(CLI::App& program) {
   command->add_option("OUT", output_, "Where the result goes; its ending says the format")->required();
   command->add_option("--page", page_, "For .png: which page, from 1")->check(NumberBetween(1, 4294967295.0));
   command->add_option("--dpi", dpi_, "For .png: dots an inch")
-      ->check(NumberBetween(10, 1200))
+      ->check(NumberBetween(10, 1200, /*whole=*/false))
       ->capture_default_str();
   return command;
 }

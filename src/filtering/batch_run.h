@@ -44,8 +44,6 @@ struct BatchScheme {
   std::string shares_with;           // the scheme before it that has the same one; empty: none has
   std::string pdf_shares_with = {};  // the same for the file of the PDF
   std::string xml_shares_with = {};  // and of the XML
-  // What lies where the output goes is what an earlier run wrote there, so that it need not be looked at.
-  bool replaces_own = false;
 };
 
 struct BatchOutcome {

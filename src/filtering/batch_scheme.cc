@@ -254,7 +254,7 @@ bool SchemeRun::MayReplace() {
     if (host_.platform.SameFile(file, target)) return refuse("QELM_MSG_FILTER_53");
   }
   if (host_.documents.FindOpen(target) != kNone) return refuse("QELM_MSG_FILTER_54");
-  if (context_.overwrite || batch_scheme_.replaces_own || made) return true;
+  if (context_.overwrite || made) return true;
   return refuse(record_->Names(target) ? "QELM_MSG_FILTER_74" : "QELM_MSG_FILTER_REP_28");
 }
 

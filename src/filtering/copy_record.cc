@@ -199,7 +199,8 @@ void CopyRecord::Expect(const std::string& file, const std::string& staged) {
   expected_.insert(name);
   const auto made = staged.empty() ? written_.end() : written_.find(Shortened(staged));
   if (made == written_.end()) return;
-  files_[name].push_back(made->second);
+  std::vector<std::string>& marks = files_[name];
+  if (std::find(marks.begin(), marks.end(), made->second) == marks.end()) marks.push_back(made->second);
   written_[name] = made->second;
 }
 

@@ -1,11 +1,20 @@
 #include "embedded/adapter/events.h"
 
+#include <filesystem>
+#include <string_view>
+#include <system_error>
+
 namespace qelm::embedded::adapter {
 
 bool EventLog::OpenFile(const std::string& path) {
-  // A document that was named by mistake would be damaged by one line.
-  if (const int first = std::ifstream(path, std::ios::binary).get(); first != EOF && first != '{')
-    return false;
+  // A document that was named by mistake would be damaged by one line. A pipe cannot be looked at.
+  constexpr std::string_view kStart = "{\"event\":";
+  if (std::error_code error; std::filesystem::is_regular_file(path, error)) {
+    std::string start(kStart.size(), '\0');
+    std::ifstream old(path, std::ios::binary);
+    old.read(start.data(), static_cast<std::streamsize>(start.size()));
+    if (old.gcount() > 0 && start != kStart) return false;
+  }
   std::ofstream file(path, std::ios::app | std::ios::binary);
   if (!file) return false;
   file_ = std::move(file);

@@ -53,7 +53,8 @@ bool IsOfThisMachine(int file) {
 
 Mapping* MappingAt(std::uintptr_t at) {
   for (std::size_t i = 0; i < mappings_used; ++i) {
-    if (at >= mappings[i].begin && at < mappings[i].end) return &mappings[i];
+    const std::uintptr_t begin = mappings[i].begin;
+    if (begin != 0 && at >= begin && at < mappings[i].end) return &mappings[i];
   }
   return nullptr;
 }
@@ -103,7 +104,8 @@ class MappedFile : public model::BytesPlace {
   ~MappedFile() override {
     const std::uintptr_t begin = mapping_.begin;
     const std::uintptr_t size = mapping_.end - begin;
-    mapping_.begin = mapping_.end = 0;
+    mapping_.begin = 0;  // first: without a beginning it is no mapping
+    mapping_.end = 0;
     if (begin != 0) ::munmap(reinterpret_cast<void*>(begin), size);
     ::close(mapping_.file);
     mapping_.taken = false;

@@ -98,12 +98,15 @@ class BookPrinter {
       if (!BringInChanges(file, &why)) continue;  // told when its turn comes
       const Printable printable(file, &why);
       if (printable.get() != nullptr) print_->Announce(*printable.get(), file->path);
+      CheckSource(*file);
     }
     for (const model::Component& component : book_->book->components) {
       if (IsPrinted(component)) Add(component);
     }
     return pages_;
   }
+  // The component whose file was written into meanwhile, so that pages may show something else.
+  const std::string& changed() const { return changed_; }
 
  private:
   static bool IsPrinted(const model::Component& component) {
@@ -113,6 +116,9 @@ class BookPrinter {
     return model::LocateComponent(book_->path, component.path).path;
   }
   void Add(const model::Component& component);
+  void CheckSource(OpenFile& file) {
+    if (!file.Tree().source.Intact()) changed_ = file.path;
+  }
 
   Workspace& workspace_;
   host::Documents& documents_;
@@ -121,6 +127,7 @@ class BookPrinter {
   model::BookCounters counters_;
   model::PageCounter page_counter_;
   std::size_t pages_ = 0;
+  std::string changed_;
 };
 
 void BookPrinter::Add(const model::Component& component) {
@@ -144,6 +151,7 @@ void BookPrinter::Add(const model::Component& component) {
   source.first_page = run.first;
   source.page_style = run.style;
   const std::size_t pages = print_->Add(source);
+  CheckSource(*file);
   page_counter_ = {true, run.first + static_cast<std::int64_t>(pages) - 1};
   pages_ += pages;
 }
@@ -158,7 +166,12 @@ std::optional<std::string> PrintPdf(Workspace& workspace, host::Documents& docum
   if (print == nullptr) return std::nullopt;
   std::size_t pages = 0;
   if (file->book) {
-    pages = BookPrinter(workspace, documents, file, print.get()).Run();
+    BookPrinter printer(workspace, documents, file, print.get());
+    pages = printer.Run();
+    if (!printer.changed().empty()) {
+      *why = printer.changed() + " was changed on disk while it was printed.";
+      return std::nullopt;
+    }
     if (pages == 0) *why = print->Status();
     if (pages == 0 && why->empty()) *why = "none of the components of the book can be opened.";
   } else {

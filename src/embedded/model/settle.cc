@@ -213,6 +213,7 @@ bool ReadAnew(Document* document, std::string bytes) {
     return false;
   }
   IdKeeper(*document, &after).Run();
+  after.source.MadeOf(document->source);
   after.path = document->path;
   after.warnings = document->warnings;
   after.modified = document->modified;

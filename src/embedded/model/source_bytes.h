@@ -40,7 +40,13 @@ class SourceBytes : public std::string_view {
   }
   ~SourceBytes() = default;
 
-  bool Intact() const { return place_ == nullptr || place_->Intact(); }
+  // False also where these bytes were made of others (MadeOf) that are not what they were.
+  bool Intact() const {
+    return (place_ == nullptr || place_->Intact()) && (origin_ == nullptr || origin_->Intact());
+  }
+  void MadeOf(const SourceBytes& origin) {
+    origin_ = origin.origin_ != nullptr ? origin.origin_ : origin.place_;
+  }
   void Rest(std::size_t begin, std::size_t end) const {
     if (place_ != nullptr) place_->Rest(substr(begin, end - begin));
   }
@@ -56,9 +62,11 @@ class SourceBytes : public std::string_view {
   void Swap(SourceBytes* other) {
     std::string_view::swap(*other);
     place_.swap(other->place_);
+    origin_.swap(other->origin_);
   }
 
   std::shared_ptr<const BytesPlace> place_;
+  std::shared_ptr<const BytesPlace> origin_;
 };
 
 }  // namespace qelm::embedded::model

@@ -28,7 +28,10 @@ struct State {
 struct Story {
   State source;
   State written;
-  std::uint32_t gap = 0;         // the first item behind the last stop
+  std::uint32_t gap = 0;               // the first item behind the last stop
+  std::uint32_t layout_of = kNoIndex;  // the gap of which is known, up to an item, whether it is layout
+  std::uint32_t layout_end = 0;
+  bool is_layout = true;
   std::uint32_t gap_offset = 0;  // where the bytes behind that stop begin
   bool is_table = false;
   std::uint32_t table = 0;  // the part
@@ -81,6 +84,7 @@ class Saver {
   void CloseStory();
   Target TargetOf(std::uint32_t index) const;
   GapMarks ReadGap(std::uint32_t end) const;
+  bool GapIsLayout(Story* story) const;
   bool IsLayout(std::uint32_t begin, std::uint32_t end) const;
   void Gap(std::uint32_t end, std::uint32_t offset, const Target* target);
   void GapItems(std::uint32_t end, bool keep_conditions, bool keep_fonts, std::vector<Id>* to_open,
@@ -204,7 +208,7 @@ bool Saver::PassUnchanged() {
   const std::uint16_t conditions = story.source.conditions;
   const bool in_step = !story.is_table && story.written.conditions == conditions &&
                        story.written.fonts.empty() && story.source.fonts.empty() && expanded_end_ <= at_;
-  if (!in_step || !IsLayout(story.gap, at_)) return false;
+  if (!in_step || !GapIsLayout(&story)) return false;
   const auto end = static_cast<std::uint32_t>(items_.size()) - 1;
   const std::uint32_t limit = next_edit_ < edits_.size() ? edits_[next_edit_].begin : kNoIndex;
   std::uint32_t i = at_;
@@ -396,6 +400,17 @@ Saver::GapMarks Saver::ReadGap(std::uint32_t end) const {
     }
   }
   return marks;
+}
+
+// The same of the gap up to where the saver is, which looks at no item twice.
+bool Saver::GapIsLayout(Story* story) const {
+  if (story->layout_of != story->gap) {
+    story->layout_of = story->layout_end = story->gap;
+    story->is_layout = true;
+  }
+  story->is_layout = story->is_layout && IsLayout(story->layout_end, at_);
+  story->layout_end = at_;
+  return story->is_layout;
 }
 
 // Whether the items are white space, comments and the like, and stay as they are.
