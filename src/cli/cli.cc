@@ -47,8 +47,6 @@ Example: qelm filter operation.mif --scheme "Audience/Beginner" --mode duplicate
 constexpr std::pair<const char*, const char*> kHelpLabels[] = {
     {"SUBCOMMAND", "COMMAND"}, {"Positionals", "Arguments"}, {"REQUIRED", "(required)"}, {"TEXT", ""}};
 
-constexpr std::string_view kCallString = "STRING";
-
 // The parser's message for a command that is missing.
 constexpr std::string_view kNoSubcommand = "A subcommand is required";
 
@@ -229,14 +227,14 @@ using Arguments = std::vector<std::string>;
 
 // An empty value is a variable of a shell that was not set: never what was meant, and most often a path in
 // whose stead something else would be taken. Throws as the parser does.
-void RefuseEmptyValues(const CLI::App& app) {
+void RefuseEmptyValues(const CLI::App& app, bool behind_mark) {
   for (const CLI::Option* option : app.get_options()) {
-    if (option->get_name(true) == kCallString) continue;  // the plug-in answers an empty one
+    if (behind_mark && option->get_positional()) continue;  // call strings: the plug-in answers an empty one
     for (const std::string& value : option->results()) {
       if (value.empty()) throw CLI::ValidationError(option->get_name(), "the value is empty");
     }
   }
-  for (const CLI::App* command : app.get_subcommands()) RefuseEmptyValues(*command);
+  for (const CLI::App* command : app.get_subcommands()) RefuseEmptyValues(*command, behind_mark);
 }
 
 // Throws what the parser throws.
@@ -247,7 +245,7 @@ void Parse(Arguments arguments, Program* program) {
   }
   std::reverse(arguments.begin(), arguments.end());  // the parser takes them from the end
   program->app.parse(std::move(arguments));
-  RefuseEmptyValues(program->app);
+  RefuseEmptyValues(program->app, program->options.behind_mark.value_or(0) > 0);
 }
 
 // The program with the arguments parsed, where they ask for a command and nothing else. Its name is one of
