@@ -20,6 +20,15 @@ class Content:
         self.elements[(tag, tuple(sorted(attributes.items())))] += 1
 
 
+def parse(path, begin, end, characters, instruction):
+    parser = xml.parsers.expat.ParserCreate()
+    parser.buffer_text = True
+    parser.StartElementHandler, parser.EndElementHandler = begin, end
+    parser.CharacterDataHandler, parser.ProcessingInstructionHandler = characters, instruction
+    with open(path, "rb") as file:
+        parser.ParseFile(file)
+
+
 def xml_content(path):
     content, order, text = Content(), hashlib.sha256(), []
 
@@ -43,12 +52,7 @@ def xml_content(path):
         flush()
         order.update(("I" + target + data).encode())
 
-    parser = xml.parsers.expat.ParserCreate()
-    parser.buffer_text = True
-    parser.StartElementHandler, parser.EndElementHandler = begin, end
-    parser.CharacterDataHandler, parser.ProcessingInstructionHandler = text.append, instruction
-    with open(path, "rb") as file:
-        parser.ParseFile(file)
+    parse(path, begin, end, text.append, instruction)
     content.digest = order.hexdigest()
     return content
 
@@ -133,10 +137,5 @@ def marked_text(path):
             said = dict(re.findall(r'(\w+)="(\w+)"', data))
             spans.append(f"{said['underline']} {said['color']}")
 
-    parser = xml.parsers.expat.ParserCreate()
-    parser.buffer_text = True
-    parser.StartElementHandler, parser.EndElementHandler = begin, end
-    parser.CharacterDataHandler, parser.ProcessingInstructionHandler = text.append, instruction
-    with open(path, "rb") as file:
-        parser.ParseFile(file)
+    parse(path, begin, end, text.append, instruction)
     return counts, order.hexdigest()

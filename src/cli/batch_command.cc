@@ -78,7 +78,7 @@ class BatchCommand : public Command {
 
  private:
   BatchRequest Request(Session& session) const;
-  void CheckNames(const BatchRequest& request) const;
+  void CheckNames(Session& session, const BatchRequest& request) const;
   Json Inputs(Session& session, const BatchRequest& request);
   Json SourceFiles(Session& session, const BatchRequest& request);
   filtering::BatchHooks Hooks(Session& session, const BatchRequest& request);
@@ -307,15 +307,14 @@ filtering::BatchHooks BatchCommand::Hooks(Session& session, const BatchRequest& 
 }
 
 // What would go wrong for every scheme is told before the first.
-void BatchCommand::CheckNames(const BatchRequest& request) const {
+void BatchCommand::CheckNames(Session& session, const BatchRequest& request) const {
   if (const std::string_view word = filtering::UnknownPlaceholder(output_); !word.empty()) {
     throw Failure(ExitStatus::kUsage, output_ + ": there is no placeholder \"" + std::string(word) +
                                           "\"; most wanted are <scheme_name> and <scheme_num>");
   }
   if (configuration_.empty()) return;
-  const std::string folder = common::PlatformPath(request.settings.bf_default_scheme_data_file_folder);
-  if (fs::exists(request.configuration) || fs::exists(common::JoinPath(folder, request.configuration)))
-    return;
+  host::Platform& platform = session.platform();
+  if (platform.FileExists(filtering::ConfigurationPath(platform, request))) return;
   throw Failure(ExitStatus::kFile, configuration_ + ": there is no such file");
 }
 
@@ -325,7 +324,7 @@ Outcome BatchCommand::Run(Session& session) {
   }
   if (configuration_.empty()) RequireMainSettings(session);
   const BatchRequest request = Request(session);
-  CheckNames(request);
+  CheckNames(session, request);
   // A source that cannot be opened is told at once, and not once a scheme.
   const host::Id source = session.Open(source_);
   const std::string pattern = request.output_pattern;

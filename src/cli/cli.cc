@@ -10,6 +10,7 @@
 #include "cli/did_you_mean.h"
 #include "cli/options.h"
 #include "cli/session.h"
+#include "embedded/adapter/mapped_file.h"
 
 namespace qelm::cli {
 namespace {
@@ -209,6 +210,10 @@ ExitStatus RunCommand(Command& command, const Options& options, const Environmen
     if (!command.StartsSession()) session->Start(command.NeedsUserSession());
     const Outcome outcome = command.Run(*session);
     session->ShowNotices();
+    if (const std::string path = embedded::adapter::ChangedMappedFile(); !path.empty()) {
+      throw Failure(ExitStatus::kFile,
+                    path + ": the file was changed on disk while it was read; run the command again");
+    }
     status = outcome.status;
     if (!outcome.printed) report->Print(*session, outcome, options.json);
   } catch (const Failure& failure) {

@@ -330,15 +330,18 @@ BatchRequest BatchDefaults(const config::LocalSettings& settings) {
   return request;
 }
 
+std::string ConfigurationPath(host::Platform& platform, const BatchRequest& request) {
+  const std::string& path = request.configuration;
+  const std::string in_folder =
+      common::JoinPath(common::PlatformPath(request.settings.bf_default_scheme_data_file_folder), path);
+  return !platform.FileExists(path) && platform.FileExists(in_folder) ? in_folder : path;
+}
+
 BatchSchemes FindBatchSchemes(BatchContext& context, const BatchRequest& request) {
   BatchSchemes found;
   found.settings_document = context.main_settings;
   if (!request.configuration.empty()) {
-    host::Platform& platform = context.host.platform;
-    std::string path = request.configuration;
-    const std::string in_folder =
-        common::JoinPath(common::PlatformPath(request.settings.bf_default_scheme_data_file_folder), path);
-    if (!platform.FileExists(path) && platform.FileExists(in_folder)) path = in_folder;
+    const std::string path = ConfigurationPath(context.host.platform, request);
     host::OpenStatus status = host::OpenStatus::kUnreadable;
     found.settings_document = schemes::OpenMainSettings(context.host, context.engine, context.messenger, path,
                                                         /*report=*/false, &status);

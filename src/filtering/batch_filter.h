@@ -29,6 +29,10 @@ struct BatchHooks {
 // A request as the local settings have it; source and schemes are still to be named.
 BatchRequest BatchDefaults(const config::LocalSettings& settings);
 
+// Where the configuration of the request is: as it is named, or in the folder that the settings name for
+// them.
+std::string ConfigurationPath(host::Platform& platform, const BatchRequest& request);
+
 // The schemes of the request with their output folders: those of the category in the main settings, or of the
 // configuration. `settings_document` becomes the document that they are read from, `opened` whether it was
 // opened for that; `why` tells why there is none.

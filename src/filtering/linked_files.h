@@ -1,6 +1,7 @@
 // The files that documents show, take text from or refer to.
 #pragma once
 
+#include <cstdint>
 #include <set>
 #include <string>
 #include <vector>

@@ -56,11 +56,13 @@ TEST(MappedFile, PiecesOfAFileThatWasChangedAreNotWritten) {
   const TempFolder folder;
   const std::string path = folder.Write("a.mif", std::string(kSize, 'a'));
   const std::string other = folder.Write("b.mif", std::string(kSize, 'b'));
-  const auto bytes = MapLargeFile(path);
+  auto bytes = MapLargeFile(path);
   const auto others = MapLargeFile(other);
   ASSERT_TRUE(bytes && others);
+  EXPECT_EQ(ChangedMappedFile(), "");
   WriteInto(path, 100, "changed");
   EXPECT_FALSE(bytes->Intact());
+  EXPECT_EQ(ChangedMappedFile(), path);
   PosixPlatform platform;
   const std::string target = folder.Write("out.mif", "old");
   const std::string_view pieces[] = {"new ", others->substr(3), bytes->substr(4096)};
@@ -68,6 +70,8 @@ TEST(MappedFile, PiecesOfAFileThatWasChangedAreNotWritten) {
   EXPECT_NE(platform.LastError().find("was changed on disk"), std::string::npos) << platform.LastError();
   EXPECT_EQ(folder.Read("out.mif"), "old");
   EXPECT_TRUE(platform.ReplaceFileByPieces(target, std::span(pieces).first(2)));
+  bytes.reset();
+  EXPECT_EQ(ChangedMappedFile(), path);  // for the rest of the run
 }
 
 TEST(MappedFileDeathTest, BytesThatAFileLostEndTheProcessWithItsName) {

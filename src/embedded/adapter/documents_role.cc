@@ -25,10 +25,6 @@ using model::Format;
 // Positions in a file are 32 bits wide, and one is kept for "none".
 constexpr std::uintmax_t kLargestFile = std::numeric_limits<std::uint32_t>::max() - 1;
 
-// Of a large file, whose bytes are in memory only as far as they are needed.
-constexpr std::string_view kSourceChanged =
-    "the document's file was changed on disk since it was opened. Open it again.";
-
 struct Refusal {
   FileKind kind;
   OpenStatus status;
@@ -358,7 +354,7 @@ bool DocumentsRole::SaveTo(Id id, OpenFile* file, const host::SaveOptions& optio
   const bool must_be_same = there == id && !workspace_.options().overwrite_changed;
   std::string state = must_be_same ? file->state : std::string();
   const model::Pieces bytes = Bytes(file, format);
-  if (!file->Tree().source.Intact()) return FailSave(path, kSourceChanged);
+  if (!file->Tree().source.Intact()) return FailSave(path, std::string(kMappedFileChanged) + ".");
   if (!workspace_.platform().ReplaceUnchanged(path, bytes.All(), &state)) {
     return FailSave(path, "the file cannot be written" + workspace_.FileErrorSuffix());
   }
@@ -389,7 +385,7 @@ bool DocumentsRole::SaveDelivered(Id id, OpenFile* file, const std::string& path
   const std::string text = file->book ? DeliveredBook(workspace_, *this, id, path, &why)
                                       : DeliveredDocument(*file->document, path);
   if (text.empty()) return FailSave(path, why);
-  if (!file->Tree().source.Intact()) return FailSave(path, kSourceChanged);
+  if (!file->Tree().source.Intact()) return FailSave(path, std::string(kMappedFileChanged) + ".");
   return workspace_.platform().ReplaceFile(path, text) ||
          FailSave(path, "the file cannot be written" + workspace_.FileErrorSuffix());
 }
@@ -403,7 +399,7 @@ bool DocumentsRole::SaveAsPdf(OpenFile* file, const host::SaveOptions& options) 
   std::string why;
   const std::optional<std::string> pdf = PrintPdf(workspace_, *this, file, options, &why);
   if (!pdf) return FailSave(path, why);
-  if (!file->Tree().source.Intact()) return FailSave(path, kSourceChanged);
+  if (!file->Tree().source.Intact()) return FailSave(path, std::string(kMappedFileChanged) + ".");
   if (workspace_.platform().ReplaceFile(path, *pdf)) return true;
   return FailSave(path, "the file cannot be written" + workspace_.FileErrorSuffix());
 }

@@ -31,8 +31,6 @@ constexpr int kTries = 25;
 constexpr useconds_t kPauseMicroseconds = 20000;
 constexpr mode_t kOwnerOnly = 0600;
 constexpr mode_t kPermissions = 07777;
-constexpr std::string_view kSourceChanged =
-    "the document's file was changed on disk since it was opened. Open it again";
 constexpr std::string_view kChanged =
     "it was changed on disk since it was opened. Open it again, or save under another name; with "
     "--overwrite it is replaced all the same";
@@ -181,7 +179,7 @@ std::string WriteBeside(const std::string& path, const FileContent& content, con
                        ::rename(beside.c_str(), path.c_str()) == 0;
   if (!written) {
     const int error = errno;
-    why = !unchanged() ? std::string(kChanged) : !intact() ? std::string(kSourceChanged) : Reason(error);
+    why = !unchanged() ? std::string(kChanged) : !intact() ? std::string(kMappedFileChanged) : Reason(error);
     RemoveBeside(beside);
     return why;
   }

@@ -12,6 +12,7 @@
 #include <csignal>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 
 #include "embedded/adapter/descriptor.h"
 
@@ -33,6 +34,8 @@ struct Mapping {
 std::array<Mapping, 64> mappings;
 std::atomic<std::size_t> mappings_used = 0;  // those behind never were
 struct sigaction before_ours;
+std::mutex changed_lock;
+std::string changed_before;  // of those that are not mapped any more
 
 std::uintptr_t AddressOf(const void* at) { return reinterpret_cast<std::uintptr_t>(at); }
 
@@ -102,6 +105,7 @@ class MappedFile : public model::BytesPlace {
  public:
   MappedFile(Mapping* mapping, std::string path) : mapping_(*mapping), path_(std::move(path)) {}
   ~MappedFile() override {
+    NoteChange();
     const std::uintptr_t begin = mapping_.begin;
     const std::uintptr_t size = mapping_.end - begin;
     mapping_.begin = 0;  // first: without a beginning it is no mapping
@@ -128,6 +132,12 @@ class MappedFile : public model::BytesPlace {
   void Rest(std::string_view bytes) const override { RestMapped(bytes); }
 
  private:
+  void NoteChange() const {
+    if (mapping_.begin == 0 || IsIntact(mapping_)) return;
+    const std::scoped_lock lock(changed_lock);
+    changed_before = path_;
+  }
+
   Mapping& mapping_;
   std::string path_;
 };
@@ -155,6 +165,14 @@ std::optional<model::SourceBytes> MapLargeFile(const std::string& path) {
   const char* const bytes = mapped == nullptr ? nullptr : mapped->Map(file.Release(), state);
   if (bytes == nullptr) return std::nullopt;
   return model::SourceBytes(std::move(mapped), {bytes, static_cast<std::size_t>(state.st_size)});
+}
+
+std::string ChangedMappedFile() {
+  for (std::size_t i = 0; i < mappings_used; ++i) {
+    if (mappings[i].begin != 0 && !IsIntact(mappings[i])) return std::string(mappings[i].path);
+  }
+  const std::scoped_lock lock(changed_lock);
+  return changed_before;
 }
 
 bool MappedPiecesIntact(std::span<const std::string_view> pieces) {

@@ -21,6 +21,14 @@ namespace qelm::embedded::adapter {
 // where it cannot be mapped: it is to be read.
 std::optional<model::SourceBytes> MapLargeFile(const std::string& path);
 
+// The path of a mapped file, also of one that is not open any more, that was changed while it was; empty when
+// there is none. What was read of it may be of two states.
+std::string ChangedMappedFile();
+
+// Said of a document whose mapped file was changed.
+inline constexpr std::string_view kMappedFileChanged =
+    "the document's file was changed on disk since it was opened. Open it again";
+
 // Whether the mapped files that the pieces are out of, if any, are as they were.
 bool MappedPiecesIntact(std::span<const std::string_view> pieces);
 
