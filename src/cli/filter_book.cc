@@ -152,6 +152,9 @@ std::string FilterText(const FilterRun& run, const std::string& target, const st
   }
   for (const std::string& link : run.unchanged_links) text += "not changed: " + link + "\n";
   for (const std::string& path : run.removed_files) text += "  " + ShownPath(path) + ": removed\n";
+  for (const std::string& path : run.left_over) {
+    text += "  " + ShownPath(path) + ": left over from an earlier copy; this one has no such file\n";
+  }
   return text;
 }
 
@@ -185,6 +188,7 @@ Outcome FilterBook(Session& session, host::Id book, const std::string& scheme) {
   for (const filtering::CopiedFile& file : run.copied) copied.push_back(file.target);
   outcome.members["copied"] = PathsJson(copied);
   outcome.members["removed_files"] = PathsJson(run.removed_files);
+  outcome.members["left_over"] = PathsJson(run.left_over);
   outcome.members["unchanged_links"] = run.unchanged_links;
   outcome.members["dangling"] = DanglingJson(run.dangling);
   outcome.members["not_updated"] = run.not_updated.empty() ? Json(nullptr) : Json(run.not_updated);

@@ -58,6 +58,7 @@ class SchemeRun {
   bool MakeFolder();
   bool UndoKilled();
   void EndFilling();
+  void TellLeftOver();
   std::string NotWritable(const std::string& path);
   void PrepareFilter();
   FilterContext Filter();
@@ -168,10 +169,20 @@ std::string SchemeRun::NotWritable(const std::string& path) {
 
 // After the last file was written. With one that could not be saved the copy is not what it should be.
 void SchemeRun::EndFilling() {
-  if (record_->Complete(!outcome_->unsaved)) return;
+  if (record_->Complete(!outcome_->unsaved)) {
+    if (!outcome_->unsaved) TellLeftOver();
+    return;
+  }
   outcome_->complete = false;
   steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_11",
              context_.messenger.Format("QELM_MSG_FILTER_52", record_->why()));
+}
+
+void SchemeRun::TellLeftOver() {
+  const std::vector<std::string> files = record_->LeftOver();
+  if (files.empty()) return;
+  steps_.Say(kStepLine, "QELM_MSG_FILTER_REP_87");
+  for (const std::string& file : files) steps_.Link(kStepLinkLine, file);
 }
 
 // Every filter of a batch deletes from a copy, whatever the settings say for single ones.

@@ -262,7 +262,11 @@ void BookFilter::EndCopy() {
                      documents.Save(run_.result_book, {});
   const std::string why(documents.LastError());
   const bool complete = record.Complete(saved);
-  if (!saved || !complete) NotSaved(path, saved ? record.why() : why);
+  if (!saved || !complete) {
+    NotSaved(path, saved ? record.why() : why);
+  } else {
+    run_.left_over = record.LeftOver();
+  }
 }
 
 // A line for each component of which everything failed the scheme, also for one that was taken out as empty.

@@ -62,6 +62,7 @@ void ClearBookOutcome(FilterRun* run) {
   run->made_folders.clear();
   run->unchanged_links.clear();
   run->removed_files.clear();
+  run->left_over.clear();
   run->not_updated.clear();
   run->not_updated_code = 0;
 }

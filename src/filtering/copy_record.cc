@@ -271,6 +271,16 @@ bool CopyRecord::Complete(bool saved) {
   return sealed && (ended || Fail(common::WithReason(folder_, platform_.LastError())));
 }
 
+std::vector<std::string> CopyRecord::LeftOver() {
+  std::vector<std::string> left;
+  for (const auto& [name, marks] : files_) {
+    if (expected_.contains(name)) continue;
+    std::string file = Full(name);
+    if (Has(file)) left.push_back(std::move(file));
+  }
+  return left;
+}
+
 bool IsOfCompleteCopy(host::Platform& platform, const std::string& folder, const std::string& file) {
   const std::vector<std::string> names = platform.FolderNames(folder);
   return std::any_of(names.begin(), names.end(), [&](std::string_view name) {

@@ -94,6 +94,10 @@ class CopyRecord : private host::WriteListener {
   // False, with why(), when it is to be complete and cannot be.
   bool Complete(bool saved);
 
+  // Of a copy that is complete: the files of earlier ones that this one has not, as those left them. Each is
+  // read for that. They stay, but whoever passes the folder on wants to know of them.
+  std::vector<std::string> LeftOver();
+
  private:
   bool BeforeWriting(const std::string& path, std::span<const std::string_view> content,
                      std::string* why) override;

@@ -132,6 +132,15 @@ TEST_F(Books, OnlyWhatAnEarlierCopyPutThereIsReplaced) {
   expect_refused(book, notes);
   fs::remove(notes);
   EXPECT_EQ(copy(book).status, 0) << "a component more";
+  const std::string left = notes + ": left over from an earlier copy";
+  EXPECT_EQ(copy(book).out.find(left), std::string::npos);
+  const std::string with_it = program.folder.Read("source/book.mif");
+  SmallBook();
+  for (int run = 1; run < 3; ++run) EXPECT_NE(copy(book).out.find(left), std::string::npos) << run;
+  program.folder.Write("out/d.mif", program.folder.Read("out/d.mif") + "# mine\n");
+  EXPECT_EQ(copy(book).out.find(left), std::string::npos);
+  program.folder.Write("source/book.mif", with_it);
+  fs::remove(notes);
 
   fs::rename(program.folder.File("source"), program.folder.File("moved"));
   const std::string moved = program.folder.File("moved/book.mif");
