@@ -172,6 +172,7 @@ BatchRequest BatchCommand::Request(Session& session) const {
   settings.bf_post_process_default_enable_pdf_save &= pdf_;
   settings.bf_post_process_default_enable_xml_save &= xml_;
   settings.bf_default_close_report_after_batch_filter = true;
+  request.configuration = filtering::ConfigurationPath(session.platform(), request);
   request.time = session.platform().Now();
   if (!shard_text_.empty()) {
     // The parts of a batch may be run at the same time, in the same second.
@@ -313,8 +314,7 @@ void BatchCommand::CheckNames(Session& session, const BatchRequest& request) con
                                           "\"; most wanted are <scheme_name> and <scheme_num>");
   }
   if (configuration_.empty()) return;
-  host::Platform& platform = session.platform();
-  if (platform.FileExists(filtering::ConfigurationPath(platform, request))) return;
+  if (session.platform().FileExists(request.configuration)) return;
   throw Failure(ExitStatus::kFile, configuration_ + ": there is no such file");
 }
 
@@ -333,7 +333,7 @@ Outcome BatchCommand::Run(Session& session) {
   records_.emplace(common::JoinPath(folder, kRecordFolder), request.source + '\n' + request.configuration,
                    Inputs(session, request));
   filtering::BatchContext context = BatchContextOf(session.plugin());
-  context.findings_code = embedded::adapter::kNotAllUpdatedCode;
+  context.findings_codes = embedded::adapter::FindingsCodes();
   const BatchRun run = filtering::RunBatchFilter(context, request, Hooks(session, request));
   workers_.reset();
   held_.reset();

@@ -91,7 +91,7 @@ void BatchWorkers::Work() {
     try {
       if (!place) place.emplace(options_, environment);
       filtering::BatchContext context = BatchContextOf(place->session.plugin());
-      context.findings_code = embedded::adapter::kNotAllUpdatedCode;
+      context.findings_codes = embedded::adapter::FindingsCodes();
       if (place->found.schemes.empty()) place->found = filtering::FindBatchSchemes(context, request_);
       if (!place->source) place->source.emplace(place->session.roles(), request_);
       hooks_.before(scheme);

@@ -200,6 +200,13 @@ class Report {
   Clock::time_point start_;
 };
 
+// What to say of a file that somebody wrote into while it was read where it lies; empty: there is none.
+std::string ChangedFile() {
+  const std::string path = embedded::adapter::ChangedMappedFile();
+  return path.empty() ? path
+                      : path + ": the file was changed on disk while it was read; run the command again";
+}
+
 ExitStatus RunCommand(Command& command, const Options& options, const Environment& environment,
                       Report* report) {
   std::unique_ptr<Session> session;
@@ -210,12 +217,15 @@ ExitStatus RunCommand(Command& command, const Options& options, const Environmen
     if (!command.StartsSession()) session->Start(command.NeedsUserSession());
     const Outcome outcome = command.Run(*session);
     session->ShowNotices();
-    if (const std::string path = embedded::adapter::ChangedMappedFile(); !path.empty()) {
-      throw Failure(ExitStatus::kFile,
-                    path + ": the file was changed on disk while it was read; run the command again");
-    }
+    if (const std::string changed = ChangedFile(); !changed.empty())
+      throw Failure(ExitStatus::kFile, changed);
     status = outcome.status;
     if (!outcome.printed) report->Print(*session, outcome, options.json);
+    // Of what is large the file is read while it is printed.
+    if (const std::string changed = ChangedFile(); !changed.empty()) {
+      PrintError(environment, changed);
+      status = ExitStatus::kFile;
+    }
   } catch (const Failure& failure) {
     status = failure.Status();
     report->PrintFailure(session.get(), failure, options.json);
@@ -234,7 +244,8 @@ using Arguments = std::vector<std::string>;
 // whose stead something else would be taken. Throws as the parser does.
 void RefuseEmptyValues(const CLI::App& app, bool behind_mark) {
   for (const CLI::Option* option : app.get_options()) {
-    if (behind_mark && option->get_positional()) continue;  // call strings: the plug-in answers an empty one
+    // Call strings: the plug-in answers an empty one.
+    if (behind_mark && option->get_positional() && app.get_name() == "call") continue;
     for (const std::string& value : option->results()) {
       if (value.empty()) throw CLI::ValidationError(option->get_name(), "the value is empty");
     }

@@ -12,7 +12,8 @@ std::function<std::string(const std::string&)> NumberBetween(double least, doubl
     double value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     const bool read = error == std::errc() && end == text.data() + text.size();
-    const bool digits = text.find_first_not_of("0123456789") == text.npos;
+    // A zero in front would be taken for the sign of an octal number.
+    const bool digits = text.find_first_not_of("0123456789") == text.npos && (text[0] != '0' || text == "0");
     // What is no number lies in no range.
     if (read && value >= least && value <= most && (digits || !whole)) return std::string();
     std::ostringstream message;

@@ -2,6 +2,7 @@
 #include <CLI/CLI.hpp>
 
 #include "cli/command.h"
+#include "cli/file_names.h"
 #include "cli/session.h"
 #include "common/paths.h"
 #include "common/text.h"
@@ -66,6 +67,12 @@ Outcome ConvertCommand::Run(Session& session) {
                                   ending == ".pdf" ? host::SaveFormat::kPdf : host::SaveFormat::kDocument);
   }
   outcome.text = input_ + " -> " + outcome.output + "\n";
+  outcome.members["left_out"] = nlohmann::ordered_json::array();
+  for (const std::string& path : session.host().LeftOut()) {
+    outcome.status = ExitStatus::kFound;
+    outcome.text += "  " + ShownPath(path) + ": left out, as it cannot be opened or printed\n";
+    outcome.members["left_out"].push_back(ShownPath(path));
+  }
   return outcome;
 }
 

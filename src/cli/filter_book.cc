@@ -16,6 +16,7 @@ namespace qelm::cli {
 namespace {
 
 using filtering::ComponentStage;
+using filtering::CopiedFile;
 using filtering::FilteredComponent;
 using filtering::FilterRun;
 using filtering::LaunchMode;
@@ -152,6 +153,8 @@ std::string FilterText(const FilterRun& run, const std::string& target, const st
   }
   for (const std::string& link : run.unchanged_links) text += "not changed: " + link + "\n";
   for (const std::string& path : run.removed_files) text += "  " + ShownPath(path) + ": removed\n";
+  for (const CopiedFile& file : run.missing)
+    text += "  " + ShownPath(file.source) + ": shown, but not there\n";
   for (const std::string& path : run.left_over) {
     text += "  " + ShownPath(path) + ": left over from an earlier copy; this one has no such file\n";
   }
@@ -176,7 +179,7 @@ Outcome FilterBook(Session& session, host::Id book, const std::string& scheme) {
   }
   // References without a target keep a book from being updated in full, and are what was asked for.
   const bool only_references =
-      !run.dangling.empty() && run.not_updated_code == embedded::adapter::kNotAllUpdatedCode;
+      !run.dangling.empty() && run.not_updated_code == embedded::adapter::kNoTargetsCode;
   const bool not_updated = !run.not_updated.empty() && !only_references;
   if (PassedOver(run) != 0 || !run.unchanged_links.empty() || not_updated) {
     outcome.status = ExitStatus::kFound;
@@ -185,9 +188,12 @@ Outcome FilterBook(Session& session, host::Id book, const std::string& scheme) {
   outcome.members.update(CountsJson(run));
   outcome.members["components"] = ComponentsJson(run, files);
   std::vector<std::string> copied;
-  for (const filtering::CopiedFile& file : run.copied) copied.push_back(file.target);
+  for (const CopiedFile& file : run.copied) copied.push_back(file.target);
   outcome.members["copied"] = PathsJson(copied);
   outcome.members["removed_files"] = PathsJson(run.removed_files);
+  std::vector<std::string> missing;
+  for (const CopiedFile& file : run.missing) missing.push_back(file.source);
+  outcome.members["missing"] = PathsJson(missing);
   outcome.members["left_over"] = PathsJson(run.left_over);
   outcome.members["unchanged_links"] = run.unchanged_links;
   outcome.members["dangling"] = DanglingJson(run.dangling);

@@ -266,6 +266,9 @@ std::string Session::Save(host::Id document, const std::string& path, host::Save
   if (format == host::SaveFormat::kDocument && NamesPages(path)) {
     throw Failure(ExitStatus::kUsage, path + ": a document is not saved as pages; qelm convert prints it");
   }
+  if (!options_.events.empty() && SameFile(name, options_.events)) {
+    throw Failure(ExitStatus::kUsage, name + ": this is the file of --events");
+  }
   host::SaveOptions options;
   options.path = path;
   options.format = format;
@@ -295,12 +298,24 @@ void Session::RefuseFileOf(host::Id target, const std::string& path, const std::
     throw Failure(ExitStatus::kUsage, path + ": " + option + " names " + what);
   };
   if (SameFile(path, target_)) refuse("the target itself");
+  if (!options_.events.empty() && SameFile(path, options_.events)) refuse("the file of --events");
+  if (!options_.overwrite && !MayBeReport(path)) {
+    refuse("a file that is there already and is no report; --overwrite replaces it");
+  }
   host::Books& books = roles().books;
   if (!books.IsBook(target)) return;
   for (host::Id component = books.FirstComponent(target); component != host::kNone;
        component = books.NextComponent(target, component)) {
     if (SameFile(path, std::string(books.ComponentPath(target, component)))) refuse("a file of the book");
   }
+}
+
+// Reports are MIF without structure, which neither sources nor settings are.
+bool Session::MayBeReport(const std::string& path) {
+  if (!platform_.FileExists(path)) return true;
+  const std::optional<std::string> content = platform_.ReadFile(path);
+  return content && (content->empty() || (content->starts_with("<MIFFile") &&
+                                          content->find("<ElementBegin") == std::string::npos));
 }
 
 bool Session::SameFile(const std::string& left, const std::string& right) {

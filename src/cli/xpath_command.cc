@@ -122,6 +122,8 @@ class XPathCommand : public Command {
  public:
   CLI::App* Define(CLI::App& program) override;
   Outcome Run(Session& session) override;
+  // Who types, or sends, one expression after the other may take all day.
+  bool IsShort() const override { return !expression_.empty(); }
 
  private:
   void CheckArguments(bool json) const;

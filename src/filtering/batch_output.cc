@@ -333,7 +333,8 @@ void OutputSteps::UpdateBook() {
     const std::int32_t code = host_.documents.ErrorCode();
     steps_.Say(kStepErrorLine, "QELM_MSG_FILTER_REP_72", HostSays());
     // A file that cannot be read or written now may be there the next time.
-    if (code != context_.findings_code) outcome_->complete = false;
+    const std::vector<std::int32_t>& findings = context_.findings_codes;
+    if (std::find(findings.begin(), findings.end(), code) == findings.end()) outcome_->complete = false;
   }
   if (settings_.bf_bu_show_book_error_log) host_.books.ShowErrorLog(output_);
 }

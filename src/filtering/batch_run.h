@@ -89,9 +89,9 @@ struct BatchContext {
   std::string notification_client = {};
   bool notify = false;
   bool overwrite = false;  // as in the run of a filter
-  // The host's error code of a book's update that could read and write its files, so that the next one would
+  // The host's error codes of a book's update that could read and write its files, so that the next one would
   // find the same. After any other failure a scheme is not complete.
-  std::int32_t findings_code = 0;
+  std::vector<std::int32_t> findings_codes;
 };
 
 // The paragraph formats of the batch's report.

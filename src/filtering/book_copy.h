@@ -61,6 +61,7 @@ class BookCopy {
   const SameComponents& components() const { return components_; }
   const std::string& why() const { return why_; }
   std::vector<CopiedFile> CopiedFiles() const { return plan_.CopiedFiles(); }
+  std::vector<CopiedFile> MissingFiles() const { return plan_.MissingFiles(folder_); }
   // Folders that were made for the copy, outer ones first.
   const std::vector<std::string>& made_folders() const { return made_folders_; }
   // Links that could not be changed, each in words: they lead where they led, seen from the new place.
@@ -110,5 +111,8 @@ class BookCopy {
   bool stopped_ = false;
   bool cut_before_ = false;  // the folder holds a copy that was not completed
 };
+
+// After a run that is complete: the files of earlier copies that this one neither has nor shows.
+std::vector<std::string> LeftOver(CopyRecord& record, const FilterRun& run);
 
 }  // namespace qelm::filtering

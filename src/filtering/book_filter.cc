@@ -233,6 +233,7 @@ bool BookFilter::CopyBook() {
       context_.copy_record = copy_->TakeRecord();
       TakeIdsOfOther(copy_->components(), &run_);
       run_.copied = copy_->CopiedFiles();
+      run_.missing = copy_->MissingFiles();
       run_.made_folders = copy_->made_folders();
       run_.unchanged_links = copy_->unchanged_links();
       TellUnchanged();
@@ -265,7 +266,7 @@ void BookFilter::EndCopy() {
   if (!saved || !complete) {
     NotSaved(path, saved ? record.why() : why);
   } else {
-    run_.left_over = record.LeftOver();
+    run_.left_over = LeftOver(record, run_);
   }
 }
 

@@ -63,6 +63,7 @@ void ClearBookOutcome(FilterRun* run) {
   run->unchanged_links.clear();
   run->removed_files.clear();
   run->left_over.clear();
+  run->missing.clear();
   run->not_updated.clear();
   run->not_updated_code = 0;
 }

@@ -148,7 +148,11 @@ bool CopyPlan::AddShownFiles(const std::function<bool()>& stopped) {
     for (std::size_t r = 0; r < files_[i].references.size(); ++r) {
       const Reference reference = files_[i].references[r];
       const std::string path = paths_[reference.path];
-      if (!reference.shown || !host_.platform.FileExists(path)) continue;
+      if (!reference.shown) continue;
+      if (!host_.platform.FileExists(path)) {
+        missing_.insert(path);
+        continue;
+      }
       if (!IsBelowBook(path)) LearnSpelling(i);
       if (!IsBelowBook(path) && files_[i].references[r].absolute) continue;
       AddFile(reference.inset ? Role::kInset : Role::kGraphic, path);
@@ -254,6 +258,16 @@ std::string CopyPlan::NewPath(const File& file, const Reference& reference, bool
                          : (fs::path(file.target).parent_path() / relative).lexically_normal().string();
   const auto names = NamesFor(leads);
   return std::find(names.begin(), names.end(), wanted) != names.end() ? std::string() : wanted;
+}
+
+std::vector<CopiedFile> CopyPlan::MissingFiles(const std::string& folder) const {
+  std::vector<CopiedFile> missing;
+  for (const std::string& path : missing_) {
+    const std::string below = Below(book_folder_, path);
+    missing.push_back(
+        {CopiedFile::Role::kGraphic, path, below.empty() ? below : common::JoinPath(folder, below), {}});
+  }
+  return missing;
 }
 
 std::vector<CopiedFile> CopyPlan::CopiedFiles() const {

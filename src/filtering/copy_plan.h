@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <set>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -68,6 +69,10 @@ class CopyPlan {
 
   std::vector<CopiedFile> CopiedFiles() const;
 
+  // The files that are shown and are not there, each with where its copy would be: empty for one that does
+  // not lie below the book.
+  std::vector<CopiedFile> MissingFiles(const std::string& folder) const;
+
  private:
   std::size_t AddFile(CopiedFile::Role role, const std::string& source);
   bool ReadReferences(std::size_t file, host::Id document);
@@ -89,6 +94,7 @@ class CopyPlan {
   std::unordered_map<std::string, std::size_t> by_target_;
   std::vector<std::string> paths_;
   std::unordered_map<std::string, std::uint32_t> path_numbers_;
+  std::set<std::string> missing_;
 };
 
 }  // namespace qelm::filtering

@@ -145,7 +145,9 @@ bool StagedFiles::Place(const std::string& staged, const std::string& target) {
   if (!placed.before.empty() && !platform_.MoveFile(target, placed.before)) return false;
   // From here on it is undone, also when the move fails.
   placed_.push_back(placed);
-  return platform_.MoveFile(staged, target);
+  if (!platform_.MoveFile(staged, target)) return false;
+  placed_.back().state = platform_.FileState(target);  // another one on another device
+  return true;
 }
 
 // Written before the move, so that of what was moved nothing is missing in it. A name that cannot stand in a

@@ -249,6 +249,7 @@ std::size_t Updater::OwnReference(OpenFile* file, std::uint32_t item,
   const model::ReferenceText text = targets->Expand(format, reference.target);
   if (text.problem.empty()) return model::SetReferenceText(document, item, text) ? 1 : 0;
   Keep(file->path, model::ShownText(*document, item), reference.target, {}, text.problem);
+  outcome_.no_targets += text.no_target ? 1 : 0;
   return 0;
 }
 
@@ -328,7 +329,12 @@ void Updater::AnswerFrom(const std::string& identity) {
   if (file == nullptr || file->document->format != model::Format::kMif || !SettleDocument(file)) {
     std::string why = file == nullptr ? opened.Why() : "the file is not MIF";
     while (!why.empty() && why.back() == '.') why.pop_back();
-    for (auto& [question, text] : questions) text.problem = why;
+    std::error_code error;
+    const bool is_gone = !std::filesystem::exists(names_[identity], error) && !error;
+    for (auto& [question, text] : questions) {
+      text.problem = why;
+      text.no_target = is_gone;
+    }
     return;
   }
   const auto component = by_identity_.find(identity);
@@ -345,6 +351,7 @@ void Updater::Apply(Component* component) {
     const model::ReferenceText& text = answers_[request.file][{request.target, request.format}];
     if (!text.problem.empty()) {
       Keep(component->path, request.shown, request.target, request.named, text.problem);
+      outcome_.no_targets += text.no_target ? 1 : 0;
     } else {
       any = any || text.Plain() != request.shown;
     }

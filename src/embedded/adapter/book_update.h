@@ -20,11 +20,15 @@ namespace qelm::embedded::adapter {
 // The error code of a book's update of which the findings tell the rest. Where a file could not be read or
 // written, the code is another one.
 inline constexpr std::int32_t kNotAllUpdatedCode = static_cast<std::int32_t>(Error::kNotAllUpdated);
+inline constexpr std::int32_t kNoTargetsCode = static_cast<std::int32_t>(Error::kNoTargets);
+
+inline std::vector<std::int32_t> FindingsCodes() { return {kNotAllUpdatedCode, kNoTargetsCode}; }
 
 struct UpdateOutcome {
   bool complete = true;               // everything that was asked for could be updated
   std::string file_error;             // the first file of the book that could not be read or written, and why
   std::vector<std::string> findings;  // what could not, each with its file; the first ones for the whole book
+  std::size_t no_targets = 0;         // of these, references whose targets are not there
 };
 
 // `flags` are host::BookUpdate values.

@@ -107,10 +107,11 @@ bool BooksRole::Update(Id book, std::uint32_t flags) {
                            workspace_.File(book)->path + ": there is not enough memory to update the book.");
   }
   for (const std::string& finding : outcome.findings) workspace_.Notice(finding);
+  const bool only_targets = outcome.findings.size() == outcome.no_targets;
   findings_[book] = std::move(outcome.findings);
   if (!outcome.file_error.empty()) return workspace_.Fail(Error::kCannotSave, std::move(outcome.file_error));
   return outcome.complete ||
-         workspace_.Fail(Error::kNotAllUpdated,
+         workspace_.Fail(only_targets ? Error::kNoTargets : Error::kNotAllUpdated,
                          workspace_.File(book)->path +
                              ": not everything in the book could be updated; its error log tells what.");
 }

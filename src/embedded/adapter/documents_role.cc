@@ -289,7 +289,10 @@ Id DocumentsRole::Build(const std::string& path, const model::SourceBytes& bytes
   } else {
     file->document = model::BuildMif(bytes, &error);
   }
-  if (!bytes.Intact()) return ReadBytes(path, std::nullopt, options, status);
+  if (!bytes.Intact()) {
+    bytes.GiveUp();
+    return ReadBytes(path, std::nullopt, options, status);
+  }
   if (!file->document && !file->book) return Refuse(path, OpenStatus::kDamaged, error, status);
   if (cut) {
     file->Tree().warnings.push_back(

@@ -1,6 +1,7 @@
 #include "embedded/adapter/embedded_host.h"
 
 #include "embedded/adapter/file_places.h"
+#include "embedded/adapter/mapped_file.h"
 #include "embedded/adapter/printing.h"
 #include "embedded/adapter/roles.h"
 
@@ -58,12 +59,18 @@ bool EmbeddedHost::SavePage(Id document, const std::string& path, std::size_t pa
   }
   const std::optional<std::string> png = PrintPage(*workspace_, file, page, dpi, why);
   if (!png) return false;
+  if (!file->Tree().source.Intact()) {
+    *why = std::string(kMappedFileChanged) + ".";
+    return false;
+  }
   if (workspace_->platform().ReplaceFile(path, *png)) return true;
   *why = "the file cannot be written" + workspace_->FileErrorSuffix();
   return false;
 }
 
 const std::vector<std::string>& EmbeddedHost::notices() const { return workspace_->notices(); }
+
+const std::vector<std::string>& EmbeddedHost::LeftOut() const { return workspace_->left_out; }
 
 std::shared_ptr<const SharedDocuments> EmbeddedHost::ShareDocuments() {
   auto shared = std::make_shared<SharedDocuments>();

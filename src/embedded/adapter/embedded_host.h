@@ -75,6 +75,9 @@ class EmbeddedHost {
   // what was not in order in a file that could be opened all the same. Each names its file.
   const std::vector<std::string>& notices() const;
 
+  // The paths of the components that the book's PDF that was saved last does not have.
+  const std::vector<std::string>& LeftOut() const;
+
   // The documents that are open and as their files are, for other hosts, also on other threads.
   std::shared_ptr<const SharedDocuments> ShareDocuments();
 

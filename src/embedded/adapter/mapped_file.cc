@@ -130,16 +130,18 @@ class MappedFile : public model::BytesPlace {
   }
   bool Intact() const override { return IsIntact(mapping_); }
   void Rest(std::string_view bytes) const override { RestMapped(bytes); }
+  void GiveUp() const override { given_up_ = true; }
 
  private:
   void NoteChange() const {
-    if (mapping_.begin == 0 || IsIntact(mapping_)) return;
+    if (given_up_ || mapping_.begin == 0 || IsIntact(mapping_)) return;
     const std::scoped_lock lock(changed_lock);
     changed_before = path_;
   }
 
   Mapping& mapping_;
   std::string path_;
+  mutable bool given_up_ = false;
 };
 
 std::shared_ptr<const MappedFile> MakeMappedFile(const std::string& path) {

@@ -160,16 +160,25 @@ bool PosixPlatform::AppendFile(const std::string& path, std::string_view content
 }
 
 // What is copied is mostly named by a document, which may name a pipe that nobody writes into, or a device.
-bool PosixPlatform::CopyFile(const std::string& from, const std::string& to) {
+bool PosixPlatform::ReadRegular(const std::string& from, std::string* bytes, mode_t* mode) {
   const Descriptor file(::open(from.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   struct stat status {};
   if (!file.Valid() || ::fstat(file.Get(), &status) != 0) return Fail(errno);
   if (S_ISDIR(status.st_mode)) return Fail(EISDIR);
   if (!S_ISREG(status.st_mode)) return Fail("it is a device or a pipe, not a file");
-  const std::optional<std::string> content = ReadOpen(file, status.st_size);
+  std::optional<std::string> content = ReadOpen(file, status.st_size);
   if (!content) return false;
-  const std::string_view whole = *content;
-  return Replace(to, {.pieces = std::span(&whole, 1), .mode_of_new = (status.st_mode & 0777) | S_IWUSR});
+  *bytes = std::move(*content);
+  *mode = (status.st_mode & 0777) | S_IWUSR;
+  return true;
+}
+
+bool PosixPlatform::CopyFile(const std::string& from, const std::string& to) {
+  std::string bytes;
+  mode_t mode = 0;
+  if (!ReadRegular(from, &bytes, &mode)) return false;
+  const std::string_view whole = bytes;
+  return Replace(to, {.pieces = std::span(&whole, 1), .mode_of_new = mode});
 }
 
 bool PosixPlatform::MoveFile(const std::string& from, const std::string& to) {
@@ -181,7 +190,13 @@ bool PosixPlatform::MoveFile(const std::string& from, const std::string& to) {
   if (std::string why = WhyTaken(to); !why.empty()) return Fail(std::move(why));
   if (::rename(from.c_str(), to.c_str()) == 0) return true;
   if (errno != EXDEV) return Fail(errno);
-  return CopyFile(from, to) && RemoveFile(from);
+  std::string bytes;
+  mode_t mode = 0;
+  if (!ReadRegular(from, &bytes, &mode)) return false;
+  // What is moved gets no new content, on another device neither, so that nobody who listens is told.
+  const std::string_view whole = bytes;
+  std::string why = ReplaceBeside(to, {.pieces = std::span(&whole, 1), .mode_of_new = mode}, ignore_locks_);
+  return why.empty() ? RemoveFile(from) : Fail(std::move(why));
 }
 
 bool PosixPlatform::RemoveFile(const std::string& path) {

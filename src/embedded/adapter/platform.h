@@ -78,6 +78,8 @@ class PosixPlatform : public host::Platform {
   bool Fail(std::string why);
   bool Replace(const std::string& path, const FileContent& content);
   bool StaysInside(const std::string& path, LastPart last);
+  // A file that is neither a folder nor a device, with the permissions of a copy of it.
+  bool ReadRegular(const std::string& from, std::string* bytes, mode_t* mode);
   std::optional<std::string> ReadOpen(const Descriptor& file, off_t size);
   void ReapPrograms();
 

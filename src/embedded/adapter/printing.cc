@@ -86,12 +86,13 @@ class BookPrinter {
 
   // Every component is opened twice: links may lead to what comes later.
   std::size_t Run() {
+    workspace_.left_out.clear();
     for (const model::Component& component : book_->book->components) {
       if (!IsPrinted(component)) continue;
       OpenedDocument opened(workspace_, documents_, PathOf(component));
       OpenFile* file = opened.File();
       if (file == nullptr) {
-        workspace_.Notice(std::string(documents_.LastError()) + " It is left out of " + book_->path + ".");
+        LeaveOut(PathOf(component), std::string(documents_.LastError()));
         continue;
       }
       std::string why;
@@ -116,6 +117,10 @@ class BookPrinter {
     return model::LocateComponent(book_->path, component.path).path;
   }
   void Add(const model::Component& component);
+  void LeaveOut(std::string path, const std::string& why) {
+    workspace_.Notice(why + " It is left out of " + book_->path + ".");
+    workspace_.left_out.push_back(std::move(path));
+  }
   void CheckSource(OpenFile& file) {
     if (!file.Tree().source.Intact()) changed_ = file.path;
   }
@@ -138,7 +143,7 @@ void BookPrinter::Add(const model::Component& component) {
   const bool settled = BringInChanges(file, &why);
   const Printable printable(file, &why);
   if (!settled || printable.get() == nullptr) {
-    workspace_.Notice(file->path + ": " + why + " It is left out of " + book_->path + ".");
+    LeaveOut(file->path, file->path + ": " + why);
     return;
   }
   const model::Document& document = *printable.get();

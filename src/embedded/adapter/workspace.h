@@ -30,6 +30,7 @@ enum class Error : std::int32_t {
   kRefused,        // the document does not allow it
   kNotSupported,   // this version of the host cannot do it
   kNotAllUpdated,  // of a book; its error log tells what was not
+  kNoTargets,      // likewise, and all of it are references whose targets are not there
 };
 
 // Answers that are derived from a document when first asked for, and kept.
@@ -188,6 +189,8 @@ class Workspace {
   }
 
   bool screen_updates = true;
+  // The components that the last PDF of a book had to do without.
+  std::vector<std::string> left_out;
   // The files, by identity, that were written with text which is not where their record of pages says.
   std::unordered_set<std::string> moved_files;
   std::set<std::int32_t> requested_notifications;

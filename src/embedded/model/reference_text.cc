@@ -107,6 +107,7 @@ ReferenceText ReferenceTargets::Expand(std::string_view format, const std::strin
   if (found == targets_.end()) {
     ReferenceText nothing;
     nothing.problem = "the target is not there";
+    nothing.no_target = true;
     return nothing;
   }
   const std::uint32_t item = found->second.item;

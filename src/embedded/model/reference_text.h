@@ -30,7 +30,8 @@ bool EndsCharacterFormat(std::string_view name);
 
 struct ReferenceText {
   std::vector<StyledRun> runs;
-  std::string problem;  // why there is no text; empty when there is
+  std::string problem;     // why there is no text; empty when there is
+  bool no_target = false;  // that is why
 
   std::string Plain() const;
 };

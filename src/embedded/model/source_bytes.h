@@ -20,6 +20,10 @@ class BytesPlace {
   virtual bool Intact() const { return true; }
   // These bytes will not be looked at soon: the memory that they take may go until they are.
   virtual void Rest(std::string_view /*bytes*/) const {}
+  // Whether they may become others at all.
+  virtual bool CanChange() const { return true; }
+  // What was read of them is not used.
+  virtual void GiveUp() const {}
 };
 
 class SourceBytes : public std::string_view {
@@ -46,6 +50,11 @@ class SourceBytes : public std::string_view {
   }
   void MadeOf(const SourceBytes& origin) {
     origin_ = origin.origin_ != nullptr ? origin.origin_ : origin.place_;
+    if (origin_ != nullptr && !origin_->CanChange()) origin_.reset();
+  }
+  // Says that what was read of these bytes is not used, so that it does not matter what becomes of them.
+  void GiveUp() const {
+    if (place_ != nullptr) place_->GiveUp();
   }
   void Rest(std::size_t begin, std::size_t end) const {
     if (place_ != nullptr) place_->Rest(substr(begin, end - begin));
@@ -54,6 +63,7 @@ class SourceBytes : public std::string_view {
  private:
   struct OwnString : BytesPlace {
     explicit OwnString(std::string text) : bytes(std::move(text)) {}
+    bool CanChange() const override { return false; }
     const std::string bytes;
   };
   explicit SourceBytes(std::shared_ptr<const OwnString> own)
