@@ -299,14 +299,13 @@ void Session::RefuseFileOf(host::Id target, const std::string& path, const std::
   };
   if (SameFile(path, target_)) refuse("the target itself");
   if (!options_.events.empty() && SameFile(path, options_.events)) refuse("the file of --events");
+  host::Books& books = roles().books;
+  for (host::Id component = books.IsBook(target) ? books.FirstComponent(target) : host::kNone;
+       component != host::kNone; component = books.NextComponent(target, component)) {
+    if (SameFile(path, std::string(books.ComponentPath(target, component)))) refuse("a file of the book");
+  }
   if (!options_.overwrite && !MayBeReport(path)) {
     refuse("a file that is there already and is no report; --overwrite replaces it");
-  }
-  host::Books& books = roles().books;
-  if (!books.IsBook(target)) return;
-  for (host::Id component = books.FirstComponent(target); component != host::kNone;
-       component = books.NextComponent(target, component)) {
-    if (SameFile(path, std::string(books.ComponentPath(target, component)))) refuse("a file of the book");
   }
 }
 

@@ -180,8 +180,9 @@ TEST_F(Pages, ComponentThatIsMissingIsNamedAndPassedOver) {
   const std::string book =
       program.folder.Write("book.mif", testing::MifBook({"<c>doc.mif", "<c>missing.mif"}));
   program.document();
-  Printed(book);
-  EXPECT_NE(said.find("missing.mif"), std::string::npos) << said;
+  const ProgramResult result = program.Run({"--quiet", "convert", book, program.folder.File("out.pdf")});
+  EXPECT_EQ(result.status, 1) << result.err;
+  EXPECT_NE(result.out.find("missing.mif: left out"), std::string::npos) << result.out;
   const std::string none = program.folder.Write("none.mif", testing::MifBook({"<c>missing.mif"}));
   EXPECT_EQ(program.Run({"convert", none, program.folder.File("none.pdf")}).status, 3);
   EXPECT_FALSE(std::filesystem::exists(program.folder.File("none.pdf")));

@@ -16,7 +16,8 @@ using testing::ProgramResult;
 TEST(Usage, MistakesAreNamedWithWhatWasPerhapsMeant) {
   Program program;
   const std::string& doc = program.document();
-  program.folder.Write("answers", "restore -> perhaps\n");
+  const std::string answers = program.folder.Write("answers", "restore -> perhaps\n");
+  const std::string log = program.folder.File("log.mif");
   struct Row {
     std::vector<std::string> arguments;
     const char* said;
@@ -34,11 +35,15 @@ TEST(Usage, MistakesAreNamedWithWhatWasPerhapsMeant) {
       {{"info", doc, "--param", "value"}, "NAME=VALUE"},
       {{"info", doc, "--progress", "sometimes"}, "--progress"},
       {{"info", doc, "--yes", "--no"}, "--no"},
-      {{"info", doc, "--answers", program.folder.File("answers")}, "line 1"},
+      {{"info", doc, "--answers", answers}, "line 1"},
       {{"xpath", doc, "--dump"}, "EXPRESSION"},
       {{"xpath", doc, "//P", "--expressions", "-"}, "EXPRESSION"},
       {{"convert", doc, "out.pdf", "--page", "2"}, "--page"},
       {{"convert", doc, "out"}, ".xml"},
+      {{"convert", doc, "out.png", "--page", "010"}, "010 is not a whole number"},
+      {{"xpath", "--", doc, ""}, "empty"},
+      {{"xpath", doc, "//P", "--report", answers}, "no report"},
+      {{"convert", doc, log, "--events", log}, "the file of --events"},
       {{"schemes"}, "list, show"},
   };
   for (const Row& row : rows) {
