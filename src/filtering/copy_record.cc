@@ -75,6 +75,9 @@ std::string ContentMark(std::span<const std::string_view> pieces) {
   block.reserve(kBlock);
   for (std::string_view piece : pieces) {
     size += piece.size();
+    for (; block.empty() && piece.size() >= kBlock; piece.remove_prefix(kBlock)) {
+      hashes += common::ContentHash(piece.substr(0, kBlock));
+    }
     while (!piece.empty()) {
       const std::size_t part = std::min(piece.size(), kBlock - block.size());
       block.append(piece.substr(0, part));

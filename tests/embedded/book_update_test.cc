@@ -175,6 +175,26 @@ TEST_F(BookUpdateTest, PagesOfTextThatMovedAreLaidOut) {
   EXPECT_NE(Golden("b.mif").find("<XRef>p. 2</XRef>"), std::string::npos) << Golden("b.mif");
 }
 
+// The book leaves it to the second chapter whether its pages go on, which decides whether those of the first
+// are laid out.
+TEST_F(BookUpdateTest, PagesThatMovedAreCountedForAFileThatGoesOn) {
+  const Id book = OpenBook({"<Doc>\n<P>a</P>\n<P>a<!Page/>b</P>\n</Doc>",
+                            "<Doc>\n<P>a</P>\n<P id=\"v\"><XRef .format=\"Page\" .source=\"v: "
+                            "P\">?</XRef></P>\n</Doc>"});
+  std::string text = folder.Read("b.mif");
+  text.insert(text.find("<Document") + 9, "\n <PageNumbering Continue>");
+  folder.Write("b.mif", text);
+  for (const char* const name : {"a.mif", "b.mif"}) {
+    const Id chapter = OpenFile(name);
+    const Id root = host.elements.Root(chapter, host.elements.MainFlow(chapter));
+    ASSERT_TRUE(host.editing.DeleteElement(chapter, host.elements.FirstChild(chapter, root)));
+    ASSERT_TRUE(host.documents.Save(chapter, {}));
+    host.documents.Close(chapter, true);
+  }
+  EXPECT_TRUE(host.books.Update(book, kBoth)) << host.documents.LastError();
+  EXPECT_NE(Golden("b.mif").find("<XRef>p. 2</XRef>"), std::string::npos) << Golden("b.mif");
+}
+
 TEST_F(BookUpdateTest, WhatCannotBeUpdatedStaysAndIsReported) {
   const Id book = OpenBook({
       "<Doc>\n<P>1 <XRef .format=\"Head\" .source=\"none: Title\">gone</XRef></P>\n"

@@ -78,6 +78,7 @@ class Updater {
   }
   Numbered Numbers(const model::Document& document, const Component* component);
   std::vector<std::string> NextPages(OpenFile* file, Component* component);
+  bool NextGoesOn(const Component& component);
   model::ReferenceTargets Targets(OpenFile* file, const Component* component, const Numbered& numbers);
   std::size_t References(OpenFile* file, Component* component, const Numbered& numbers);
   std::size_t OwnReference(OpenFile* file, std::uint32_t item, const model::ReferenceStatement& reference,
@@ -200,8 +201,19 @@ void Updater::Number(Component* component) {
     FindFile(std::string(documents_.LastError()));
 }
 
+// Whether the pages of the next component may go on from this one's. A file that was written in this session
+// need not be opened to know.
+bool Updater::NextGoesOn(const Component& component) {
+  const Component* const next = &component + 1;
+  if (next == components_.data() + components_.size()) return false;
+  const std::optional<bool> of_book = model::PagesGoOn(workspace_.Book(book_)->tree.At(StatementOf(*next)));
+  if (of_book) return *of_book;
+  const auto written = workspace_.moved_files.find(Workspace::Identity(next->path));
+  return written == workspace_.moved_files.end() || written->second;
+}
+
 // Goes on to a component. Returns the numbers of the pages that its file has. How many there are is what the
-// file says; where text has moved, what layout finds.
+// file says; where text has moved and others go on from them, what layout finds.
 std::vector<std::string> Updater::NextPages(OpenFile* file, Component* component) {
   const model::Document& book = workspace_.Book(book_)->tree;
   const model::PageRun run = model::PagesOf(book, StatementOf(*component), *file->document, pages_);
@@ -209,7 +221,7 @@ std::vector<std::string> Updater::NextPages(OpenFile* file, Component* component
   component->page_style = run.style;
   std::vector<std::string> numbers =
       model::NextPages(book, StatementOf(*component), *file->document, &pages_);
-  if (Asked(host::kUpdateNumbering) && HasStalePages(file)) {
+  if (Asked(host::kUpdateNumbering) && HasStalePages(file) && NextGoesOn(*component)) {
     const std::size_t count = LaidPages(workspace_, file, run).count;
     if (count != 0) pages_.last = run.first + static_cast<std::int64_t>(count) - 1;
   }

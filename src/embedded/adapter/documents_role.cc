@@ -14,6 +14,7 @@
 #include "embedded/model/import_catalogs.h"
 #include "embedded/model/locate.h"
 #include "embedded/model/metadata.h"
+#include "embedded/model/page_numbering.h"
 
 namespace qelm::embedded::adapter {
 namespace {
@@ -369,7 +370,9 @@ bool DocumentsRole::SaveTo(Id id, OpenFile* file, const host::SaveOptions& optio
   file->edited = file->edited || file->Tree().modified;
   file->Tree().modified = false;
   if (file->layout != kLayoutAsRead) {
-    workspace_.moved_files.insert(file->identity);
+    const model::Document& tree = file->Tree();
+    workspace_.moved_files[file->identity] =
+        model::PagesGoOn(tree.At(tree.document_statement)).value_or(false);
   } else {
     workspace_.moved_files.erase(file->identity);
   }

@@ -35,14 +35,13 @@ class OpenedDocument {
   // What was changed: text that moves other text, or only the numbers and titles that references show, for
   // which the document's record of its pages still holds.
   enum class Change : std::uint8_t { kText, kReferences };
-  // Brings the changes into the document, and writes it unless it was open.
+  // Writes the document, or brings the changes into it when it stays open.
   bool Finish(Change change) {
     OpenFile* file = File();
     const std::uint64_t layout = file->layout;
     MarkEdited(file);
     if (change == Change::kReferences) file->layout = layout;
-    if (!SettleDocument(file)) return false;
-    return was_open_ || documents_.Save(id_, {});
+    return was_open_ ? SettleDocument(file) : documents_.Save(id_, {});
   }
 
  private:

@@ -191,8 +191,9 @@ class Workspace {
   bool screen_updates = true;
   // The components that the last PDF of a book had to do without.
   std::vector<std::string> left_out;
-  // The files, by identity, that were written with text which is not where their record of pages says.
-  std::unordered_set<std::string> moved_files;
+  // The files, by identity, that were written with text which is not where their record of pages says; of
+  // each whether its pages go on from those of another.
+  std::unordered_map<std::string, bool> moved_files;
   std::set<std::int32_t> requested_notifications;
   host::EntryPoints* plugin = nullptr;
 

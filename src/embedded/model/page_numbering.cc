@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <optional>
 #include <string_view>
 
 #include "embedded/mif/reader.h"
@@ -62,6 +61,8 @@ PageRun PagesOf(const Document& book, Span component, const Document& document, 
   const bool goes_on = settings.continues.value_or(false) && counter.any;
   return {goes_on ? counter.last + 1 : settings.start, settings.style};
 }
+
+std::optional<bool> PagesGoOn(std::string_view statement) { return ReadPageSettings(statement).continues; }
 
 std::vector<std::string> NextPages(const Document& book, Span component, const Document& document,
                                    PageCounter* counter) {

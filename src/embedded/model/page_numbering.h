@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,6 +27,10 @@ struct PageRun {
   std::string_view style = "Arabic";  // in the book's bytes, or the document's
 };
 PageRun PagesOf(const Document& book, Span component, const Document& document, const PageCounter& counter);
+
+// Whether a statement, of a component or of a document, has pages go on from those before; nothing when it
+// leaves that to another: the component's to its file's.
+std::optional<bool> PagesGoOn(std::string_view statement);
 
 // Goes on to a component, whose statement in the book is `component`. Returns the numbers by page of the
 // document, empty for pages that keep theirs. Documents with numbers such as "12.1" keep all.
