@@ -65,9 +65,9 @@ class ValidateCommand : public Command {
   std::int32_t Validate(Session& session, host::Id target, coloring::ValidationContext& context);
   void FinishComponent(Session& session, host::Id document, bool opened) const;
   void CheckEnding(const ValidationRun& run, std::int32_t result) const;
-  void Report(Session& session, const Violations& violations, Outcome* outcome) const;
+  void Report(Session& session, const std::shared_ptr<const Violations>& found, Outcome* outcome) const;
   Json MembersOf(const Violations& violations, const ValidationRun& run) const;
-  std::string TextOf(const Violations& violations, const ValidationRun& run) const;
+  void WriteText(const Violations& violations, const ValidationRun& run, std::ostream& out) const;
   SarifLog SarifOf(Session& session, const Violations& violations) const;
   std::vector<JunitSuite> JunitOf(const Violations& violations, const ValidationRun& run) const;
 
@@ -211,9 +211,9 @@ Outcome ValidateCommand::Run(Session& session) {
   OpenedReport report(session, report_);
   coloring::ValidationReport report_sink(plugin.messenger, plugin.host, plugin.schemes.validation,
                                          report.Get());
-  Violations violations(session);
-  coloring::ValidationContext context{plugin.host,           plugin.messenger, plugin.schemes.validation,
-                                      plugin.validation_run, {&violations},    {}};
+  const auto violations = std::make_shared<Violations>(session, session.options().json);
+  coloring::ValidationContext context{plugin.host,           plugin.messenger,   plugin.schemes.validation,
+                                      plugin.validation_run, {violations.get()}, {}};
   if (report.Exists()) context.sinks.push_back(&report_sink);
   Outcome outcome;
   outcome.result = Validate(session, target, context);
@@ -241,7 +241,9 @@ void ValidateCommand::CheckEnding(const ValidationRun& run, std::int32_t result)
   }
 }
 
-void ValidateCommand::Report(Session& session, const Violations& violations, Outcome* outcome) const {
+void ValidateCommand::Report(Session& session, const std::shared_ptr<const Violations>& found,
+                             Outcome* outcome) const {
+  const Violations& violations = *found;
   const ValidationRun& run = session.plugin().validation_run;
   if (run.violations != 0 || !run.passed_over.empty()) outcome->status = ExitStatus::kFound;
   std::ostream& out = session.environment().out;
@@ -252,7 +254,7 @@ void ValidateCommand::Report(Session& session, const Violations& violations, Out
   } else if (session.options().json) {
     outcome->members = MembersOf(violations, run);
   } else {
-    outcome->text = TextOf(violations, run);
+    outcome->write_text = [this, found, &run](std::ostream& stream) { WriteText(*found, run, stream); };
   }
   outcome->printed = format_ != "text";
 }
@@ -290,19 +292,37 @@ std::string PlaceOf(const Violations& violations, const FoundViolation& found) {
   return file + ":" + (found.line == 0 ? std::string() : std::to_string(found.line) + ":") + " ";
 }
 
-std::string ValidateCommand::TextOf(const Violations& violations, const ValidationRun& run) const {
+void ValidateCommand::WriteText(const Violations& violations, const ValidationRun& run,
+                                std::ostream& out) const {
+  constexpr std::size_t kBuffer = 1U << 16U;
+  std::vector<std::string> files(violations.Files().size());
+  for (std::size_t i = 0; i < files.size(); ++i) AppendOneLine(violations.Files()[i] + ":", &files[i]);
   std::string text;
+  text.reserve(kBuffer);
+  const auto write = [&] {
+    out.write(text.data(), static_cast<std::streamsize>(text.size()));
+    text.clear();
+  };
   for (const FoundViolation& found : violations.All()) {
-    text += OneLine(PlaceOf(violations, found) + found.path + ": " + Describe(found)) + "\n";
+    text += files[found.file];
+    if (found.line != 0) text.append(std::to_string(found.line)).append(":");
+    text += ' ';
+    AppendOneLine(found.path, &text);
+    text += ": ";
+    AppendDescription(found, &text);
+    text += '\n';
+    if (text.size() > kBuffer / 2) write();
   }
   for (const std::string& path : run.passed_over) {
-    text += OneLine(ShownPath(path)) + ": could not be opened and was not checked\n";
+    AppendOneLine(ShownPath(path), &text);
+    text += ": could not be opened and was not checked\n";
   }
   text += target_ + ": " + std::to_string(run.elements) + " elements";
   if (violations.Files().size() != 1) text += " in " + std::to_string(violations.Files().size()) + " files";
   text += run.violations == 1 ? ", 1 violation" : ", " + std::to_string(run.violations) + " violations";
   if (run.unmarked != 0) text += ", " + std::to_string(run.unmarked) + " texts could not be marked";
-  return text + "\n";
+  text += '\n';
+  write();
 }
 
 SarifLog ValidateCommand::SarifOf(Session& session, const Violations& violations) const {
@@ -312,7 +332,7 @@ SarifLog ValidateCommand::SarifOf(Session& session, const Violations& violations
   for (const FoundViolation& found : violations.All()) {
     SarifResult result;
     result.rule = static_cast<std::size_t>(found.rule) - 1;
-    result.message = found.path + ": " + Describe(found);
+    result.message = std::string(found.path) + ": " + Describe(found);
     result.file = violations.Files()[found.file];
     result.line = found.line;
     result.logical_name = found.tag;
@@ -337,12 +357,13 @@ std::vector<JunitSuite> ValidateCommand::JunitOf(const Violations& violations,
   for (const FoundViolation& found : violations.All()) {
     const std::string_view type = ValidationSarifRules()[static_cast<std::size_t>(found.rule) - 1].id;
     suites[found.file].cases.push_back(
-        {.name = found.path + "/@" + found.attribute + " (rule " + std::to_string(found.rule) + ")",
+        {.name = std::string(found.path) + "/@" + std::string(found.attribute) + " (rule " +
+                 std::to_string(found.rule) + ")",
          .class_name = violations.Files()[found.file],
          .outcome = CaseOutcome::kFailed,
          .type = std::string(type),
          .message = Describe(found),
-         .details = PlaceOf(violations, found) + found.path + ": " + Describe(found)});
+         .details = PlaceOf(violations, found) + std::string(found.path) + ": " + Describe(found)});
   }
   for (JunitSuite& suite : suites) {
     if (!suite.cases.empty()) continue;

@@ -18,6 +18,22 @@ constexpr std::string_view kFaults[] = {
     "no value, which is not allowed",
 };
 
+bool IsControl(char c) {
+  const auto code = static_cast<unsigned char>(c);
+  return code < 0x20U || code == 0x7FU;
+}
+
+// Hardly a text has any, so this does not stop where it finds one: steps of one length the compiler turns
+// into operations on sixteen bytes.
+bool HasControl(std::string_view text) {
+  constexpr std::size_t kStep = 16;
+  unsigned char found = 0;
+  for (; text.size() >= kStep; text.remove_prefix(kStep)) {
+    for (std::size_t i = 0; i < kStep; ++i) found = static_cast<unsigned char>(found | IsControl(text[i]));
+  }
+  return found != 0 || std::any_of(text.begin(), text.end(), IsControl);
+}
+
 std::size_t IndexOf(std::int32_t rule) { return static_cast<std::size_t>(rule) - 1; }
 
 }  // namespace
@@ -35,34 +51,39 @@ const std::vector<SarifRule>& ValidationSarifRules() {
   return rules;
 }
 
-std::string OneLine(std::string_view text) {
+void AppendOneLine(std::string_view text, std::string* line) {
   constexpr std::string_view kDigits = "0123456789ABCDEF";
-  const auto is_control = [](char c) {
+  if (!HasControl(text)) {
+    *line += text;
+    return;
+  }
+  for (const char c : text) {
     const auto code = static_cast<unsigned char>(c);
-    return code < 0x20U || code == 0x7FU;
-  };
-  std::string line;
-  for (auto at = text.begin(); at != text.end(); ++at) {
-    const auto end = std::find_if(at, text.end(), is_control);
-    line.append(at, end);
-    if ((at = end) == text.end()) break;
-    const auto code = static_cast<unsigned char>(*at);
-    if (*at == '\n') {
-      line += "\\n";
+    if (!IsControl(c)) {
+      *line += c;
+    } else if (c == '\n') {
+      *line += "\\n";
     } else {
-      line += "\\x";
-      line += kDigits[code >> 4U];
-      line += kDigits[code & 15U];
+      line->append("\\x").append(1, kDigits[code >> 4U]).append(1, kDigits[code & 15U]);
     }
   }
-  return line;
+}
+
+void AppendDescription(const FoundViolation& violation, std::string* line) {
+  AppendOneLine(violation.attribute, line);
+  if (violation.has_value) {
+    *line += "=\"";
+    AppendOneLine(violation.value, line);
+    *line += '"';
+  }
+  line->append(": ").append(kFaults[IndexOf(violation.rule)]);
+  line->append(" (rule ").append(std::to_string(violation.rule)).append(")");
 }
 
 std::string Describe(const FoundViolation& violation) {
-  std::string text = violation.attribute;
-  if (violation.has_value) text += "=\"" + violation.value + "\"";
-  text.append(": ").append(kFaults[IndexOf(violation.rule)]);
-  return OneLine(text) + " (rule " + std::to_string(violation.rule) + ")";
+  std::string text;
+  AppendDescription(violation, &text);
+  return text;
 }
 
 void Violations::BeginDocument(host::Id document, bool) {
@@ -79,15 +100,24 @@ void Violations::Add(const coloring::Violation& violation) {
   found.rule = violation.rule;
   found.file = files_.size() - 1;
   found.line = places_->lines.LineOf(violation.element);
-  found.element = places_->elements.Number(violation.element);
+  if (numbered_) found.element = places_->elements.Number(violation.element);
   found.tag =
-      host.definitions.DefinitionName(document, host.elements.Definition(document, violation.element));
-  places_->elements.AppendPath(violation.element, &found.path, kPathSteps);
-  found.attribute = violation.attribute;
-  found.value = violation.value;
+      Keep(host.definitions.DefinitionName(document, host.elements.Definition(document, violation.element)));
+  path_.clear();
+  places_->elements.AppendPath(violation.element, &path_, kPathSteps);
+  found.path = Keep(path_);
+  found.attribute = Keep(violation.attribute);
+  found.value = Keep(violation.value);
   found.has_value =
       violation.rule == coloring::kValueNotAllowed || violation.rule == coloring::kValueNotInherited;
-  all_.push_back(std::move(found));
+  all_.push_back(found);
+}
+
+std::string_view Violations::Keep(std::string_view text) {
+  if (text.empty()) return {};
+  auto* kept = static_cast<char*>(texts_.allocate(text.size(), 1));
+  std::copy(text.begin(), text.end(), kept);
+  return {kept, text.size()};
 }
 
 void Violations::EndDocument(host::Id, std::uint64_t, bool) { places_.reset(); }

@@ -27,6 +27,7 @@ ClassicMatcher::ClassicMatcher(const schemes::Scheme& scheme) : comparison_(sche
     }
   }
   own_.resize(listed_.size());
+  counting_.resize(listed_.size());
 }
 
 std::size_t ClassicMatcher::SlotOf(std::string_view name) {
@@ -35,29 +36,35 @@ std::size_t ClassicMatcher::SlotOf(std::string_view name) {
   return found->second;
 }
 
-void ClassicMatcher::Enter(std::size_t depth, const host::AttributeBuffer& attributes) {
-  const std::size_t slots = listed_.size();
-  values_end_.resize(depth + 1);
-  values_.resize(depth == 0 ? 0 : values_end_[depth - 1]);
-  own_.assign(slots, {});
-  own_present_ = false;
+void ClassicMatcher::LeaveLevel() {
+  values_.resize(levels_.back().values_begin);
+  levels_.pop_back();
+  around_.resize(levels_.size() * listed_.size());
+}
+
+void ClassicMatcher::Take(std::size_t depth, const host::AttributeBuffer& attributes) {
+  const Level level{depth, values_.size()};
   for (const host::AttributeView& attribute : attributes.attributes) {
-    // Of names that differ only in letter case the first counts.
     const auto slot = slots_.find(comparison_.Comparable(attribute.name, &buffer_));
-    if (slot == slots_.end() || own_[slot->second].present) continue;
-    TakeValues(slot->second, attributes, attribute, &own_[slot->second]);
+    if (slot == slots_.end()) continue;
+    if (!own_present_) own_.assign(own_.size(), {});
     own_present_ = true;
+    // Of names that differ only in letter case the first counts.
+    State& state = own_[slot->second];
+    if (!state.present) TakeValues(slot->second, attributes, attribute, &state);
   }
-  values_end_[depth] = values_.size();
-  around_.resize((depth + 1) * slots);
+  if (!own_present_) return;
+  const std::size_t slots = own_.size();
+  const std::size_t above = around_.size() - (levels_.empty() ? 0 : slots);
   for (std::size_t slot = 0; slot < slots; ++slot) {
-    State& nearest = around_[depth * slots + slot];
-    nearest = own_[slot];
-    if (depth == 0 || nearest.has_values) continue;
-    const bool present = nearest.present;
-    nearest = around_[(depth - 1) * slots + slot];
-    nearest.present = nearest.present || present;
+    State nearest = own_[slot];
+    if (!levels_.empty() && !nearest.has_values) {
+      nearest = around_[above + slot];
+      nearest.present = nearest.present || own_[slot].present;
+    }
+    around_.push_back(nearest);
   }
+  levels_.push_back(level);
 }
 
 void ClassicMatcher::TakeValues(std::size_t slot, const host::AttributeBuffer& attributes,
@@ -81,24 +88,43 @@ bool ClassicMatcher::Has(const State& state, std::uint32_t value) const {
   return std::binary_search(first, first + state.count, value);
 }
 
-std::int32_t ClassicMatcher::FindRule(std::size_t depth, bool inherits) const {
-  // Most elements have none of the attributes, and no rule is for what is missing.
-  if (!own_present_ && !inherits) return kNoRule;
-  const auto found = std::find_if(rules_.begin(), rules_.end(),
-                                  [&](const Rule& rule) { return Matches(rule, depth, inherits); });
-  return found == rules_.end() ? kNoRule : static_cast<std::int32_t>(found - rules_.begin());
+std::size_t ClassicMatcher::NumbersHash::operator()(const Numbers& numbers) const {
+  std::size_t hash = 0;
+  for (const std::uint32_t number : numbers) hash = (hash ^ number) * 0x9E3779B97F4A7C15ULL;
+  return hash ^ (hash >> 32U);
 }
 
-ClassicMatcher::State ClassicMatcher::StateOf(std::size_t slot, std::size_t depth, bool inherits) const {
-  const State& own = own_[slot];
-  if (own.has_values || (!own.present && !inherits)) return own;
-  return around_[depth * own_.size() + slot];
+// What counts for the rules: the element's own states, with those of the ancestors where they are sought.
+void ClassicMatcher::Gather(bool inherits) {
+  const std::size_t last_level = around_.size() - own_.size();
+  alike_.clear();
+  for (std::size_t slot = 0; slot < own_.size(); ++slot) {
+    const bool is_own = own_present_ && (own_[slot].has_values || (!own_[slot].present && !inherits));
+    const State& state = counting_[slot] = is_own ? own_[slot] : around_[last_level + slot];
+    if (!state.present) continue;
+    alike_.push_back(static_cast<std::uint32_t>(slot));
+    alike_.push_back(state.has_values ? state.count + 1 : 0);
+    const auto first = values_.begin() + state.first;
+    alike_.insert(alike_.end(), first, first + state.count);
+  }
 }
 
-bool ClassicMatcher::Matches(const Rule& rule, std::size_t depth, bool inherits) const {
+std::int32_t ClassicMatcher::FindRule(bool inherits) {
+  // No rule is for what is missing.
+  if (!own_present_ && (!inherits || levels_.empty())) return kNoRule;
+  Gather(inherits);
+  const auto [known, is_new] = found_.try_emplace(alike_, kNoRule);
+  if (!is_new) return known->second;
+  const auto found =
+      std::find_if(rules_.begin(), rules_.end(), [this](const Rule& rule) { return Matches(rule); });
+  if (found != rules_.end()) known->second = static_cast<std::int32_t>(found - rules_.begin());
+  return known->second;
+}
+
+bool ClassicMatcher::Matches(const Rule& rule) const {
   bool last_held = false;
   for (const Condition& condition : rule.conditions) {
-    switch (Test(condition, rule.match_all, StateOf(condition.slot, depth, inherits))) {
+    switch (Test(condition, rule.match_all, counting_[condition.slot])) {
       case Verdict::kMatches:
         return true;
       case Verdict::kFails:

@@ -2,10 +2,13 @@
 //
 // All attribute names that the rules speak of are numbered once ("slots"), and so are the values that they
 // list for each. An element's attributes are read once and reduced to what the rules can tell apart: for each
-// slot, whether the element has the attribute, whether it has a value, and which of the listed values. Rules
-// are then tests on numbers. What the ancestors have is kept as a summary a level - for each slot the nearest
-// values, and whether anyone has the attribute - so that looking up the ancestors takes no walk, however deep
-// the document is.
+// slot, whether the element has the attribute, whether it has a value, and which of the listed values. That
+// is a short list of numbers, and the rule that was found for it is remembered: the rules are only tested for
+// the first of all the elements that are alike to them.
+//
+// What the ancestors have is kept as a summary for each of them that has any of the attributes - for each
+// slot the nearest values, and whether anyone has the attribute - so that looking up the ancestors takes no
+// walk, however deep the document is.
 #pragma once
 
 #include <cstdint>
@@ -29,11 +32,15 @@ class ClassicMatcher {
 
   // Takes the attributes of the element that the walk has come to at `depth`; those at smaller depths that
   // were taken last are its ancestors. The views of `attributes` are not kept.
-  void Enter(std::size_t depth, const host::AttributeBuffer& attributes);
+  void Enter(std::size_t depth, const host::AttributeBuffer& attributes) {
+    while (!levels_.empty() && levels_.back().depth >= depth) LeaveLevel();
+    own_present_ = false;
+    if (!attributes.attributes.empty()) Take(depth, attributes);
+  }
 
-  // The first rule that the element entered last at `depth` matches, kNoRule when none does. An attribute
-  // that is there without a value is sought on the ancestors, and with `inherits` one that is missing.
-  std::int32_t FindRule(std::size_t depth, bool inherits) const;
+  // The first rule that the element entered last matches, kNoRule when none does. An attribute that is there
+  // without a value is sought on the ancestors, and with `inherits` one that is missing.
+  std::int32_t FindRule(bool inherits);
 
  private:
   // What is known of one attribute: of an element, or of it and its ancestors.
@@ -64,24 +71,41 @@ class ClassicMatcher {
   template <typename Number>
   using NumberOfText = std::unordered_map<std::string, Number, ViewHash, std::equal_to<>>;
 
+  // An entered element that has one of the attributes.
+  struct Level {
+    std::size_t depth = 0;
+    std::size_t values_begin = 0;  // its values in values_
+  };
+
+  using Numbers = std::vector<std::uint32_t>;
+  struct NumbersHash {
+    std::size_t operator()(const Numbers& numbers) const;
+  };
+
   std::size_t SlotOf(std::string_view name);
+  void Take(std::size_t depth, const host::AttributeBuffer& attributes);
+  void LeaveLevel();
   void TakeValues(std::size_t slot, const host::AttributeBuffer& attributes,
                   const host::AttributeView& attribute, State* state);
   bool Has(const State& state, std::uint32_t value) const;
-  bool Matches(const Rule& rule, std::size_t depth, bool inherits) const;
+  bool Matches(const Rule& rule) const;
   Verdict Test(const Condition& condition, bool match_all, const State& state) const;
-  State StateOf(std::size_t slot, std::size_t depth, bool inherits) const;
+  void Gather(bool inherits);
 
   schemes::TextComparison comparison_;
   std::vector<Rule> rules_;
   NumberOfText<std::size_t> slots_;
   std::vector<NumberOfText<std::uint32_t>> listed_;  // by slot: value to its number
 
-  std::vector<State> own_;               // of the element entered last, by slot
-  bool own_present_ = false;             // whether it has any
-  std::vector<State> around_;            // by depth and slot: the element itself, else its ancestors
-  std::vector<std::uint32_t> values_;    // of all levels, one after the other
-  std::vector<std::size_t> values_end_;  // by depth
+  std::vector<State> own_;       // of the element entered last, by slot
+  bool own_present_ = false;     // whether it has any
+  std::vector<Level> levels_;    // it, when it has any, and its ancestors
+  std::vector<State> around_;    // by level and slot: the element itself, else its ancestors
+  Numbers values_;               // of all levels, one after the other
+  std::vector<State> counting_;  // by slot: what counts for the rules, and
+  Numbers alike_;                // the same in numbers
+  std::unordered_map<Numbers, std::int32_t, NumbersHash>
+      found_;  // the rules that were found, by such numbers
   std::string buffer_;
 };
 

@@ -1,6 +1,7 @@
 #include "coloring/element_walk.h"
 
 #include "coloring/text_marks.h"
+#include "coloring/tree_walk.h"
 #include "schemes/flows.h"
 #include "schemes/styles.h"
 
@@ -23,12 +24,14 @@ ElementWalk::ElementWalk(ColoringContext& context, Id document, const RuleMarks&
 std::int32_t ElementWalk::Run(Id start) {
   Prepare(start);
   std::int32_t result = common::kDone;
-  for (Id element = start; element != kNone; element = context_.run.only_element ? kNone : Next(element)) {
+  TreeWalk walk(host_.elements, document_, start);
+  while (const host::WalkedNode* node = walk.Next()) {
     if (Cancelled()) {
       result = common::kCancelled;
       break;
     }
-    Visit(element);
+    Visit(*node);
+    if (context_.run.only_element) break;
   }
   open_marks_.End();
   return result;
@@ -36,7 +39,7 @@ std::int32_t ElementWalk::Run(Id start) {
 
 void ElementWalk::Prepare(Id start) {
   start_ = start;
-  depth_ = 0;
+  start_depth_ = 0;
   overridden_below_.reset();
   if (context_.scheme.is_xpath) {
     const Id root = host_.elements.Root(document_, host_.elements.FlowOf(document_, start));
@@ -53,7 +56,7 @@ void ElementWalk::Prepare(Id start) {
     ancestors.push_back(above);
   }
   for (auto above = ancestors.rbegin(); above != ancestors.rend(); ++above) {
-    matcher_->Enter(depth_++, reader_.Read(*above));
+    matcher_->Enter(start_depth_++, reader_.Read(*above));
   }
 }
 
@@ -66,27 +69,27 @@ bool ElementWalk::Cancelled() {
   return true;
 }
 
-void ElementWalk::Visit(Id element) {
+void ElementWalk::Visit(const host::WalkedNode& node) {
   ++context_.run.visited;
+  const std::size_t depth = start_depth_ + node.depth;
   if (overridden_below_) {
-    if (depth_ > *overridden_below_) return;
+    if (depth > *overridden_below_) return;
     overridden_below_.reset();
   }
-  const host::ElementKind kind = host_.elements.Kind(document_, element);
-  open_marks_.Visit(depth_, kind);
-  const std::int32_t rule = FindRule(element, kind);
+  open_marks_.Visit(depth, node.kind);
+  const std::int32_t rule = FindRule(node);
   if (rule == kNoRule) return;
-  Prompt(element, rule);
-  open_marks_.Begin(depth_, element, kind, marks_.rules[static_cast<std::size_t>(rule)], rule);
-  if (context_.scheme.rules[static_cast<std::size_t>(rule)].override_others) overridden_below_ = depth_;
+  Prompt(node.element, rule);
+  open_marks_.Begin(depth, node.element, node.kind, marks_.rules[static_cast<std::size_t>(rule)], rule);
+  if (context_.scheme.rules[static_cast<std::size_t>(rule)].override_others) overridden_below_ = depth;
 }
 
-std::int32_t ElementWalk::FindRule(Id element, host::ElementKind kind) {
-  if (context_.scheme.is_xpath) return positions_.RuleOf(element);
+std::int32_t ElementWalk::FindRule(const host::WalkedNode& node) {
+  if (context_.scheme.is_xpath) return positions_.RuleOf(node.element);
   // A text node has no attributes; with those of its element it would only get the element's rule again.
-  if (element != start_ && kind == host::ElementKind::kText) return kNoRule;
-  matcher_->Enter(depth_, reader_.Read(element));
-  return matcher_->FindRule(depth_, mode_ == WalkMode::kSelection || StandsInOthersText(kind));
+  if (node.element != start_ && node.kind == host::ElementKind::kText) return kNoRule;
+  matcher_->Enter(start_depth_ + node.depth, reader_.Read(node));
+  return matcher_->FindRule(mode_ == WalkMode::kSelection || StandsInOthersText(node.kind));
 }
 
 void ElementWalk::Prompt(Id element, std::int32_t rule) {
@@ -106,19 +109,6 @@ void ElementWalk::Count(std::int32_t rule, bool written) {
   }
   ++run.colored;
   ++run.rule_elements[static_cast<std::size_t>(rule)];
-}
-
-Id ElementWalk::Next(Id element) {
-  if (const Id child = host_.elements.FirstChild(document_, element); child != kNone) {
-    ++depth_;
-    return child;
-  }
-  while (element != start_) {
-    if (const Id sibling = host_.elements.NextSibling(document_, element); sibling != kNone) return sibling;
-    element = host_.elements.Parent(document_, element);
-    --depth_;
-  }
-  return kNone;
 }
 
 }  // namespace qelm::coloring

@@ -31,12 +31,10 @@ class ElementWalk {
  private:
   void Prepare(host::Id start);
   bool Cancelled();
-  void Visit(host::Id element);
-  std::int32_t FindRule(host::Id element, host::ElementKind kind);
+  void Visit(const host::WalkedNode& node);
+  std::int32_t FindRule(const host::WalkedNode& node);
   void Prompt(host::Id element, std::int32_t rule);
   void Count(std::int32_t rule, bool written);
-  // The next element in document order, 0 when the tree is done.
-  host::Id Next(host::Id element);
 
   ColoringContext& context_;
   host::Host& host_;
@@ -50,7 +48,7 @@ class ElementWalk {
   NodePositions positions_;
   MarkStack open_marks_;
   host::Id start_ = host::kNone;
-  std::size_t depth_ = 0;  // of the element that is visited; in a selection its ancestors count
+  std::size_t start_depth_ = 0;                  // in a selection the ancestors count
   std::optional<std::size_t> overridden_below_;  // elements deeper than this are not tested
 };
 

@@ -1,7 +1,5 @@
 #include "coloring/mark_stack.h"
 
-#include "coloring/text_marks.h"
-
 namespace qelm::coloring {
 namespace {
 
@@ -22,16 +20,6 @@ TextProperties Over(TextProperties outer, const TextProperties& inner) {
 }
 
 }  // namespace
-
-void MarkStack::Visit(std::size_t depth, ElementKind kind) {
-  CloseFrom(depth);
-  while (!barriers_.empty() && barriers_.back() >= depth) barriers_.pop_back();
-  if (BeginsTextOfItsOwn(kind) || kind == ElementKind::kFootnote) barriers_.push_back(depth);
-}
-
-void MarkStack::CloseFrom(std::size_t depth) {
-  while (!open_.empty() && open_.back().depth >= depth) Close();
-}
 
 const MarkStack::Open* MarkStack::Around(std::size_t barriers) const {
   return !open_.empty() && open_.back().barriers == barriers ? &open_.back() : nullptr;

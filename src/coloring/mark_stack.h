@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "coloring/rule_colors.h"
+#include "coloring/text_marks.h"
 #include "host/interface/host.h"
 
 namespace qelm::coloring {
@@ -23,7 +24,11 @@ class MarkStack {
       : host_(host), document_(document), done_(std::move(done)) {}
 
   // The walk has come to an element: writes the marks of those that it has left.
-  void Visit(std::size_t depth, host::ElementKind kind);
+  void Visit(std::size_t depth, host::ElementKind kind) {
+    CloseFrom(depth);
+    while (!barriers_.empty() && barriers_.back() >= depth) barriers_.pop_back();
+    if (BeginsTextOfItsOwn(kind) || kind == host::ElementKind::kFootnote) barriers_.push_back(depth);
+  }
   // The element that was visited last has a mark.
   void Begin(std::size_t depth, host::Id element, host::ElementKind kind, const RuleMark& mark,
              std::int32_t rule);
@@ -46,7 +51,9 @@ class MarkStack {
 
   // Finds the places of an open mark again, where an edit made them stale.
   void Locate(Open* open);
-  void CloseFrom(std::size_t depth);
+  void CloseFrom(std::size_t depth) {
+    while (!open_.empty() && open_.back().depth >= depth) Close();
+  }
   void Close();
   // The innermost open mark, when it is in the text behind so many barriers; else null.
   const Open* Around(std::size_t barriers) const;

@@ -1,6 +1,6 @@
 #include "coloring/validation.h"
 
-#include "coloring/tree_steps.h"
+#include "coloring/tree_walk.h"
 #include "coloring/validation_marks.h"
 #include "coloring/validation_rules.h"
 #include "common/utf8.h"
@@ -166,27 +166,25 @@ void PrepareValidation(const config::LocalSettings& settings, ValidationRun* run
 }
 
 std::int32_t ValidateTree(ValidationContext& context, Id document, Id start) {
-  host::Elements& elements = context.host.elements;
   ValidationRun& run = context.run;
   ElementRules rules(context.host, document, context.scheme, run);
+  schemes::TextNodes text_nodes(context.host.definitions, document);
   VerdictMarks marks(context.host, document);
   std::vector<Violation> violations;
   std::int32_t last_rule = kNoViolation;
   messages::EscPoll poll;
-  const auto is_element = [&](Id node) { return !schemes::IsTextNode(context.host, document, node); };
-  const auto leave = [&](Id node) {
-    if (is_element(node)) rules.Leave();
-  };
   rules.EnterAncestors(start);
-  for (Id node = start; node != kNone; node = NextInTree(elements, document, start, node, leave)) {
-    if (!is_element(node)) continue;
+  TreeWalk walk(context.host.elements, document, start);
+  while (const host::WalkedNode* node = walk.Next()) {
+    if (text_nodes.Has(node->definition)) continue;
     if (poll.Due() && Cancelled(context)) break;
     violations.clear();
-    rules.Enter(node, &violations);
-    marks.Set(node, !violations.empty());
+    rules.Enter(*node, &violations);
+    if (run.strikethrough != StrikethroughUse::kLeave) marks.Set(node->element, !violations.empty());
     ++run.elements;
+    if (violations.empty()) continue;
     run.violations += violations.size();
-    if (!violations.empty()) last_rule = violations.back().rule;
+    last_rule = violations.back().rule;
     TellViolations(context, violations);
   }
   marks.Write(start, run.strikethrough, &run);
@@ -291,7 +289,10 @@ std::int32_t ValidateElement(ValidationContext& context, Id document, Id element
   std::vector<Violation> violations;
   ElementRules rules(host, document, context.scheme, run);
   rules.EnterAncestors(element);
-  rules.Enter(element, &violations);
+  rules.Enter({.element = element,
+               .definition = host.elements.Definition(document, element),
+               .may_have_attributes = true},
+              &violations);
   run.elements = 1;
   run.violations = violations.size();
   run.ending = ValidationEnding::kCompleted;

@@ -1,6 +1,6 @@
 #include "coloring/validation_marks.h"
 
-#include "coloring/tree_steps.h"
+#include "coloring/tree_walk.h"
 #include "schemes/flows.h"
 
 namespace qelm::coloring {
@@ -14,14 +14,14 @@ using host::kNone;
 // them, and elements whose text is the host's own.
 template <typename Write>
 void ForEachText(host::Host& host, Id document, Id top, const Write& write) {
-  host::Elements& elements = host.elements;
-  for (Id node = top; node != kNone; node = NextInTree(elements, document, top, node)) {
-    if (schemes::IsTextNode(host, document, node)) {
-      write(node, elements.Parent(document, node));
-      continue;
+  schemes::TextNodes text_nodes(host.definitions, document);
+  TreeWalk walk(host.elements, document, top);
+  while (const host::WalkedNode* node = walk.Next()) {
+    if (text_nodes.Has(node->definition)) {
+      write(node->element, host.elements.Parent(document, node->element));
+    } else if (node->kind == ElementKind::kCrossReference || node->kind == ElementKind::kSystemVariable) {
+      write(node->element, node->element);
     }
-    const ElementKind kind = elements.Kind(document, node);
-    if (kind == ElementKind::kCrossReference || kind == ElementKind::kSystemVariable) write(node, node);
   }
 }
 

@@ -58,24 +58,32 @@ void ElementRules::EnterAncestors(host::Id start) {
        above = host_.elements.Parent(document_, above)) {
     ancestors.push_back(above);
   }
-  for (auto above = ancestors.rbegin(); above != ancestors.rend(); ++above) Take(*above, nullptr);
+  for (auto above = ancestors.rbegin(); above != ancestors.rend(); ++above) {
+    Take(*above, start_depth_++, reader_.Read(*above), nullptr);
+  }
 }
 
-void ElementRules::Enter(host::Id element, std::vector<Violation>* violations) { Take(element, violations); }
+void ElementRules::Enter(const host::WalkedNode& element, std::vector<Violation>* violations) {
+  const std::size_t depth = start_depth_ + element.depth;
+  while (!levels_.empty() && levels_.back().depth >= depth) LeaveLevel();
+  const host::AttributeBuffer& attributes = reader_.Read(element);
+  if (!attributes.attributes.empty()) Take(element.element, depth, attributes, violations);
+}
 
-void ElementRules::Take(host::Id element, std::vector<Violation>* violations) {
-  const std::size_t level = carried_.size();
-  const host::AttributeBuffer& buffer = reader_.Read(element);
+void ElementRules::Take(host::Id element, std::size_t depth, const host::AttributeBuffer& attributes,
+                        std::vector<Violation>* violations) {
+  const Level level{depth, carried_.size()};
   named_.clear();
-  for (const host::AttributeView& attribute : buffer.attributes) {
+  for (const host::AttributeView& attribute : attributes.attributes) {
     const std::int32_t index = allowed_.Find(attribute.name);
     if (index < 0) continue;
     Values values;
-    if (!schemes::HasNoValue(buffer, attribute)) {
-      values = Values(buffer.values).subspan(attribute.first_value, attribute.value_count);
+    if (!schemes::HasNoValue(attributes, attribute)) {
+      values = Values(attributes.values).subspan(attribute.first_value, attribute.value_count);
     }
     named_.push_back({index, attribute.name, values});
   }
+  if (named_.empty()) return;
   if (violations != nullptr) {
     for (const Named& named : named_) Check(element, named, violations);
   }
@@ -83,7 +91,7 @@ void ElementRules::Take(host::Id element, std::vector<Violation>* violations) {
   // that the scheme does not tell apart the first one counts for what lies below.
   for (const Named& named : named_) {
     const std::int32_t nearest = nearest_[static_cast<std::size_t>(named.attribute)];
-    if (nearest < static_cast<std::int32_t>(level)) Carry(named.attribute, named.values);
+    if (nearest < static_cast<std::int32_t>(level.first_carried)) Carry(named.attribute, named.values);
   }
   levels_.push_back(level);
 }
@@ -146,9 +154,8 @@ void ElementRules::Carry(std::int32_t attribute, Values values) {
   nearest = static_cast<std::int32_t>(carried_.size()) - 1;
 }
 
-void ElementRules::Leave() {
-  if (levels_.empty()) return;  // one was not entered: the host did not tell what it is
-  for (; carried_.size() > levels_.back(); carried_.pop_back()) {
+void ElementRules::LeaveLevel() {
+  for (; carried_.size() > levels_.back().first_carried; carried_.pop_back()) {
     const Carried& carried = carried_.back();
     nearest_[static_cast<std::size_t>(carried.attribute)] = carried.covered;
     values_.resize(carried.first_value);

@@ -1,13 +1,12 @@
 // The four rules of validation for one element after the other, on a walk from an element down.
 //
 // Rules 2 and 3 compare an attribute with that of the nearest ancestor that has it. Nothing is searched for
-// that: the walk enters and leaves elements, and the attributes that the scheme names are kept on a stack, so
-// that the nearest value of each is always at hand. Every element's attributes are read once.
+// that: the walk enters elements in document order, and the attributes that the scheme names are kept on a
+// stack, so that the nearest value of each is always at hand. Every element's attributes are read once.
 //
 //   ElementRules rules(host, document, scheme, run);
 //   rules.EnterAncestors(start);
-//   rules.Enter(element, &violations);   // then its children, each entered and left
-//   rules.Leave();
+//   rules.Enter(element, &violations);   // then all that it holds
 #pragma once
 
 #include <functional>
@@ -68,13 +67,12 @@ class ElementRules {
   // Texts of the document are held by reference between calls: it must not be edited meanwhile.
   ElementRules(host::Host& host, host::Id document, const schemes::Scheme& scheme, const ValidationRun& run);
 
-  // Takes in the attributes of the elements above `start`, unchecked.
+  // Takes in the attributes of the elements above `start`, where the walk begins, unchecked.
   void EnterAncestors(host::Id start);
 
-  // Checks the element and appends its violations in order: attribute by attribute, and rule by rule for
-  // each. What is entered from then on lies inside it, until Leave.
-  void Enter(host::Id element, std::vector<Violation>* violations);
-  void Leave();
+  // Checks an element and appends its violations in order: attribute by attribute, and rule by rule for each.
+  // Of the elements that were entered, those that are less deep and came last are its ancestors.
+  void Enter(const host::WalkedNode& element, std::vector<Violation>* violations);
 
  private:
   using Values = std::span<const std::string_view>;
@@ -85,6 +83,11 @@ class ElementRules {
     std::string_view name;
     Values values;
   };
+  // An entered element that has some.
+  struct Level {
+    std::size_t depth = 0;  // from the topmost ancestor
+    std::size_t first_carried = 0;
+  };
 
   // An attribute of an entered element. Its values are values_[first_value ...].
   struct Carried {
@@ -94,7 +97,10 @@ class ElementRules {
     std::size_t value_count = 0;
     std::unique_ptr<TextSet> index;  // of long lists, made when first asked for
   };
-  void Take(host::Id element, std::vector<Violation>* violations);
+  // Without `violations` the element is not checked.
+  void Take(host::Id element, std::size_t depth, const host::AttributeBuffer& attributes,
+            std::vector<Violation>* violations);
+  void LeaveLevel();
   void Check(host::Id element, const Named& named, std::vector<Violation>* violations);
   bool Holds(Carried& carried, std::string_view value);
   void Carry(std::int32_t attribute, Values values);
@@ -108,7 +114,8 @@ class ElementRules {
   std::vector<std::int32_t> nearest_;  // by attribute: an index into carried_, -1 for none
   std::vector<Carried> carried_;
   std::vector<std::string_view> values_;
-  std::vector<std::size_t> levels_;  // of each entered element: how many were carried before it
+  std::size_t start_depth_ = 0;  // how many ancestors the start has
+  std::vector<Level> levels_;
   std::vector<Named> named_;
   std::string buffer_;
 };

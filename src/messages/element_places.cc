@@ -1,5 +1,6 @@
 #include "messages/element_places.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace qelm::messages {
@@ -23,7 +24,7 @@ std::uint32_t ElementPlaces::Number(host::Id element) {
   if (host_.elements.Definition(document_, element) == host::kNone) {
     element = host_.elements.Parent(document_, element);
   }
-  Prepare();
+  if (numbers_.empty()) numbers_.assign(host_.elements.IdLimit(document_), kUnknown);
   if (numbers_[element] == kUnknown) {
     host::Id root = element;
     while (const host::Id parent = host_.elements.Parent(document_, root)) root = parent;
@@ -33,23 +34,31 @@ std::uint32_t ElementPlaces::Number(host::Id element) {
 }
 
 void ElementPlaces::AppendPath(host::Id element, std::string* path, std::size_t max_steps) {
-  Prepare();
-  std::vector<host::Id> line;
-  for (; element != host::kNone && line.size() < max_steps;
+  line_.clear();
+  for (; element != host::kNone && line_.size() < max_steps;
        element = host_.elements.Parent(document_, element)) {
-    line.push_back(element);
+    line_.push_back(element);
   }
+  std::size_t same = 0;
+  const std::size_t most = std::min(steps_.size(), line_.size());
+  while (same < most && steps_[same].element == line_[line_.size() - 1 - same]) ++same;
+  steps_.resize(same);
+  text_.resize(same == 0 ? 0 : steps_.back().end);
+  for (std::size_t i = line_.size() - same; i-- > 0;) AppendStep(line_[i]);
   if (element != host::kNone) *path += "...";
-  for (auto node = line.rbegin(); node != line.rend(); ++node) {
-    const host::Id definition = host_.elements.Definition(document_, *node);
-    *path += '/';
-    if (definition == host::kNone) {
-      *path += "text()";
-    } else {
-      *path += host_.definitions.DefinitionName(document_, definition);
-    }
-    *path += '[' + std::to_string(Ordinal(*node)) + ']';
+  *path += text_;
+}
+
+void ElementPlaces::AppendStep(host::Id element) {
+  const host::Id definition = host_.elements.Definition(document_, element);
+  text_ += '/';
+  if (definition == host::kNone) {
+    text_ += "text()";
+  } else {
+    text_ += host_.definitions.DefinitionName(document_, definition);
   }
+  text_.append("[").append(std::to_string(Ordinal(element))).append("]");
+  steps_.push_back({element, text_.size()});
 }
 
 host::Id ElementPlaces::DefaultFlow() {
@@ -70,13 +79,8 @@ host::Id ElementPlaces::ByNumber(std::uint32_t number) {
   return host::kNone;
 }
 
-void ElementPlaces::Prepare() {
-  if (!numbers_.empty()) return;
-  numbers_.assign(host_.elements.IdLimit(document_), kUnknown);
-  ordinals_.assign(numbers_.size(), 0);
-}
-
 std::uint32_t ElementPlaces::Ordinal(host::Id element) {
+  if (ordinals_.empty()) ordinals_.assign(host_.elements.IdLimit(document_), 0);
   if (ordinals_[element] != 0) return ordinals_[element];
   const host::Id parent = host_.elements.Parent(document_, element);
   if (parent == host::kNone) return ordinals_[element] = 1;

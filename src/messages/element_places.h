@@ -3,7 +3,8 @@
 // Elements (text nodes not counted) of a flow are numbered from 0 in document order, all of them when the
 // number of one is first asked for. A path is like /Doc[1]/Section[2]: the index counts the siblings of the
 // same name, and is worked out for all of them when that of one is first asked for. So each further answer is
-// a look-up, and a path costs no more than the siblings along it.
+// a look-up, and a path costs no more than the siblings along it. The last path is kept: what the next one
+// begins with as well is copied from it.
 #pragma once
 
 #include <cstddef>
@@ -36,10 +37,17 @@ class ElementPlaces {
   host::Id DefaultFlow();
 
  private:
-  void Prepare();
   std::uint32_t Ordinal(host::Id element);
   void NumberTree(host::Id root);
   void PlaceChildren(host::Id parent);
+
+  void AppendStep(host::Id element);
+
+  // A step of the last path, and where it ends in the text.
+  struct Step {
+    host::Id element = host::kNone;
+    std::size_t end = 0;
+  };
 
   // How many children of one parent had a definition so far; text nodes count under 0.
   struct Count {
@@ -52,6 +60,9 @@ class ElementPlaces {
   std::vector<std::uint32_t> numbers_;          // by element; kUnknown until its flow was placed
   std::vector<std::uint32_t> ordinals_;         // by element: the index in its path
   std::unordered_map<host::Id, Count> counts_;  // by definition
+  std::vector<Step> steps_;                     // of the last path
+  std::string text_;                            // of these
+  std::vector<host::Id> line_;                  // an element and those around it, innermost first
 };
 
 }  // namespace qelm::messages

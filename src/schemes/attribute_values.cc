@@ -19,8 +19,7 @@ bool HasNoValue(const host::AttributeBuffer& buffer, const host::AttributeView& 
          (attribute.value_count == 1 && buffer.values[attribute.first_value].empty());
 }
 
-const AttributeReader::Defaults& AttributeReader::DefaultsOf(host::Id element) {
-  const host::Id definition = elements_.Definition(document_, element);
+const AttributeReader::Defaults& AttributeReader::DefaultsOf(host::Id definition) {
   const auto [found, is_new] = defaults_.try_emplace(definition);
   if (is_new && definition != host::kNone) {
     for (const host::AttributeDefinition& attribute :
@@ -42,12 +41,21 @@ void AttributeReader::Add(std::string_view name, std::span<const std::string_vie
       {name, static_cast<std::uint32_t>(first), static_cast<std::uint32_t>(result_.values.size() - first)});
 }
 
+const host::AttributeBuffer& AttributeReader::Read(const host::WalkedNode& node) {
+  if (node.may_have_attributes || (include_edd_defaults_ && !DefaultsOf(node.definition).empty())) {
+    return Read(node.element);
+  }
+  result_.Clear();
+  return result_;
+}
+
 const host::AttributeBuffer& AttributeReader::Read(host::Id element) {
   definitions_.ReadAttributes(document_, element, &own_);
   if (!include_edd_defaults_ && !space_delimited_) return own_;
 
   static const Defaults kNoDefaults;
-  const Defaults& defaults = include_edd_defaults_ ? DefaultsOf(element) : kNoDefaults;
+  const Defaults& defaults =
+      include_edd_defaults_ ? DefaultsOf(elements_.Definition(document_, element)) : kNoDefaults;
   if (defaults.empty() && !space_delimited_) return own_;
   result_.Clear();
   for (const host::AttributeView& attribute : own_.attributes) {

@@ -29,12 +29,14 @@ class AttributeReader {
   // default where the scheme includes them. The buffer holds until the next call, the texts that it refers to
   // until an edit of the document.
   const host::AttributeBuffer& Read(host::Id element);
+  // The same of a node that a walk has come to: one that has no attributes costs next to nothing.
+  const host::AttributeBuffer& Read(const host::WalkedNode& node);
 
  private:
   // The attributes of one element definition that have defaults.
   using Defaults = std::vector<const host::AttributeDefinition*>;
 
-  const Defaults& DefaultsOf(host::Id element);
+  const Defaults& DefaultsOf(host::Id definition);
   void Add(std::string_view name, std::span<const std::string_view> values);
 
   host::Definitions& definitions_;

@@ -30,6 +30,13 @@ bool IsTextNode(host::Host& host, Id document, Id element) {
   return definition == kNone || host.definitions.DefinitionName(document, definition).empty();
 }
 
+bool TextNodes::Has(Id definition) {
+  if (definition == kNone) return true;
+  const auto [known, is_new] = known_.try_emplace(definition, false);
+  if (is_new) known->second = definitions_.DefinitionName(document_, definition).empty();
+  return known->second;
+}
+
 std::string ElementTag(host::Host& host, Id document, Id element) {
   const Id definition = host.elements.Definition(document, element);
   return std::string(host.definitions.DefinitionName(document, definition));

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "host/interface/host.h"
@@ -22,6 +23,21 @@ FlowRoot MainFlow(host::Host& host, host::Id document);
 
 // Whether the element is a text node: its definition has no name, or it has no definition.
 bool IsTextNode(host::Host& host, host::Id document, host::Id element);
+
+// The same by definition, for walks: the name of each is asked for once.
+class TextNodes {
+ public:
+  TextNodes(host::Definitions& definitions, host::Id document)
+      : definitions_(definitions), document_(document) {}
+
+  // Whether elements of the definition are text nodes.
+  bool Has(host::Id definition);
+
+ private:
+  host::Definitions& definitions_;
+  host::Id document_;
+  std::unordered_map<host::Id, bool> known_;
+};
 
 // The tag of an element; empty for a text node.
 std::string ElementTag(host::Host& host, host::Id document, host::Id element);

@@ -36,7 +36,7 @@ std::int32_t Find(const schemes::Scheme& scheme, const Chain& chain, bool inheri
     }
     matcher.Enter(depth, buffer);
   }
-  return matcher.FindRule(chain.size() - 1, inherits);
+  return matcher.FindRule(inherits);
 }
 
 // The second reading: what one condition sees of an element, and what follows from it, said case by case.

@@ -392,6 +392,26 @@ void ExpectColumns(host::Host& host, Id document) {
   EXPECT_EQ(columns.parents, walked.parents);
   EXPECT_EQ(columns.ends, walked.ends);
 
+  // In steps of three, and as the host does that has no faster way.
+  host::WalkedNode last[2];
+  for (std::size_t place = 0, count = 3; count == 3; place += count) {
+    host::WalkedNode nodes[3];
+    host::WalkedNode slow[3];
+    count = host.elements.ReadNodes(document, root, last[0], nodes);
+    ASSERT_EQ(host.elements.host::Elements::ReadNodes(document, root, last[1], slow), count);
+    ASSERT_LE(place + count, columns.elements.size());
+    EXPECT_TRUE(count == 3 || place + count == columns.elements.size());
+    for (std::size_t i = 0; i < count; ++i) {
+      EXPECT_EQ(nodes[i].element, columns.elements[place + i]);
+      EXPECT_EQ(nodes[i].element, slow[i].element);
+      EXPECT_EQ(nodes[i].definition, slow[i].definition);
+      EXPECT_EQ(nodes[i].depth, slow[i].depth);
+      EXPECT_EQ(nodes[i].kind, slow[i].kind);
+      EXPECT_TRUE(slow[i].may_have_attributes || !nodes[i].may_have_attributes);
+    }
+    if (count > 0) last[0] = nodes[count - 1], last[1] = slow[count - 1];
+  }
+
   const auto say = [](const host::AttributeColumn& column) {
     std::string text;
     for (const host::AttributeColumn::Entry& entry : column.entries) {

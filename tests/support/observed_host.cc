@@ -173,6 +173,7 @@ class ObservedElements : public Observed<Elements> {
   CALL2(Id, FindUniqueId, Id, std::int64_t)
   CALL1(std::uint64_t, Revision, Id)
   CALL3(bool, ReadTree, Id, Id, ElementColumns*)
+  CALL4(std::size_t, ReadNodes, Id, Id, const WalkedNode&, std::span<WalkedNode>)
   CALL3(bool, ReadTexts, Id, std::span<const Id>, TextColumn*)
 };
 

@@ -177,11 +177,15 @@ bool ReadElementProperty(Workspace& workspace, OpenFile* file, Id id, ElementPro
   return false;
 }
 
-std::uint32_t ParagraphAt(OpenFile* file, std::uint32_t item) { return Paragraphs(file)[item]; }
+std::uint32_t ParagraphAt(OpenFile* file, std::uint32_t item) {
+  const std::vector<std::uint32_t>& paragraphs = Paragraphs(file);
+  return item < paragraphs.size() ? paragraphs[item] : 0;
+}
 
 const std::vector<std::uint32_t>& Paragraphs(OpenFile* file) {
   std::vector<std::uint32_t>& paragraphs = file->derived.paragraphs;
-  if (paragraphs.empty()) paragraphs = model::ParagraphsOfItems(file->Tree());
+  const bool has_some = file->Tree().format == model::Format::kMif;
+  if (has_some && paragraphs.empty()) paragraphs = model::ParagraphsOfItems(file->Tree());
   return paragraphs;
 }
 

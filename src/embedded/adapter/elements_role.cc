@@ -141,6 +141,8 @@ class ElementsRole : public host::Elements {
     return file == nullptr ? 0 : file->revision;
   }
   bool ReadTree(Id document, Id root, host::ElementColumns* columns) override;
+  std::size_t ReadNodes(Id document, Id root, const host::WalkedNode& last,
+                        std::span<host::WalkedNode> nodes) override;
   bool ReadTexts(Id document, std::span<const Id> elements, host::TextColumn* column) override;
 
  private:
@@ -189,6 +191,36 @@ bool ElementsRole::ReadTree(Id document, Id root, host::ElementColumns* columns)
   const bool is_new = file != nullptr && !file->edited;
   return (is_new && AppendInOrder(workspace_.Tree(document)->elements, root, columns)) ||
          Elements::ReadTree(document, root, columns);
+}
+
+std::size_t ElementsRole::ReadNodes(Id document, Id root, const host::WalkedNode& last,
+                                    std::span<host::WalkedNode> nodes) {
+  const auto is_there = [&](Id id) { return workspace_.Element(document, id) != nullptr; };
+  if (!is_there(root) || (last.element != host::kNone && !is_there(last.element))) return 0;
+  const std::vector<model::Element>& elements = workspace_.Tree(document)->elements;
+  Id id = last.element;
+  std::uint32_t depth = last.depth;
+  for (std::size_t count = 0; count < nodes.size(); ++count) {
+    if (id == host::kNone) {
+      id = root;
+    } else if (elements[id].first_child != host::kNone) {
+      id = elements[id].first_child;
+      ++depth;
+    } else {
+      for (; id != root && id != host::kNone && elements[id].next == host::kNone; --depth) {
+        id = elements[id].parent;
+      }
+      if (id == root || id == host::kNone) return count;
+      id = elements[id].next;
+    }
+    const model::Element& element = elements[id];
+    nodes[count] = {.element = id,
+                    .definition = element.definition,
+                    .depth = depth,
+                    .kind = static_cast<host::ElementKind>(element.kind),
+                    .may_have_attributes = element.attribute_count != 0};
+  }
+  return nodes.size();
 }
 
 // Every element is a range of items, so that the text of all items is written once, and where it stands is

@@ -177,45 +177,17 @@ std::uint32_t InternFont(Document* document, FontState state) {
   return next;
 }
 
-// What a change makes of the state of one item.
-std::uint32_t ChangedFont(Document* document, std::uint32_t font, std::uint32_t paragraph, bool reset,
+// What a change makes of a state in that paragraph.
+std::uint32_t ChangedFont(Document* document, const FontEdits::Change& change, std::uint32_t paragraph,
                           const CharacterProperties& wanted) {
-  IndexFonts(document);
-  const std::uint32_t format = paragraph == 0 ? 0 : document->paragraphs[paragraph].state;
-  const FontEdits::Change change{font,
-                                 format,
-                                 wanted.color,
-                                 wanted.background,
-                                 wanted.known,
-                                 wanted.underlining,
-                                 wanted.overline,
-                                 wanted.strikethrough,
-                                 wanted.change_bar,
-                                 reset};
   const auto [found, is_new] = document->font_edits.changes.try_emplace(change, 0);
   if (!is_new) return found->second;
-  FontState state = document->fonts[font];
-  if (reset) RemoveDefined(&state);
-  Change(document, wanted, DefinedProperties(*document, font, paragraph), &state);
+  FontState state = document->fonts[change.font];
+  if (change.reset) RemoveDefined(&state);
+  Change(document, wanted, DefinedProperties(*document, change.font, paragraph), &state);
   const std::uint32_t changed = InternFont(document, std::move(state));
   document->font_edits.changes[change] = changed;
   return changed;
-}
-
-// Whether the item's state is another one now.
-bool ChangeItem(Document* document, std::uint32_t index, bool reset, const CharacterProperties& wanted,
-                const ItemParagraphs& paragraphs) {
-  Item& item = document->items[index];
-  const std::uint32_t before = item.font;
-  const std::uint32_t paragraph = index < paragraphs.size() ? paragraphs[index] : 0;
-  item.font = ChangedFont(document, item.font, paragraph, reset, wanted);
-  if (index < document->source_fonts.size()) {
-    // Back to what the source says, in its own words.
-    const std::uint32_t source = document->source_fonts[index];
-    const std::vector<std::uint32_t>& same = document->font_edits.same;
-    if (same[source] == same[item.font]) item.font = source;
-  }
-  return item.font != before;
 }
 
 CharacterProperties Possible(const Document& document, CharacterProperties properties) {
@@ -230,24 +202,55 @@ bool HasBackgrounds(const Document& document) {
   return document.format == Format::kXml || document.level >= kBackgroundLevel;
 }
 
+ItemChanges::ItemChanges(Document* document, const ItemParagraphs& paragraphs)
+    : document_(*document), paragraphs_(paragraphs) {
+  KeepSourceFonts(document);
+  IndexFonts(document);
+}
+
+bool ItemChanges::Change(std::uint32_t index, bool reset, const CharacterProperties& wanted) {
+  Item& item = document_.items[index];
+  const std::uint32_t before = item.font;
+  const std::uint32_t paragraph = index < paragraphs_.size() ? paragraphs_[index] : 0;
+  const FontEdits::Change change{before,
+                                 paragraph == 0 ? 0 : document_.paragraphs[paragraph].state,
+                                 wanted.color,
+                                 wanted.background,
+                                 wanted.known,
+                                 wanted.underlining,
+                                 wanted.overline,
+                                 wanted.strikethrough,
+                                 wanted.change_bar,
+                                 reset};
+  if (change != last_) {
+    last_font_ = ChangedFont(&document_, change, paragraph, wanted);
+    last_ = change;
+  }
+  item.font = last_font_;
+  if (index < document_.source_fonts.size()) {
+    // Back to what the source says, in its own words.
+    const std::uint32_t source = document_.source_fonts[index];
+    const std::vector<std::uint32_t>& same = document_.font_edits.same;
+    if (same[source] == same[item.font]) item.font = source;
+  }
+  return item.font != before;
+}
+
+void ItemChanges::Reset(std::uint32_t item, const CharacterProperties& rules) {
+  Change(item, true, Possible(document_, rules));
+  document_.modified = document_.marked = true;
+}
+
 bool SetCharacterProperties(Document* document, std::uint32_t begin, std::uint32_t end,
                             const CharacterProperties& properties, const ItemParagraphs& paragraphs) {
-  KeepSourceFonts(document);
   const CharacterProperties wanted = Possible(*document, properties);
+  ItemChanges changes(document, paragraphs);
   bool changed = false;
   for (std::uint32_t i = begin; i < end; i = EndOfItem(*document, i)) {
-    if (!IsContent(document->items[i].kind)) continue;
-    if (ChangeItem(document, i, false, wanted, paragraphs)) changed = true;
+    if (IsContent(document->items[i].kind) && changes.Set(i, wanted)) changed = true;
   }
   if (changed) document->modified = document->marked = true;
   return changed;
-}
-
-void ResetCharacterProperties(Document* document, std::uint32_t item, const CharacterProperties& rules,
-                              const ItemParagraphs& paragraphs) {
-  KeepSourceFonts(document);
-  ChangeItem(document, item, true, Possible(*document, rules), paragraphs);
-  document->modified = document->marked = true;
 }
 
 }  // namespace qelm::embedded::model

@@ -28,9 +28,28 @@ bool HasBackgrounds(const Document& document);
 bool SetCharacterProperties(Document* document, std::uint32_t begin, std::uint32_t end,
                             const CharacterProperties& properties, const ItemParagraphs& paragraphs);
 
-// Gives one item the properties that its formats define, with those that `rules` knows on top: color,
-// underlining, overline, strikethrough and background. Other overrides and change bars stay.
-void ResetCharacterProperties(Document* document, std::uint32_t item, const CharacterProperties& rules,
-                              const ItemParagraphs& paragraphs);
+// Changes the properties of items one after the other. What a change makes of a state is looked up once for
+// neighbors that are alike, as those are that one edit goes over.
+class ItemChanges {
+ public:
+  // Both must outlive this.
+  ItemChanges(Document* document, const ItemParagraphs& paragraphs);
+
+  // Sets the properties that `properties.known` names. Whether the item did not have them already.
+  bool Set(std::uint32_t item, const CharacterProperties& properties) {
+    return Change(item, false, properties);
+  }
+  // Gives the item the properties that its formats define, with those that `rules` knows on top: color,
+  // underlining, overline, strikethrough and background. Other overrides and change bars stay.
+  void Reset(std::uint32_t item, const CharacterProperties& rules);
+
+ private:
+  bool Change(std::uint32_t item, bool reset, const CharacterProperties& wanted);
+
+  Document& document_;
+  const ItemParagraphs& paragraphs_;
+  FontEdits::Change last_;       // a change that was looked up, and
+  std::uint32_t last_font_ = 0;  // the state that it made; the initial ones say the same of nothing
+};
 
 }  // namespace qelm::embedded::model

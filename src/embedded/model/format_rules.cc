@@ -270,9 +270,15 @@ bool TakesFromAround(ElementKind kind) {
 class DefinedFormats {
  public:
   DefinedFormats(Document* document, const FormatRules& rules, const ItemParagraphs& paragraphs)
-      : document_(*document), rules_(rules), paragraphs_(paragraphs) {}
+      : document_(*document), rules_(rules), changes_(document, paragraphs) {}
 
   void Apply(Id top) {
+    if (rules_.None()) {
+      for (std::uint32_t i = document_.elements[top].first_item; i < document_.elements[top].end_item; ++i) {
+        if (IsThere(document_.items[i])) changes_.Reset(i, {});
+      }
+      return;
+    }
     around_.assign(1, {});
     around_.front().end = kNoIndex;
     EnterAncestors(top);
@@ -292,6 +298,8 @@ class DefinedFormats {
     bool suffix = false;    // what is generated from here on is its suffix
     CharacterProperties properties;
   };
+
+  static bool IsThere(const Item& item) { return IsContent(item.kind) && !item.Is(kDeleted); }
 
   void EnterAncestors(Id top) {
     std::vector<Id> ancestors;
@@ -323,18 +331,18 @@ class DefinedFormats {
     if (item.kind == ItemKind::kPrefixEnd || item.kind == ItemKind::kSuffixBegin) {
       around.suffix = item.kind == ItemKind::kSuffixBegin;
     }
-    if (!IsContent(item.kind) || item.Is(kDeleted)) return;
+    if (!IsThere(item)) return;
     CharacterProperties properties = around.properties;
     if (item.Is(kGenerated) && around.element != 0) {
       const auto part = around.suffix ? FormatRules::Part::kSuffix : FormatRules::Part::kPrefix;
       properties.Take(rules_.Of(around.element, part));
     }
-    ResetCharacterProperties(&document_, index, properties, paragraphs_);
+    changes_.Reset(index, properties);
   }
 
   Document& document_;
   const FormatRules& rules_;
-  const ItemParagraphs& paragraphs_;
+  ItemChanges changes_;
   std::vector<Around> around_;
 };
 

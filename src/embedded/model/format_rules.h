@@ -21,6 +21,9 @@ class FormatRules {
   // Reads the rules from the document's source; none where it has no element definitions.
   explicit FormatRules(Document* document);
 
+  // Whether there are none that set anything.
+  bool None() const { return definitions_.empty(); }
+
   enum class Part : std::uint8_t { kText, kPrefix, kSuffix };
   // What the rules of the element's definition set on its text, its prefix or its suffix.
   CharacterProperties Of(Id element, Part part) const;

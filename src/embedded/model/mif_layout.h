@@ -47,15 +47,17 @@ class MifLayout {
   // How many blanks stand before the statement in its line.
   std::size_t Indentation(std::uint32_t at) const;
 
-  std::string Quoted(std::string_view text) const { return "`" + mif::Encode(text, encoding_) + "'"; }
-  std::string_view LineEnd() const { return line_end_; }
-
- private:
+  // The line in which a statement stands.
   struct LinePlace {
     bool own_line;  // nothing but blanks before it
     std::uint32_t line_begin;
   };
   LinePlace PlaceOf(std::uint32_t at) const;
+
+  std::string Quoted(std::string_view text) const { return "`" + mif::Encode(text, encoding_) + "'"; }
+  std::string_view LineEnd() const { return line_end_; }
+
+ private:
   void Insert(std::uint32_t at, std::size_t extra, const std::vector<std::string>& statements,
               Splice* splice) const;
 

@@ -4,7 +4,7 @@
 
 namespace qelm::embedded::model {
 
-void Pieces::Add(std::string_view bytes) {
+void Pieces::Refer(std::string_view bytes) {
   if (bytes.empty()) return;
   if (!pieces_.empty() && pieces_.back().data() + pieces_.back().size() == bytes.data()) {
     pieces_.back() = {pieces_.back().data(), pieces_.back().size() + bytes.size()};
@@ -13,16 +13,14 @@ void Pieces::Add(std::string_view bytes) {
   }
 }
 
-void Pieces::Refer(std::string_view bytes) { Add(bytes); }
-
-void Pieces::Copy(std::string_view bytes) {
+std::string_view Pieces::Keep(std::string_view bytes) {
   constexpr std::size_t kChunk = 65536;
   if (chunks_.empty() || chunks_.back().capacity() - chunks_.back().size() < bytes.size()) {
     chunks_.emplace_back().reserve(std::max(kChunk, bytes.size()));
   }
   std::string& chunk = chunks_.back();
   chunk.append(bytes);
-  Add(std::string_view(chunk).substr(chunk.size() - bytes.size()));
+  return std::string_view(chunk).substr(chunk.size() - bytes.size());
 }
 
 std::string Pieces::Joined() const {

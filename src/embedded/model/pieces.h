@@ -15,15 +15,17 @@ class Pieces {
   // Adds bytes that stay where they are for as long as the pieces are used.
   void Refer(std::string_view bytes);
   // Adds a copy of the bytes.
-  void Copy(std::string_view bytes);
+  void Copy(std::string_view bytes) { Refer(Keep(bytes)); }
+  // A copy of the bytes that can be referred to, as often as they are needed; nothing is added.
+  std::string_view Keep(std::string_view bytes);
+  // Makes room for so many pieces.
+  void Reserve(std::size_t count) { pieces_.reserve(count); }
 
   const std::vector<std::string_view>& All() const { return pieces_; }
   // All of them in one string.
   std::string Joined() const;
 
  private:
-  void Add(std::string_view bytes);
-
   std::vector<std::string_view> pieces_;
   std::deque<std::string> chunks_;  // the copies; each has its room reserved, so that nothing in it moves
 };

@@ -5,27 +5,49 @@
 #include "embedded/xml/encoding.h"
 
 namespace qelm::embedded::model {
+namespace {
 
-void SourceLines::FindLines() {
-  const std::string_view source = document_.source;
-  const xml::Encoding encoding =
-      document_.format == Format::kXml ? xml::DetectEncoding(source) : xml::Encoding::kUtf8;
-  const std::uint32_t unit = xml::UnitSize(encoding);
-  starts_.push_back(0);
-  if (unit == 1 && source.find('\r') == source.npos) {
-    for (std::size_t end = 0; (end = source.find('\n', end)) != source.npos;) {
-      starts_.push_back(static_cast<std::uint32_t>(++end));
+// Small, as who goes over a document leaps in its file: the tables of MIF stand before all text.
+constexpr std::uint32_t kBlock = 1U << 12U;
+
+// Most of the bytes are counted in steps of one length, whose sums fit in a byte: those the compiler turns
+// into operations on sixteen bytes.
+std::uint32_t CountLineFeeds(std::string_view bytes) {
+  constexpr std::size_t kStep = 128;
+  std::uint32_t count = 0;
+  std::size_t at = 0;
+  for (; at + kStep <= bytes.size(); at += kStep) {
+    const char* const step = bytes.data() + at;
+    std::uint8_t feeds = 0;
+    for (std::size_t i = 0; i < kStep; ++i) {
+      if (step[i] == '\n') ++feeds;
     }
-    return;
+    count += feeds;
   }
-  char before = '\0';
-  for (std::uint32_t at = 0; at + unit <= source.size(); at += unit) {
-    const char c = unit == 1 ? source[at] : xml::AsciiAt(source, at, encoding);
+  return count + static_cast<std::uint32_t>(std::count(bytes.data() + at, bytes.data() + bytes.size(), '\n'));
+}
+
+}  // namespace
+
+SourceLines::SourceLines(const Document& document)
+    : document_(document),
+      encoding_(document.format == Format::kXml ? xml::DetectEncoding(document.source)
+                                                : xml::Encoding::kUtf8) {}
+
+std::uint32_t SourceLines::LinesBetween(std::uint32_t begin, std::uint32_t end) const {
+  const std::string_view source = document_.source;
+  const std::uint32_t unit = xml::UnitSize(encoding_);
+  const std::string_view between = source.substr(begin, end - begin);
+  if (unit == 1 && between.find('\r') == between.npos) return CountLineFeeds(between);
+  std::uint32_t lines = 0;
+  for (std::uint32_t at = begin; at < end && at + unit <= source.size(); at += unit) {
+    const char c = xml::AsciiAt(source, at, encoding_);
     // A line ends with CR LF, LF, or a CR alone.
-    if (before == '\r' && c != '\n') starts_.push_back(at);
-    if (c == '\n') starts_.push_back(at + unit);
-    before = c;
+    const bool is_last = at + 2 * unit > source.size();
+    const bool alone = c == '\r' && !is_last && xml::AsciiAt(source, at + unit, encoding_) != '\n';
+    if (c == '\n' || alone) ++lines;
   }
+  return lines;
 }
 
 std::uint32_t SourceLines::LineOf(Id element) {
@@ -40,9 +62,17 @@ std::uint32_t SourceLines::LineOf(Id element) {
 }
 
 std::uint32_t SourceLines::LineAt(std::uint32_t offset) {
-  if (starts_.empty()) FindLines();
-  const auto next = std::upper_bound(starts_.begin(), starts_.end(), offset);
-  return static_cast<std::uint32_t>(next - starts_.begin());
+  offset = std::min(offset, static_cast<std::uint32_t>(document_.source.size()));
+  const std::uint32_t block = std::min(offset / kBlock, static_cast<std::uint32_t>(blocks_.size()) - 1);
+  Place place{block * kBlock, blocks_[block]};
+  if (last_.offset <= offset && last_.offset > place.offset) place = last_;
+  while (place.offset / kBlock < offset / kBlock) {
+    const std::uint32_t next = (place.offset / kBlock + 1) * kBlock;
+    place = {next, place.line + LinesBetween(place.offset, next)};
+    if (next / kBlock == blocks_.size()) blocks_.push_back(place.line);
+  }
+  last_ = {offset, place.line + LinesBetween(place.offset, offset)};
+  return last_.line;
 }
 
 }  // namespace qelm::embedded::model

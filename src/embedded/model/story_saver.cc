@@ -301,6 +301,20 @@ void StorySaver::Require(const StoryItem& item, std::vector<std::string>* statem
   }
 }
 
+// Puts the font before an item that needs nothing else, in a line of its own. Colored text of one color takes
+// the same lines again and again. False where there is more to it.
+bool StorySaver::PutFontAlone(const StoryItem& item) {
+  if (!NeedsFont(item) || out_font_ == item.font || out_conditions_ != item.conditions) return false;
+  const MifLayout::LinePlace place = layout_.PlaceOf(item.begin);
+  if (!place.own_line) return false;
+  const std::size_t indentation = item.begin - place.line_begin;
+  std::string_view& lines = font_lines_[{item.font, indentation}];
+  if (lines.empty()) lines = splice_.Keep(layout_.Lines({FontStatement(document_, item.font)}, indentation));
+  splice_.InsertKept(place.line_begin, lines);
+  out_font_ = item.font;
+  return true;
+}
+
 void StorySaver::RemoveStatement(const StoryItem& item) {
   const Span gone = layout_.Removal(item.begin, item.end);
   splice_.Remove(gone.begin, gone.end);
@@ -354,6 +368,8 @@ void StorySaver::EditParagraph() {
           if (!is_mark) RemoveStatement(item);
           break;
         }
+        line_keeps_ = true;
+        if (!is_mark && PutFontAlone(item)) break;
         std::vector<std::string> statements;
         Require(item, &statements);
         if (is_mark) {
@@ -361,7 +377,6 @@ void StorySaver::EditParagraph() {
         } else {
           layout_.InsertBefore(item.begin, statements, &splice_);
         }
-        line_keeps_ = true;
       }
     }
   }

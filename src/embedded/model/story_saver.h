@@ -8,6 +8,7 @@
 // frame that the flow enters there. Two paragraphs become one only where the mark between them was deleted.
 #pragma once
 
+#include <map>
 #include <unordered_set>
 #include <vector>
 
@@ -84,6 +85,7 @@ class StorySaver {
   bool KeepsStatement(std::size_t index) const;
   void SaveStateStatement(std::size_t index);
   void Require(const StoryItem& item, std::vector<std::string>* statements);
+  bool PutFontAlone(const StoryItem& item);
   void BeginLine(const StoryItem& line);
   void EndLine();
   void RemoveStatement(const StoryItem& item);
@@ -109,6 +111,8 @@ class StorySaver {
   };
   std::vector<Needs> font_needs_;
   std::vector<Needs> condition_needs_;
+
+  std::map<std::pair<std::uint32_t, std::size_t>, std::string_view> font_lines_;  // by font and indentation
 
   Kept last_;
   bool any_kept_ = false;

@@ -114,15 +114,23 @@ class Saver {
     copied_ = offset;
   }
   void SkipTo(std::uint32_t offset) { copied_ = std::max(copied_, offset); }
-  const std::string& FontMark(std::uint32_t font) {
-    std::string& mark = font_marks_[font];
-    if (mark.empty()) mark = TextMark(document_, document_.fonts[font]);
-    return mark;
+  // Marks of fonts are kept: colored text of one color takes the same ones again and again.
+  void EmitFontMark(std::uint32_t font) {
+    std::string_view& mark = font_marks_[font];
+    if (mark.empty()) mark = out_.Keep(Encoded(TextMark(document_, document_.fonts[font])));
+    out_.Refer(mark);
   }
-  void Emit(std::string_view text, xml::Missing missing = xml::Missing::kEscape) {
+  void EmitTextEnd() {
+    if (text_end_.empty()) text_end_ = out_.Keep(Encoded(kTextEndMark));
+    out_.Refer(text_end_);
+  }
+  const std::string& Encoded(std::string_view text, xml::Missing missing = xml::Missing::kEscape) {
     encoded_.clear();
     xml::AppendEncoded(text, encoding_, missing, &encoded_);
-    out_.Copy(encoded_);
+    return encoded_;
+  }
+  void Emit(std::string_view text, xml::Missing missing = xml::Missing::kEscape) {
+    out_.Copy(Encoded(text, missing));
   }
 
   const Document& document_;
@@ -131,9 +139,10 @@ class Saver {
   xml::Encoding encoding_;
   Pieces out_;
   std::string encoded_;
-  std::unordered_map<std::uint32_t, std::string> font_marks_;  // those that were written, by font
-  std::uint32_t copied_ = 0;                                   // the source up to here is written or left out
-  std::uint32_t at_ = 0;                                       // the item
+  std::unordered_map<std::uint32_t, std::string_view> font_marks_;  // those that were written, by font
+  std::string_view text_end_;
+  std::uint32_t copied_ = 0;  // the source up to here is written or left out
+  std::uint32_t at_ = 0;      // the item
   std::map<std::uint32_t, Replacement>::const_iterator next_replacement_ = document_.replacements.begin();
   std::vector<Story> stories_;
   std::vector<XmlEdit> edits_;  // of what stands before the root, in order
@@ -166,6 +175,9 @@ bool Take(std::vector<Id>* set, Id id) {
 }
 
 Pieces Saver::Run() {
+  // Marks may stand around every other item. What is not needed of the room costs nothing, as nobody touches
+  // it.
+  if (document_.marked) out_.Reserve(items_.size() / 2);
   edits_ = PrologEdits(document_, encoding_);
   prolog_edits_ = edits_.size();
   if (document_.additions.Pending()) {
@@ -462,7 +474,7 @@ void Saver::Gap(std::uint32_t end, std::uint32_t offset, const Target* target) {
   if (!ends.empty() || (font_changes && !story.written.fonts.empty())) {
     CopyTo(story.gap_offset);
     if (font_changes) {
-      for (std::size_t i = 0; i < story.written.fonts.size(); ++i) Emit(kTextEndMark);
+      for (std::size_t i = 0; i < story.written.fonts.size(); ++i) EmitTextEnd();
     }
     for (auto id = ends.rbegin(); id != ends.rend(); ++id) Emit(ConditionEndMark(ConditionName(*id)));
   }
@@ -472,7 +484,7 @@ void Saver::Gap(std::uint32_t end, std::uint32_t offset, const Target* target) {
     CopyTo(offset);
     for (const Id id : to_open) Emit(ConditionStartMark(ConditionName(id)));
     if (font_changes && target->font != 0) {
-      Emit(FontMark(target->font));
+      EmitFontMark(target->font);
       story.written.fonts.push_back(target->font);
     }
   }

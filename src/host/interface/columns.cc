@@ -1,7 +1,25 @@
-// Reading columns element by element, for hosts that have no faster way.
+// Reading columns and walks element by element, for hosts that have no faster way.
 #include "host/interface/elements.h"
 
 namespace qelm::host {
+namespace {
+
+// The node behind `node` in document order inside `root`, with its depth; 0 behind the last one.
+Id NodeBehind(Elements* elements, Id document, Id root, Id node, std::uint32_t* depth) {
+  if (const Id child = elements->FirstChild(document, node)) {
+    ++*depth;
+    return child;
+  }
+  while (node != root && node != kNone) {
+    if (const Id next = elements->NextSibling(document, node)) return next;
+    node = elements->Parent(document, node);
+    --*depth;
+  }
+  return kNone;
+}
+
+}  // namespace
+
 std::uint64_t Elements::Revision(Id) { return 0; }
 
 bool Elements::ReadTree(Id document, Id root, ElementColumns* columns) {
@@ -33,6 +51,19 @@ bool Elements::ReadTree(Id document, Id root, ElementColumns* columns) {
     element = next;
   }
   return true;
+}
+
+std::size_t Elements::ReadNodes(Id document, Id root, const WalkedNode& last, std::span<WalkedNode> nodes) {
+  WalkedNode at = last;
+  for (std::size_t count = 0; count < nodes.size(); ++count) {
+    at.element = at.element == kNone ? root : NodeBehind(this, document, root, at.element, &at.depth);
+    if (at.element == kNone) return count;
+    at.definition = Definition(document, at.element);
+    at.kind = Kind(document, at.element);
+    at.may_have_attributes = at.definition != kNone;
+    nodes[count] = at;
+  }
+  return nodes.size();
 }
 
 bool Elements::ReadTexts(Id, std::span<const Id>, TextColumn*) { return false; }

@@ -61,6 +61,15 @@ struct TextColumn {
   std::vector<std::uint32_t> ends;
 };
 
+// A node as a walk in document order comes to it.
+struct WalkedNode {
+  Id element = kNone;
+  Id definition = kNone;    // 0: a text node
+  std::uint32_t depth = 0;  // below the element where the walk began
+  ElementKind kind = ElementKind::kContainer;
+  bool may_have_attributes = false;  // not: it carries none itself
+};
+
 class Elements {
  public:
   virtual ~Elements() = default;
@@ -106,6 +115,11 @@ class Elements {
   // Appends `root` and everything inside it to the columns. False, with the columns as they were, when the
   // links of the elements run in circles.
   virtual bool ReadTree(Id document, Id root, ElementColumns* columns);
+
+  // Goes on with a walk over `root` and everything inside it: writes the nodes behind `last`, or from the
+  // root on when `last` names none, to `nodes`. Returns how many; fewer than there is room for: the walk is
+  // over.
+  virtual std::size_t ReadNodes(Id document, Id root, const WalkedNode& last, std::span<WalkedNode> nodes);
 
   // Replaces what is in `column` by the texts of the elements, which come in document order: what
   // Text::ElementText gives without a limit. False when the host has no faster way than that.
