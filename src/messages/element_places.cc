@@ -23,7 +23,7 @@ std::uint32_t ElementPlaces::Number(host::Id element) {
   if (host_.elements.Definition(document_, element) == host::kNone) {
     element = host_.elements.Parent(document_, element);
   }
-  Prepare();
+  if (numbers_.empty()) numbers_.assign(host_.elements.IdLimit(document_), kUnknown);
   if (numbers_[element] == kUnknown) {
     host::Id root = element;
     while (const host::Id parent = host_.elements.Parent(document_, root)) root = parent;
@@ -33,7 +33,7 @@ std::uint32_t ElementPlaces::Number(host::Id element) {
 }
 
 void ElementPlaces::AppendPath(host::Id element, std::string* path, std::size_t max_steps) {
-  Prepare();
+  if (ordinals_.empty()) ordinals_.assign(host_.elements.IdLimit(document_), 0);
   std::vector<host::Id> line;
   for (; element != host::kNone && line.size() < max_steps;
        element = host_.elements.Parent(document_, element)) {
@@ -68,12 +68,6 @@ host::Id ElementPlaces::ByNumber(std::uint32_t number) {
     --number;
   }
   return host::kNone;
-}
-
-void ElementPlaces::Prepare() {
-  if (!numbers_.empty()) return;
-  numbers_.assign(host_.elements.IdLimit(document_), kUnknown);
-  ordinals_.assign(numbers_.size(), 0);
 }
 
 std::uint32_t ElementPlaces::Ordinal(host::Id element) {

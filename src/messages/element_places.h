@@ -36,7 +36,6 @@ class ElementPlaces {
   host::Id DefaultFlow();
 
  private:
-  void Prepare();
   std::uint32_t Ordinal(host::Id element);
   void NumberTree(host::Id root);
   void PlaceChildren(host::Id parent);
