@@ -266,6 +266,7 @@ class ObservedLinks : public Observed<Links> {
   using Observed::Observed;
   CALL2(bool, Read, Id, std::vector<Link>*)
   CALL2(bool, ReadTargets, Id, std::vector<LinkTarget>*)
+  CALL3(bool, ReadAll, Id, std::vector<Link>*, std::vector<LinkTarget>*)
   CALL3(bool, SetPath, Id, const Link&, const std::string&)
   CALL3(bool, HasTarget, Id, LinkKind, std::string_view)
 };
