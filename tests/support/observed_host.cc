@@ -164,6 +164,7 @@ class ObservedElements : public Observed<Elements> {
   CALL2(Id, LastChild, Id, Id)
   CALL2(Id, NextSibling, Id, Id)
   CALL2(Id, PreviousSibling, Id, Id)
+  CALL2(ElementAround, Around, Id, Id)
   CALL2(bool, IsElement, Id, Id)
   CALL1(Id, IdLimit, Id)
   CALL2(ElementKind, Kind, Id, Id)

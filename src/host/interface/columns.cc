@@ -1,8 +1,13 @@
-// Reading columns element by element, for hosts that have no faster way.
+// Reading several answers and columns one by one, for hosts that have no faster way.
 #include "host/interface/elements.h"
 
 namespace qelm::host {
 std::uint64_t Elements::Revision(Id) { return 0; }
+
+ElementAround Elements::Around(Id document, Id element) {
+  return {Parent(document, element), FirstChild(document, element), NextSibling(document, element),
+          Definition(document, element)};
+}
 
 bool Elements::ReadTree(Id document, Id root, ElementColumns* columns) {
   const std::size_t before = columns->elements.size();
