@@ -5,6 +5,7 @@
 #include <unordered_set>
 
 #include "embedded/model/files.h"
+#include "embedded/model/room_ahead.h"
 #include "embedded/model/xml_marks.h"
 #include "embedded/xml/reader.h"
 #include "embedded/xml/write.h"
@@ -98,6 +99,7 @@ class Gatherer : public xml::Handler {
   };
 
   Item& Add(std::uint32_t begin, std::uint32_t end, ItemKind kind, std::uint32_t ref = 0) {
+    room_.Need(document_.items);
     Item& item = document_.items.emplace_back();
     item.begin = begin;
     item.end = end;
@@ -154,6 +156,7 @@ class Gatherer : public xml::Handler {
   };
 
   Document& document_;
+  RoomAhead room_;  // of the items
   XmlDraft& draft_;
   xml::Encoding encoding_;
   const Before before_;

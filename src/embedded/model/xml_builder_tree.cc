@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <map>
 
+#include "embedded/model/room_ahead.h"
 #include "embedded/model/xml_builder.h"
 #include "embedded/model/xml_marks.h"
 #include "embedded/xml/encoding.h"
@@ -49,6 +50,7 @@ class TreeMaker {
   }
 
   Document& document_;
+  RoomAhead room_;  // of the elements
   const XmlDraft& draft_;
   xml::Encoding encoding_;
   std::vector<Open> open_;
@@ -164,6 +166,7 @@ ElementKind TreeMaker::KindOf(Id definition, bool has_body) const {
 
 Id TreeMaker::NewElement(ElementKind kind, std::uint32_t first_item) {
   const auto id = static_cast<Id>(document_.elements.size());
+  room_.Need(document_.elements);
   Element& element = document_.elements.emplace_back();
   element.kind = kind;
   element.first_item = first_item;
