@@ -26,8 +26,8 @@ void Hide(Document* document, const Element& element) {
   const Id hidden = CreateCondition(document, "Hidden");
   SetConditionShown(document, hidden, false);
   const std::uint16_t set = document->InternConditions({hidden});
-  if (element.kind == ElementKind::kTableRow && element.part != 0) {
-    SetRowConditions(document, element.part, set);
+  if (element.kind == ElementKind::kTableRow) {
+    SetRowConditions(document, document->PartOf(element), set);
   } else {
     SetConditions(document, element.first_item, element.end_item, set);
   }
@@ -45,8 +45,8 @@ void Mark(Document* document, const Element& element) {
 
 void Delete(Document* document, Id id) {
   const Element& element = document->elements[id];
-  if (element.kind == ElementKind::kTableRow && element.part != 0) {
-    DeleteRow(document, element.part);
+  if (element.kind == ElementKind::kTableRow) {
+    DeleteRow(document, document->PartOf(element));
   } else {
     DeleteElement(document, id);
   }

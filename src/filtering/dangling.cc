@@ -43,6 +43,23 @@ std::vector<bool> GoneElements(host::Host& host, Id document, const std::vector<
 
 bool Holds(const std::vector<bool>& gone, Id element) { return element < gone.size() && gone[element]; }
 
+// The names of which nothing is left.
+std::unordered_set<std::string> GoneNames(const std::vector<LinkTarget>& targets,
+                                          const std::vector<bool>& gone) {
+  std::unordered_set<std::string> names;
+  const auto went = [&gone](const LinkTarget& target) {
+    return target.state != LinkTarget::State::kShown || Holds(gone, target.element);
+  };
+  for (const LinkTarget& target : targets) {
+    if (went(target)) names.insert(KeyOf(target.kind, target.name));
+  }
+  if (names.empty()) return names;
+  for (const LinkTarget& target : targets) {
+    if (!went(target)) names.erase(KeyOf(target.kind, target.name));
+  }
+  return names;
+}
+
 // Whether the link names something that a filter may take away.
 bool CanDangle(const Link& link) { return link.kind != LinkKind::kGraphic && link.command != "URL"; }
 
@@ -54,29 +71,15 @@ std::string_view LinkKindName(LinkKind kind) {
   return kNames[static_cast<std::size_t>(kind)];
 }
 
-void DanglingReferences::AddTargets(Id document, const std::vector<bool>& gone, Names* names) {
-  std::vector<LinkTarget> targets;
-  if (!host_.links.ReadTargets(document, &targets)) return;
-  const auto went = [&gone](const LinkTarget& target) {
-    return target.state != LinkTarget::State::kShown || Holds(gone, target.element);
-  };
-  for (const LinkTarget& target : targets) {
-    if (went(target)) names->gone.insert(KeyOf(target.kind, target.name));
-  }
-  if (names->gone.empty()) return;
-  for (const LinkTarget& target : targets) {
-    if (!went(target)) names->gone.erase(KeyOf(target.kind, target.name));
-  }
-}
-
 void DanglingReferences::Add(Id document, const std::vector<Id>& would_go) {
   std::vector<Link> links;
-  if (!host_.links.Read(document, &links) || (links.empty() && single_)) return;
+  std::vector<LinkTarget> targets;
+  if (!host_.links.ReadAll(document, &links, &targets) || (links.empty() && single_)) return;
   const std::string path(host_.documents.Path(document));
   const std::string own = PlainPath(host_.platform, path);
   const std::vector<bool> gone = GoneElements(host_, document, would_go);
   Names& names = files_[own];
-  AddTargets(document, gone, &names);
+  names.gone.merge(GoneNames(targets, gone));
   messages::ElementPlaces places(host_, document);
   for (const Link& link : links) {
     if (!CanDangle(link) || link.hidden || Holds(gone, link.element)) continue;

@@ -52,8 +52,6 @@ class DanglingReferences {
     bool dangling = false;
   };
 
-  void AddTargets(host::Id document, const std::vector<bool>& gone, Names* names);
-
   host::Host& host_;
   bool single_;
   std::unordered_map<std::string, Names> files_;  // by path

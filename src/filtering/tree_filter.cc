@@ -40,6 +40,7 @@ TreeFilter::TreeFilter(FilterContext& context, messages::DebugPrompts& prompts, 
 
 void TreeFilter::Run(Id top) {
   run_.cancel_flag = 0;
+  ForgetAround();
   direction_ = Direction::kDown;
   advance_ = true;
   esc_poll_ = {};
@@ -79,8 +80,9 @@ bool TreeFilter::Cancelled() {
 bool TreeFilter::Fails(Id element) {
   context_.log(document_, element, "Preparing for filter check");
   // A parent that the walk comes back to was kept, or it would not be there.
-  const bool fails = !kept_.Holds(element) && verdicts_.Fails(element);
-  if (!fails && !kept_.Holds(element)) {
+  const bool is_new = !kept_.Holds(element);
+  const bool fails = is_new && verdicts_.Fails(element, Around(element));
+  if (is_new && !fails) {
     kept_.Add(element);
     Count(element, &run_.kept);
   }
@@ -101,6 +103,7 @@ bool TreeFilter::Hide(Id element) {
     Fail(Ending::kNotHidden, "QELM_MSG_FILTER_41", element, std::string(host_.documents.LastError()));
     return false;
   }
+  ForgetAround();
   Count(element, &run_.hidden);
   if (run_.dry_run) run_.would_go.push_back(element);
   context_.log(document_, element, "Hidden condition applied");
@@ -181,6 +184,7 @@ bool TreeFilter::DeleteNow(Id element) {
     // The kind is refused before the host is asked; only the host has more to say.
     return CannotDelete(element, outcome.refused_kind() ? std::string_view() : host_.documents.LastError());
   }
+  ForgetAround();
   context_.log(document_, kNone, "Deleted element");
   run_.elements += counts ? 1 : 0;
   run_.deleted += counts ? 1 : 0;
@@ -207,24 +211,19 @@ Id TreeFilter::Next(Id element) {
 }
 
 Id TreeFilter::Step(Id element) {
-  host::Elements& elements = host_.elements;
+  const host::ElementAround& around = Around(element);
   // What has been walked is not entered again when a deletion sets the direction back: all in it is kept.
-  if (direction_ != Direction::kUp && !walked_.Holds(element)) {
-    const Id child = elements.FirstChild(document_, element);
-    if (child != kNone) {
-      direction_ = Direction::kDown;
-      return child;
-    }
+  if (direction_ != Direction::kUp && around.first_child != kNone && !walked_.Holds(element)) {
+    direction_ = Direction::kDown;
+    return around.first_child;
   }
-  const Id sibling = elements.NextSibling(document_, element);
-  if (sibling != kNone) {
+  if (around.next_sibling != kNone) {
     direction_ = Direction::kAcross;
-    return sibling;
+    return around.next_sibling;
   }
   direction_ = Direction::kUp;
-  const Id parent = elements.Parent(document_, element);
-  walked_.Add(parent);
-  return parent;
+  walked_.Add(around.parent);
+  return around.parent;
 }
 
 Id TreeFilter::Behind(Id element) {
@@ -251,7 +250,7 @@ bool TreeFilter::TakesTableAlong(Id element, Id table) {
 bool TreeFilter::Visits(Id element) {
   if (text_nodes_) return true;
   // Whether a definition has a name is asked once.
-  const Id definition = host_.elements.Definition(document_, element);
+  const Id definition = Around(element).definition;
   if (definition == kNone) return false;
   if (named_.Holds(definition)) return true;
   if (host_.definitions.DefinitionName(document_, definition).empty()) return false;

@@ -45,6 +45,15 @@ class TreeFilter {
   bool DeleteNow(host::Id element);
   bool CannotDelete(host::Id element, std::string_view why);
 
+  // What is around an element, which is asked once as long as nothing changes.
+  const host::ElementAround& Around(host::Id element) {
+    if (element != around_of_) {
+      around_ = host_.elements.Around(document_, element);
+      around_of_ = element;
+    }
+    return around_;
+  }
+  void ForgetAround() { around_of_ = host::kNone; }
   host::Id Next(host::Id element);
   host::Id Step(host::Id element);
   // The next element that is not in this one.
@@ -75,6 +84,8 @@ class TreeFilter {
   IdSet named_;       // definitions that have a name
   host::Id top_ = host::kNone;
   host::Id stop_ = host::kNone;
+  host::Id around_of_ = host::kNone;
+  host::ElementAround around_;
   Direction direction_ = Direction::kDown;
   bool advance_ = true;
   messages::EscPoll esc_poll_;

@@ -73,9 +73,14 @@ bool Verdicts::Refuse(Ending ending, std::string_view id, const std::string& tex
   return false;
 }
 
-bool Verdicts::Fails(Id element) {
+bool Verdicts::Fails(Id element, const host::ElementAround& around) {
   if (context_.scheme.is_xpath) return selected_.Holds(element) == context_.scheme.use_negative_logic;
-  return rules_->Fails(reader_.Read(element));
+  if (around.may_have_attributes) return rules_->Fails(reader_.Read(element));
+  if (!asked_.Holds(around.definition)) {
+    asked_.Add(around.definition);
+    if (rules_->Fails(reader_.Read(element))) failing_.Add(around.definition);
+  }
+  return failing_.Holds(around.definition);
 }
 
 std::int32_t FilterCheck(FilterContext& context, Id document, Id element) {

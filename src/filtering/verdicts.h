@@ -32,7 +32,9 @@ class Verdicts {
   bool Prepare(const std::vector<FlowRoot>& flows);
 
   // Whether the element fails the scheme and is to go. It must be in one of the flows.
-  bool Fails(host::Id element);
+  bool Fails(host::Id element) { return Fails(element, context_.host.elements.Around(document_, element)); }
+  // The same where it is known what is around the element.
+  bool Fails(host::Id element, const host::ElementAround& around);
 
  private:
   bool ExpressionsAreValid();
@@ -44,6 +46,9 @@ class Verdicts {
   host::Id document_;
   IdSet selected_;
   std::optional<ClassicRules> rules_;
+  // Definitions whose elements without attributes were asked about, and of them those that fail.
+  IdSet asked_;
+  IdSet failing_;
   schemes::AttributeReader reader_;
 };
 

@@ -68,7 +68,7 @@ std::vector<std::string> Structure(const Document& document) {
         }
       }
       if (element.kind == ElementKind::kTableRow) {
-        for (const Id set : document.condition_sets[document.parts[element.part].conditions]) {
+        for (const Id set : document.condition_sets[document.parts[document.PartOf(element)].conditions]) {
           line += " if " + std::string(document.conditions[set].name);
         }
       }

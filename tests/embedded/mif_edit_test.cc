@@ -357,8 +357,8 @@ TEST(MifEdit, RowsTakeConditionsAndGo) {
                            "  > # end of TblBody\n > # end of Tbl\n> # end of Tbls\n" +
                            Flow(Para(kBody, Begin("Doc") + Text("x") + "   <ATbl 3>\n" + End("Doc")));
   auto document = Open(file);
-  const std::uint32_t first = document->elements[Find(*document, "R1")].part;
-  const std::uint32_t second = document->elements[Find(*document, "R2")].part;
+  const std::uint32_t first = document->PartOf(document->elements[Find(*document, "R1")]);
+  const std::uint32_t second = document->PartOf(document->elements[Find(*document, "R2")]);
   SetRowConditions(document.get(), first,
                    document->InternConditions({CreateCondition(document.get(), "Hidden")}));
   const std::string hidden = SaveMif(*document);

@@ -68,7 +68,7 @@ void HideEach(Document* document, std::size_t step) {
   for (std::size_t i = step; i < document->elements.size(); i += step) {
     const Element& element = document->elements[i];
     if (element.kind == ElementKind::kTableRow) {
-      SetRowConditions(document, element.part, set);
+      SetRowConditions(document, document->PartOf(element), set);
     } else if (element.kind == ElementKind::kContainer || element.kind == ElementKind::kTable) {
       SetConditions(document, element.first_item, element.end_item, set);
     }
@@ -130,7 +130,7 @@ TEST(MifSamples, WhatIsLeftAfterDeletingMeansTheSameWhenReopened) {
         const Element& element = edited->elements[i];
         if (element.deleted) continue;
         if (element.kind == ElementKind::kTableRow) {
-          DeleteRow(edited.get(), element.part);
+          DeleteRow(edited.get(), edited->PartOf(element));
         } else {
           DeleteElement(edited.get(), static_cast<Id>(i));
         }

@@ -102,6 +102,7 @@ TEST(XmlDocument, IsReadAsATree) {
       // White space is text only beside other text.
       {"<a>\n  <b>x</b>\n  <c/>\n</a>", "(a (b 'x') (c))"},
       {"<a><b>x</b> <c>y</c> z</a>", "(a (b 'x') ' ' (c 'y') ' z')"},
+      {"<a> <b> <c> </c> x</b> <!-- d --> <e/> y</a>", "(a ' ' (b ' ' (c) ' x') '  ' (e) ' y')"},
       {"<a xml:space='preserve'><b> </b></a>", "(a xml:space=preserve (b ' '))"},
       {"<a><b> </b><c>&#32;</c><d><![CDATA[ ]]></d></a>", "(a (b) (c ' ') (d ' '))"},
       {"<!DOCTYPE a [<!ELEMENT b (#PCDATA)>]><a> <b> </b></a>", "(a (b ' '))"},
@@ -215,10 +216,10 @@ TEST(XmlTables, AreKnownByTheirNames) {
   EXPECT_EQ(kind("table", 1), ElementKind::kContainer);
   EXPECT_EQ(kind("tr", 0), ElementKind::kContainer);
   EXPECT_EQ(kind("row", 2), ElementKind::kContainer);
-  const Part& row = document->parts[document->elements[Find(*document, "row", 1)].part];
+  const Part& row = document->parts[document->PartOf(document->elements[Find(*document, "row", 1)])];
   EXPECT_EQ(document->parts[row.parent].kind, ElementKind::kTableBody);
   EXPECT_EQ(document->At(row.span), "<row><entry>c</entry></row>");
-  EXPECT_TRUE(DeleteRow(document.get(), document->elements[Find(*document, "row", 0)].part));
+  EXPECT_TRUE(DeleteRow(document.get(), document->PartOf(document->elements[Find(*document, "row", 0)])));
   EXPECT_EQ(SaveXml(*document).find("thead"), std::string::npos);
 }
 
@@ -344,7 +345,7 @@ TEST(XmlSaving, RowsWithMarksAroundThemTakeTheirOwn) {
       "<a><table><tbody><?Fm Condstart A?><tr><td>1</td></tr><tr><td>2</td></tr><?Fm Condend "
       "A?></tbody></table></a>";
   const auto document = OpenXml(bytes);
-  const Part& row = document->parts[document->elements[Find(*document, "tr", 1)].part];
+  const Part& row = document->parts[document->PartOf(document->elements[Find(*document, "tr", 1)])];
   EXPECT_NE(row.conditions, 0);
   Hide(document.get(), Find(*document, "tr", 0));
   EXPECT_EQ(SaveXml(*document),
@@ -542,7 +543,7 @@ void EditAtRandom(Document* document, Scribe* scribe) {
       break;
     case 2:
       if (element.kind == ElementKind::kTableRow) {
-        DeleteRow(document, element.part);
+        DeleteRow(document, document->PartOf(element));
       } else {
         DeleteElement(document, id);
       }

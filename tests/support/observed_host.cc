@@ -164,6 +164,7 @@ class ObservedElements : public Observed<Elements> {
   CALL2(Id, LastChild, Id, Id)
   CALL2(Id, NextSibling, Id, Id)
   CALL2(Id, PreviousSibling, Id, Id)
+  CALL2(ElementAround, Around, Id, Id)
   CALL2(bool, IsElement, Id, Id)
   CALL1(Id, IdLimit, Id)
   CALL2(ElementKind, Kind, Id, Id)
@@ -267,6 +268,7 @@ class ObservedLinks : public Observed<Links> {
   using Observed::Observed;
   CALL2(bool, Read, Id, std::vector<Link>*)
   CALL2(bool, ReadTargets, Id, std::vector<LinkTarget>*)
+  CALL3(bool, ReadAll, Id, std::vector<Link>*, std::vector<LinkTarget>*)
   CALL3(bool, SetPath, Id, const Link&, const std::string&)
   CALL3(bool, HasTarget, Id, LinkKind, std::string_view)
 };

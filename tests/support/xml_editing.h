@@ -39,7 +39,7 @@ inline void Hide(embedded::model::Document* document, embedded::model::Id id) {
   const embedded::model::Element& element = document->elements[id];
   const std::uint16_t set = ConditionSet(document, "Hidden");
   if (element.kind == embedded::model::ElementKind::kTableRow) {
-    embedded::model::SetRowConditions(document, element.part, set);
+    embedded::model::SetRowConditions(document, document->PartOf(element), set);
   } else {
     embedded::model::SetConditions(document, element.first_item, element.end_item, set);
   }

@@ -98,6 +98,11 @@ class ElementsRole : public host::Elements {
     const model::Element* found = workspace_.Element(document, element);
     return found == nullptr ? host::kNone : found->previous;
   }
+  host::ElementAround Around(Id document, Id element) override {
+    const model::Element* found = workspace_.Element(document, element);
+    if (found == nullptr) return {};
+    return {found->parent, found->first_child, found->next, found->definition, found->attribute_count != 0};
+  }
 
   bool IsElement(Id document, Id element) override {
     return workspace_.Element(document, element) != nullptr;

@@ -49,6 +49,7 @@ class LinksRole : public host::Links {
 
   bool Read(Id document, std::vector<host::Link>* links) override;
   bool ReadTargets(Id document, std::vector<host::LinkTarget>* targets) override;
+  bool ReadAll(Id document, std::vector<host::Link>* links, std::vector<host::LinkTarget>* targets) override;
   bool SetPath(Id document, const host::Link& link, const std::string& path) override;
   bool HasTarget(Id document, LinkKind kind, std::string_view target) override;
 
@@ -59,12 +60,9 @@ class LinksRole : public host::Links {
   host::Elements& elements_;
 };
 
-bool LinksRole::Read(Id document, std::vector<host::Link>* links) {
-  links->clear();
-  const OpenFile* file = workspace_.DocumentFile(document);
-  if (file == nullptr) return workspace_.FailId(document);
-  Places places(file->path);
-  for (model::Link& found : model::ReadLinks(*file->document)) {
+void Take(std::vector<model::Link> all, const std::string& path, std::vector<host::Link>* links) {
+  Places places(path);
+  for (model::Link& found : all) {
     host::Link link;
     link.kind = static_cast<LinkKind>(found.kind);
     link.object = found.statement + 1;
@@ -75,6 +73,21 @@ bool LinksRole::Read(Id document, std::vector<host::Link>* links) {
     link.hidden = found.hidden;
     links->push_back(std::move(link));
   }
+}
+
+void Take(std::vector<model::LinkTarget> all, std::vector<host::LinkTarget>* targets) {
+  targets->reserve(all.size());
+  for (model::LinkTarget& found : all) {
+    targets->push_back({static_cast<LinkKind>(found.kind), std::move(found.name), found.element,
+                        static_cast<State>(found.state)});
+  }
+}
+
+bool LinksRole::Read(Id document, std::vector<host::Link>* links) {
+  links->clear();
+  const OpenFile* file = workspace_.DocumentFile(document);
+  if (file == nullptr) return workspace_.FailId(document);
+  Take(model::ReadLinks(*file->document), file->path, links);
   return true;
 }
 
@@ -82,10 +95,18 @@ bool LinksRole::ReadTargets(Id document, std::vector<host::LinkTarget>* targets)
   targets->clear();
   const OpenFile* file = workspace_.DocumentFile(document);
   if (file == nullptr) return workspace_.FailId(document);
-  for (model::LinkTarget& found : model::ReadTargets(*file->document)) {
-    targets->push_back({static_cast<LinkKind>(found.kind), std::move(found.name), found.element,
-                        static_cast<State>(found.state)});
-  }
+  Take(model::ReadTargets(*file->document), targets);
+  return true;
+}
+
+bool LinksRole::ReadAll(Id document, std::vector<host::Link>* links, std::vector<host::LinkTarget>* targets) {
+  links->clear();
+  targets->clear();
+  const OpenFile* file = workspace_.DocumentFile(document);
+  if (file == nullptr) return workspace_.FailId(document);
+  model::LinksAndTargets all = model::ReadLinksAndTargets(*file->document);
+  Take(std::move(all.links), file->path, links);
+  Take(std::move(all.targets), targets);
   return true;
 }
 

@@ -332,7 +332,7 @@ void Converter::OpenTablePart(const Element& element, ElementKind kind) {
     std::string& rows =
         table.rows[static_cast<std::size_t>(parent) - static_cast<std::size_t>(ElementKind::kTableHeading)];
     rows += "   <Row ";
-    const auto& set = document_.condition_sets[document_.parts[element.part].conditions];
+    const auto& set = document_.condition_sets[document_.parts[document_.PartOf(element)].conditions];
     if (!set.empty()) {
       rows += "<Conditional ";
       for (const Id id : set) rows += "<InCondition " + MifString(document_.conditions[id].name) + ">";

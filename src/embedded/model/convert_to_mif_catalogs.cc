@@ -37,7 +37,7 @@ Children TableChildren(const Document& document) {
     const Element& element = document.elements[id];
     if (element.deleted || element.parent == 0 || element.definition == 0) continue;
     const Element& parent = document.elements[element.parent];
-    if (!IsTableKind(parent.kind) || element.part == 0) continue;
+    if (!IsTableKind(parent.kind) || !HasPart(element.kind)) continue;
     children[parent.definition][element.kind].insert(
         xml::FromName(document.definitions[element.definition].name));
   }

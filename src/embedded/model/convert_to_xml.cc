@@ -362,8 +362,8 @@ void Writer::OpenElement(Id id) {
   open_.push_back({id, has_text, has_text && HasSolidText(element)});
   if (IsAnchored(element.kind) || HoldsStory(element.kind)) scopes_.emplace_back();
   if (element.kind == ElementKind::kTable) StrayElements(element);
-  if (element.kind == ElementKind::kTableRow && element.part != 0) {
-    const auto& set = document_.condition_sets[document_.parts[element.part].conditions];
+  if (element.kind == ElementKind::kTableRow) {
+    const auto& set = document_.condition_sets[document_.parts[document_.PartOf(element)].conditions];
     if (!set.empty()) FinishTag();
     for (const Id condition : set) out_.append(ConditionStartMark(document_.conditions[condition].name));
   }
@@ -418,8 +418,8 @@ void Writer::CloseElement() {
   open_.pop_back();
   const bool is_layout = top.has_child && !top.has_text && !tag_open_;
   if (is_layout) NewLine(open_.size());
-  if (element.kind == ElementKind::kTableRow && element.part != 0) {
-    const auto& set = document_.condition_sets[document_.parts[element.part].conditions];
+  if (element.kind == ElementKind::kTableRow) {
+    const auto& set = document_.condition_sets[document_.parts[document_.PartOf(element)].conditions];
     for (auto id = set.rbegin(); id != set.rend(); ++id) {
       out_.append(ConditionEndMark(document_.conditions[*id].name));
     }

@@ -43,11 +43,10 @@ struct Element {
   std::uint32_t first_attribute = 0;
   std::uint16_t attribute_count = 0;
   ElementKind kind = ElementKind::kContainer;
-  bool deleted = false;
-  bool attributes_changed = false;
-  bool is_virtual = false;   // made by the reader: the root of a flow that has no single one
-  std::uint32_t source = 0;  // where its statement begins in the source
-  std::uint32_t part = 0;    // of a table, a part of one, or a footnote: its Part
+  bool deleted : 1 = false;
+  bool attributes_changed : 1 = false;
+  bool is_virtual : 1 = false;  // made by the reader: the root of a flow that has no single one
+  std::uint32_t source = 0;     // where its statement begins in the source
 };
 
 struct AttributeDefinition {
@@ -344,6 +343,11 @@ class Document {
   std::string_view At(Span span) const {
     return std::string_view(source).substr(span.begin, span.end - span.begin);
   }
+  // The part that an element is: a table, a part of one or a footnote; else 0.
+  std::uint32_t PartOf(const Element& element) const {
+    return HasPart(element.kind) ? items[element.first_item].ref : 0;
+  }
+
   std::string_view At(const Item& item) const {
     return std::string_view(source).substr(item.begin, item.end - item.begin);
   }

@@ -58,7 +58,7 @@ void DeleteElementsIn(Document* document, std::uint32_t begin, std::uint32_t end
       Unlink(document, id);
     }
     element.deleted = true;
-    if (element.part != 0) document->parts[element.part].deleted = true;
+    if (HasPart(element.kind)) document->parts[document->PartOf(element)].deleted = true;
   }
 }
 

@@ -36,6 +36,11 @@ constexpr bool IsTablePart(ElementKind kind) {
   return kind >= ElementKind::kTableTitle && kind <= ElementKind::kTableCell;
 }
 
+// Whether an element of that kind is a part of the document (Document::parts).
+constexpr bool HasPart(ElementKind kind) {
+  return IsTablePart(kind) || kind == ElementKind::kTable || kind == ElementKind::kFootnote;
+}
+
 enum class FlowKind : std::uint8_t { kBody, kMaster, kReference, kHidden, kFrame };
 
 enum class Underlining : std::uint8_t { kNone, kSingle, kDouble, kNumeric };

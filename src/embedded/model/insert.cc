@@ -118,7 +118,8 @@ bool CanHold(const Document& document, Id id, std::string* why) {
       xml::AsciiAt(document.source, item.begin, xml::DetectEncoding(document.source)) == '&') {
     return Refuse(why, "the element comes out of an entity, which is not changed.");
   }
-  if (document.format != Format::kXml && element.part != 0 && !HasParagraph(document, element.part)) {
+  if (document.format != Format::kXml && HasPart(element.kind) &&
+      !HasParagraph(document, document.PartOf(element))) {
     return Refuse(why, "the cell, title or footnote has no paragraph that could hold it.");
   }
   if (element.is_virtual && element.first_child == 0) {

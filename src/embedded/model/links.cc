@@ -239,6 +239,10 @@ void Walk::WalkFlow(Id id) {
       case ItemKind::kParagraphEnd:
       case ItemKind::kLine:
         break;
+      case ItemKind::kElementBegin:
+        if (document_.elements[item.ref].attribute_count != 0) NoteElement(item.ref, item);
+        Enter(item.ref);
+        break;
       case ItemKind::kElementEnd:
         Leave();
         break;
@@ -254,10 +258,6 @@ void Walk::WalkFlow(Id id) {
 void Walk::Visit(const Item& item) {
   const mif::Encoding encoding = document_.encoding;
   switch (item.kind) {
-    case ItemKind::kElementBegin:
-      NoteElement(item.ref, item);
-      Enter(item.ref);
-      break;
     case ItemKind::kPartBegin:
       BeginPart(item);
       break;
@@ -482,6 +482,12 @@ std::vector<LinkTarget> ReadTargets(const Document& document) {
   std::vector<LinkTarget> targets;
   Walk(document, nullptr, &targets).Run();
   return targets;
+}
+
+LinksAndTargets ReadLinksAndTargets(const Document& document) {
+  LinksAndTargets all;
+  Walk(document, &all.links, &all.targets).Run();
+  return all;
 }
 
 ReferenceStatement ReadReference(const Document& document, std::uint32_t statement) {

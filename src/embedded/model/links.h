@@ -46,6 +46,13 @@ struct LinkTarget {
 // named places of hypertext, names of flows. What was deleted since the document was read is among it.
 std::vector<LinkTarget> ReadTargets(const Document& document);
 
+// Both, by going over the document once.
+struct LinksAndTargets {
+  std::vector<Link> links;
+  std::vector<LinkTarget> targets;
+};
+LinksAndTargets ReadLinksAndTargets(const Document& document);
+
 // The part of a cross-reference's source text that names its target: of an element its id, else all of it.
 std::string_view TargetOfSourceText(std::string_view source_text, bool is_element);
 

@@ -219,9 +219,9 @@ Place AdditionsWriter::PlaceAtBegin(Id parent) const {
   const Element& element = document_.elements[parent];
   Place place;
   std::uint32_t at = element.first_item;
-  if (element.part != 0) {
+  if (HasPart(element.kind)) {
     // In a cell, title or footnote: the beginning of its first line.
-    const Part& part = document_.parts[element.part];
+    const Part& part = document_.parts[document_.PartOf(element)];
     at = part.first_item + 1;
     while (at < part.end_item && document_.items[at].kind != ItemKind::kParagraphBegin) ++at;
     place.line_of = document_.items[at].ref;
@@ -371,7 +371,7 @@ Span AdditionsWriter::ContentOf(Id id, std::uint32_t* tail) const {
   const Element& element = document_.elements[id];
   const Place begin = PlaceAtBegin(id);
   std::uint32_t end = element.end_item - 1;
-  if (element.part != 0) {
+  if (HasPart(element.kind)) {
     // Up to the end of the last paragraph.
     while (end > begin.tail && document_.items[end].kind != ItemKind::kParagraphEnd) --end;
   } else {
@@ -438,7 +438,7 @@ void AdditionsWriter::SaveRun(Id parent, Id last_before, Id first, const OwnText
   MifRun::Start start;
   start.indentation = IndentationAt(place);
   const Item& own = document_.items[document_.elements[parent].first_item];
-  const bool in_part = document_.elements[parent].part != 0;
+  const bool in_part = HasPart(document_.elements[parent].kind);
   const Item& before = document_.items[source_state];
   start.font = before.font;
   start.conditions = place.before == kNoIndex ? std::uint16_t{0} : before.conditions;

@@ -373,7 +373,6 @@ void TreeBuilder::EmitPartBegin(Item item) {
   part.first_item = Here();
   if (raw_element != 0) {
     part.element = NewElement(raw_element, part.kind);
-    document_.elements[part.element].part = item.ref;
     if (part.anchor != kNoIndex) document_.elements[part.element].first_item = part.anchor;
     Open(part.element);
     open_parts_.back().element = part.element;

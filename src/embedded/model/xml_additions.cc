@@ -106,10 +106,14 @@ void XmlAdditions::SaveParent(Id parent) {
   if (emptied_.contains(parent)) {
     const Element& element = document_.elements[parent];
     // Marks stay: what they begin or end may lie outside.
-    for (std::uint32_t i = TagOf(parent) + 1; i + 1 < element.end_item; ++i) {
+    std::uint32_t behind = document_.items[TagOf(parent)].end;
+    for (std::uint32_t i = TagOf(parent) + 1; i < element.end_item; ++i) {
       const Item& item = document_.items[i];
-      const bool is_mark = item.kind == ItemKind::kConditional || item.kind == ItemKind::kFont;
-      if (!is_mark && item.begin != item.end) Add(item.begin, item.end, {});
+      if (behind < item.begin) Add(behind, item.begin, {});
+      behind = std::max(behind, item.end);
+      const bool stays =
+          item.kind == ItemKind::kConditional || item.kind == ItemKind::kFont || i + 1 == element.end_item;
+      if (!stays && item.begin != item.end) Add(item.begin, item.end, {});
     }
     SaveRun(parent, 0, element.first_child);
     return;
@@ -121,11 +125,13 @@ void XmlAdditions::SaveParent(Id parent) {
 // The line end and indentation before an element that stands first in its line, where that is layout and no
 // text; else nothing.
 std::string XmlAdditions::Separator(Id beside) const {
-  const std::uint32_t first = document_.elements[beside].first_item;
-  if (first == 0 || document_.elements[beside].kind == ElementKind::kText) return {};
-  const Item& before = document_.items[first - 1];
-  if (before.kind != ItemKind::kOther || before.end != document_.items[TagOf(beside)].begin) return {};
-  const std::string blank = xml::ToUtf8(document_.At(before), encoding_);
+  const Element& element = document_.elements[beside];
+  if (element.first_item == 0 || element.parent == 0 || element.kind == ElementKind::kText) return {};
+  const Item& before = document_.items[element.first_item - 1];
+  Span layout{before.end, document_.items[TagOf(beside)].begin};
+  if (layout.Empty() && before.kind == ItemKind::kOther) layout.begin = before.begin;
+  if (layout.begin >= layout.end) return {};
+  const std::string blank = xml::ToUtf8(document_.At(layout), encoding_);
   const std::size_t line = blank.rfind('\n');
   if (line == std::string::npos || blank.find_first_not_of(" \t\r\n") != std::string::npos) return {};
   return std::string(document_.crlf ? "\r\n" : "\n") + blank.substr(line + 1);

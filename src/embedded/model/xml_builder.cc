@@ -5,6 +5,7 @@
 #include <unordered_set>
 
 #include "embedded/model/files.h"
+#include "embedded/model/room_ahead.h"
 #include "embedded/model/xml_marks.h"
 #include "embedded/xml/reader.h"
 #include "embedded/xml/write.h"
@@ -80,19 +81,31 @@ class Gatherer : public xml::Handler {
   void OnElementDeclaration(std::string_view name, bool mixed) override;
   void OnWarning(std::uint32_t offset, std::string text) override;
 
+  // Called when all was read.
+  void InsertLateBlanks();
+
  private:
+  // White space of which it is not known yet that it is text, and the index of the item behind it.
+  struct Blank {
+    std::uint32_t place;
+    std::uint32_t begin;
+    std::uint32_t end;
+  };
   struct Open {
-    std::uint32_t element;
+    std::uint32_t item;
     bool preserve;
+    bool has_text;
+    std::size_t first_blank;
   };
 
   Item& Add(std::uint32_t begin, std::uint32_t end, ItemKind kind, std::uint32_t ref = 0) {
-    Item item;
+    room_.Need(document_.items);
+    Item& item = document_.items.emplace_back();
     item.begin = begin;
     item.end = end;
     item.kind = kind;
     item.ref = ref;
-    return document_.items.emplace_back(item);
+    return item;
   }
   Item& Add(const Event& event, ItemKind kind, std::uint32_t ref = 0) {
     return Add(event.begin, event.end, kind, ref);
@@ -100,10 +113,12 @@ class Gatherer : public xml::Handler {
   Id DefinitionNamed(std::string_view name);
   Id NewDefinition(std::string_view name);
   void StartTag(const Event& event);
-  void ReadAttributes(const Event& event, RawXmlElement* element, bool* preserve);
+  std::uint16_t ReadAttributes(const Event& event, Id definition, bool* preserve);
   void AddAttribute(const xml::Attribute& from, std::string_view in_source, Id definition);
   std::string_view Lasting(std::string_view text, std::string_view in_source);
   void Text(const Event& event);
+  void HasText();
+  void AddBlank(std::uint32_t begin, std::uint32_t end);
   void Other(const Event& event);
   void Instruction(const Event& event);
   bool Prolog(const Event& event, const Mark& mark);
@@ -141,6 +156,7 @@ class Gatherer : public xml::Handler {
   };
 
   Document& document_;
+  RoomAhead room_;  // of the items
   XmlDraft& draft_;
   xml::Encoding encoding_;
   const Before before_;
@@ -149,7 +165,11 @@ class Gatherer : public xml::Handler {
     Id id = 0;
   };
   std::array<Known, 64> known_;  // definitions by name
+  bool in_prolog_ = true;
   std::vector<Open> open_;
+  std::vector<Blank> blanks_;  // of the open elements that have no text so far, outermost first
+  std::vector<Blank> late_;    // of those that had some after all
+  int open_marks_ = 0;         // of conditions and character properties
   std::vector<xml::TagAttribute> tag_attributes_;
   std::unordered_set<std::uint64_t> lists_;  // attributes that hold several values
   std::unordered_set<Id> with_text_;         // definitions whose elements are declared to hold text
@@ -178,7 +198,7 @@ void Gatherer::OnEvent(const Event& event) {
       Instruction(event);
       break;
     case EventKind::kReference:
-      if (!open_.empty()) draft_.elements[open_.back().element].has_text = true;
+      if (!open_.empty()) HasText();
       Other(event);
       break;
     case EventKind::kComment:
@@ -189,15 +209,55 @@ void Gatherer::OnEvent(const Event& event) {
 
 void Gatherer::OnEndTag(std::uint32_t begin, std::uint32_t end, std::string_view /*name*/) {
   Add(begin, end, ItemKind::kElementEnd);
+  blanks_.resize(open_.back().first_blank);
   open_.pop_back();
 }
 
 void Gatherer::OnPlainText(std::uint32_t begin, std::uint32_t end, std::string_view text) {
   if (IsBlank(text)) {
+    AddBlank(begin, end);
+  } else {
+    HasText();
+    Add(begin, end, ItemKind::kString);
+  }
+}
+
+// White space before this in the element was text, too.
+void Gatherer::HasText() {
+  Open& open = open_.back();
+  if (open.has_text) return;
+  open.has_text = true;
+  document_.items[open.item].flags |= kHoldsText;
+  const auto first = blanks_.begin() + static_cast<std::ptrdiff_t>(open.first_blank);
+  late_.insert(late_.end(), first, blanks_.end());
+  blanks_.erase(first, blanks_.end());
+}
+
+void Gatherer::AddBlank(std::uint32_t begin, std::uint32_t end) {
+  if (open_.back().has_text || open_marks_ > 0) {
     Add(begin, end, ItemKind::kOther).flags |= kTouched;
   } else {
-    Add(begin, end, ItemKind::kString);
-    draft_.elements[open_.back().element].has_text = true;
+    blanks_.push_back({static_cast<std::uint32_t>(document_.items.size()), begin, end});
+  }
+}
+
+void Gatherer::InsertLateBlanks() {
+  std::sort(late_.begin(), late_.end(), [](const Blank& a, const Blank& b) { return a.begin < b.begin; });
+  std::vector<Item>& items = document_.items;
+  std::size_t from = items.size();
+  items.resize(from + late_.size());
+  // From behind: each item moves once, by as many places as blanks come before it.
+  for (std::size_t left = late_.size(); left > 0; --left) {
+    const Blank& blank = late_[left - 1];
+    while (from > blank.place) {
+      --from;
+      items[from + left] = items[from];
+    }
+    Item item;
+    item.begin = blank.begin;
+    item.end = blank.end;
+    item.flags = kTouched;
+    items[from + left - 1] = item;
   }
 }
 
@@ -217,12 +277,16 @@ bool Gatherer::Restart() {
   document_.name_index = before_.name_index;
   document_.show_all = document_.source_show_all = before_.show_all;
   document_.show_all_statement = {};
-  draft_.elements.clear();
+  draft_.tags = 0;
   draft_.roles.clear();
   draft_.declared_kinds.clear();
   lists_.clear();
   with_text_.clear();
+  in_prolog_ = true;
   open_.clear();
+  blanks_.clear();
+  late_.clear();
+  open_marks_ = 0;
   known_.fill({});
   Begin();
   return true;
@@ -258,26 +322,25 @@ Id Gatherer::NewDefinition(std::string_view name) {
 }
 
 void Gatherer::StartTag(const Event& event) {
-  const auto index = static_cast<std::uint32_t>(draft_.elements.size());
-  RawXmlElement element;
-  element.definition = DefinitionNamed(event.name);
+  ++draft_.tags;
+  in_prolog_ = false;
+  const Id definition = DefinitionNamed(event.name);
+  const XmlRole role = draft_.roles[definition];
   bool preserve = false;
   if (!open_.empty()) {
     preserve = open_.back().preserve;
-    element.parent = open_.back().element;
-    if (draft_.roles[element.definition] == XmlRole::kBody) draft_.elements[element.parent].has_body = true;
+    if (role == XmlRole::kBody) document_.items[open_.back().item].flags |= kHoldsBody;
   }
-  if (!event.attributes.empty()) ReadAttributes(event, &element, &preserve);
-  element.has_text = preserve || (!with_text_.empty() && with_text_.contains(element.definition));
-  draft_.elements.push_back(element);
-  const ElementKind kind = document_.definitions[element.definition].kind;
-  if (draft_.roles[element.definition] == XmlRole::kTable || kind == ElementKind::kFootnote) {
-    Event place;
-    place.begin = place.end = event.begin;
-    Add(place, ItemKind::kOther);
+  const std::uint16_t attributes =
+      event.attributes.empty() ? std::uint16_t{0} : ReadAttributes(event, definition, &preserve);
+  const bool has_text = preserve || (!with_text_.empty() && with_text_.contains(definition));
+  if (role == XmlRole::kTable || document_.definitions[definition].kind == ElementKind::kFootnote) {
+    Add(event.begin, event.begin, ItemKind::kOther);
   }
-  Add(event, ItemKind::kElementBegin, index);
-  open_.push_back({index, preserve});
+  open_.push_back({static_cast<std::uint32_t>(document_.items.size()), preserve, has_text, blanks_.size()});
+  Item& item = Add(event, ItemKind::kElementBegin, definition);
+  item.conditions = attributes;
+  if (has_text) item.flags |= kHoldsText;
 }
 
 // A text for as long as the document lives: the source's own bytes where they read the same.
@@ -285,7 +348,8 @@ std::string_view Gatherer::Lasting(std::string_view text, std::string_view in_so
   return text == in_source ? in_source : document_.Keep(std::string(text));
 }
 
-void Gatherer::ReadAttributes(const Event& event, RawXmlElement* element, bool* preserve) {
+// Returns how many there are.
+std::uint16_t Gatherer::ReadAttributes(const Event& event, Id definition, bool* preserve) {
   const std::string_view source = document_.source;
   std::string_view tag;
   tag_attributes_.clear();
@@ -296,7 +360,7 @@ void Gatherer::ReadAttributes(const Event& event, RawXmlElement* element, bool* 
     std::size_t tail = 0;
     xml::SplitTag(tag, &tag_attributes_, &tail);
   }
-  element->first_attribute = static_cast<std::uint32_t>(document_.attributes.size());
+  const std::size_t first_attribute = document_.attributes.size();
   std::size_t index = 0;
   for (const xml::Attribute& attribute : event.attributes) {
     std::string_view in_source = attribute.plain ? attribute.value : std::string_view();
@@ -308,15 +372,14 @@ void Gatherer::ReadAttributes(const Event& event, RawXmlElement* element, bool* 
     if (attribute.name == "xml:space") *preserve = attribute.value == "preserve";
     // A default comes from the definition, where the document looks for it.
     if (!attribute.specified) continue;
-    if (document_.attributes.size() - element->first_attribute == 0xFFFF) {
+    if (document_.attributes.size() - first_attribute == 0xFFFF) {
       OnWarning(event.begin,
                 "the element has more than 65535 attributes; the others are carried as they stand");
       break;
     }
-    AddAttribute(attribute, in_source, element->definition);
+    AddAttribute(attribute, in_source, definition);
   }
-  element->attribute_count =
-      static_cast<std::uint16_t>(document_.attributes.size() - element->first_attribute);
+  return static_cast<std::uint16_t>(document_.attributes.size() - first_attribute);
 }
 
 void Gatherer::AddAttribute(const xml::Attribute& from, std::string_view in_source, Id definition) {
@@ -348,13 +411,13 @@ std::uint32_t Gatherer::KeepValue(std::string_view text) {
 
 void Gatherer::Text(const Event& event) {
   const bool is_layout = event.kind == EventKind::kText && !event.referenced && IsBlank(event.text);
-  Item& item = Add(event, is_layout ? ItemKind::kOther : ItemKind::kString);
-  if (is_layout) {
-    item.flags |= kTouched;
-    if (!event.in_entity) return;
-  } else {
-    draft_.elements[open_.back().element].has_text = true;
+  if (is_layout && !event.in_entity) {
+    AddBlank(event.begin, event.end);
+    return;
   }
+  if (!is_layout) HasText();
+  Item& item = Add(event, is_layout ? ItemKind::kOther : ItemKind::kString);
+  if (is_layout) item.flags |= kTouched;
   if (event.plain && event.kind == EventKind::kText) return;
   item.flags |= kEscaped;
   if (event.plain) {
@@ -401,20 +464,24 @@ void Gatherer::Instruction(const Event& event) {
                         ? known->second
                         : document_.InternCondition(document_.Keep(mark.name));
       document_.conditions[id].declared = true;
-      Add(event, ItemKind::kConditional, id | (mark.kind == MarkKind::kConditionEnd ? kMarkEnds : 0));
+      const bool ends = mark.kind == MarkKind::kConditionEnd;
+      open_marks_ = std::max(open_marks_ + (ends ? -1 : 1), 0);
+      Add(event, ItemKind::kConditional, id | (ends ? kMarkEnds : 0));
       break;
     }
     case MarkKind::kText: {
       // The second pass reads the data again, on top of what is in force.
+      ++open_marks_;
       Item& item = Add(event, ItemKind::kFont, 1);
       item.font = KeepValue(mark.name);
       break;
     }
     case MarkKind::kTextEnd:
+      open_marks_ = std::max(open_marks_ - 1, 0);
       Add(event, ItemKind::kFont, 0);
       break;
     default:
-      if (draft_.elements.empty() && Prolog(event, mark)) break;
+      if (in_prolog_ && Prolog(event, mark)) break;
       Other(event);
   }
 }
@@ -548,17 +615,16 @@ bool ReadXml(SourceBytes bytes, Document* document, std::string* error) {
   // Room for as much as files of this size hold at most, as a rule: what is not filled is never touched, but
   // an array that outgrows its room is copied.
   constexpr std::size_t kBytesPerItem = 10;
-  constexpr std::size_t kBytesPerElement = 32;
   constexpr std::size_t kMostRoom = std::size_t{1}
                                     << 25U;  // where memory is only promised as far as there is some
   document->items.reserve(std::min(source.size() / kBytesPerItem, kMostRoom));
-  draft.elements.reserve(std::min(source.size() / kBytesPerElement, kMostRoom));
   Gatherer gatherer(document, &draft);
   xml::Error problem;
   if (!xml::Read(document->source, &gatherer, &problem)) {
     *error = problem.Describe();
     return false;
   }
+  gatherer.InsertLateBlanks();
   if (document->show_all_statement.Empty()) {
     // Where nothing is hidden everything is shown.
     const auto& conditions = document->conditions;

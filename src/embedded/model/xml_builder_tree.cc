@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <map>
 
+#include "embedded/model/room_ahead.h"
 #include "embedded/model/xml_builder.h"
 #include "embedded/model/xml_marks.h"
 #include "embedded/xml/encoding.h"
@@ -24,10 +25,11 @@ class TreeMaker {
  private:
   struct Open {
     Id element;
-    std::uint32_t raw;
+    bool has_text;
   };
 
   void Visit(std::uint32_t index);
+  void SetState(Item* item);
   void Begin(std::uint32_t index);
   void End(std::uint32_t index);
   void BeginPart(std::uint32_t index, Id id);
@@ -37,8 +39,8 @@ class TreeMaker {
   void Condition(Item* item);
   void RowCondition(Item* item);
   void Font(Item* item);
-  ElementKind KindOf(const RawXmlElement& raw) const;
-  ElementKind KindOfTable(const RawXmlElement& raw, ElementKind parent) const;
+  ElementKind KindOf(Id definition, bool has_body) const;
+  ElementKind KindOfTable(Id definition, bool has_body, ElementKind parent) const;
   Id NewElement(ElementKind kind, std::uint32_t first_item);
   void OpenScope();
   void CloseScope(std::uint32_t offset);
@@ -48,6 +50,7 @@ class TreeMaker {
   }
 
   Document& document_;
+  RoomAhead room_;  // of the elements
   const XmlDraft& draft_;
   xml::Encoding encoding_;
   std::vector<Open> open_;
@@ -57,17 +60,13 @@ class TreeMaker {
   // Of the open tables and of the open rows in them: what marks between the cells say.
   std::vector<std::vector<Id>> row_conditions_;
   std::map<std::pair<std::uint32_t, std::string_view>, std::uint32_t> font_index_;
-  Id text_ = 0;  // the text node that is being added to
+  Id text_ = 0;                       // the text node that is being added to
+  std::uint32_t next_attribute_ = 0;  // of the next start tag
 };
 
 bool IsRows(ElementKind kind) {
   return kind == ElementKind::kTableHeading || kind == ElementKind::kTableBody ||
          kind == ElementKind::kTableFooting;
-}
-
-bool HasPart(ElementKind kind) {
-  return IsRows(kind) || kind == ElementKind::kTable || kind == ElementKind::kTableTitle ||
-         kind == ElementKind::kTableRow || kind == ElementKind::kTableCell || kind == ElementKind::kFootnote;
 }
 
 // Elements whose text is generated from the object that they stand for.
@@ -84,7 +83,7 @@ void TreeMaker::Warn(std::uint32_t offset, const char* text) {
 }
 
 void TreeMaker::Run() {
-  document_.elements.reserve(draft_.elements.size() * 2);
+  document_.elements.reserve(draft_.tags * 2);
   OpenScope();
   const auto count = static_cast<std::uint32_t>(document_.items.size());
   for (std::uint32_t i = 0; i < count; ++i) Visit(i);
@@ -102,13 +101,12 @@ void TreeMaker::Run() {
 
 void TreeMaker::Visit(std::uint32_t index) {
   Item& item = document_.items[index];
-  const Scope& scope = scopes_.back();
-  item.conditions = scope.set;
-  if (item.kind != ItemKind::kFont) item.font = fonts_.size() > scope.fonts ? fonts_.back() : 0;
+  if (item.kind == ItemKind::kElementBegin) {
+    Begin(index);
+    return;
+  }
+  SetState(&item);
   switch (item.kind) {
-    case ItemKind::kElementBegin:
-      Begin(index);
-      break;
     case ItemKind::kElementEnd:
       End(index);
       break;
@@ -127,12 +125,18 @@ void TreeMaker::Visit(std::uint32_t index) {
   }
 }
 
+// The conditions and the font that are in force.
+void TreeMaker::SetState(Item* item) {
+  const Scope& scope = scopes_.back();
+  item->conditions = scope.set;
+  if (item->kind != ItemKind::kFont) item->font = fonts_.size() > scope.fonts ? fonts_.back() : 0;
+}
+
 // What the element is in a table, by its name or an instruction, where its place is right for it.
-ElementKind TreeMaker::KindOfTable(const RawXmlElement& raw, ElementKind parent) const {
-  switch (draft_.roles[raw.definition]) {
+ElementKind TreeMaker::KindOfTable(Id definition, bool has_body, ElementKind parent) const {
+  switch (draft_.roles[definition]) {
     case XmlRole::kTable:
-      return raw.has_body || draft_.declared_kinds[raw.definition] ? ElementKind::kTable
-                                                                   : ElementKind::kContainer;
+      return has_body || draft_.declared_kinds[definition] ? ElementKind::kTable : ElementKind::kContainer;
     case XmlRole::kHeading:
       return parent == ElementKind::kTable ? ElementKind::kTableHeading : ElementKind::kContainer;
     case XmlRole::kBody:
@@ -141,7 +145,7 @@ ElementKind TreeMaker::KindOfTable(const RawXmlElement& raw, ElementKind parent)
       return parent == ElementKind::kTable ? ElementKind::kTableFooting : ElementKind::kContainer;
     case XmlRole::kRow: {
       // In a table from MIF the body need not be an element.
-      const bool is_in_table = parent == ElementKind::kTable && draft_.declared_kinds[raw.definition];
+      const bool is_in_table = parent == ElementKind::kTable && draft_.declared_kinds[definition];
       return IsRows(parent) || is_in_table ? ElementKind::kTableRow : ElementKind::kContainer;
     }
     case XmlRole::kCell:
@@ -152,17 +156,18 @@ ElementKind TreeMaker::KindOfTable(const RawXmlElement& raw, ElementKind parent)
   return ElementKind::kContainer;
 }
 
-ElementKind TreeMaker::KindOf(const RawXmlElement& raw) const {
+ElementKind TreeMaker::KindOf(Id definition, bool has_body) const {
   const ElementKind parent = ParentKind();
-  if (draft_.roles[raw.definition] != XmlRole::kNone) return KindOfTable(raw, parent);
-  const ElementKind declared = document_.definitions[raw.definition].kind;
+  if (draft_.roles[definition] != XmlRole::kNone) return KindOfTable(definition, has_body, parent);
+  const ElementKind declared = document_.definitions[definition].kind;
   if (declared == ElementKind::kTableTitle && parent != ElementKind::kTable) return ElementKind::kContainer;
   return declared;
 }
 
 Id TreeMaker::NewElement(ElementKind kind, std::uint32_t first_item) {
   const auto id = static_cast<Id>(document_.elements.size());
-  Element element;
+  room_.Need(document_.elements);
+  Element& element = document_.elements.emplace_back();
   element.kind = kind;
   element.first_item = first_item;
   if (!open_.empty()) {
@@ -176,26 +181,29 @@ Id TreeMaker::NewElement(ElementKind kind, std::uint32_t first_item) {
     }
     parent.last_child = id;
   }
-  document_.elements.push_back(element);
   return id;
 }
 
 void TreeMaker::Begin(std::uint32_t index) {
   text_ = 0;
-  const std::uint32_t raw_index = document_.items[index].ref;
-  const RawXmlElement& raw = draft_.elements[raw_index];
-  const ElementKind kind = KindOf(raw);
+  Item& item = document_.items[index];
+  const Id definition_id = item.ref;
+  const bool has_text = (item.flags & kHoldsText) != 0;
+  const ElementKind kind = KindOf(definition_id, (item.flags & kHoldsBody) != 0);
   const Id id = NewElement(kind, index);
   Element& element = document_.elements[id];
-  element.definition = raw.definition;
-  element.first_attribute = raw.first_attribute;
-  element.attribute_count = raw.attribute_count;
-  element.source = document_.items[index].begin;
-  document_.items[index].ref = id;
-  Definition& definition = document_.definitions[raw.definition];
-  if (definition.kind == ElementKind::kContainer && !draft_.declared_kinds[raw.definition])
+  element.definition = definition_id;
+  element.first_attribute = next_attribute_;
+  element.attribute_count = item.conditions;
+  element.source = item.begin;
+  next_attribute_ += item.conditions;
+  item.ref = id;
+  item.flags = 0;
+  SetState(&item);
+  Definition& definition = document_.definitions[definition_id];
+  if (definition.kind == ElementKind::kContainer && !draft_.declared_kinds[definition_id])
     definition.kind = kind;
-  open_.push_back({id, raw_index});
+  open_.push_back({id, has_text});
   if (HasPart(kind)) BeginPart(index, id);
 }
 
@@ -216,9 +224,8 @@ void TreeMaker::BeginPart(std::uint32_t index, Id id) {
     anchor.kind = part.kind == ElementKind::kTable ? ItemKind::kTableAnchor : ItemKind::kNoteAnchor;
     anchor.ref = number;
   } else {
-    part.parent = document_.elements[element.parent].part;
+    part.parent = document_.PartOf(document_.elements[element.parent]);
   }
-  element.part = number;
   if (part.kind == ElementKind::kTable) row_conditions_.emplace_back();
   if (part.kind == ElementKind::kTableRow) {
     row_conditions_.push_back(std::vector<Id>(row_conditions_.back()));
@@ -232,10 +239,11 @@ void TreeMaker::BeginPart(std::uint32_t index, Id id) {
 
 void TreeMaker::EndPart(std::uint32_t index) {
   const Id id = open_.back().element;
-  Part& part = document_.parts[document_.elements[id].part];
+  const std::uint32_t number = document_.PartOf(document_.elements[id]);
+  Part& part = document_.parts[number];
   Item& item = document_.items[index];
   item.kind = ItemKind::kPartEnd;
-  item.ref = document_.elements[id].part;
+  item.ref = number;
   part.end_item = index + 1;
   part.span.end = item.end;
   part.source_conditions = part.conditions;
@@ -246,7 +254,7 @@ void TreeMaker::EndPart(std::uint32_t index) {
 void TreeMaker::End(std::uint32_t index) {
   text_ = 0;
   const Id id = open_.back().element;
-  if (document_.elements[id].part != 0) {
+  if (HasPart(document_.elements[id].kind)) {
     EndPart(index);
   } else {
     document_.items[index].ref = id;
@@ -259,7 +267,7 @@ void TreeMaker::End(std::uint32_t index) {
 void TreeMaker::BlankText(std::uint32_t index) {
   Item& item = document_.items[index];
   item.flags &= static_cast<std::uint8_t>(~kTouched);
-  if (!draft_.elements[open_.back().raw].has_text) return;
+  if (!open_.back().has_text) return;
   item.kind = ItemKind::kString;
   const std::string_view bytes = document_.At(item);
   const bool reads_as_is = xml::UnitSize(encoding_) == 1 && bytes.find('\r') == std::string_view::npos;
@@ -330,7 +338,7 @@ void TreeMaker::RowCondition(Item* item) {
   }
   item->ref |= kMarkOfRows;
   if (!in_row) return;
-  Part& row = document_.parts[document_.elements[open_.back().element].part];
+  Part& row = document_.parts[document_.PartOf(document_.elements[open_.back().element])];
   if ((item->ref & kMarkEnds) == 0) row.conditions = document_.InternConditions(running);
 }
 

@@ -63,10 +63,14 @@ void Prolog::Change(Span mark, std::string text) {
 }
 
 // Which conditions something in the document has: now, and as it was read; what is deleted does not count.
+// It is looked for where something is said of a condition that depends on it.
 Prolog::Use Prolog::Used() const {
   const std::size_t count = document_.conditions.size();
   Use use{std::vector<bool>(count), std::vector<bool>(count)};
-  if (count <= 1) return use;
+  const auto matters = [](const Condition& condition) {
+    return !condition.shown || !condition.state.Empty();
+  };
+  if (std::none_of(document_.conditions.begin(), document_.conditions.end(), matters)) return use;
   std::vector<char> now(document_.condition_sets.size());
   std::vector<char> in_source(document_.condition_sets.size());
   const auto& before = document_.source_conditions;

@@ -1,4 +1,4 @@
-// Reading columns and walks element by element, for hosts that have no faster way.
+// Reading several answers, columns and walks one by one, for hosts that have no faster way.
 #include "host/interface/elements.h"
 
 namespace qelm::host {
@@ -21,6 +21,11 @@ Id NodeBehind(Elements* elements, Id document, Id root, Id node, std::uint32_t* 
 }  // namespace
 
 std::uint64_t Elements::Revision(Id) { return 0; }
+
+ElementAround Elements::Around(Id document, Id element) {
+  return {Parent(document, element), FirstChild(document, element), NextSibling(document, element),
+          Definition(document, element)};
+}
 
 bool Elements::ReadTree(Id document, Id root, ElementColumns* columns) {
   const std::size_t before = columns->elements.size();

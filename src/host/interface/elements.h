@@ -70,6 +70,15 @@ struct WalkedNode {
   bool may_have_attributes = false;  // not: it carries none itself
 };
 
+// What a walk asks of each element. 0 where there is none.
+struct ElementAround {
+  Id parent = kNone;
+  Id first_child = kNone;
+  Id next_sibling = kNone;
+  Id definition = kNone;
+  bool may_have_attributes = true;  // false: it carries none itself, so that its definition says all
+};
+
 class Elements {
  public:
   virtual ~Elements() = default;
@@ -90,6 +99,8 @@ class Elements {
   virtual Id LastChild(Id document, Id element) = 0;
   virtual Id NextSibling(Id document, Id element) = 0;
   virtual Id PreviousSibling(Id document, Id element) = 0;
+  // Several of these answers, and the definition, in one.
+  virtual ElementAround Around(Id document, Id element);
 
   // Whether the id names an element that is in the document now.
   virtual bool IsElement(Id document, Id element) = 0;

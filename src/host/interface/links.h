@@ -46,6 +46,11 @@ class Links {
   // error code set for an invalid id. `targets` is replaced.
   virtual bool ReadTargets(Id document, std::vector<LinkTarget>* targets) = 0;
 
+  // Both at once, for hosts that go over the document for each.
+  virtual bool ReadAll(Id document, std::vector<Link>* links, std::vector<LinkTarget>* targets) {
+    return Read(document, links) && ReadTargets(document, targets);
+  }
+
   // Whether the document holds what a link of this kind may name as its target, shown or hidden.
   virtual bool HasTarget(Id document, LinkKind kind, std::string_view target) = 0;
 };
