@@ -298,23 +298,20 @@ void Session::RefuseFileOf(host::Id target, const std::string& path, const std::
     throw Failure(ExitStatus::kUsage, path + ": " + option + " names " + what);
   };
   if (SameFile(path, target_)) refuse("the target itself");
-  if (!options_.events.empty() && SameFile(path, options_.events)) refuse("the file of --events");
+  const std::pair<const std::string&, const char*> own[] = {
+      {options_.events, "the file of --events"},
+      {options_.answers, "the file of --answers"},
+      {options_.local_settings, "the local settings file"},
+      {options_.main_settings, "the main settings document"},
+  };
+  for (const auto& [file, what] : own) {
+    if (!file.empty() && SameFile(path, file)) refuse(what);
+  }
   host::Books& books = roles().books;
   for (host::Id component = books.IsBook(target) ? books.FirstComponent(target) : host::kNone;
        component != host::kNone; component = books.NextComponent(target, component)) {
     if (SameFile(path, std::string(books.ComponentPath(target, component)))) refuse("a file of the book");
   }
-  if (!options_.overwrite && !MayBeReport(path)) {
-    refuse("a file that is there already and is no report; --overwrite replaces it");
-  }
-}
-
-// Reports are MIF without structure, which neither sources nor settings are.
-bool Session::MayBeReport(const std::string& path) {
-  if (!platform_.FileExists(path)) return true;
-  const std::optional<std::string> content = platform_.ReadFile(path);
-  return content && (content->empty() || (content->starts_with("<MIFFile") &&
-                                          content->find("<ElementBegin") == std::string::npos));
 }
 
 bool Session::SameFile(const std::string& left, const std::string& right) {

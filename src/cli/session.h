@@ -67,11 +67,9 @@ class Session {
   // Tells a user who asked for more (--verbose) what is going on.
   void Say(const std::string& text);
 
-  // For an option that names a report to write beside the target: that must be neither the target nor a file
-  // of a book, and what is there already an earlier report. Throws Failure.
+  // For an option that names a report to write beside the target: that must be none of the files that the run
+  // works with. Throws Failure.
   void RefuseFileOf(host::Id target, const std::string& path, const std::string& option);
-
-  bool MayBeReport(const std::string& path);
 
   // Whether two paths mean the same file, also by links and other spellings.
   static bool SameFile(const std::string& left, const std::string& right);

@@ -123,7 +123,9 @@ class XPathCommand : public Command {
   CLI::App* Define(CLI::App& program) override;
   Outcome Run(Session& session) override;
   // Who types, or sends, one expression after the other may take all day.
-  bool IsShort() const override { return !expression_.empty(); }
+  bool IsShort() const override {
+    return !expression_.empty() || (!expressions_.empty() && expressions_ != "-");
+  }
 
  private:
   void CheckArguments(bool json) const;
@@ -244,6 +246,9 @@ Outcome XPathCommand::Run(Session& session) {
   document_ = session.Open(target_);
   if (report_.empty()) return RunMode(session);
   session.RefuseFileOf(document_, report_, "--report");
+  if (!expressions_.empty() && Session::SameFile(report_, expressions_)) {
+    throw Failure(ExitStatus::kUsage, report_ + ": --report names the file of --expressions");
+  }
   try {
     Outcome outcome = RunMode(session);
     SaveReport(session);

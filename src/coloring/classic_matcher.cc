@@ -113,6 +113,9 @@ std::int32_t ClassicMatcher::FindRule(bool inherits) {
   // No rule is for what is missing.
   if (!own_present_ && (!inherits || levels_.empty())) return kNoRule;
   Gather(inherits);
+  // Where all are unlike, remembering is of no use.
+  constexpr std::size_t kMost = 10'000;
+  if (found_.size() > kMost) found_.clear();
   const auto [known, is_new] = found_.try_emplace(alike_, kNoRule);
   if (!is_new) return known->second;
   const auto found =

@@ -91,7 +91,7 @@ struct BatchContext {
   bool overwrite = false;  // as in the run of a filter
   // The host's error codes of a book's update that could read and write its files, so that the next one would
   // find the same. After any other failure a scheme is not complete.
-  std::vector<std::int32_t> findings_codes;
+  std::vector<std::int32_t> findings_codes = {};
 };
 
 // The paragraph formats of the batch's report.

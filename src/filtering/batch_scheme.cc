@@ -4,7 +4,6 @@
 #include "common/strings.h"
 #include "common/text.h"
 #include "filtering/batch_output.h"
-#include "filtering/book_copy.h"
 #include "filtering/book_filter.h"
 #include "filtering/components.h"
 #include "filtering/copy_record.h"
@@ -180,7 +179,7 @@ void SchemeRun::EndFilling() {
 }
 
 void SchemeRun::TellLeftOver() {
-  const std::vector<std::string> files = LeftOver(*record_, run_);
+  const std::vector<std::string> files = record_->LeftOver();
   if (files.empty()) return;
   steps_.Say(kStepLine, "QELM_MSG_FILTER_REP_87");
   for (const std::string& file : files) steps_.Link(kStepLinkLine, file);

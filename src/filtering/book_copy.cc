@@ -269,13 +269,4 @@ bool BookCopy::HostSays(const std::string& path) {
   return false;
 }
 
-std::vector<std::string> LeftOver(CopyRecord& record, const FilterRun& run) {
-  std::vector<std::string> left = record.LeftOver();
-  std::erase_if(left, [&run](const std::string& file) {
-    return std::any_of(run.missing.begin(), run.missing.end(),
-                       [&file](const CopiedFile& missing) { return missing.target == file; });
-  });
-  return left;
-}
-
 }  // namespace qelm::filtering

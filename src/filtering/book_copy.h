@@ -112,7 +112,4 @@ class BookCopy {
   bool cut_before_ = false;  // the folder holds a copy that was not completed
 };
 
-// After a run that is complete: the files of earlier copies that this one neither has nor shows.
-std::vector<std::string> LeftOver(CopyRecord& record, const FilterRun& run);
-
 }  // namespace qelm::filtering

@@ -266,7 +266,7 @@ void BookFilter::EndCopy() {
   if (!saved || !complete) {
     NotSaved(path, saved ? record.why() : why);
   } else {
-    run_.left_over = LeftOver(record, run_);
+    run_.left_over = record.LeftOver();
   }
 }
 

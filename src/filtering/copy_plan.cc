@@ -260,16 +260,6 @@ std::string CopyPlan::NewPath(const File& file, const Reference& reference, bool
   return std::find(names.begin(), names.end(), wanted) != names.end() ? std::string() : wanted;
 }
 
-std::vector<CopiedFile> CopyPlan::MissingFiles(const std::string& folder) const {
-  std::vector<CopiedFile> missing;
-  for (const std::string& path : missing_) {
-    const std::string below = Below(book_folder_, path);
-    missing.push_back(
-        {CopiedFile::Role::kGraphic, path, below.empty() ? below : common::JoinPath(folder, below), {}});
-  }
-  return missing;
-}
-
 std::vector<CopiedFile> CopyPlan::CopiedFiles() const {
   std::vector<CopiedFile> copied;
   copied.reserve(files_.size());

@@ -42,7 +42,8 @@ TEST(Usage, MistakesAreNamedWithWhatWasPerhapsMeant) {
       {{"convert", doc, "out"}, ".xml"},
       {{"convert", doc, "out.png", "--page", "010"}, "010 is not a whole number"},
       {{"xpath", "--", doc, ""}, "empty"},
-      {{"xpath", doc, "//P", "--report", answers}, "no report"},
+      {{"xpath", doc, "--expressions", answers, "--report", answers}, "the file of --expressions"},
+      {{"xpath", doc, "//P", "--report", log, "--events", log}, "the file of --events"},
       {{"convert", doc, log, "--events", log}, "the file of --events"},
       {{"schemes"}, "list, show"},
   };

@@ -85,7 +85,8 @@ class EditingRole : public host::Editing {
   // The same for something that is to be added: what marks items is brought in before.
   OpenFile* ToBeAddedTo(Id document, Id element);
   bool Insert(Id document, const host::TextLocation& at, model::Insertion insertion);
-  bool Done(OpenFile* file, bool done, const char* otherwise) {
+  // A reference, so that it is read after what is done has said it.
+  bool Done(OpenFile* file, bool done, const std::string& otherwise) {
     if (!done) return Refuse(file, otherwise);
     MarkEdited(file);
     return true;
@@ -149,7 +150,7 @@ Id EditingRole::InsertElement(Id document, Id parent, Id before, Id definition) 
   if (!ids_exist) return workspace_.FailId(document), host::kNone;
   std::string why;
   const Id id = model::InsertElement(file->document.get(), parent, before, definition, &why);
-  Done(file, id != host::kNone, why.c_str());
+  Done(file, id != host::kNone, why);
   return id;
 }
 
@@ -157,7 +158,7 @@ bool EditingRole::SetText(Id document, Id element, std::string_view text) {
   OpenFile* file = ToBeAddedTo(document, element);
   if (file == nullptr) return false;
   std::string why;
-  return Done(file, model::SetElementText(file->document.get(), element, text, &why), why.c_str());
+  return Done(file, model::SetElementText(file->document.get(), element, text, &why), why);
 }
 
 Id EditingRole::DefineElement(Id document, std::string_view name, std::string_view content_rule,
@@ -167,7 +168,7 @@ Id EditingRole::DefineElement(Id document, std::string_view name, std::string_vi
   if (file->document->marked && !SettleDocument(file)) return Refuse(file, kCannotBeWritten), host::kNone;
   std::string why;
   const Id id = model::DefineElement(file->document.get(), name, content_rule, paragraph_format, &why);
-  Done(file, id != host::kNone, why.c_str());
+  Done(file, id != host::kNone, why);
   return id;
 }
 
@@ -181,7 +182,7 @@ bool EditingRole::SetDefinition(Id document, Id element, Id definition) {
     return workspace_.FailId(document);
   }
   std::string why;
-  return Done(file, model::SetDefinition(file->document.get(), element, definition, &why), why.c_str());
+  return Done(file, model::SetDefinition(file->document.get(), element, definition, &why), why);
 }
 
 bool EditingRole::AppendParagraph(Id document, Id element, const host::NewParagraph& paragraph) {
@@ -194,8 +195,7 @@ bool EditingRole::AppendParagraph(Id document, Id element, const host::NewParagr
   content.marker_type = paragraph.marker_type;
   content.marker_text = paragraph.marker_text;
   std::string why;
-  return Done(file, model::AppendParagraph(file->document.get(), element, std::move(content), &why),
-              why.c_str());
+  return Done(file, model::AppendParagraph(file->document.get(), element, std::move(content), &why), why);
 }
 
 // Positions are those of the text as it reads now, so that what was added before is brought in first.
@@ -218,7 +218,7 @@ bool EditingRole::Insert(Id document, const host::TextLocation& at, model::Inser
   if (!place) return Refuse(file, kCannotBeWritten);
   insertion.item = *place;
   std::string why;
-  return Done(file, model::InsertAt(file->document.get(), std::move(insertion), &why), why.c_str());
+  return Done(file, model::InsertAt(file->document.get(), std::move(insertion), &why), why);
 }
 
 bool EditingRole::InsertText(Id document, const host::TextLocation& at, std::string_view text) {

@@ -195,6 +195,7 @@ bool PosixPlatform::MoveFile(const std::string& from, const std::string& to) {
   if (!ReadRegular(from, &bytes, &mode)) return false;
   // What is moved gets no new content, on another device neither, so that nobody who listens is told.
   const std::string_view whole = bytes;
+  if (!StaysInside(to, LastPart::kFollowed)) return false;
   std::string why = ReplaceBeside(to, {.pieces = std::span(&whole, 1), .mode_of_new = mode}, ignore_locks_);
   return why.empty() ? RemoveFile(from) : Fail(std::move(why));
 }
