@@ -16,7 +16,6 @@ namespace qelm::cli {
 namespace {
 
 using filtering::ComponentStage;
-using filtering::CopiedFile;
 using filtering::FilteredComponent;
 using filtering::FilterRun;
 using filtering::LaunchMode;
@@ -153,8 +152,9 @@ std::string FilterText(const FilterRun& run, const std::string& target, const st
   }
   for (const std::string& link : run.unchanged_links) text += "not changed: " + link + "\n";
   for (const std::string& path : run.removed_files) text += "  " + ShownPath(path) + ": removed\n";
-  for (const CopiedFile& file : run.missing)
-    text += "  " + ShownPath(file.source) + ": shown, but not there\n";
+  for (const std::string& path : run.missing) {
+    text += "  " + ShownPath(path) + ": shown by the book, but not there\n";
+  }
   for (const std::string& path : run.left_over) {
     text += "  " + ShownPath(path) + ": left over from an earlier copy; this one has no such file\n";
   }
@@ -188,12 +188,10 @@ Outcome FilterBook(Session& session, host::Id book, const std::string& scheme) {
   outcome.members.update(CountsJson(run));
   outcome.members["components"] = ComponentsJson(run, files);
   std::vector<std::string> copied;
-  for (const CopiedFile& file : run.copied) copied.push_back(file.target);
+  for (const filtering::CopiedFile& file : run.copied) copied.push_back(file.target);
   outcome.members["copied"] = PathsJson(copied);
   outcome.members["removed_files"] = PathsJson(run.removed_files);
-  std::vector<std::string> missing;
-  for (const CopiedFile& file : run.missing) missing.push_back(file.source);
-  outcome.members["missing"] = PathsJson(missing);
+  outcome.members["missing"] = PathsJson(run.missing);
   outcome.members["left_over"] = PathsJson(run.left_over);
   outcome.members["unchanged_links"] = run.unchanged_links;
   outcome.members["dangling"] = DanglingJson(run.dangling);

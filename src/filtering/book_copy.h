@@ -20,6 +20,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <unordered_set>
 
@@ -61,7 +62,7 @@ class BookCopy {
   const SameComponents& components() const { return components_; }
   const std::string& why() const { return why_; }
   std::vector<CopiedFile> CopiedFiles() const { return plan_.CopiedFiles(); }
-  std::vector<CopiedFile> MissingFiles() const { return plan_.MissingFiles(folder_); }
+  const std::set<std::string>& MissingFiles() const { return plan_.MissingFiles(); }
   // Folders that were made for the copy, outer ones first.
   const std::vector<std::string>& made_folders() const { return made_folders_; }
   // Links that could not be changed, each in words: they lead where they led, seen from the new place.

@@ -233,7 +233,7 @@ bool BookFilter::CopyBook() {
       context_.copy_record = copy_->TakeRecord();
       TakeIdsOfOther(copy_->components(), &run_);
       run_.copied = copy_->CopiedFiles();
-      run_.missing = copy_->MissingFiles();
+      run_.missing.assign(copy_->MissingFiles().begin(), copy_->MissingFiles().end());
       run_.made_folders = copy_->made_folders();
       run_.unchanged_links = copy_->unchanged_links();
       TellUnchanged();

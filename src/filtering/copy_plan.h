@@ -69,9 +69,8 @@ class CopyPlan {
 
   std::vector<CopiedFile> CopiedFiles() const;
 
-  // The files that are shown and are not there, each with where its copy would be: empty for one that does
-  // not lie below the book.
-  std::vector<CopiedFile> MissingFiles(const std::string& folder) const;
+  // The files that are shown and are not there.
+  const std::set<std::string>& MissingFiles() const { return missing_; }
 
  private:
   std::size_t AddFile(CopiedFile::Role role, const std::string& source);

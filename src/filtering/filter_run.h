@@ -138,7 +138,7 @@ struct FilterRun : FilterCounts {
   std::vector<std::string> made_folders;     // of the output folder, outer ones first, that it made
   std::vector<std::string> unchanged_links;  // in the copy, that could not be made to lead where they should
   std::vector<std::string> removed_files;    // of them, those that went as nothing refers to them any more
-  std::vector<CopiedFile> missing;           // shown by the book, but not there
+  std::vector<std::string> missing;          // shown by the book, but not there
   std::vector<std::string> left_over;  // of an earlier copy, in the output folder; this one has none of them
   std::string not_updated;             // why the book could not be updated; empty: it was
   std::int32_t not_updated_code = 0;   // the host's error code for that; 0: it was not the host
