@@ -287,16 +287,23 @@ Json ValidateCommand::MembersOf(const Violations& violations, const ValidationRu
 }
 
 // "file:line: " as compilers write it, so that editors can jump there.
+void AppendPlace(std::string_view file, std::uint32_t line, std::string* text) {
+  text->append(file).append(":");
+  if (line != 0) text->append(std::to_string(line)).append(":");
+  *text += ' ';
+}
+
 std::string PlaceOf(const Violations& violations, const FoundViolation& found) {
-  const std::string& file = violations.Files()[found.file];
-  return file + ":" + (found.line == 0 ? std::string() : std::to_string(found.line) + ":") + " ";
+  std::string place;
+  AppendPlace(violations.Files()[found.file], found.line, &place);
+  return place;
 }
 
 void ValidateCommand::WriteText(const Violations& violations, const ValidationRun& run,
                                 std::ostream& out) const {
   constexpr std::size_t kBuffer = 1U << 16U;
   std::vector<std::string> files(violations.Files().size());
-  for (std::size_t i = 0; i < files.size(); ++i) AppendOneLine(violations.Files()[i] + ":", &files[i]);
+  for (std::size_t i = 0; i < files.size(); ++i) AppendOneLine(violations.Files()[i], &files[i]);
   std::string text;
   text.reserve(kBuffer);
   const auto write = [&] {
@@ -304,9 +311,7 @@ void ValidateCommand::WriteText(const Violations& violations, const ValidationRu
     text.clear();
   };
   for (const FoundViolation& found : violations.All()) {
-    text += files[found.file];
-    if (found.line != 0) text.append(std::to_string(found.line)).append(":");
-    text += ' ';
+    AppendPlace(files[found.file], found.line, &text);
     AppendOneLine(found.path, &text);
     text += ": ";
     AppendDescription(found, &text);

@@ -289,10 +289,7 @@ std::int32_t ValidateElement(ValidationContext& context, Id document, Id element
   std::vector<Violation> violations;
   ElementRules rules(host, document, context.scheme, run);
   rules.EnterAncestors(element);
-  rules.Enter({.element = element,
-               .definition = host.elements.Definition(document, element),
-               .may_have_attributes = true},
-              &violations);
+  rules.Enter({.element = element, .definition = host.elements.Definition(document, element)}, &violations);
   run.elements = 1;
   run.violations = violations.size();
   run.ending = ValidationEnding::kCompleted;

@@ -146,7 +146,7 @@ bool StagedFiles::Place(const std::string& staged, const std::string& target) {
   // From here on it is undone, also when the move fails.
   placed_.push_back(placed);
   if (!platform_.MoveFile(staged, target)) return false;
-  placed_.back().state = platform_.FileState(target);  // another one on another device
+  placed_.back().state = platform_.FileState(target);  // a folder of another device gets a copy, not the file
   return true;
 }
 

@@ -45,6 +45,13 @@ constexpr std::array kRefusals = {
             "the file is neither MIF (it would begin with <MIFFile or <Book) nor XML."},
 };
 
+// Whether the pages of the document go on from those of the one before it in a book, where the book leaves
+// that to it.
+bool PagesGoOn(OpenFile& file) {
+  const model::Document& tree = file.Tree();
+  return model::PagesGoOn(tree.At(tree.document_statement)).value_or(false);
+}
+
 constexpr std::size_t kMostFolders = 64;  // above a file in which a mark is looked for
 
 // Whether the mark was there before the file: what a copy consists of is written after its mark.
@@ -308,7 +315,11 @@ Id DocumentsRole::Add(const std::string& path, std::unique_ptr<OpenFile> file,
   if (!options.as_new) {
     file->path = file->Tree().path = path;
     file->identity = Workspace::Identity(path);
-    if (workspace_.moved_files.contains(file->identity)) file->layout = kLayoutAsRead + 1;
+    const auto moved = workspace_.moved_files.find(file->identity);
+    if (moved != workspace_.moved_files.end()) {
+      file->layout = kLayoutAsRead + 1;
+      moved->second = PagesGoOn(*file);  // somebody may have changed that since it was written
+    }
   }
   file->on_screen = options.visible;
   const Id id = workspace_.Add(std::move(file));
@@ -370,9 +381,7 @@ bool DocumentsRole::SaveTo(Id id, OpenFile* file, const host::SaveOptions& optio
   file->edited = file->edited || file->Tree().modified;
   file->Tree().modified = false;
   if (file->layout != kLayoutAsRead) {
-    const model::Document& tree = file->Tree();
-    workspace_.moved_files[file->identity] =
-        model::PagesGoOn(tree.At(tree.document_statement)).value_or(false);
+    workspace_.moved_files[file->identity] = PagesGoOn(*file);
   } else {
     workspace_.moved_files.erase(file->identity);
   }

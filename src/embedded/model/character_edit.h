@@ -48,8 +48,10 @@ class ItemChanges {
 
   Document& document_;
   const ItemParagraphs& paragraphs_;
-  FontEdits::Change last_;       // a change that was looked up, and
-  std::uint32_t last_font_ = 0;  // the state that it made; the initial ones say the same of nothing
+  // The change that was looked up last and the state that it made. To begin with it is one that changes
+  // nothing of the first state.
+  FontEdits::Change last_;
+  std::uint32_t last_font_ = 0;
 };
 
 }  // namespace qelm::embedded::model

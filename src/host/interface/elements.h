@@ -67,7 +67,7 @@ struct WalkedNode {
   Id definition = kNone;    // 0: a text node
   std::uint32_t depth = 0;  // below the element where the walk began
   ElementKind kind = ElementKind::kContainer;
-  bool may_have_attributes = false;  // not: it carries none itself
+  bool may_have_attributes = true;  // false: it carries none itself, so that its definition says all
 };
 
 // What a walk asks of each element. 0 where there is none.
