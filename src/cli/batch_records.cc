@@ -133,7 +133,7 @@ std::optional<BatchOutcome> BatchRecords::Find(const BatchScheme& scheme) const 
 void BatchRecords::Forget(const BatchScheme& scheme) {
   const std::string path = PathOf(scheme);
   const std::scoped_lock lock(mutex_);
-  if (!platform_.FileExists(path) || platform_.RemoveFile(path)) return;
+  if (!platform_.MayExist(path) || platform_.RemoveFile(path)) return;
   troubles_.push_back(path + ": the record of an earlier run cannot be removed (" + platform_.LastError() +
                       "); a run with --resume may take the scheme for complete");
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <memory>
+#include <unordered_set>
 
 #include "common/paths.h"
 #include "common/text.h"
@@ -180,21 +181,21 @@ void OutputSteps::OpenDocuments() {
     documents_.push_back(output_);
     return;
   }
+  const std::unordered_set<std::string_view> made(outcome_->files.begin(), outcome_->files.end());
   for (Id component = host_.books.FirstComponent(output_); component != kNone;
        component = host_.books.NextComponent(output_, component)) {
     // What could not be opened in the source was said there, and was not copied: the new book names it where
     // it is, and it is not to be changed.
     const std::string path(host_.books.ComponentPath(output_, component));
-    if (!host_.platform.FileExists(path)) continue;
+    if (!host_.platform.MayExist(path)) continue;
     const messages::OpenedComponent found =
         messages::OpenComponent(host_, output_, component, settings_.suppress_file_opening_alerts);
     if (found.document == kNone) continue;
     if (found.opened) opened_.push_back(found.document);
-    const std::vector<std::string>& made = outcome_->files;
-    if (std::find(made.begin(), made.end(), path) == made.end()) {
-      names_sources_ = true;
-    } else {
+    if (made.contains(path)) {
       documents_.push_back(found.document);
+    } else {
+      names_sources_ = true;
     }
   }
 }
@@ -357,7 +358,7 @@ bool OutputSteps::IsInUse(const std::string& path) {
   };
   return is_it(request_.source) || is_it(outcome_->output) ||
          std::any_of(outcome_->files.begin(), outcome_->files.end(), is_it) ||
-         (host_.platform.FileExists(path) &&
+         (host_.platform.MayExist(path) &&
           std::any_of(source_.Files().begin(), source_.Files().end(), is_it));
 }
 
@@ -377,7 +378,7 @@ bool OutputSteps::MayReplace(const std::string& path, CopyRecord* beside) {
   }
   if (beside != nullptr) beside->IsCopyOf(request_.source);
   CopyRecord& record = beside != nullptr ? *beside : record_;
-  if (record.Has(path) || !host_.platform.FileExists(path) || context_.overwrite) return true;
+  if (record.Has(path) || !host_.platform.MayExist(path) || context_.overwrite) return true;
   Incomplete(kStepErrorLine, record.Names(path) ? "QELM_MSG_FILTER_74" : "QELM_MSG_FILTER_REP_86", path);
   return false;
 }

@@ -1,5 +1,7 @@
 #include "filtering/batch_scheme.h"
 
+#include <unordered_set>
+
 #include "common/paths.h"
 #include "common/strings.h"
 #include "common/text.h"
@@ -233,8 +235,10 @@ void SchemeRun::FilterBook() {
     record_ = std::move(filter.copy_record);
     outcome_->output = host_.documents.Path(book);
     TellResult(outcome_->output);
-    for (const CopiedFile& file : run_.copied) outcome_->files.push_back(file.target);
-    for (const std::string& removed : run_.removed_files) std::erase(outcome_->files, removed);
+    const std::unordered_set<std::string_view> removed(run_.removed_files.begin(), run_.removed_files.end());
+    for (const CopiedFile& file : run_.copied) {
+      if (!removed.contains(file.target)) outcome_->files.push_back(file.target);
+    }
     FinishOutput(context_, request_, batch_scheme_, names_, source_, book, *record_, outcome_);
     EndFilling();
     // They may be there the next time.
@@ -255,7 +259,7 @@ bool SchemeRun::MayReplace() {
   }
   record_->IsCopyOf(source_.path());
   const bool made = record_->Has(target);
-  if (!host_.platform.FileExists(target)) return true;
+  if (!host_.platform.MayExist(target)) return true;
   const auto refuse = [&](const char* id) {
     steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
     Refuse(kCopyFailed, id, target);

@@ -38,7 +38,7 @@ std::int32_t BookCopy::Copy() {
   if (host_.platform.SameFile(source, folder_)) return kOutputIsSource;
   if (!plan_.AddShownFiles([this] { return Stopped(); })) return kCopyStopped;
   plan_.ChooseTargets(folder_);
-  cut_before_ = host_.platform.FileExists(common::JoinPath(folder_, std::string(host::kUnfinishedName)));
+  cut_before_ = host_.platform.MayExist(common::JoinPath(folder_, std::string(host::kUnfinishedName)));
   kept_.emplace(host_.platform, folder_);
   StagedFiles staged(host_.platform, folder_);
   if (!staged.MakeFolders() || !host_.platform.BeginFilling(folder_)) {
@@ -96,7 +96,7 @@ bool BookCopy::CheckTargets() {
 // that is open, nor of what no earlier copy put there, or somebody changed since: that is somebody's.
 bool BookCopy::CheckTarget(const CopyPlan::File& file, bool copied_before) {
   const bool made = record_->Has(file.target);
-  const bool exists = host_.platform.FileExists(file.target);
+  const bool exists = host_.platform.MayExist(file.target);
   if (exists && plan_.FindFile(file.target) != CopyPlan::kNoFile)
     return Fail("QELM_MSG_FILTER_53", file.target);
   // The book of an earlier copy is open until somebody closes it, and would be taken for the new one.
@@ -208,7 +208,7 @@ std::optional<SameComponents> BookCopy::ComponentsOf(Id book) {
 // What was not copied is named where it is, unless it is nowhere. One that is found already is named by a
 // path that does not count from the book.
 bool BookCopy::NameLeftOut(Id book, Id component, const std::string& source) {
-  if (!host_.platform.FileExists(source) || host_.books.ComponentPath(book, component) == source) return true;
+  if (!host_.platform.MayExist(source) || host_.books.ComponentPath(book, component) == source) return true;
   return host_.books.SetComponentPath(book, component, source);
 }
 

@@ -149,7 +149,7 @@ bool CopyPlan::AddShownFiles(const std::function<bool()>& stopped) {
       const Reference reference = files_[i].references[r];
       const std::string path = paths_[reference.path];
       if (!reference.shown) continue;
-      if (!host_.platform.FileExists(path)) {
+      if (!host_.platform.MayExist(path)) {
         missing_.insert(path);
         continue;
       }
@@ -212,7 +212,7 @@ std::size_t CopyPlan::FindFile(const std::string& path) const {
   for (const std::string& name : NamesFor(path)) {
     const auto found = by_source_.find(host_.platform.ResolvedPath(name));
     if (found != by_source_.end()) return found->second;
-    if (host_.platform.FileExists(name)) break;  // it means that file
+    if (host_.platform.MayExist(name)) break;  // it means that file
   }
   return kNoFile;
 }
@@ -249,7 +249,7 @@ std::string CopyPlan::NewPath(const File& file, const Reference& reference, bool
   const std::size_t copied = FindFile(path);
   if (reference.absolute && (copied == kNoFile || !redirect)) return {};
   // What is missing here is missing for the copy too, wherever it would look for it.
-  if (copied == kNoFile && !host_.platform.FileExists(path)) return {};
+  if (copied == kNoFile && !host_.platform.MayExist(path)) return {};
   const std::string& wanted = copied == kNoFile ? path : files_[copied].target;
   // Where it leads as it is written, read at its new place.
   const fs::path relative = RelativePath(host_.platform, std::string(common::FolderOf(file.source)), path);

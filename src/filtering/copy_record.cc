@@ -56,6 +56,12 @@ std::string KnownAs(std::string_view name) {
   return std::string(common::FirstCharacters(name, kCutTo)) + "-" + common::ContentHash(name);
 }
 
+// A record of nowhere would lie in the folder in which the program was started.
+std::string Resolved(host::Platform& platform, const std::string& folder) {
+  std::string resolved = platform.ResolvedPath(folder);
+  return resolved.empty() ? folder : resolved;
+}
+
 bool GoesUp(const fs::path& relative) { return relative.empty() || *relative.begin() == ".."; }
 
 // The rest of a line that begins with this word.
@@ -91,7 +97,7 @@ std::string ContentMark(std::span<const std::string_view> pieces) {
 }
 
 CopyRecord::CopyRecord(host::Platform& platform, const std::string& folder, std::string_view name)
-    : platform_(platform), folder_(platform.ResolvedPath(folder)), target_(common::JoinPath(folder_, name)) {
+    : platform_(platform), folder_(Resolved(platform, folder)), target_(common::JoinPath(folder_, name)) {
   path_ = common::JoinPath(folder_, std::string(host::kCopyRecordName) + KnownAs(name) + kEnding);
 }
 
@@ -222,7 +228,7 @@ bool CopyRecord::Write() const {
   std::error_code error;
   const bool is_file = fs::is_regular_file(path_, error);
   if (is_file && platform_.ReadFile(path_) == text) return true;
-  if (!is_file && platform_.FileExists(path_) && !platform_.RemoveFile(path_)) return false;
+  if (!is_file && platform_.MayExist(path_) && !platform_.RemoveFile(path_)) return false;
   return platform_.ReplaceFile(path_, text);
 }
 
@@ -263,7 +269,7 @@ bool CopyRecord::Seal() {
     const auto written = written_.find(name);
     if (written != written_.end()) files_[name] = {written->second};
   }
-  std::erase_if(files_, [this](const auto& file) { return !platform_.FileExists(Full(file.first)); });
+  std::erase_if(files_, [this](const auto& file) { return !platform_.MayExist(Full(file.first)); });
   complete_ = true;
   return Write() || Fail(common::WithReason(path_, platform_.LastError()));
 }

@@ -65,23 +65,23 @@ bool TakeBackLine(host::Platform& platform, const std::string& folder, const std
   const std::string before = staged + std::string(kBefore);
   const std::string_view target = line.substr(second + 1);
   const std::string placed = common::JoinPath(folder, target);
-  const bool is_there = platform.FileExists(placed);
+  const bool is_there = platform.MayExist(placed);
   const bool is_ours = is_there && platform.FileState(placed) == line.substr(end + 1, second - end - 1);
-  if (platform.FileExists(before)) {
+  if (platform.MayExist(before)) {
     return (is_ours || !is_there) && IsBelow(folder, target) && platform.MoveFile(before, placed);
   }
   // What was replaced is back already, or was not taken away yet.
-  if (replaced || platform.FileExists(staged) || !IsBelow(folder, target)) return true;
+  if (replaced || platform.MayExist(staged) || !IsBelow(folder, target)) return true;
   return !is_ours || platform.RemoveFile(placed);
 }
 
 // Puts back what was placed by the list in the inner folder. False when something of it remains to be done,
 // or a file that was replaced lies there and nobody knows from where.
 bool TakeBack(host::Platform& platform, const std::string& folder, const std::string& stage) {
-  if (platform.FileExists(common::JoinPath(stage, kKeptName))) return true;
+  if (platform.MayExist(common::JoinPath(stage, kKeptName))) return true;
   const std::string path = common::JoinPath(stage, kListName);
   const std::optional<std::string> list = platform.ReadFile(path);
-  if (!list && platform.FileExists(path)) return false;
+  if (!list && platform.MayExist(path)) return false;
   std::string_view left = list ? std::string_view(*list) : std::string_view();
   bool done = true;
   while (const std::size_t end = left.find('\n') + 1) {
@@ -104,7 +104,7 @@ bool StagedFiles::Begin() {
   if (!MakeFolders()) return false;
   for (int number = 1; number <= kMostStages; ++number) {
     const std::string stage = common::JoinPath(folder_, kStageName + std::to_string(number));
-    if (platform_.FolderExists(stage) || platform_.FileExists(stage)) continue;
+    if (platform_.FolderExists(stage) || platform_.MayExist(stage)) continue;
     stage_ = stage;
     return platform_.MakeFolder(stage);
   }
@@ -140,7 +140,7 @@ std::string StagedFiles::AddText(std::string_view content) {
 bool StagedFiles::Place(const std::string& staged, const std::string& target) {
   if (!MakeFolder(std::string(common::FolderOf(target)))) return false;
   Placed placed{target, {}, platform_.FileState(staged)};
-  if (platform_.FileExists(target)) placed.before = staged + std::string(kBefore);
+  if (platform_.MayExist(target)) placed.before = staged + std::string(kBefore);
   if (!List(placed.before.empty() ? staged : placed.before, placed)) return false;
   if (!placed.before.empty() && !platform_.MoveFile(target, placed.before)) return false;
   // From here on it is undone, also when the move fails.
@@ -164,7 +164,7 @@ void StagedFiles::Keep() {
   kept_ = true;
   // From here on nothing is to be put back, and what is left in the stage may go.
   const std::string list = common::JoinPath(stage_, kListName);
-  if (platform_.FileExists(list) && !platform_.MoveFile(list, common::JoinPath(stage_, kKeptName))) {
+  if (platform_.MayExist(list) && !platform_.MoveFile(list, common::JoinPath(stage_, kKeptName))) {
     Remove(list);
   }
   for (const Placed& placed : placed_) {
@@ -178,7 +178,7 @@ bool StagedFiles::Undo() {
   if (kept_) return true;
   bool done = true;
   for (auto placed = placed_.rbegin(); placed != placed_.rend(); ++placed) {
-    const bool is_there = platform_.FileExists(placed->target);
+    const bool is_there = platform_.MayExist(placed->target);
     const bool is_ours = is_there && platform_.FileState(placed->target) == placed->state;
     if (!placed->before.empty()) {
       done = (is_ours || !is_there) &&
@@ -187,7 +187,7 @@ bool StagedFiles::Undo() {
              done;
     } else if (is_ours) {
       Remove(placed->target);
-      done = done && !platform_.FileExists(placed->target);
+      done = done && !platform_.MayExist(placed->target);
     }
   }
   placed_.clear();
@@ -212,11 +212,11 @@ void StagedFiles::Remove(const std::string& file) {
 void StagedFiles::RemoveStage() {
   if (stage_.empty()) return;
   for (const std::string& file : staged_) {
-    if (platform_.FileExists(file)) Remove(file);
+    if (platform_.MayExist(file)) Remove(file);
   }
   for (const char* name : {kListName, kKeptName}) {
     const std::string list = common::JoinPath(stage_, name);
-    if (platform_.FileExists(list)) Remove(list);
+    if (platform_.MayExist(list)) Remove(list);
   }
   if (!platform_.RemoveFolder(stage_)) platform_.RemoveFolder(stage_);
 }
@@ -233,12 +233,12 @@ void UndoAbandoned(host::Platform& platform, const std::string& folder) {
     if (!IsStage(folder, name) || !TakeBack(platform, folder, path)) continue;
     // The word that all of it may go comes last: a process that ends here must not leave files without it.
     const std::string list = common::JoinPath(path, kListName);
-    if (platform.FileExists(list)) platform.RemoveFile(list);
+    if (platform.MayExist(list)) platform.RemoveFile(list);
     for (const std::string& file : platform.FolderNames(path)) {
       if (IsStaged(file)) platform.RemoveFile(common::JoinPath(path, file));
     }
     const std::string kept = common::JoinPath(path, kKeptName);
-    if (platform.FileExists(kept)) platform.RemoveFile(kept);
+    if (platform.MayExist(kept)) platform.RemoveFile(kept);
     platform.RemoveFolder(path);
   }
 }

@@ -265,6 +265,20 @@ TEST_F(Books, OutputFolderThatIsTheSourceIsRefused) {
   }
 }
 
+// It may be there, so that a copy without it would be less than the source shows.
+TEST_F(Books, ShownFileThatCannotBeLookedAtEndsTheCopy) {
+  const std::string source = CopyOf(kPump);
+  const std::string graphic = source + "/graphics/pump.png";
+  fs::remove(graphic);
+  fs::create_symlink(graphic, graphic);
+  const ProgramResult result =
+      Shipped({"filter", source + "/pump.book.mif", "--scheme", "Audience/Beginner", "--mode", "duplicate",
+               "--output-folder", program.folder.File("out")});
+  EXPECT_EQ(result.status, 3) << result.err;
+  EXPECT_NE(result.err.find("graphics/pump.png"), std::string::npos) << result.err;
+  EXPECT_FALSE(fs::exists(program.folder.File("out/pump.book.mif")));
+}
+
 TEST_F(Books, ComponentsThatCannotBeOpenedAreNamedAndTheRestIsDone) {
   SmallBook();
   fs::remove(program.folder.File("source/a.mif"));

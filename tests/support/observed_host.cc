@@ -318,6 +318,7 @@ class ObservedPlatform : public Observed<Platform> {
  public:
   using Observed::Observed;
   CALL1(bool, FileExists, const std::string&)
+  CALL1(bool, MayExist, const std::string&)
   CALL1(bool, FolderExists, const std::string&)
   CALL1(std::optional<std::string>, ReadFile, const std::string&)
   CALL2(bool, ReplaceFileByPieces, const std::string&, std::span<const std::string_view>)

@@ -98,6 +98,12 @@ bool PosixPlatform::FileExists(const std::string& path) {
   return ::stat(path.c_str(), &status) == 0 && !S_ISDIR(status.st_mode);
 }
 
+bool PosixPlatform::MayExist(const std::string& path) {
+  struct stat status {};
+  if (::stat(path.c_str(), &status) == 0) return !S_ISDIR(status.st_mode);
+  return errno != ENOENT && errno != ENOTDIR && errno != ENAMETOOLONG;
+}
+
 bool PosixPlatform::FolderExists(const std::string& path) {
   struct stat status {};
   return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);

@@ -29,6 +29,7 @@ class PosixPlatform : public host::Platform {
   PosixPlatform& operator=(const PosixPlatform&) = delete;
 
   bool FileExists(const std::string& path) override;
+  bool MayExist(const std::string& path) override;
   bool FolderExists(const std::string& path) override;
   std::optional<std::string> ReadFile(const std::string& path) override;
   bool ReplaceFileByPieces(const std::string& path, std::span<const std::string_view> pieces) override;

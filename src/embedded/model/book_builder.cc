@@ -231,7 +231,7 @@ void BookReader::ReadElement(Id id, std::uint32_t* component) {
 void BookReader::ReadAttributes(Id id) {
   Children(&reader_, [&] {
     if (reader_.token() != Token::kAttribute || reader_.kind() != Piece::kGroup) return;
-    Attribute attribute;
+    Attribute attribute{};
     attribute.first_value = static_cast<std::uint32_t>(tree_.values.size());
     Children(&reader_, [&] {
       if (reader_.token() == Token::kAttrName) attribute.name = tree_.InternName(StringData(reader_, &tree_));
@@ -244,7 +244,7 @@ void BookReader::ReadAttributes(Id id) {
 }
 
 void BookReader::AddItem(ItemKind kind, Id id, std::uint32_t begin, std::uint32_t end) {
-  Item item;
+  Item item{};
   item.begin = begin;
   item.end = end;
   item.kind = kind;
@@ -285,7 +285,7 @@ void BookReader::FinishTree() {
   flow.end_item = static_cast<std::uint32_t>(tree_.items.size());
   if (tops_.size() > 1) {
     const auto root = static_cast<Id>(tree_.elements.size());
-    Element element;
+    Element element{};
     element.definition = tree_.InternDefinition("NoName");
     element.is_virtual = true;
     element.end_item = flow.end_item;

@@ -25,29 +25,31 @@
 
 namespace qelm::embedded::model {
 
+// These two are trivial as items are: one is made as `Element{}`.
 struct Attribute {
-  std::uint32_t name = 0;         // index into Document::names
-  std::uint32_t first_value = 0;  // index into Document::values
-  std::uint32_t value_count = 0;
+  std::uint32_t name;         // index into Document::names
+  std::uint32_t first_value;  // index into Document::values
+  std::uint32_t value_count;
 };
 
 struct Element {
-  Id parent = 0;
-  Id first_child = 0;
-  Id last_child = 0;
-  Id previous = 0;
-  Id next = 0;
-  Id definition = 0;             // 0: a text node
-  std::uint32_t first_item = 0;  // the element is items [first_item, end_item)
-  std::uint32_t end_item = 0;
-  std::uint32_t first_attribute = 0;
-  std::uint16_t attribute_count = 0;
-  ElementKind kind = ElementKind::kContainer;
-  bool deleted : 1 = false;
-  bool attributes_changed : 1 = false;
-  bool is_virtual : 1 = false;  // made by the reader: the root of a flow that has no single one
-  std::uint32_t source = 0;     // where its statement begins in the source
+  Id parent;
+  Id first_child;
+  Id last_child;
+  Id previous;
+  Id next;
+  Id definition;             // 0: a text node
+  std::uint32_t first_item;  // the element is items [first_item, end_item)
+  std::uint32_t end_item;
+  std::uint32_t first_attribute;
+  std::uint16_t attribute_count;
+  ElementKind kind;
+  bool deleted : 1;
+  bool attributes_changed : 1;
+  bool is_virtual : 1;   // made by the reader: the root of a flow that has no single one
+  std::uint32_t source;  // where its statement begins in the source
 };
+static_assert(std::is_trivial_v<Attribute> && std::is_trivial_v<Element>);
 
 struct AttributeDefinition {
   std::uint32_t name = 0;

@@ -211,7 +211,7 @@ bool SetAttributes(Document* document, Id id, const std::vector<NewAttribute>& a
   element.attribute_count = static_cast<std::uint16_t>(attributes.size());
   for (const NewAttribute& from : attributes) {
     const auto known = document->name_index.find(from.name);
-    Attribute attribute;
+    Attribute attribute{};
     attribute.name =
         known != document->name_index.end() ? known->second : document->InternName(document->Keep(from.name));
     attribute.first_value = static_cast<std::uint32_t>(document->values.size());

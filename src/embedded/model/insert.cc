@@ -56,7 +56,7 @@ Id AddNew(Document* document, ElementKind kind, NewContent content) {
   Additions& additions = document->additions;
   const auto id = static_cast<Id>(document->elements.size());
   if (additions.first == 0) additions.first = id;
-  Element element;
+  Element element{};
   element.kind = kind;
   document->elements.push_back(element);
   additions.contents.push_back(std::move(content));

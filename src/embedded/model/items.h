@@ -8,12 +8,14 @@
 #pragma once
 
 #include <cstdint>
+#include <type_traits>
 
 #include "embedded/model/ids.h"
 
 namespace qelm::embedded::model {
 
 enum class ItemKind : std::uint8_t {
+  kOther,           // anything else: carried through
   kParagraphBegin,  // ref: paragraph
   kParagraphEnd,    // ref: paragraph; its conditions are those of the paragraph's mark
   kLine,            // a layout line begins; the range is the whole line
@@ -40,7 +42,6 @@ enum class ItemKind : std::uint8_t {
   kHiddenPlace,  // a hidden block belongs here; ref: block
   kHiddenBegin,  // the block's own marks around its text; ref: block
   kHiddenEnd,
-  kOther,  // anything else: carried through
 };
 
 enum ItemFlag : std::uint8_t {
@@ -51,17 +52,19 @@ enum ItemFlag : std::uint8_t {
   kInBlock = 1U << 4,    // belongs to a hidden block
 };
 
+// Trivial, so that arrays of items are copied as the bytes that they are: one is made as `Item{}`.
 struct Item {
-  std::uint32_t begin = 0;  // the statement in the source
-  std::uint32_t end = 0;
-  std::uint32_t ref = 0;
-  std::uint32_t font = 0;        // character state in force, an index into Document::fonts
-  std::uint16_t conditions = 0;  // condition set in force, an index into Document::condition_sets
-  ItemKind kind = ItemKind::kOther;
-  std::uint8_t flags = 0;
+  std::uint32_t begin;  // the statement in the source
+  std::uint32_t end;
+  std::uint32_t ref;
+  std::uint32_t font;        // character state in force, an index into Document::fonts
+  std::uint16_t conditions;  // condition set in force, an index into Document::condition_sets
+  ItemKind kind;
+  std::uint8_t flags;
 
   bool Is(ItemFlag flag) const { return (flags & flag) != 0; }
 };
+static_assert(std::is_trivial_v<Item>);
 
 // Whether the item is something that a reader sees or that takes a place in the text.
 constexpr bool IsContent(ItemKind kind) {

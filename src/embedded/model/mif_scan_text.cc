@@ -101,6 +101,7 @@ void MifScanner::ReadParagraph() {
   const auto index = static_cast<std::uint32_t>(document_.paragraphs.size());
   Paragraph paragraph;
   paragraph.begin = reader_.begin();
+  paragraphs_room_.Need(document_.paragraphs);
   document_.paragraphs.push_back(paragraph);
   const std::uint32_t opener_end = reader_.end();
   font_ = 0;
@@ -407,6 +408,7 @@ std::uint32_t MifScanner::ReadElement() {
     last_definition_ = document_.InternDefinition(tag);
   }
   element.definition = last_definition_;
+  elements_room_.Need(scan_.elements);
   scan_.elements.push_back(element);
   return static_cast<std::uint32_t>(scan_.elements.size()) - 1;
 }
@@ -448,7 +450,7 @@ std::string_view MifScanner::ReadElementContent(RawElement* element) {
 void MifScanner::ReadAttributes(RawElement* element) {
   Children(&reader_, [&] {
     if (reader_.token() != Token::kAttribute || reader_.kind() != Piece::kGroup) return;
-    Attribute attribute;
+    Attribute attribute{};
     attribute.first_value = static_cast<std::uint32_t>(document_.values.size());
     Children(&reader_, [&] {
       if (reader_.token() == Token::kAttrName) {

@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "embedded/model/mif_scan.h"
+#include "embedded/model/room_ahead.h"
 
 namespace qelm::embedded::model {
 
@@ -72,7 +73,7 @@ class MifScanner {
   std::uint16_t ReadConditionSet();
   void Warn(std::uint32_t offset, std::string text);
   Item& Add(ItemKind kind, std::uint32_t ref) {
-    Item item;
+    Item item{};
     item.begin = reader_.begin();
     item.end = reader_.end();
     item.ref = ref;
@@ -80,6 +81,7 @@ class MifScanner {
     item.conditions = conditions_;
     item.kind = kind;
     if (!suffixes_.empty()) item.flags |= kGenerated;
+    items_room_.Need(scan_.items);
     return scan_.items.emplace_back(item);
   }
   void Finish(std::uint32_t item) { scan_.items[item].end = reader_.end(); }
@@ -90,6 +92,10 @@ class MifScanner {
   Document& document_;
   Scan& scan_;
   mif::Reader reader_;
+  RoomAhead items_room_;
+  RoomAhead elements_room_;
+  RoomAhead parts_room_;
+  RoomAhead paragraphs_room_;
 
   // Running state, in the order of the file.
   std::uint16_t conditions_ = 0;

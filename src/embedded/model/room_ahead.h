@@ -20,20 +20,27 @@ class RoomAhead {
     if (array.size() < limit_) return;
     limit_ = array.size() + kStep / sizeof(T);
     if (array.capacity() - array.size() < kStep / sizeof(T)) return;
-    BringIn(reinterpret_cast<std::uintptr_t>(array.data() + array.size()));
+    BringIn(reinterpret_cast<std::uintptr_t>(array.data() + array.size()), kStep);
+  }
+  // Of an array that will be as full as its room allows: all of it at once.
+  template <typename T>
+  static void NeedAll(const std::vector<T>& array) {
+    const std::size_t bytes = (array.capacity() - array.size()) * sizeof(T);
+    if (bytes >= kStep) BringIn(reinterpret_cast<std::uintptr_t>(array.data() + array.size()), bytes);
   }
 
  private:
   static constexpr std::size_t kStep = std::size_t{1} << 20U;
 
   // Where the system has no such call, the memory comes as it always does.
-  static void BringIn(std::uintptr_t begin) {
+  static void BringIn(std::uintptr_t begin, std::size_t bytes) {
 #if defined(MADV_POPULATE_WRITE)
     constexpr std::uintptr_t kPage = 4096;
     const std::uintptr_t first = (begin + kPage - 1) / kPage * kPage;
-    ::madvise(reinterpret_cast<void*>(first), (begin + kStep) / kPage * kPage - first, MADV_POPULATE_WRITE);
+    ::madvise(reinterpret_cast<void*>(first), (begin + bytes) / kPage * kPage - first, MADV_POPULATE_WRITE);
 #else
     static_cast<void>(begin);
+    static_cast<void>(bytes);
 #endif
   }
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "embedded/model/room_ahead.h"
+
 namespace qelm::embedded::model {
 namespace {
 
@@ -43,6 +45,7 @@ class TreeBuilder {
   std::uint32_t Here() const { return static_cast<std::uint32_t>(document_.items.size()); }
 
   Document& document_;
+  RoomAhead room_;  // of the elements
   std::vector<std::uint32_t> open_insets_;
   Scan& scan_;
   std::vector<Range> ranges_;
@@ -66,6 +69,7 @@ void TreeBuilder::Warn(std::uint32_t offset, const char* text) {
 
 void TreeBuilder::Run() {
   document_.items.reserve(scan_.items.size());
+  RoomAhead::NeedAll(document_.items);
   document_.elements.reserve(scan_.elements.size() * 2);
   document_.flows.reserve(scan_.flows.size() + 1);
   const auto is_hidden = [&](const RawFlow& raw) {
@@ -279,9 +283,10 @@ void TreeBuilder::Emit(const Item& raw, std::uint32_t block) {
 void TreeBuilder::AddText(const Item& item) {
   if (text_ == 0 && !open_.empty() && !item.Is(kGenerated)) {
     text_ = static_cast<Id>(document_.elements.size());
-    Element node;
+    Element node{};
     node.kind = ElementKind::kText;
     node.first_item = Here();
+    room_.Need(document_.elements);
     document_.elements.push_back(node);
     Attach(text_);
   }
@@ -295,7 +300,7 @@ Id TreeBuilder::NewElement(std::uint32_t raw, ElementKind kind) {
   EndText();
   const RawElement& from = scan_.elements[raw];
   const auto id = static_cast<Id>(document_.elements.size());
-  Element element;
+  Element element{};
   element.definition = from.definition;
   element.first_attribute = from.first_attribute;
   element.attribute_count = from.attribute_count;
@@ -303,6 +308,7 @@ Id TreeBuilder::NewElement(std::uint32_t raw, ElementKind kind) {
   element.kind = kind;
   element.first_item = Here();
   element.end_item = Here() + 1;
+  room_.Need(document_.elements);
   document_.elements.push_back(element);
   Attach(id);
   return id;

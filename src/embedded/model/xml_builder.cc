@@ -253,7 +253,7 @@ void Gatherer::InsertLateBlanks() {
       --from;
       items[from + left] = items[from];
     }
-    Item item;
+    Item item{};
     item.begin = blank.begin;
     item.end = blank.end;
     item.flags = kTouched;
@@ -383,7 +383,7 @@ std::uint16_t Gatherer::ReadAttributes(const Event& event, Id definition, bool* 
 }
 
 void Gatherer::AddAttribute(const xml::Attribute& from, std::string_view in_source, Id definition) {
-  Attribute attribute;
+  Attribute attribute{};
   const auto known = document_.name_index.find(from.name);
   attribute.name = known != document_.name_index.end()
                        ? known->second

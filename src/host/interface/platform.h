@@ -37,6 +37,9 @@ class Platform {
   virtual ~Platform() = default;
 
   virtual bool FileExists(const std::string& path) = 0;
+  // True also where it cannot be found out. Who would go on without a file, or put another one in its place,
+  // asks this: opening it tells what is wrong.
+  virtual bool MayExist(const std::string& path) { return FileExists(path); }
   virtual bool FolderExists(const std::string& path) = 0;
   // The whole content of a file; nothing when it cannot be read.
   virtual std::optional<std::string> ReadFile(const std::string& path) = 0;
