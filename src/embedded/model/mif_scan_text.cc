@@ -159,24 +159,32 @@ void MifScanner::RestBehind() {
   rested_ = reader_.end();
 }
 
+// The state that a PgfTag sets. Cells and list items follow others of the same format.
+std::uint32_t MifScanner::CatalogState(std::string_view tag, Span statement) {
+  if (last_catalog_state_ != 0 && document_.paragraph_states[last_catalog_state_].tag == tag) {
+    return last_catalog_state_;
+  }
+  const auto [found, is_new] =
+      catalog_states_.try_emplace(tag, static_cast<std::uint32_t>(document_.paragraph_states.size()));
+  if (is_new) {
+    ParagraphState state;
+    state.tag = tag;
+    state.tag_statement = statement;
+    const auto format = document_.paragraph_formats.find(tag);
+    if (format != document_.paragraph_formats.end()) state.font = format->second;
+    document_.paragraph_states.push_back(state);
+  }
+  last_catalog_state_ = found->second;
+  return found->second;
+}
+
 // PgfTag names a catalog format and forgets what was before; Pgf changes the format in force, which may be
 // that of the paragraph before.
 void MifScanner::ReadParagraphState(Paragraph* paragraph) {
   const std::uint32_t begin = reader_.begin();
   paragraph->sets_state = true;
   if (reader_.token() == Token::kPgfTag) {
-    const std::string_view tag = StringData(reader_, &document_);
-    const auto [found, is_new] =
-        catalog_states_.try_emplace(tag, static_cast<std::uint32_t>(document_.paragraph_states.size()));
-    if (is_new) {
-      ParagraphState state;
-      state.tag = tag;
-      state.tag_statement = {begin, reader_.end()};
-      const auto format = document_.paragraph_formats.find(tag);
-      if (format != document_.paragraph_formats.end()) state.font = format->second;
-      document_.paragraph_states.push_back(state);
-    }
-    paragraph_state_ = found->second;
+    paragraph_state_ = CatalogState(StringData(reader_, &document_), {begin, reader_.end()});
     paragraph->absolute = true;
     return;
   }

@@ -57,6 +57,7 @@ class MifScanner {
   void EndLooseFlow();
   void RestBehind();
   void ReadParagraph();
+  std::uint32_t CatalogState(std::string_view tag, Span statement);
   void ReadParagraphState(Paragraph* paragraph);
   void ReadLine();
   void ReadLineItem();
@@ -114,6 +115,7 @@ class MifScanner {
 
   std::unordered_map<std::string_view, std::uint32_t> font_index_;
   std::unordered_map<std::string_view, std::uint32_t> catalog_states_;
+  std::uint32_t last_catalog_state_ = 0;
   // Behind the name of an element without attributes comes what came in others, by the length of the line end
   // and indentation before it.
   std::array<std::string_view, 32> rests_;

@@ -617,7 +617,11 @@ bool ReadXml(SourceBytes bytes, Document* document, std::string* error) {
   constexpr std::size_t kBytesPerItem = 10;
   constexpr std::size_t kMostRoom = std::size_t{1}
                                     << 25U;  // where memory is only promised as far as there is some
-  document->items.reserve(std::min(source.size() / kBytesPerItem, kMostRoom));
+  constexpr std::size_t kBytesPerAttribute = 128;
+  const auto room = [&](std::size_t bytes_each) { return std::min(source.size() / bytes_each, kMostRoom); };
+  document->items.reserve(room(kBytesPerItem));
+  document->attributes.reserve(room(kBytesPerAttribute));
+  document->values.reserve(room(kBytesPerAttribute));
   Gatherer gatherer(document, &draft);
   xml::Error problem;
   if (!xml::Read(document->source, &gatherer, &problem)) {
