@@ -147,7 +147,7 @@ Json BookJson(Session& session, host::Id book) {
        id = host.books.NextComponent(book, id)) {
     const std::string path(host.books.ComponentPath(book, id));
     components.push_back({{"path", path},
-                          {"found", host.platform.FileExists(path)},
+                          {"found", host.platform.IsThere(path)},
                           {"text", host.books.EntryText(book, id)},
                           {"generated", host.books.IsGenerated(book, id)},
                           {"excluded", host.books.IsExcluded(book, id)}});

@@ -142,7 +142,7 @@ void Table::AddFile(const std::string& path, Target* found, bool is_component) {
 
 const Table::Place& Table::PlaceOf(const std::string& path) {
   const auto [found, is_new] = places_.try_emplace(path);
-  if (is_new) found->second = {host_.platform.FileExists(path), &targets_[Identity(path)]};
+  if (is_new) found->second = {host_.platform.IsThere(path), &targets_[Identity(path)]};
   return found->second;
 }
 

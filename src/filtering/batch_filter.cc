@@ -164,7 +164,7 @@ bool Batch::OpenReportFile() {
   host::Platform& platform = host_.platform;
   std::string path = ReportPath(request_);
   if (request_.report_is_named) {
-    if (platform.FileExists(path) && !IsReport(path)) {
+    if (platform.MayExist(path) && !IsReport(path)) {
       run_.why = messenger_.Format("QELM_MSG_FILTER_REP_27", path);
       if (request_.prompts) messenger_.Alert(run_.why);
       return false;

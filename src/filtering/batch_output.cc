@@ -187,12 +187,16 @@ void OutputSteps::OpenDocuments() {
     // What could not be opened in the source was said there, and was not copied: the new book names it where
     // it is, and it is not to be changed.
     const std::string path(host_.books.ComponentPath(output_, component));
-    if (!host_.platform.MayExist(path)) continue;
+    const bool is_made = made.contains(path);
+    if (!is_made && !host_.platform.MayExist(path)) continue;
     const messages::OpenedComponent found =
         messages::OpenComponent(host_, output_, component, settings_.suppress_file_opening_alerts);
-    if (found.document == kNone) continue;
+    if (found.document == kNone) {
+      if (is_made) Incomplete(kStepErrorLine, "QELM_MSG_FILTER_REP_72", found.why);
+      continue;
+    }
     if (found.opened) opened_.push_back(found.document);
-    if (made.contains(path)) {
+    if (is_made) {
       documents_.push_back(found.document);
     } else {
       names_sources_ = true;
@@ -251,11 +255,18 @@ void OutputSteps::ImportVariables() {
   }
   const std::string folder =
       FolderFromOutput(outcome_->folder, settings_.bf_post_process_default_var_import_folder);
-  const std::string path = FindVariablesFile(host_.platform, settings_, folder, names_.scheme_name);
-  if (path.empty()) {
+  const std::optional<std::string> found =
+      FindVariablesFile(host_.platform, settings_, folder, names_.scheme_name);
+  if (!found) {
+    const std::string why = host_.platform.LastError();
+    Incomplete(kStepErrorLine, "QELM_MSG_FILTER_REP_33", common::WithReason(folder, why));
+    return;
+  }
+  if (found->empty()) {
     steps_.Say(kStepLine, "QELM_MSG_FILTER_REP_32", folder);
     return;
   }
+  const std::string& path = *found;
   host::OpenStatus status = host::OpenStatus::kUnreadable;
   variables_ = host_.documents.Open(path, {.visible = false, .suppress_alerts = true}, &status);
   if (variables_ == kNone || host_.books.IsBook(variables_)) {

@@ -222,13 +222,14 @@ std::string CopyRecord::Text() const {
   return complete_ ? text + std::string(kCompleteLine) + "\n" : text;
 }
 
-// A pipe that is to be overwritten would wait for somebody who reads it.
+// A pipe that is to be overwritten would wait for somebody who reads it, and a link may lead anywhere.
 bool CopyRecord::Write() const {
   const std::string text = Text();
   std::error_code error;
   const bool is_file = fs::is_regular_file(path_, error);
   if (is_file && platform_.ReadFile(path_) == text) return true;
-  if (!is_file && platform_.MayExist(path_) && !platform_.RemoveFile(path_)) return false;
+  const bool in_the_way = !is_file && (platform_.FileExists(path_) || fs::is_symlink(path_, error));
+  if (in_the_way && !platform_.RemoveFile(path_)) return false;
   return platform_.ReplaceFile(path_, text);
 }
 

@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "filtering/id_set.h"
 #include "filtering/plain_path.h"
 #include "messages/element_places.h"
 
@@ -21,11 +22,11 @@ std::string KeyOf(LinkKind kind, std::string_view name) {
 }
 
 // By element: whether it, or what it lies in, would go. Empty when nothing would.
-std::vector<bool> GoneElements(host::Host& host, Id document, const std::vector<Id>& would_go) {
-  std::vector<bool> gone;
+IdSet GoneElements(host::Host& host, Id document, const std::vector<Id>& would_go) {
+  IdSet gone;
   if (would_go.empty()) return gone;
-  gone.resize(host.elements.IdLimit(document));
-  for (const Id element : would_go) gone[element] = true;
+  gone.Reset(host.elements.IdLimit(document));
+  for (const Id element : would_go) gone.Add(element);
   host::ElementColumns columns;
   for (Id flow = host.elements.FirstFlow(document); flow != kNone;
        flow = host.elements.NextFlow(document, flow)) {
@@ -34,21 +35,18 @@ std::vector<bool> GoneElements(host::Host& host, Id document, const std::vector<
   }
   for (std::size_t place = 0; place < columns.elements.size(); ++place) {
     const std::uint32_t parent = columns.parents[place];
-    if (parent != host::ElementColumns::kNoPlace && gone[columns.elements[parent]]) {
-      gone[columns.elements[place]] = true;
+    if (parent != host::ElementColumns::kNoPlace && gone.Holds(columns.elements[parent])) {
+      gone.Add(columns.elements[place]);
     }
   }
   return gone;
 }
 
-bool Holds(const std::vector<bool>& gone, Id element) { return element < gone.size() && gone[element]; }
-
 // The names of which nothing is left.
-std::unordered_set<std::string> GoneNames(const std::vector<LinkTarget>& targets,
-                                          const std::vector<bool>& gone) {
+std::unordered_set<std::string> GoneNames(const std::vector<LinkTarget>& targets, const IdSet& gone) {
   std::unordered_set<std::string> names;
   const auto went = [&gone](const LinkTarget& target) {
-    return target.state != LinkTarget::State::kShown || Holds(gone, target.element);
+    return target.state != LinkTarget::State::kShown || gone.Holds(target.element);
   };
   for (const LinkTarget& target : targets) {
     if (went(target)) names.insert(KeyOf(target.kind, target.name));
@@ -77,12 +75,12 @@ void DanglingReferences::Add(Id document, const std::vector<Id>& would_go) {
   if (!host_.links.ReadAll(document, &links, &targets) || (links.empty() && single_)) return;
   const std::string path(host_.documents.Path(document));
   const std::string own = PlainPath(host_.platform, path);
-  const std::vector<bool> gone = GoneElements(host_, document, would_go);
+  const IdSet gone = GoneElements(host_, document, would_go);
   Names& names = files_[own];
   names.gone.merge(GoneNames(targets, gone));
   messages::ElementPlaces places(host_, document);
   for (const Link& link : links) {
-    if (!CanDangle(link) || link.hidden || Holds(gone, link.element)) continue;
+    if (!CanDangle(link) || link.hidden || gone.Holds(link.element)) continue;
     const bool inside = link.path.empty() || link.path == own;
     const bool dangling = inside && names.gone.contains(KeyOf(link.kind, link.target));
     if (!dangling && (inside || single_)) continue;

@@ -66,19 +66,21 @@ bool TakeBackLine(host::Platform& platform, const std::string& folder, const std
   const std::string_view target = line.substr(second + 1);
   const std::string placed = common::JoinPath(folder, target);
   const bool is_there = platform.MayExist(placed);
+  if (is_there && !platform.FileExists(placed)) return false;
   const bool is_ours = is_there && platform.FileState(placed) == line.substr(end + 1, second - end - 1);
   if (platform.MayExist(before)) {
     return (is_ours || !is_there) && IsBelow(folder, target) && platform.MoveFile(before, placed);
   }
   // What was replaced is back already, or was not taken away yet.
-  if (replaced || platform.MayExist(staged) || !IsBelow(folder, target)) return true;
+  if (replaced || !IsBelow(folder, target)) return true;
+  if (platform.MayExist(staged)) return platform.FileExists(staged);
   return !is_ours || platform.RemoveFile(placed);
 }
 
 // Puts back what was placed by the list in the inner folder. False when something of it remains to be done,
 // or a file that was replaced lies there and nobody knows from where.
 bool TakeBack(host::Platform& platform, const std::string& folder, const std::string& stage) {
-  if (platform.MayExist(common::JoinPath(stage, kKeptName))) return true;
+  if (platform.FileExists(common::JoinPath(stage, kKeptName))) return true;
   const std::string path = common::JoinPath(stage, kListName);
   const std::optional<std::string> list = platform.ReadFile(path);
   if (!list && platform.MayExist(path)) return false;
@@ -179,6 +181,10 @@ bool StagedFiles::Undo() {
   bool done = true;
   for (auto placed = placed_.rbegin(); placed != placed_.rend(); ++placed) {
     const bool is_there = platform_.MayExist(placed->target);
+    if (is_there && !platform_.FileExists(placed->target)) {
+      done = false;  // nobody knows whose it is
+      continue;
+    }
     const bool is_ours = is_there && platform_.FileState(placed->target) == placed->state;
     if (!placed->before.empty()) {
       done = (is_ours || !is_there) &&

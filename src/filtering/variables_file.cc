@@ -55,20 +55,22 @@ bool IsMeant(host::Tables& tables, Id document, Id table, std::string_view ident
 
 }  // namespace
 
-std::string FindVariablesFile(host::Platform& platform, const config::LocalSettings& settings,
-                              const std::string& folder, std::string_view scheme) {
+std::optional<std::string> FindVariablesFile(host::Platform& platform, const config::LocalSettings& settings,
+                                             const std::string& folder, std::string_view scheme) {
   const std::vector<std::string>& from_scheme = settings.bf_post_process_var_import_filter_strings_to_remove;
   const std::vector<std::string>& from_file = settings.bf_post_process_var_import_file_strings_to_remove;
   const std::string wanted = WithoutStrings(scheme, from_scheme);
   const std::string as_file = SafeName(wanted);
-  for (const std::string& name : platform.FolderNames(folder)) {
+  const std::optional<std::vector<std::string>> names = platform.ReadFolder(folder);
+  if (!names) return std::nullopt;
+  for (const std::string& name : *names) {
     if (!IsDocumentName(name)) continue;
     const std::string own = WithoutStrings(NameWithoutExtension(name), from_file);
     if (!common::EqualsIgnoreCase(own, wanted) && !common::EqualsIgnoreCase(own, as_file)) continue;
     const std::string path = common::JoinPath(folder, name);
     if (!platform.FolderExists(path)) return path;
   }
-  return {};
+  return std::string();
 }
 
 std::optional<MetadataEntries> ReadMetadata(host::Tables& tables, Id document, std::string_view identifier) {

@@ -16,9 +16,10 @@ namespace qelm::filtering {
 
 // The file of the folder that belongs to the scheme: its name without extension, less the strings that the
 // settings remove from files, is the scheme's name less those that they remove from schemes, letter case
-// ignored. The first one in byte order; empty when there is none.
-std::string FindVariablesFile(host::Platform& platform, const config::LocalSettings& settings,
-                              const std::string& folder, std::string_view scheme);
+// ignored. The first one in byte order; empty when there is none; nothing, with LastError(), when the folder
+// cannot be read.
+std::optional<std::string> FindVariablesFile(host::Platform& platform, const config::LocalSettings& settings,
+                                             const std::string& folder, std::string_view scheme);
 
 using MetadataEntries = std::vector<std::pair<std::string, std::string>>;  // field and value
 

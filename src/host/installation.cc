@@ -83,7 +83,7 @@ class Installation {
   }
 
   void WriteVersion() {
-    if (host_.platform.FileExists(At(kVersionFile))) return;
+    if (host_.platform.MayExist(At(kVersionFile))) return;
     host_.platform.ReplaceFile(At(kVersionFile), common::VersionText() + "\n\n" + kVersionFileWarning + "\n");
   }
 
@@ -94,7 +94,7 @@ class Installation {
 
   void Make(const InstalledFile& file) {
     const std::string target = At(file.name);
-    if (host_.platform.FileExists(target)) return;
+    if (host_.platform.MayExist(target)) return;
     const std::string source = common::JoinPath(plugin_folder_, file.name);
     if (!file.document || !SaveThere(source, target)) host_.platform.CopyFile(source, target);
     if (!host_.platform.FileExists(target)) messenger_.Alert(Messenger::FormatText(file.failure, target));

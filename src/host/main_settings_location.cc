@@ -107,7 +107,7 @@ class Location {
   bool WriteLocalSettings() {
     host::Platform& platform = host_.platform;
     const std::optional<std::string> before = platform.ReadFile(paths_.local_settings);
-    if (!before && platform.FileExists(paths_.local_settings)) return false;
+    if (!before && platform.MayExist(paths_.local_settings)) return false;
     const std::optional<std::string> after =
         config::WithMainSettingsPath(before.value_or(""), paths_.main_settings, path_);
     return after && platform.ReplaceFile(paths_.local_settings, *after);

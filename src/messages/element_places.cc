@@ -18,6 +18,12 @@ host::Id Following(host::Elements& elements, host::Id document, host::Id node) {
   return host::kNone;
 }
 
+// What is kept of an element. Documents grow, so that there may be none for a new one yet.
+std::uint32_t& Of(std::vector<std::uint32_t>* kept, host::Id element, std::uint32_t unknown) {
+  if (element >= kept->size()) kept->resize(std::size_t{element} + 1, unknown);
+  return (*kept)[element];
+}
+
 }  // namespace
 
 std::uint32_t ElementPlaces::Number(host::Id element) {
@@ -25,7 +31,7 @@ std::uint32_t ElementPlaces::Number(host::Id element) {
     element = host_.elements.Parent(document_, element);
   }
   if (numbers_.empty()) numbers_.assign(host_.elements.IdLimit(document_), kUnknown);
-  if (numbers_[element] == kUnknown) {
+  if (Of(&numbers_, element, kUnknown) == kUnknown) {
     host::Id root = element;
     while (const host::Id parent = host_.elements.Parent(document_, root)) root = parent;
     NumberTree(root);
@@ -81,7 +87,7 @@ host::Id ElementPlaces::ByNumber(std::uint32_t number) {
 
 std::uint32_t ElementPlaces::Ordinal(host::Id element) {
   if (ordinals_.empty()) ordinals_.assign(host_.elements.IdLimit(document_), 0);
-  if (ordinals_[element] != 0) return ordinals_[element];
+  if (const std::uint32_t known = Of(&ordinals_, element, 0); known != 0) return known;
   const host::Id parent = host_.elements.Parent(document_, element);
   if (parent == host::kNone) return ordinals_[element] = 1;
   PlaceChildren(parent);
@@ -91,7 +97,9 @@ std::uint32_t ElementPlaces::Ordinal(host::Id element) {
 void ElementPlaces::NumberTree(host::Id root) {
   std::uint32_t number = 0;
   for (host::Id node = root; node != host::kNone; node = Following(host_.elements, document_, node)) {
-    if (host_.elements.Definition(document_, node) != host::kNone) numbers_[node] = number++;
+    if (host_.elements.Definition(document_, node) != host::kNone) {
+      Of(&numbers_, node, kUnknown) = number++;
+    }
   }
 }
 
@@ -102,7 +110,7 @@ void ElementPlaces::PlaceChildren(host::Id parent) {
        child = elements.NextSibling(document_, child)) {
     Count& count = counts_[elements.Definition(document_, child)];
     if (count.parent != parent) count = {parent, 0};
-    ordinals_[child] = ++count.children;
+    Of(&ordinals_, child, 0) = ++count.children;
   }
 }
 

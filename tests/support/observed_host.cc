@@ -338,6 +338,7 @@ class ObservedPlatform : public Observed<Platform> {
   CALL1(std::string, FileState, const std::string&)
   CALL3(bool, ReplaceUnchanged, const std::string&, std::span<const std::string_view>, std::string*)
   CALL1(std::vector<std::string>, FolderNames, const std::string&)
+  CALL1(std::optional<std::vector<std::string>>, ReadFolder, const std::string&)
   CALL1(std::optional<std::uint64_t>, FileSize, const std::string&)
   CALL1(std::optional<std::uint64_t>, FreeSpace, const std::string&)
   CALL1(std::string, ResolvedPath, const std::string&)

@@ -72,7 +72,7 @@ std::string PartOfUnfinished(Workspace& workspace, const std::string& path) {
   std::filesystem::path folder = std::filesystem::path(path).parent_path();
   while (inside.size() < kMostFolders && !folder.empty()) {
     const bool unfinished = platform.IsUnfinished(folder.string());
-    if (!unfinished && platform.FileExists((folder / host::kUnfinishedName).string())) return {};
+    if (!unfinished && platform.MayExist((folder / host::kUnfinishedName).string())) return {};
     const auto& of_complete_copy = workspace.options().of_complete_copy;
     const auto put_there = [&](const std::filesystem::path& inner) {
       return of_complete_copy && of_complete_copy(inner.string(), path);
@@ -222,14 +222,16 @@ Id DocumentsRole::OpenLocated(const std::string& named, const host::OpenOptions&
   if (platform.FolderExists(path)) {
     return Refuse(path, OpenStatus::kIsFolder, "this is a folder, not a file.", status);
   }
-  if (!platform.FileExists(path))
+  const bool is_there = platform.IsThere(path);
+  if (!is_there && !platform.MayExist(path)) {
     return Refuse(path, OpenStatus::kNotFound, "there is no such file.", status);
+  }
   if (!IsOrdinary(path)) {
     return Refuse(path, OpenStatus::kUnreadable, "this is a device, not a file.", status);
   }
-  if (const std::string unfinished = PartOfUnfinished(workspace_, path); !unfinished.empty()) {
-    return Refuse(path, OpenStatus::kUnreadable, unfinished, status);
-  }
+  // Of what cannot be reached reading says why.
+  const std::string unfinished = is_there ? PartOfUnfinished(workspace_, path) : std::string();
+  if (!unfinished.empty()) return Refuse(path, OpenStatus::kUnreadable, unfinished, status);
   const std::string state = platform.FileState(path);
   const Id id = Read(path, options, status);
   if (id != host::kNone && !options.as_new) workspace_.File(id)->state = state;

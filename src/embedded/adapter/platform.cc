@@ -256,7 +256,7 @@ bool PosixPlatform::BeginFilling(const std::string& folder) {
 }
 
 bool PosixPlatform::IsUnfinished(const std::string& folder) {
-  return FileExists(folder + "/" + std::string(host::kUnfinishedName)) &&
+  return MayExist(folder + "/" + std::string(host::kUnfinishedName)) &&
          !filled_.contains(ResolvedPath(folder));
 }
 
@@ -333,9 +333,17 @@ bool PosixPlatform::SameFile(const std::string& left, const std::string& right) 
 }
 
 std::vector<std::string> PosixPlatform::FolderNames(const std::string& path) {
+  return ReadFolder(path).value_or(std::vector<std::string>());
+}
+
+std::optional<std::vector<std::string>> PosixPlatform::ReadFolder(const std::string& path) {
   std::vector<std::string> names;
   const std::unique_ptr<DIR, int (*)(DIR*)> folder(::opendir(path.c_str()), &::closedir);
-  if (!folder) return Fail(errno), names;
+  if (!folder) {
+    const bool is_missing = errno == ENOENT || errno == ENOTDIR;
+    Fail(errno);
+    return is_missing ? std::optional(names) : std::nullopt;
+  }
   while (const dirent* entry = ::readdir(folder.get())) {
     const std::string_view name = entry->d_name;
     if (name != "." && name != "..") names.emplace_back(name);

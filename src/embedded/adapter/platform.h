@@ -52,6 +52,7 @@ class PosixPlatform : public host::Platform {
   void Listen(host::WriteListener* listener) override { listeners_.push_back(listener); }
   void StopListening(host::WriteListener* listener) override { std::erase(listeners_, listener); }
   std::vector<std::string> FolderNames(const std::string& path) override;
+  std::optional<std::vector<std::string>> ReadFolder(const std::string& path) override;
   std::optional<std::uint64_t> FileSize(const std::string& path) override;
   std::optional<std::uint64_t> FreeSpace(const std::string& folder) override;
   std::string ResolvedPath(const std::string& path) override;

@@ -91,7 +91,9 @@ fs::path Native(std::string path) {
 
 Located LocateFile(const std::string& path) {
   std::error_code error;
-  if (fs::exists(path, error)) return {path, true, false};
+  // One that cannot be reached is not another one.
+  const bool unknown = !fs::exists(path, error) && error && error != std::errc::filename_too_long;
+  if (unknown || fs::exists(path, error)) return {path, true, false};
   const fs::path native = Native(path);
   const fs::path found =
       native.has_filename() ? FindIn(native.parent_path(), native.filename().native()) : fs::path();

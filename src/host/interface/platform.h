@@ -40,6 +40,8 @@ class Platform {
   // True also where it cannot be found out. Who would go on without a file, or put another one in its place,
   // asks this: opening it tells what is wrong.
   virtual bool MayExist(const std::string& path) { return FileExists(path); }
+  // FileExists, asked once more where it could not be found out: a file may be out of reach for a moment.
+  bool IsThere(const std::string& path) { return FileExists(path) || (MayExist(path) && FileExists(path)); }
   virtual bool FolderExists(const std::string& path) = 0;
   // The whole content of a file; nothing when it cannot be read.
   virtual std::optional<std::string> ReadFile(const std::string& path) = 0;
@@ -96,6 +98,11 @@ class Platform {
   virtual void StopListening(WriteListener* /*listener*/) {}
   // The names in a folder, in byte order; empty when it cannot be read.
   virtual std::vector<std::string> FolderNames(const std::string& path) = 0;
+  // The same, empty where there is no such folder; nothing, with LastError(), when there may be one that
+  // cannot be read.
+  virtual std::optional<std::vector<std::string>> ReadFolder(const std::string& path) {
+    return FolderNames(path);
+  }
 
   // The size of a file in bytes; nothing when there is none.
   virtual std::optional<std::uint64_t> FileSize(const std::string& path) = 0;
