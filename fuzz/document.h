@@ -6,7 +6,8 @@
 
 namespace qelm::fuzz {
 
-using Build = std::unique_ptr<embedded::model::Document> (*)(std::string bytes, std::string* error);
+using Build = std::unique_ptr<embedded::model::Document> (*)(embedded::model::SourceBytes bytes,
+                                                             std::string* error);
 using Convert = std::string (*)(const embedded::model::Document& document);
 
 // `convert` writes in the format that `build_other` reads. The choices come from the end of the input, so

@@ -217,7 +217,9 @@ std::string CopyRecord::Text() const {
   std::string text = std::string(kSourceWord) + source_ + "\n";
   if (!as_.empty() && as_ != source_) text += std::string(kAsWord) + as_ + "\n";
   for (const auto& [name, marks] : files_) {
-    for (const std::string& mark : marks) text += std::string(kMadeWord) + mark + " " + name + "\n";
+    for (const std::string& mark : marks) {
+      text.append(kMadeWord).append(mark).append(" ").append(name).append("\n");
+    }
   }
   return complete_ ? text + std::string(kCompleteLine) + "\n" : text;
 }
