@@ -129,7 +129,7 @@ std::string WhatIsLeft(const FilterRun& run, const ComponentFiles& files) {
   for (const FilteredComponent& entry : run.components) {
     const bool guilty = entry.ending != filtering::Ending::kNone && entry.ending == run.ending &&
                         run.ending != filtering::Ending::kCompleted;
-    if (guilty) text = ShownPath(entry.path) + ": " + text;
+    if (guilty) text.insert(0, ShownPath(entry.path) + ": ");
     if (guilty) break;
   }
   // Of a copy the run knows more: who holds the folder, which file is in the way, why the book is not saved.
@@ -220,7 +220,7 @@ Outcome RestoreBook(Session& session, host::Id book, bool dry_run) {
     std::string fate = FateOf(entry, true);
     if (fate.empty()) fate = restored ? (dry_run ? "would be restored" : "restored") : "nothing to restore";
     const std::string path = ShownPath(entry.path);
-    outcome.text += "  " + path + ": " + fate + "\n";
+    outcome.text.append("  ").append(path).append(": ").append(fate).append("\n");
     components.push_back({{"path", path}, {"opened", entry.opened}, {"changed", restored}});
     if (!entry.opened) components.back()["error"] = entry.why;
   }

@@ -55,7 +55,7 @@ std::string ContentRule(const Definition& definition, const Children& children, 
   for (const auto& [kind, names] : found->second) {
     std::string part;
     for (const std::string& name : names) part += (part.empty() ? "" : " | ") + name;
-    if (names.size() > 1) part = "(" + part + ")";
+    if (names.size() > 1) part.insert(0, "(").append(")");
     if (definition.kind != ElementKind::kTable) part += "+";
     if (definition.kind == ElementKind::kTable && kind != ElementKind::kTableBody) part += "?";
     rule += (rule.empty() ? "" : ", ") + part;

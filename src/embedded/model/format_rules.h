@@ -6,6 +6,7 @@
 // understood does not hold.
 #pragma once
 
+#include <array>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -46,7 +47,7 @@ class FormatRules {
   };
   using RuleList = std::vector<std::uint32_t>;
   struct DefinitionRules {
-    RuleList parts[3];
+    std::array<RuleList, 3> parts;
   };
   class Reader;
 
