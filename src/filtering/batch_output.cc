@@ -192,7 +192,7 @@ void OutputSteps::OpenDocuments() {
     const messages::OpenedComponent found =
         messages::OpenComponent(host_, output_, component, settings_.suppress_file_opening_alerts);
     if (found.document == kNone) {
-      if (is_made) Incomplete(kStepErrorLine, "QELM_MSG_FILTER_REP_72", found.why);
+      if (is_made) Incomplete(kStepErrorLine, "QELM_MSG_FILTER_REP_11", found.why);
       continue;
     }
     if (found.opened) opened_.push_back(found.document);

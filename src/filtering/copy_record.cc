@@ -224,7 +224,8 @@ std::string CopyRecord::Text() const {
   return complete_ ? text + std::string(kCompleteLine) + "\n" : text;
 }
 
-// A pipe that is to be overwritten would wait for somebody who reads it, and a link may lead anywhere.
+// A pipe that is to be overwritten would wait for somebody who reads it, and a link that leads nowhere takes
+// no content.
 bool CopyRecord::Write() const {
   const std::string text = Text();
   std::error_code error;

@@ -49,6 +49,11 @@ bool IsBelow(const std::string& folder, const std::filesystem::path& target) {
   return type == fs::file_type::regular || type == fs::file_type::not_found;
 }
 
+// Whether something may lie there that cannot be looked at, so that nobody knows whose it is.
+bool IsOutOfReach(host::Platform& platform, const std::string& path) {
+  return !platform.FileExists(path) && platform.MayExist(path);
+}
+
 // Puts back what one line of a list says. A line "N<tab>state<tab>path" is that of a file which came where
 // none was, a line "N-before<tab>state<tab>path" that of one which replaced another. What lies there in
 // another state is somebody's: it stays, and so does what it would have to give way to.
@@ -65,15 +70,14 @@ bool TakeBackLine(host::Platform& platform, const std::string& folder, const std
   const std::string before = staged + std::string(kBefore);
   const std::string_view target = line.substr(second + 1);
   const std::string placed = common::JoinPath(folder, target);
-  const bool is_there = platform.MayExist(placed);
-  if (is_there && !platform.FileExists(placed)) return false;
+  if (IsOutOfReach(platform, placed) || IsOutOfReach(platform, staged)) return false;
+  const bool is_there = platform.FileExists(placed);
   const bool is_ours = is_there && platform.FileState(placed) == line.substr(end + 1, second - end - 1);
   if (platform.MayExist(before)) {
     return (is_ours || !is_there) && IsBelow(folder, target) && platform.MoveFile(before, placed);
   }
   // What was replaced is back already, or was not taken away yet.
-  if (replaced || !IsBelow(folder, target)) return true;
-  if (platform.MayExist(staged)) return platform.FileExists(staged);
+  if (replaced || platform.FileExists(staged) || !IsBelow(folder, target)) return true;
   return !is_ours || platform.RemoveFile(placed);
 }
 
@@ -180,11 +184,11 @@ bool StagedFiles::Undo() {
   if (kept_) return true;
   bool done = true;
   for (auto placed = placed_.rbegin(); placed != placed_.rend(); ++placed) {
-    const bool is_there = platform_.MayExist(placed->target);
-    if (is_there && !platform_.FileExists(placed->target)) {
-      done = false;  // nobody knows whose it is
+    if (IsOutOfReach(platform_, placed->target)) {
+      done = false;
       continue;
     }
+    const bool is_there = platform_.FileExists(placed->target);
     const bool is_ours = is_there && platform_.FileState(placed->target) == placed->state;
     if (!placed->before.empty()) {
       done = (is_ours || !is_there) &&

@@ -89,11 +89,14 @@ fs::path Native(std::string path) {
 
 }  // namespace
 
+// A file of which nobody can say whether it is there is not another one. Names too long are nobody's, and
+// where the user has no rights is often the home of whoever wrote the path.
 Located LocateFile(const std::string& path) {
   std::error_code error;
-  // One that cannot be reached is not another one.
-  const bool unknown = !fs::exists(path, error) && error && error != std::errc::filename_too_long;
-  if (unknown || fs::exists(path, error)) return {path, true, false};
+  const bool exists = fs::exists(path, error);
+  const bool unknown =
+      error && error != std::errc::filename_too_long && error != std::errc::permission_denied;
+  if (exists || unknown) return {path, true, false};
   const fs::path native = Native(path);
   const fs::path found =
       native.has_filename() ? FindIn(native.parent_path(), native.filename().native()) : fs::path();
