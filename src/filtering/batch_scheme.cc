@@ -144,11 +144,12 @@ bool SchemeRun::MakeFolder() {
 
 // The copy of a book does this itself. A document is written beside what else is in the folder, so that the
 // folder is held only while something is put back there. One in a folder whose copy of a book is not complete
-// could not be opened.
+// could not be opened. Whether there is a mark is asked once more, for what a moment's failure is taken for
+// would stay there as one.
 bool SchemeRun::UndoKilled() {
   host::Platform& platform = host_.platform;
   const std::string& folder = outcome_->folder;
-  const bool marked = platform.IsUnfinished(folder);
+  const bool marked = platform.IsUnfinished(folder) && platform.IsUnfinished(folder);
   if (!marked && !HasAbandoned(platform, folder)) return true;
   if (!platform.BeginFilling(folder)) {
     steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
