@@ -8,7 +8,6 @@
 
 #include <filesystem>
 #include <map>
-#include <regex>
 
 #include "cli/program.h"
 #include "embedded/adapter/platform.h"
@@ -60,7 +59,7 @@ class KilledBatch : public ::testing::Test {
   // Whether the process was still running when the folder had that many files, and was killed then.
   bool KillAt(std::size_t files, const std::string& source, const std::string& out, const Names& more);
   std::size_t CountFiles(const std::string& out);
-  Tree Output(const std::string& out);
+  Tree Output(const std::string& out) { return testing::BatchOutput(program.folder, out); }
 
   Program program;
 };
@@ -101,24 +100,6 @@ bool KilledBatch::KillAt(std::size_t files, const std::string& source, const std
   ::kill(process, SIGKILL);
   ::waitpid(process, &status, 0);
   return WIFSIGNALED(status);
-}
-
-// Everything that is there but the records, times and the folder's own name blanked.
-Tree KilledBatch::Output(const std::string& out) {
-  static const std::regex time(R"(\d+ min \d+ s)");
-  const fs::path folder = program.folder.File(out);
-  Tree tree;
-  for (const auto& entry : fs::recursive_directory_iterator(folder)) {
-    const std::string name = entry.path().lexically_relative(folder);
-    if (!entry.is_regular_file() || name.starts_with(".qelm-batch")) continue;
-    std::string text = program.folder.Read(out + "/" + name);
-    if (name == "report.fm") text = std::regex_replace(text, time, "TIME");
-    for (std::size_t at; (at = text.find(folder.string())) != std::string::npos;) {
-      text.replace(at, folder.string().size(), "OUT");
-    }
-    tree[name] = std::move(text);
-  }
-  return tree;
 }
 
 void ExpectSame(const Tree& found, const Tree& expected, const std::string& when) {

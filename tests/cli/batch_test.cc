@@ -40,23 +40,7 @@ class Batch : public ::testing::Test {
     arguments.insert(arguments.end(), more.begin(), more.end());
     return Shipped(std::move(arguments));
   }
-  // Everything in the folder but what the runs keep for themselves, with times and the folder's own name
-  // blanked.
-  Tree Output(const std::string& out) {
-    static const std::regex time(R"(\d+ min \d+ s)");
-    const fs::path folder = program.folder.File(out);
-    Tree tree;
-    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
-      const std::string name = entry.path().lexically_relative(folder);
-      if (!entry.is_regular_file() || name.starts_with(".qelm-batch")) continue;
-      std::string text = std::regex_replace(program.folder.Read(out + "/" + name), time, "TIME");
-      for (std::size_t at; (at = text.find(folder.string())) != std::string::npos;) {
-        text.replace(at, folder.string().size(), "OUT");
-      }
-      tree[name] = std::move(text);
-    }
-    return tree;
-  }
+  Tree Output(const std::string& out) { return testing::BatchOutput(program.folder, out); }
 
   Program program;
   bool with_pdf = false;

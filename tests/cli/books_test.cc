@@ -252,19 +252,6 @@ TEST_F(Books, DryRunCountsAndWritesNothing) {
   EXPECT_EQ(TakeSnapshot(source), before);
 }
 
-TEST_F(Books, OutputFolderThatIsTheSourceIsRefused) {
-  const std::string book = SmallBook();
-  const std::string source = program.folder.File("source");
-  const Snapshot before = TakeSnapshot(source);
-  for (const std::string& folder : {source, source + "/../source/"}) {
-    const ProgramResult result = program.Run({"filter", book, "--scheme", "Audience/Admin", "--mode",
-                                              "duplicate", "--output-folder", folder, "--json"});
-    EXPECT_EQ(result.status, 5);
-    EXPECT_EQ(result.Json()["result"], 107);
-    EXPECT_EQ(TakeSnapshot(source), before);
-  }
-}
-
 // It may be there, so that a copy without it would be less than the source shows.
 TEST_F(Books, ShownFileThatCannotBeLookedAtEndsTheCopy) {
   const std::string source = CopyOf(kPump);

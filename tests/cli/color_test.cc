@@ -135,18 +135,6 @@ TEST_F(Color, EndsWithTheStatusOfWhatWentWrong) {
   EXPECT_EQ(program.folder.Read("c.mif"), before);
 }
 
-TEST_F(Color, BookFilesAreReplacedWhereTheyAre) {
-  program.folder.Write("d.mif", testing::Mif(R"(<Doc><P Audience="user">three</P></Doc>)"));
-  const std::string book = program.folder.Write("b.mif", testing::MifBook({"<c>c.mif", "<c>d.mif"}));
-  const ProgramResult result = Run({"color", book, "--scheme", "Review/By audience", "--json"});
-  ASSERT_EQ(result.status, 0) << result.err;
-  EXPECT_EQ(result.Json()["colored"], 3);
-  ASSERT_EQ(result.Json()["components"].size(), 2U);
-  EXPECT_EQ(result.Json()["components"][1]["changed"], true);
-  EXPECT_NE(program.Dump(doc).find("{Red,Underline}one"), std::string::npos);
-  EXPECT_NE(program.Dump(program.folder.File("d.mif")).find("{Blue}three"), std::string::npos);
-}
-
 TEST_F(Color, ComponentThatFailsDoesNotKeepTheOthersFromBeingWritten) {
   const std::string plain = testing::Mif("text");
   for (const bool last : {false, true}) {

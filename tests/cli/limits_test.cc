@@ -107,6 +107,9 @@ TEST(Limits, OfWhatAFileHoldsAreToldOrThereAreNone) {
     }
     EXPECT_EQ(opened.status, 0) << opened.err;
     if (*row.query == '\0') continue;
+    for (const char* form : {"--json", "--quiet"}) {
+      EXPECT_EQ(program.Run({"dump", path, form}).status, 0) << form;
+    }
     const std::string other = program.folder.File(fs::path(path).extension() == ".xml" ? "b.mif" : "b.xml");
     EXPECT_EQ(program.Run({"convert", path, other}).status, 0);
     for (const std::string& file : {path, other}) {

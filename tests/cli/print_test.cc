@@ -112,14 +112,6 @@ TEST_F(Pages, BookIsOnePdfThatToolsRead) {
   EXPECT_NE(json.find("Setting the pressure"), std::string::npos) << json.substr(0, 500);
 }
 
-TEST_F(Pages, SameInputGivesSameBytes) {
-  const auto bytes = [&](const std::string& name) {
-    Printed(kPump + "operation.mif", name);
-    return program.folder.Read(name);
-  };
-  EXPECT_EQ(bytes("one.pdf"), bytes("two.pdf"));
-}
-
 // A link that leads nowhere is text; the others lead to a place that is there.
 TEST_F(Pages, LinksLeadToWhatIsShown) {
   if (!HasTools()) GTEST_SKIP() << "pdftotext and qpdf are not installed";

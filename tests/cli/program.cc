@@ -1,5 +1,7 @@
 #include "cli/program.h"
 
+#include <filesystem>
+#include <regex>
 #include <sstream>
 
 #include "cli/cli.h"
@@ -76,5 +78,22 @@ ProgramResult Program::Run(std::vector<std::string> arguments, const std::string
 }
 
 std::string Program::Dump(const std::string& path) { return Run({"dump", path}).out; }
+
+std::map<std::string, std::string> BatchOutput(const TempFolder& folder, const std::string& out) {
+  static const std::regex time(R"(\d+ min \d+ s)");
+  const std::filesystem::path root = folder.File(out);
+  std::map<std::string, std::string> tree;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
+    const std::string name = entry.path().lexically_relative(root);
+    if (!entry.is_regular_file() || name.starts_with(".qelm-batch")) continue;
+    std::string text = folder.Read(out + "/" + name);
+    if (name.ends_with(".fm")) text = std::regex_replace(text, time, "TIME");
+    for (std::size_t at; (at = text.find(root.string())) != std::string::npos;) {
+      text.replace(at, root.string().size(), "OUT");
+    }
+    tree[name] = std::move(text);
+  }
+  return tree;
+}
 
 }  // namespace qelm::testing

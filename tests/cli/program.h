@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
@@ -42,5 +43,9 @@ class Program {
   std::string document_;
   std::string main_settings_;
 };
+
+// What batches left in a folder of the test's: everything but their records, with times and the folder's own
+// name blanked.
+std::map<std::string, std::string> BatchOutput(const TempFolder& folder, const std::string& out);
 
 }  // namespace qelm::testing

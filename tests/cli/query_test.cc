@@ -93,17 +93,6 @@ TEST(XPath, RefusalsAreWrittenIntoAReport) {
   EXPECT_FALSE(std::filesystem::exists(none)) << "nothing was refused";
 }
 
-TEST(XPath, ParametersTakeTheirValuesFromTheCommandLine) {
-  Program program;
-  for (const char* name : {"who", "$who"}) {
-    EXPECT_EQ(program
-                  .Run({"xpath", program.document(), "//Section[@Audience=$who]", "--values", "--param",
-                        std::string(name) + "=admin"})
-                  .out,
-              "for admins\n");
-  }
-}
-
 TEST(XPath, ExpressionsOfAFileGoOnAfterARefusedOne) {
   Program program;
   const ProgramResult result = program.Run({"xpath", program.document(), "--expressions", "-"},
@@ -266,38 +255,6 @@ TEST(Dump, JsonHoldsNodesAndRuns) {
   const json& row = root["children"][1]["children"][0]["children"][0];
   EXPECT_EQ(row["conditions"], json::parse(R"(["Hidden"])"));
   EXPECT_FALSE(row["children"][0].contains("conditions"));
-}
-
-TEST(Dump, DepthIsNoProblem) {
-  Program program;
-  constexpr int kDepth = 100000;
-  std::string deep;
-  for (int i = 0; i < kDepth; ++i) deep += "<a>";
-  deep += "x";
-  for (int i = 0; i < kDepth; ++i) deep += "</a>";
-  const std::string path = program.folder.Write("deep.xml", deep);
-  for (const char* format : {"--json", "--quiet"}) {
-    const ProgramResult result = program.Run({"dump", path, format});
-    EXPECT_EQ(result.status, 0) << result.err;
-    EXPECT_NE(result.out.find('x'), std::string::npos);
-  }
-}
-
-TEST(Convert, ThereAndBackSaysTheSame) {
-  Program program;
-  const std::string xml = program.folder.File("doc.xml");
-  const std::string back = program.folder.File("back.mif");
-  ASSERT_EQ(program.Run({"convert", program.document(), xml}).status, 0);
-  ASSERT_EQ(program.Run({"convert", xml, back}).status, 0);
-  // XML has no flows, and a document that is made from it gets master pages of its own.
-  const auto content = [&](const std::string& path) {
-    const std::string dump = program.Dump(path);
-    return dump.substr(dump.find("  Doc\n"));
-  };
-  EXPECT_EQ(content(xml), content(program.document()));
-  EXPECT_EQ(content(back), content(program.document()));
-  ASSERT_EQ(program.Run({"convert", program.document(), program.folder.File("copy.fm")}).status, 0);
-  EXPECT_EQ(program.folder.Read("copy.fm"), program.folder.Read("doc.mif"));
 }
 
 }  // namespace

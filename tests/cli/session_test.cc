@@ -4,7 +4,6 @@
 #include <cstdlib>
 #include <fstream>
 #include <regex>
-#include <set>
 #include <sstream>
 
 #include "cli/program.h"
@@ -22,17 +21,6 @@ TEST(CommandCommand, ByNumberAndByNameIsTheSame) {
   EXPECT_EQ(number.Json()["alerts"].size(), 1U);
 }
 
-TEST(CommandCommand, WhatIsNoCommandDoesNothing) {
-  Program program;
-  for (const char* number : {"0", "23", "40", "99999999"}) {
-    const ProgramResult result = program.Run({"command", number, program.document(), "--json"});
-    EXPECT_EQ(result.status, 0) << number;
-    EXPECT_EQ(result.Json()["defined"], false) << number;
-    EXPECT_TRUE(result.err.empty()) << result.err;
-  }
-  EXPECT_EQ(program.Run({"command", "QELM_Cmd_ColorDok"}).status, 2);
-}
-
 TEST(CommandCommand, SavesWhatItChanged) {
   Program program;
   const std::string before = program.folder.Read("doc.mif");
@@ -42,23 +30,6 @@ TEST(CommandCommand, SavesWhatItChanged) {
   EXPECT_EQ(program.Dump(out).find("Underline"), std::string::npos);
   ASSERT_EQ(program.Run({"command", "20", program.document(), "--yes"}).status, 0);
   EXPECT_EQ(program.Dump(program.document()), program.Dump(out));
-}
-
-TEST(MenusCommand, InternalCommandsAndVersionWarningComeAndGo) {
-  Program program;
-  const auto numbers = [&program](std::vector<std::string> options) {
-    options.insert(options.begin(), {"menus", "--json"});
-    const auto json = program.Run(options).Json();
-    std::set<int> found;
-    for (const auto& command : json["commands"]) found.insert(command["number"].get<int>());
-    return found;
-  };
-  const std::set<int> normal = numbers({});
-  EXPECT_EQ(normal.size(), 33U);
-  for (const int number : {1, 18, 24, 38, 39}) EXPECT_FALSE(normal.contains(number)) << number;
-  EXPECT_TRUE(numbers({"--host-version", "17"}).contains(38));
-  EXPECT_TRUE(numbers({"--set", "QELM_LICENSE_TYPE=BATCH"}).contains(39));
-  EXPECT_EQ(numbers({"--set", "QELM_LICENSE_TYPE=INTERNAL"}).size(), 37U);
 }
 
 TEST(MenusCommand, EveryCommandStandsInAMenu) {

@@ -55,17 +55,6 @@ TEST(Usage, MistakesAreNamedWithWhatWasPerhapsMeant) {
   EXPECT_EQ(program.RunPlain({"xpath", "--", doc, ""}).status, 2) << "not an expression that is asked for";
 }
 
-TEST(Usage, HelpGivesAnExampleForEveryCommand) {
-  Program program;
-  for (const char* command :
-       {"filter", "restore", "xpath", "schemes", "info", "dump", "convert", "settings"}) {
-    const ProgramResult result = program.RunPlain({command, "--help"});
-    EXPECT_EQ(result.status, 0);
-    EXPECT_NE(result.out.find(std::string("Example: qelm ") + command), std::string::npos) << result.out;
-  }
-  EXPECT_EQ(program.RunPlain({"--version"}).out, "qelm 1.2.3\n");
-}
-
 TEST(Usage, OptionsStandBeforeOrAfterTheCommand) {
   Program program;
   const ProgramResult before =

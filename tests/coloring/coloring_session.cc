@@ -54,7 +54,6 @@ std::int32_t ColoringSession::Run(coloring::Command command, const schemes::Sche
   const CheckingHost::Entry entry(checking_);
   host::Host& roles = counted_.roles();
   messages::Messenger messenger(roles.user, roles.platform);
-  messenger.SetDebugPrompts(debug_prompts);
   xpath::Engine engine(roles, messenger);
   xpath::bw_XPathEngineInit(engine, 0, 1000, 100000);
   run = wanted;
@@ -83,15 +82,9 @@ std::string ColoringSession::Golden(host::Id document) {
 
 host::Id ColoringSession::Find(host::Id document, std::string_view tag) {
   host::Elements& elements = inner().elements;
-  const host::Id wanted_definition = inner().definitions.FindDefinition(document, tag);
-  const host::Id root = elements.Root(document, elements.MainFlow(document));
-  for (host::Id at = root; at != host::kNone;) {
-    if (elements.Definition(document, at) == wanted_definition) return at;
-    host::Id next = elements.FirstChild(document, at);
-    for (; next == host::kNone && at != root; at = elements.Parent(document, at)) {
-      next = elements.NextSibling(document, at);
-    }
-    at = next;
+  const host::Id definition = inner().definitions.FindDefinition(document, tag);
+  for (host::Id id = 1; id < elements.IdLimit(document); ++id) {
+    if (elements.Definition(document, id) == definition) return id;
   }
   return host::kNone;
 }

@@ -51,7 +51,7 @@ class ColoringSession {
   std::string Saved(host::Id document);
   std::string Golden(host::Id document);
 
-  // The first element of that tag in the main flow.
+  // The first element of that tag.
   host::Id Find(host::Id document, std::string_view tag);
   bool Shown(const std::string& id) const;
 
@@ -64,7 +64,6 @@ class ColoringSession {
   coloring::ColoringRun wanted;  // what the next run is asked for
   coloring::ColoringRun run;     // what came of the last one
   CallCounter counter;
-  bool debug_prompts = false;
 
  private:
   embedded::adapter::PosixPlatform platform_;

@@ -96,18 +96,6 @@ TEST(Coloring, TextNodesAreColoredWhereAnExpressionSelectsThem) {
   EXPECT_EQ(session.Golden(document), "<Doc><P>{Red}one {}<Em>two</Em>{Red} three{}</P></Doc>");
 }
 
-TEST(Coloring, FootnotesAreMarkedInTheTextAndInTheirOwnText) {
-  ColoringSession session;
-  const Id document = session.OpenMif(R"(<Doc><P A="x">one<Footnote>note</Footnote></P><P>two</P></Doc>)");
-  session.Color(Classic({RuleOf("A", {"x"}, "Red", 3)}));
-  EXPECT_EQ(session.Golden(document),
-            "<Doc><P A=\"x\">{Red,Underline}one{}<Footnote "
-            "{Red,Underline}>{Red,Underline}note{}</Footnote></P><P>two</P></Doc>")
-      << "a footnote takes the attributes that it lacks from around it";
-  session.Uncolor();
-  EXPECT_EQ(session.Golden(document), "<Doc><P A=\"x\">one<Footnote>note</Footnote></P><P>two</P></Doc>");
-}
-
 TEST(Coloring, NestedMarksStopAtFootnotesAndTables) {
   ColoringSession session;
   const Id document = session.OpenMif(
@@ -171,39 +159,6 @@ TEST(Coloring, SelectionTakesAttributesFromAboveAndUncolorsNothing) {
   EXPECT_EQ(session.inner().text.SelectedElement(document), session.Find(document, "Q"));
 }
 
-// The results that end a command before it begins, with what is said.
-TEST(Coloring, EndsEarlyWithItsResult) {
-  const schemes::Scheme scheme = Classic({RuleOf("A", {"x"}, "Red")});
-  struct Row {
-    const char* document;  // null: none
-    Command command;
-    bool has_scheme;
-    std::int32_t result;
-    const char* said;
-  };
-  const char* kStructured = "<Doc>one</Doc>";
-  const char* kPlain = "one";
-  const Row rows[] = {
-      {nullptr, Command::kColorDocument, true, common::kNoDocument, "QELM_MSG_GEN_1"},
-      {nullptr, Command::kColorSelection, false, common::kNoDocument, "QELM_MSG_GEN_1"},
-      {nullptr, Command::kUncolorDocument, true, common::kNoDocument, "QELM_MSG_GEN_1"},
-      {kStructured, Command::kColorBook, true, common::kNoDocument, "QELM_MSG_GEN_1"},
-      {kStructured, Command::kColorDocument, false, common::kNoActiveScheme, "QELM_MSG_COLORING_1"},
-      {kStructured, Command::kColorSelection, true, common::kNoElementSelected, "QELM_MSG_COLORING_3"},
-      {kPlain, Command::kColorDocument, true, common::kNoFlowOrRoot, "QELM_MSG_COLORING_10"},
-      {kPlain, Command::kUncolorDocument, false, common::kDone, nullptr},
-  };
-  for (const Row& row : rows) {
-    for (const bool report : {true, false}) {
-      ColoringSession session;
-      if (row.document != nullptr) session.OpenMif(row.document);
-      EXPECT_EQ(session.Run(row.command, row.has_scheme ? scheme : schemes::Scheme{}, report), row.result);
-      const bool says = row.said != nullptr && report;
-      EXPECT_EQ(session.user.shown, says ? std::vector<std::string>{row.said} : std::vector<std::string>{});
-    }
-  }
-}
-
 TEST(Coloring, AllFlowsAreColoredWhereTheSchemeSaysSo) {
   ColoringSession session;
   testing::MifFile file;
@@ -241,15 +196,6 @@ TEST(Coloring, MissingColorsAreAskedForAndNotMade) {
   EXPECT_EQ(session.user.shown, std::vector<std::string>{});
 }
 
-TEST(Coloring, ExpressionThatIsNotValidStopsBeforeAnythingIsTouched) {
-  ColoringSession session;
-  const Id document = session.OpenMif("<Doc>{Green}one{}</Doc>");
-  EXPECT_EQ(session.Color(XPath({Selecting({"//Doc"}, "Red"), Selecting({"//Doc["}, "Blue")})), 0);
-  EXPECT_EQ(session.run.ending, Ending::kSchemeRefused);
-  EXPECT_TRUE(session.Shown("QELM_MSG_COLORING_13"));
-  EXPECT_EQ(session.Golden(document), "<Doc>{Green}one{}</Doc>");
-}
-
 std::string Paragraphs(int count) {
   std::string text = "<Doc>";
   for (int i = 0; i < count; ++i) text += "<P A=\"x\">p</P>\n";
@@ -272,20 +218,6 @@ TEST(Coloring, EscIsAskedForAtEvery102ndElement) {
   session.user.polls = 0;
   session.user.no = {"QELM_MSG_GEN_14"};
   EXPECT_EQ(session.Color(Classic({RuleOf("A", {"x"}, "Red")})), common::kDone);
-}
-
-TEST(Coloring, DebugPromptsTellTheRuleUntilTheAnswerIsNo) {
-  ColoringSession session;
-  session.OpenMif(R"(<Doc><P A="x">one</P><P A="x">two</P></Doc>)");
-  session.debug_prompts = true;
-  session.user.answer = [](const std::string&) { return false; };
-  session.Color(Classic({RuleOf("B", {"x"}, "Blue"), RuleOf("A", {"x"}, "Red", 4)}));
-  ASSERT_EQ(session.user.texts.size(), 1U);
-  EXPECT_NE(session.user.texts[0].find("Applying rule to element: P.\n\nRule index: 1\nColor: Red\nStyle: "
-                                       "Double UL\n\nKeep debugging?"),
-            std::string::npos)
-      << session.user.texts[0];
-  EXPECT_EQ(session.run.colored, 2U);
 }
 
 TEST(Coloring, CostsNoMoreCallsForMoreRules) {

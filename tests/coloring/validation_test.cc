@@ -1,50 +1,23 @@
-// Validation: the four rules attribute by attribute, what is struck through, commands and their messages, and
-// the report.
+// Validation: the four rules attribute by attribute, what is struck through, and what commands say.
 #include "coloring/validation.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <set>
 #include <sstream>
 
-#include "coloring/validation_report.h"
 #include "embedded/adapter/dialogs.h"
 #include "embedded/adapter/embedded_host.h"
 #include "embedded/adapter/platform.h"
 #include "support/checking_host.h"
 #include "support/golden_text.h"
-#include "support/memory_platform.h"
 #include "support/mif_files.h"
-#include "support/null_roles.h"
 #include "support/temp_folder.h"
+#include "support/test_user.h"
 
 namespace qelm::coloring {
 namespace {
 
 using testing::CheckingHost;
-using testing::MifAttribute;
-using testing::MifDefinition;
-
-// Remembers what was shown, by id; presses Esc at one poll.
-class User : public testing::RecordingUser {
- public:
-  int esc_at_poll = 0;
-  bool confirm = true;
-  int polls = 0;
-
-  bool EscPressed() override { return ++polls == esc_at_poll; }
-  std::int32_t Question(std::string_view text) override {
-    Note(text);
-    return confirm ? 0 : 1;
-  }
-  // Without a language a message ends with its id.
-  void Note(std::string_view text) override {
-    const std::size_t id = text.rfind("QELM_MSG_");
-    ids.emplace_back(id == std::string_view::npos ? text : text.substr(id));
-  }
-  std::vector<std::string> ids;
-};
 
 // "rule attribute value" of everything that was found, with what was done around it.
 class Record : public ViolationSink {
@@ -110,7 +83,6 @@ class ValidationTest : public ::testing::Test {
   std::int32_t Run(const Operation& operation) {
     const CheckingHost::Entry entry(checking_);
     ValidationContext context{host(), messenger_, scheme_, run_, {&record_}, {}};
-    for (ViolationSink* sink : more_sinks_) context.sinks.push_back(sink);
     return operation(context);
   }
   std::string Found(const std::string& text) {
@@ -122,11 +94,11 @@ class ValidationTest : public ::testing::Test {
   std::string Text() { return testing::Golden(*embedded_.Find(document_)); }
 
   testing::TempFolder folder_;
-  User user_;
+  testing::TestUser user_;
   embedded::adapter::PosixPlatform platform_;
   embedded::adapter::EventLog events_;
   embedded::adapter::NoDialogs dialogs_{events_};
-  testing::NullClients clients_;
+  testing::TestClients clients_;
   embedded::adapter::EmbeddedHost embedded_{
       {.plugin_folder = QELM_SOURCE_DIR "/assets", .file_error = {}}, user_, dialogs_, clients_, platform_};
   CheckingHost checking_{embedded_.roles()};
@@ -134,7 +106,6 @@ class ValidationTest : public ::testing::Test {
   schemes::Scheme scheme_;
   ValidationRun run_;
   Record record_{embedded_.roles()};
-  std::vector<ViolationSink*> more_sinks_;
   host::Id document_ = host::kNone;
   int opened_ = 0;
 };
@@ -287,15 +258,6 @@ TEST_F(ValidationTest, DocumentIsTouchedOnlyWhereItMustBe) {
   EXPECT_FALSE(modified()) << "nothing is struck through, and nothing was";
 }
 
-TEST_F(ValidationTest, SelectionIsTheElementWithItsContentBelowItsAncestors) {
-  Open("<Doc a=\"A\">\n<S>\n<P a=\"B\">x</P>\n</S>\n<P a=\"C\">y</P>\n</Doc>");
-  const host::Id root = inner().elements.Root(document_, inner().elements.MainFlow(document_));
-  inner().text.SelectElement(document_, inner().elements.FirstChild(document_, root));
-  EXPECT_EQ(Run(ValidateSelection), common::kDone);
-  EXPECT_EQ(record_.lines, (std::vector<std::string>{"part", "2 P a B", "end 1"}));
-  EXPECT_EQ(user_.ids, std::vector<std::string>{}) << "there is no summary";
-}
-
 TEST_F(ValidationTest, FlowsAreTheMainOneOrAll) {
   testing::MifFile file;
   file.flows = {{.text = "<Doc a=\"C\"><P>x</P></Doc>"}, {.text = "<Doc a=\"D\"><P>y</P></Doc>", .tag = "B"}};
@@ -308,21 +270,6 @@ TEST_F(ValidationTest, FlowsAreTheMainOneOrAll) {
   EXPECT_EQ(record_.Found(), "1 Doc a C, 1 Doc a D");
 }
 
-TEST_F(ValidationTest, CommandsSayWhyTheyDoNothing) {
-  EXPECT_EQ(Run(ValidateActiveDocument), common::kNoDocument);
-  EXPECT_EQ(Run(ValidateSelection), common::kNoDocument);
-  EXPECT_EQ(Run(ValidateActiveBook), common::kNoDocument);
-  Open("no elements");
-  EXPECT_EQ(Run(ValidateSelection), common::kNoElementSelected);
-  EXPECT_EQ(Run(ValidateActiveDocument), common::kCancelled) << "a main flow without elements";
-  scheme_.name = "<none>";
-  EXPECT_EQ(Run(ValidateSelection), common::kNoActiveScheme);
-  EXPECT_EQ(Run(ValidateActiveDocument), common::kNoActiveScheme);
-  EXPECT_EQ(user_.ids, (std::vector<std::string>{"QELM_MSG_GEN_1", "QELM_MSG_GEN_1", "QELM_MSG_GEN_1",
-                                                 "QELM_MSG_VAL_GEN_9", "QELM_MSG_VAL_GEN_6",
-                                                 "QELM_MSG_VAL_GEN_1", "QELM_MSG_VAL_GEN_5"}));
-}
-
 TEST_F(ValidationTest, EscIsLookedForAtEvery102ndElement) {
   std::string text = "<Doc a=\"C\">\n";
   for (int i = 0; i < 300; ++i) text += "<P a=\"C\">x</P>\n";
@@ -332,13 +279,13 @@ TEST_F(ValidationTest, EscIsLookedForAtEvery102ndElement) {
   EXPECT_EQ(user_.polls, 2);
   EXPECT_EQ(run_.elements, 301U);
 
-  user_ = User();
+  user_ = testing::TestUser();
   user_.esc_at_poll = 1;
   record_.lines.clear();
   EXPECT_EQ(Run(ValidateActiveDocument), common::kCancelled);
   EXPECT_EQ(run_.elements, 101U);
   EXPECT_EQ(record_.lines.back(), "stopped 101");
-  EXPECT_EQ(user_.ids, (std::vector<std::string>{"QELM_MSG_GEN_14", "QELM_MSG_VAL_GEN_4"}));
+  EXPECT_EQ(user_.shown, (std::vector<std::string>{"QELM_MSG_GEN_14", "QELM_MSG_VAL_GEN_4"}));
 }
 
 TEST_F(ValidationTest, SingleElementShowsAnAlertForEachRule) {
@@ -352,24 +299,9 @@ TEST_F(ValidationTest, SingleElementShowsAnAlertForEachRule) {
   EXPECT_EQ(validate(first), 2);
   EXPECT_EQ(validate(inner().elements.NextSibling(document_, first)), 4);
   EXPECT_EQ(validate(root), kNoViolation) << "only the element itself";
-  EXPECT_EQ(user_.ids, (std::vector<std::string>{"QELM_MSG_VAL_REP_16", "QELM_MSG_VAL_REP_17",
-                                                 "QELM_MSG_VAL_REP_18", "QELM_MSG_VAL_REP_19"}));
+  EXPECT_EQ(user_.shown, (std::vector<std::string>{"QELM_MSG_VAL_REP_16", "QELM_MSG_VAL_REP_17",
+                                                   "QELM_MSG_VAL_REP_18", "QELM_MSG_VAL_REP_19"}));
   EXPECT_TRUE(record_.lines.empty());
-}
-
-TEST_F(ValidationTest, AutoValidationIsSilentWhereThereIsNothingToCheck) {
-  Open("<Doc a=\"C\">\n<P>one</P>\n</Doc>");
-  const auto validate = [&](host::Id object) {
-    return Run([&](ValidationContext& context) { return AutoValidate(context, document_, object); });
-  };
-  const host::Id root = inner().elements.Root(document_, inner().elements.MainFlow(document_));
-  EXPECT_EQ(validate(9999), kNoViolation);
-  scheme_.name = "<none>";
-  EXPECT_EQ(validate(root), kNoViolation);
-  EXPECT_EQ(user_.ids, std::vector<std::string>{});
-  scheme_.name = "Values";
-  EXPECT_EQ(validate(root), 1);
-  EXPECT_EQ(Text(), "<Doc a=\"C\"><P>{Strikethrough}one{}</P></Doc>");
 }
 
 TEST_F(ValidationTest, BookTakesItsComponentsInOrderAndPassesOverWhatIsMissing) {
@@ -386,66 +318,7 @@ TEST_F(ValidationTest, BookTakesItsComponentsInOrderAndPassesOverWhatIsMissing) 
   ASSERT_EQ(run_.passed_over.size(), 2U);
   EXPECT_NE(run_.passed_over[0].find("gone.mif"), std::string::npos);
   EXPECT_NE(run_.passed_over[1].find("book.mif"), std::string::npos) << "the book names itself";
-  EXPECT_EQ(user_.ids, (std::vector<std::string>{"QELM_MSG_VAL_GEN_8", "QELM_MSG_VAL_GEN_3"}));
-}
-
-// Keeps what is appended to a report: format, text, and where a link leads.
-class Paragraphs : public testing::NullEditing {
- public:
-  bool AppendParagraph(host::Id, host::Id, const host::NewParagraph& paragraph) override {
-    std::string line = std::string(paragraph.format) + "|" + std::string(paragraph.text);
-    if (!paragraph.marker_text.empty()) {
-      const std::string command(paragraph.marker_text);
-      line += "|" + command.substr(0, command.find(' ')) + command.substr(command.rfind(':'));
-    }
-    lines.push_back(std::move(line));
-    return true;
-  }
-  std::vector<std::string> lines;
-};
-
-TEST_F(ValidationTest, ReportHasThreeRowsForEachViolation) {
-  Run([&](ValidationContext& context) {
-    return context.messenger.LoadLanguage(QELM_SOURCE_DIR "/assets/languages", "English") ? 1 : 0;
-  });
-  Open("<Report><P>x</P></Report>");
-  filtering::Report report;
-  report.document = document_;
-  Paragraphs paragraphs;
-  host::Host& real = inner();
-  host::Host roles{real.session, real.documents, real.books,    real.elements, real.definitions,
-                   paragraphs,   real.text,      real.catalogs, real.tables,   real.links,
-                   real.user,    real.dialogs,   real.clients,  real.platform};
-  ValidationReport sink(messenger_, roles, scheme_, &report);
-  more_sinks_ = {&sink};
-  Open("<Doc a=\"A\">\n<P a=\"C\">x</P>\n<P a>y</P>\n</Doc>");
-  EXPECT_EQ(Run(ValidateActiveDocument), common::kDone);
-  const std::string path(inner().documents.Path(document_));
-  const std::string link = "HyperlinkMessage|Show this element in its document|openObjectId:5 ";
-  std::vector<std::string> expected = {"Heading1|Validation",
-                                       "Heading2Hyperlink|" + path + "|openlink:firstpage",
-                                       "NormalMessage|Validation scheme: Values"};
-  ASSERT_EQ(paragraphs.lines.size(), 16U);
-  EXPECT_TRUE(std::equal(expected.begin(), expected.end(), paragraphs.lines.begin()));
-  constexpr const char* kHeadings[] = {"Rule 1", "Rule 2", "Rule 3", "Rule 4"};
-  for (std::size_t violation = 0; violation < 4; ++violation) {
-    const auto row = paragraphs.lines.begin() + 3 + static_cast<std::ptrdiff_t>(violation) * 3;
-    EXPECT_TRUE(row[0].starts_with(std::string("Heading2|") + kHeadings[violation])) << row[0];
-    EXPECT_TRUE(row[1].starts_with("NormalMessage|")) << row[1];
-    EXPECT_EQ(row[1].find("\"C\"") != std::string::npos, violation < 2) << row[1];
-    EXPECT_NE(row[1].find("<P>"), std::string::npos) << row[1];
-    EXPECT_NE(row[1].find("|openObjectId:5 "), std::string::npos) << row[1];
-    EXPECT_TRUE(row[2].starts_with(link)) << row[2];
-  }
-  EXPECT_EQ(paragraphs.lines.back(), "SingleLine|");
-
-  paragraphs.lines.clear();
-  run_ = ValidationRun();
-  run_.rules = {};
-  Run([&](ValidationContext& context) { return ValidateDocument(context, document_, false) ? 1 : 0; });
-  expected = {"Heading1|Validation", "Heading2Hyperlink|" + path + "|openlink:firstpage",
-              "NormalMessage|No violations were found.", "SingleLine|"};
-  EXPECT_EQ(paragraphs.lines, expected);
+  EXPECT_EQ(user_.shown, (std::vector<std::string>{"QELM_MSG_VAL_GEN_8", "QELM_MSG_VAL_GEN_3"}));
 }
 
 }  // namespace

@@ -69,48 +69,12 @@ TEST(StrRIndexOf, StopsAtTheGuard) {
   EXPECT_EQ(said, "Endless loop in bw_StrRIndexOf! This is a critical error. Please contact Brenwick.");
 }
 
-TEST(StartsWith, ComparesTheFirstCharacters) {
-  EXPECT_TRUE(StartsWith("Section", "Sec", true));
-  EXPECT_FALSE(StartsWith("Section", "sec", true));
-  EXPECT_TRUE(StartsWith("Section", "sEC", false));
-  EXPECT_TRUE(StartsWith("\u00C4pfel", "\u00E4P", false));
-  EXPECT_FALSE(StartsWith("Sec", "Section", false));
-  EXPECT_FALSE(StartsWith("Section", "", true));
-  EXPECT_FALSE(StartsWith("", "", true));
-}
-
 TEST(EqualsIgnoreCase, FoldsEachCharacter) {
   EXPECT_TRUE(EqualsIgnoreCase("Audience", "aUDIENCE"));
   EXPECT_TRUE(EqualsIgnoreCase("\u03A3\u0391\u03A3", "\u03C3\u03B1\u03C2"));
   EXPECT_FALSE(EqualsIgnoreCase("a", "ab"));
   EXPECT_FALSE(EqualsIgnoreCase("\xC3", "\xC4"));  // damaged bytes are not alike
   EXPECT_TRUE(EqualsIgnoreCase("", ""));
-}
-
-struct ClauseRow {
-  std::string_view text;
-  std::string_view opening;
-  std::string_view closing;
-  std::int32_t expected;
-};
-
-TEST(ClausesAreTerminated, NamesTheOffendingMark) {
-  const std::vector<ClauseRow> rows = {
-      {"", "(", ")", -1},
-      {"no marks", "(", ")", -1},
-      {"a(b(c))", "(", ")", -1},
-      {"a(b(c)", "(", ")", 1},
-      {"a(b)(c(", "(", ")", 4},
-      {"a)b(", "(", ")", 1},
-      {"a(b))c", "(", ")", 4},
-      {"\u00E9\u00E9(", "(", ")", 2},
-      {"'a' 'b'", "'", "'", -1},
-      {"'a' 'b", "'", "'", 4},
-      {"<!-- a --> <!-- b", "<!--", "-->", 11},
-  };
-  for (const ClauseRow& row : rows) {
-    EXPECT_EQ(ClausesAreTerminated(row.text, row.opening, row.closing), row.expected) << row.text;
-  }
 }
 
 TEST(ClausesAreTerminated, StopsAtTheGuard) {
@@ -152,38 +116,6 @@ TEST(XOutLiterals, StopsAtTheGuard) {
   EXPECT_EQ(times, 1);
   EXPECT_EQ(text.substr(0, 6), "'X''X'");
   EXPECT_EQ(text.substr(text.size() - 6), "'X''a'");
-}
-
-TEST(Truncate, CutsAtCharacters) {
-  const auto truncated = [](std::string_view text, std::int32_t keep, std::int32_t cut) {
-    std::string result(text);
-    Truncate(result, keep, cut);
-    return result;
-  };
-  EXPECT_EQ(truncated("abcdef", 4, -1), "abcd");
-  EXPECT_EQ(truncated("abcdef", 99, -1), "abcdef");
-  EXPECT_EQ(truncated("abcdef", 0, -1), "");
-  EXPECT_EQ(truncated("abcdef", -3, -1), "");
-  EXPECT_EQ(truncated("abcdef", 1, 0), "abcdef");
-  EXPECT_EQ(truncated("abcdef", 1, 2), "abcd");
-  EXPECT_EQ(truncated("abcdef", 1, 6), "");
-  EXPECT_EQ(truncated("abcdef", 1, 7), "");
-  EXPECT_EQ(truncated(kMixed, 1, -1), "\u00E9");
-  EXPECT_EQ(truncated(kMixed, 0, 1), "\u00E9\U00010428");
-}
-
-TEST(RemoveFirst, RemovesCharacters) {
-  const auto removed = [](std::string_view text, std::int32_t count) {
-    std::string result(text);
-    RemoveFirst(result, count);
-    return result;
-  };
-  EXPECT_EQ(removed("abc", 2), "c");
-  EXPECT_EQ(removed("abc", 3), "");
-  EXPECT_EQ(removed("abc", 4), "");
-  EXPECT_EQ(removed("abc", 0), "abc");
-  EXPECT_EQ(removed("abc", -1), "abc");
-  EXPECT_EQ(removed(kMixed, 2), "a");
 }
 
 }  // namespace

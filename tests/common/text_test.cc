@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "common/nearest.h"
 #include "common/numbers.h"
 #include "common/paths.h"
 #include "common/utf8.h"
@@ -90,18 +89,6 @@ TEST(Text, TrimsWhiteSpaceAtBothEnds) {
   EXPECT_EQ(Trim("\u20AC "), "\u20AC");
 }
 
-TEST(Text, SplittingAtSpacesGivesNoEmptyPieces) {
-  const auto pieces = [](std::string_view text) {
-    std::vector<std::string_view> result;
-    SplitAtSpaces(text, &result);
-    return result;
-  };
-  EXPECT_EQ(pieces("  a b  c "), (std::vector<std::string_view>{"a", "b", "c"}));
-  EXPECT_TRUE(pieces("   ").empty());
-  EXPECT_TRUE(pieces("").empty());
-  EXPECT_EQ(pieces("a\tb"), (std::vector<std::string_view>{"a\tb"}));
-}
-
 TEST(Text, LinesEndAsEverySystemEndsThem) {
   EXPECT_EQ(SplitLines("a\nb\r\nc\rd"), (std::vector<std::string_view>{"a", "b", "c", "d"}));
   EXPECT_EQ(SplitLines("a\n\nb\n"), (std::vector<std::string_view>{"a", "", "b"}));
@@ -153,16 +140,6 @@ TEST(Numbers, AnIntegerIsDigitsOnly) {
     EXPECT_FALSE(IsInteger(text, &value)) << text;
   }
   EXPECT_EQ(value, 7);
-}
-
-TEST(Nearest, SuggestsWhatMayHaveBeenMeant) {
-  const std::vector<std::string_view> names = {"XPATH_MAX_MATCHES", "VAL_RULE_1_ENABLED",
-                                               "VAL_RULE_2_ENABLED"};
-  EXPECT_EQ(Nearest("XPATH_MAX_MATCH", names), "XPATH_MAX_MATCHES");
-  EXPECT_EQ(Nearest("xpath_max_matches", names), "XPATH_MAX_MATCHES");
-  EXPECT_EQ(Nearest("VAL_RUEL_2_ENABLED", names), "VAL_RULE_2_ENABLED");
-  EXPECT_EQ(Nearest("SOMETHING_ELSE", names), "");
-  EXPECT_EQ(Nearest("", names), "");
 }
 
 TEST(Paths, ComeInWithEitherSeparator) {

@@ -14,9 +14,8 @@ namespace {
 using testing::MemoryPlatform;
 using testing::RecordingUser;
 
-LocalSettings Read(std::string_view text, std::vector<SettingOverride> overrides = {}) {
+LocalSettings Read(std::string_view text) {
   LocalSettings settings;
-  settings.overrides = std::move(overrides);
   ReadSettingsText(text, &settings);
   return settings;
 }
@@ -89,44 +88,6 @@ TEST(ReadSettings, TheFirstLineThatBeginsWithTheKeyCounts) {
   EXPECT_EQ(tag("SOURCE_FILE_FILTER_CONDITION_TAG"), "Hidden");
 }
 
-TEST(ReadSettings, TheCommandLineStandsBeforeTheFile) {
-  const LocalSettings settings =
-      Read("XPATH_MAX_MATCHES=500\nFILES_TO_OPEN_ON_STARTUP=file.fm\nFILT_DEFAULT_SAVE_FILES=yes",
-           {{"XPATH_MAX_MATCHES", "600"},
-            {"FILES_TO_OPEN_ON_STARTUP", "a.fm"},
-            {"FILES_TO_OPEN_ON_STARTUP", "b.fm"},
-            {"XPATH_MAX_MATCHES", "700"}});
-  EXPECT_EQ(settings.xpath_max_matches, 700);
-  EXPECT_EQ(settings.files_to_open_on_startup, (std::vector<std::string>{"a.fm", "b.fm"}));
-  const auto origin = [&settings](std::string_view key) {
-    return settings.origins[static_cast<std::size_t>(FindSetting(key) - AllSettings().data())];
-  };
-  EXPECT_EQ(origin("XPATH_MAX_MATCHES").source, SettingSource::kCommandLine);
-  EXPECT_EQ(origin("FILT_DEFAULT_SAVE_FILES").source, SettingSource::kFile);
-  EXPECT_EQ(origin("FILT_DEFAULT_SAVE_FILES").line, 3U);
-  EXPECT_EQ(origin("NOTEPAD_EXE_PATH").source, SettingSource::kDefault);
-}
-
-TEST(ReadSettings, ActiveSchemesSurviveReadingAgain) {
-  LocalSettings settings = Read("COLOR_DEFAULT_COLORING_SCHEME=Draft\nDEFAULT_SCHEME_CATEGORY=Review\n");
-  EXPECT_EQ(settings.color_default_coloring_scheme, "Draft");
-  EXPECT_EQ(settings.coloring_category, "Review");
-  EXPECT_EQ(settings.val_default_validation_scheme, "<none>");
-  settings.color_default_coloring_scheme = "Final";
-  settings.validation_category = "Quality";
-  ReadSettingsText(
-      "COLOR_DEFAULT_COLORING_SCHEME=Draft\nVAL_DEFAULT_VALIDATION_SCHEME=Strict\n"
-      "DEFAULT_SCHEME_CATEGORY=Other\nFILES_TO_OPEN_ON_STARTUP=a\n",
-      &settings);
-  EXPECT_EQ(settings.color_default_coloring_scheme, "Final");
-  EXPECT_EQ(settings.val_default_validation_scheme, "Strict");
-  EXPECT_EQ(settings.validation_category, "Quality");
-  EXPECT_EQ(settings.coloring_category, "Review");
-  EXPECT_EQ(settings.default_scheme_category, "Other");
-  ReadSettingsText("", &settings);
-  EXPECT_TRUE(settings.files_to_open_on_startup.empty());
-}
-
 TEST(ReadSettings, ValuesThatFollowFromOthers) {
   EXPECT_EQ(Read("").filter_type, 3);
   EXPECT_EQ(Read("FILT_DEFAULT_FILTER_TYPE=Dup").filter_type, 3);
@@ -160,17 +121,6 @@ TEST(ReadSettings, LinesThatNoKeyTakesAreNoticed) {
   EXPECT_NE(settings.notices[1].text.find("no effect"), std::string::npos);
   EXPECT_NE(settings.notices[2].text.find("beginning of its line"), std::string::npos);
   EXPECT_EQ(settings.notices[3].text, "\"?\?\?\" is not a setting");
-}
-
-TEST(ParseOverride, NamesTheNearestKey) {
-  SettingOverride result;
-  std::string error;
-  EXPECT_TRUE(ParseOverride("XPATH_MAX_MATCHES = 7=7 ", &result, &error));
-  EXPECT_EQ(result, SettingOverride("XPATH_MAX_MATCHES", "7=7"));
-  EXPECT_FALSE(ParseOverride("XPATH_MAX_MATHCES=7", &result, &error));
-  EXPECT_EQ(error, "\"XPATH_MAX_MATHCES\" is not a setting; did you mean XPATH_MAX_MATCHES?");
-  EXPECT_FALSE(ParseOverride("XPATH_MAX_MATCHES", &result, &error));
-  EXPECT_NE(error.find("XPATH_MAX_MATCHES=VALUE"), std::string::npos);
 }
 
 class LocalSettingsFile : public ::testing::Test {

@@ -9,20 +9,17 @@
 #include "config/settings_table.h"
 #include "config/startup_language.h"
 #include "support/memory_platform.h"
+#include "support/null_roles.h"
 
 namespace qelm::config {
 namespace {
 
-class FakeSession : public host::Session {
+class FakeSession : public testing::NullSession {
  public:
   std::string language = "German";
   std::string_view PluginFolder() override { return "/plugin"; }
   std::int32_t MajorVersion() override { return 18; }
   std::string_view InterfaceLanguage() override { return language; }
-  void SetScreenUpdates(bool) override {}
-  bool ScreenUpdates() override { return true; }
-  void Redisplay(host::Id) override {}
-  void RequestNotification(std::int32_t, bool) override {}
 };
 
 TEST(SettingsPaths, QelmIniDecidesBetweenTheTwoFolders) {

@@ -2,14 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-
 #include "embedded/model/book_edit.h"
 #include "embedded/model/edit.h"
 #include "embedded/model/files.h"
-#include "embedded/model/locate.h"
 
 namespace qelm::test {
 namespace {
@@ -185,29 +180,6 @@ TEST(Book, PathsOfEveryKind) {
   }
   EXPECT_EQ(PlatformPath("d\\a.fm"), "d/a.fm");
   EXPECT_EQ(DeviceIndependentPath("./d//a.fm"), "<c>d<c>a.fm");
-}
-
-TEST(Book, ARealOneFindsItsFiles) {
-  const std::filesystem::path path =
-      std::filesystem::path(QELM_SOURCE_DIR) / "../shared/mif/samples/bill/DigitalEconomyBook.mif";
-  std::ifstream file(path, std::ios::binary);
-  if (!file) GTEST_SKIP() << "no sample book here";
-  std::stringstream bytes;
-  bytes << file.rdbuf();
-  std::string error;
-  const auto book = BuildBook(bytes.str(), &error);
-  ASSERT_NE(book, nullptr) << error;
-  EXPECT_TRUE(book->tree.source == bytes.str());
-  EXPECT_TRUE(book->tree.warnings.empty());
-  ASSERT_EQ(book->components.size(), 5U);
-  for (const Component& component : book->components) {
-    const Located located = LocateComponent(path.native(), component.path);
-    EXPECT_TRUE(located.exists && located.elsewhere) << component.path;
-  }
-  std::size_t with_component = 0;
-  for (const std::uint32_t component : book->element_components)
-    with_component += component != kNoIndex ? 1 : 0;
-  EXPECT_EQ(with_component, 5U);
 }
 
 }  // namespace

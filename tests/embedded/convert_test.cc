@@ -1,13 +1,13 @@
 // Documents taken from MIF to XML and back, and the other way: the tree, the text and what is said of them
 // stay.
 
-#include <filesystem>
-#include <fstream>
 #include <sstream>
 
 #include "embedded/model/text_access.h"
 #include "embedded/xml/names.h"
 #include "support/mif_files.h"
+#include "support/normal_form.h"
+#include "support/samples.h"
 #include "support/xml_editing.h"
 
 namespace qelm::test {
@@ -107,15 +107,6 @@ std::vector<std::string> Structure(const Document& document) {
   return lines;
 }
 
-std::string Difference(const std::vector<std::string>& a, const std::vector<std::string>& b) {
-  for (std::size_t i = 0; i < std::max(a.size(), b.size()); ++i) {
-    const std::string first = i < a.size() ? a[i] : "(end)";
-    const std::string second = i < b.size() ? b[i] : "(end)";
-    if (first != second) return "line " + std::to_string(i) + ":\n  " + first + "\n  " + second;
-  }
-  return {};
-}
-
 std::vector<std::string> Lines(const std::string& text) {
   std::vector<std::string> lines;
   std::stringstream stream(text);
@@ -129,12 +120,12 @@ void ExpectStays(const Document& mif) {
   const auto xml = OpenXml(as_xml);
   ASSERT_NE(xml, nullptr);
   EXPECT_TRUE(xml->warnings.empty()) << xml->warnings.front().text;
-  EXPECT_EQ(Difference(Structure(*xml), Structure(mif)), "");
+  EXPECT_EQ(FirstDifference(Structure(*xml), Structure(mif)), "");
   const auto back = OpenMif(ConvertToMif(*xml));
   ASSERT_NE(back, nullptr);
   EXPECT_TRUE(back->warnings.empty()) << back->warnings.front().text;
-  EXPECT_EQ(Difference(Structure(*back), Structure(mif)), "");
-  EXPECT_EQ(Difference(Lines(ConvertToXml(*back)), Lines(as_xml)), "");
+  EXPECT_EQ(FirstDifference(Structure(*back), Structure(mif)), "");
+  EXPECT_EQ(FirstDifference(Lines(ConvertToXml(*back)), Lines(as_xml)), "");
 }
 
 TEST(Convert, MifToXmlAndBack) {
@@ -212,7 +203,7 @@ TEST(Convert, XmlToMifAndBack) {
     EXPECT_TRUE(mif->warnings.empty()) << mif->warnings.front().text;
     const auto back = OpenXml(ConvertToXml(*mif));
     ASSERT_NE(back, nullptr);
-    EXPECT_EQ(Difference(Structure(*back), Structure(*xml)), "") << ConvertToXml(*mif);
+    EXPECT_EQ(FirstDifference(Structure(*back), Structure(*xml)), "") << ConvertToXml(*mif);
   }
 }
 
@@ -262,26 +253,17 @@ TEST(Convert, NamesThatAreNoXmlNamesComeBack) {
 }
 
 TEST(Convert, RealDocumentsKeepTheirTree) {
-  const std::filesystem::path folder = std::filesystem::path(QELM_SOURCE_DIR) / "../shared/mif/samples";
-  std::error_code error;
-  bool has_any = false;
-  for (const auto& entry : std::filesystem::recursive_directory_iterator(folder, error)) {
-    if (entry.path().extension() != ".mif" || entry.path().stem() == "CommA20040102DummyFM7") continue;
-    std::ifstream file(entry.path(), std::ios::binary);
-    std::stringstream bytes;
-    bytes << file.rdbuf();
-    if (!bytes.str().starts_with("<MIFFile")) continue;
-    has_any = true;
-    SCOPED_TRACE(entry.path().filename().string());
-    const auto mif = OpenMif(bytes.str());
+  if (testing::Samples().empty()) GTEST_SKIP() << "no sample documents here";
+  testing::EachSample([](const std::filesystem::path& path, const std::string& bytes) {
+    SCOPED_TRACE(path.filename().string());
+    const auto mif = OpenMif(bytes);
     ASSERT_NE(mif, nullptr);
     if (mif->main_flow == 0 || mif->flows[mif->main_flow].root == 0) {
       EXPECT_NE(OpenXml(ConvertToXml(*mif)), nullptr);
-      continue;
+      return;
     }
     ExpectStays(*mif);
-  }
-  if (!has_any) GTEST_SKIP() << "no sample documents here";
+  });
 }
 
 }  // namespace

@@ -1,7 +1,10 @@
 // The embedded host over a folder of a test's own.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <sstream>
+#include <string_view>
 
 #include "embedded/adapter/clients.h"
 #include "embedded/adapter/dialogs.h"
@@ -33,6 +36,17 @@ struct HostSession {
   host::Id OpenFile(const std::string& name) {
     host::OpenStatus status = host::OpenStatus::kOpened;
     return host.documents.Open(folder.File(name), {}, &status);
+  }
+  // The first element of that tag in document order, `skip` others passed over.
+  host::Id Find(host::Id document, std::string_view tag, int skip = 0) {
+    const host::Id definition = host.definitions.FindDefinition(document, tag);
+    for (host::Id id = 1; definition != host::kNone && id < host.elements.IdLimit(document); ++id) {
+      const bool is =
+          host.elements.IsElement(document, id) && host.elements.Definition(document, id) == definition;
+      if (is && skip-- == 0) return id;
+    }
+    ADD_FAILURE() << "no element " << tag;
+    return host::kNone;
   }
 };
 

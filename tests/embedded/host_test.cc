@@ -1,10 +1,9 @@
-// The embedded host through its interface, over documents made for the purpose and over real files.
+// The embedded host through its interface, over documents made for the purpose.
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
 #include <random>
-#include <sstream>
 
 #include "embedded/host_session.h"
 #include "embedded/model/files.h"
@@ -22,7 +21,6 @@ using host::OpenStatus;
 using testing::Golden;
 using testing::Mif;
 using testing::MifFile;
-using testing::MifFlow;
 
 class HostTest : public ::testing::Test, public testing::HostSession {
  protected:
@@ -54,15 +52,6 @@ class HostTest : public ::testing::Test, public testing::HostSession {
     return Text(Open(path));
   }
 
-  // The first element of that tag in document order, `skip` others passed over.
-  Id Find(Id document, const std::string& tag, int skip = 0) {
-    const Id definition = host.definitions.FindDefinition(document, tag);
-    for (Id id = 1; definition != kNone && id < host.elements.IdLimit(document); ++id) {
-      if (host.elements.Definition(document, id) == definition && skip-- == 0) return id;
-    }
-    ADD_FAILURE() << "no element " << tag;
-    return kNone;
-  }
   std::string Property(Id document, Id element, ElementProperty property) {
     std::string value;
     return host.text.ReadElementProperty(document, element, property, &value) ? value : "(none)";
@@ -183,31 +172,6 @@ TEST_F(HostTest, WhatWasEditedBeforeASaveStaysWhenMoreIsAdded) {
   }
 }
 
-TEST_F(HostTest, WhatCannotBeOpenedSaysWhy) {
-  const std::string damaged = Mif("<Doc>text</Doc>").substr(0, 900);
-  const struct {
-    std::string path;
-    OpenStatus status;
-    std::string text;
-  } rows[] = {
-      {folder.path() + "/missing.mif", OpenStatus::kNotFound, "no such file"},
-      {folder.path(), OpenStatus::kIsFolder, "folder"},
-      {Write("empty.mif", ""), OpenStatus::kEmpty, "empty"},
-      {Write("binary.fm", "<MakerFile 10.0Z\x01\x02"), OpenStatus::kBinaryFormat, "save it as MIF"},
-      {Write("other.mif", "Version 300\nCharset \"Neutral\"\n"), OpenStatus::kUnknownFormat, "neither MIF"},
-      {Write("damaged.mif", damaged), OpenStatus::kDamaged, "line "},
-      {"", OpenStatus::kNotFound, "no file was named"},
-  };
-  for (const auto& row : rows) {
-    EXPECT_EQ(host.documents.Open(row.path, {}, &status), kNone) << row.path;
-    EXPECT_EQ(status, row.status) << row.path;
-    EXPECT_NE(host.documents.ErrorCode(), 0) << row.path;
-    EXPECT_EQ(host.documents.LastError().substr(0, row.path.size()), row.path);
-    EXPECT_NE(host.documents.LastError().find(row.text), std::string::npos) << host.documents.LastError();
-  }
-  EXPECT_EQ(host.documents.FirstOpenDocument(), kNone);
-}
-
 TEST_F(HostTest, IdsAreGivenOnceAndAreDeadAfterClosing) {
   const Id first = OpenText(Mif("<Doc>a</Doc>"));
   const Id second = OpenText(Mif("<Doc>b</Doc>"));
@@ -289,97 +253,6 @@ TEST_F(HostTest, TheNameOfTheTargetSaysTheFormat) {
   EXPECT_FALSE(std::filesystem::exists(folder.path() + "/d.xml"));
 }
 
-TEST_F(HostTest, MifIsFoundInPlaceOfABinaryFile) {
-  Write("ch1.mif", Mif("<Doc>a</Doc>"));
-  const Id id = Open(folder.path() + "/ch1.fm");
-  EXPECT_EQ(host.documents.Path(id), folder.path() + "/ch1.mif");
-  ASSERT_EQ(embedded.notices().size(), 1U);
-  EXPECT_NE(embedded.notices()[0].find("ch1.fm"), std::string::npos);
-  EXPECT_EQ(Open(folder.path() + "/ch1.mif"), id);
-}
-
-TEST_F(HostTest, BooksFindTheirComponents) {
-  Write("ch1.mif", Mif("<Chapter>a</Chapter>"));
-  const Id book = Open(Write("pump.book", testing::MifBook({"<v>M:<c>Docs<c>ch1.fm", "<c>ch2.fm"})));
-  EXPECT_TRUE(host.books.IsBook(book));
-  EXPECT_EQ(host.documents.ActiveBook(), book);
-  EXPECT_EQ(host.documents.ActiveDocument(), kNone);
-  const Id first = host.books.FirstComponent(book);
-  const Id second = host.books.NextComponent(book, first);
-  EXPECT_EQ(host.books.NextComponent(book, second), kNone);
-  EXPECT_EQ(host.books.ComponentPath(book, first), folder.path() + "/ch1.mif");
-  EXPECT_EQ(host.books.ComponentPath(book, first), folder.path() + "/ch1.mif");
-  EXPECT_EQ(embedded.notices().size(), 1U) << "once, however often it is asked for";
-  EXPECT_EQ(host.books.ComponentPath(book, second), folder.path() + "/ch2.fm");
-  EXPECT_EQ(host.books.ComponentDocument(book, first), kNone);
-  const Id chapter = Open(std::string(host.books.ComponentPath(book, first)));
-  EXPECT_EQ(host.books.ComponentDocument(book, first), chapter);
-  EXPECT_EQ(host.elements.Definition(book, host.elements.Root(book, host.elements.MainFlow(book))),
-            host.definitions.FindDefinition(book, "Book"));
-  ASSERT_TRUE(host.books.SetEntryText(book, first, "<none>"));
-  EXPECT_EQ(host.books.EntryText(book, first), "<none>");
-  ASSERT_TRUE(host.books.SetComponentPath(book, second, folder.path() + "/parts/../deep/ch2.mif"));
-  EXPECT_EQ(host.books.ComponentPath(book, second), folder.path() + "/deep/ch2.mif");
-  ASSERT_TRUE(host.books.RemoveComponent(book, first));
-  EXPECT_EQ(host.books.FirstComponent(book), second) << "it keeps its id";
-  EXPECT_FALSE(host.books.RemoveComponent(book, first));
-  EXPECT_TRUE(host.documents.Switch(book, host::DocumentSwitch::kModified));
-  ASSERT_TRUE(host.documents.Save(book, {}));
-  const std::string saved = Content(folder.path() + "/pump.book");
-  EXPECT_EQ(saved.find("ch1.fm"), std::string::npos);
-  EXPECT_NE(saved.find("<c\\>deep<c\\>ch2.mif"), std::string::npos);
-}
-
-TEST_F(HostTest, TheTreeIsInDocumentOrderWithKinds) {
-  MifFile file;
-  file.flows = {{.text = "<Head>m</Head>", .place = MifFlow::Place::kMaster, .tag = "A"},
-                {.text = "<Boiler>r</Boiler>", .place = MifFlow::Place::kReference, .tag = ""},
-                {.text = kManual},
-                {.text = "plain"}};
-  const Id id = OpenText(Mif(file));
-  const Id main = host.elements.MainFlow(id);
-  EXPECT_EQ(main, 3U);
-  EXPECT_EQ(host.elements.KindOfFlow(id, 1), host::FlowKind::kMaster);
-  EXPECT_EQ(host.elements.KindOfFlow(id, 2), host::FlowKind::kReference);
-  EXPECT_EQ(host.elements.FlowName(id, main), "A");
-  EXPECT_EQ(host.elements.Root(id, 4), kNone);
-  EXPECT_EQ(host.elements.NextFlow(id, 4), kNone);
-
-  const Id root = host.elements.Root(id, main);
-  std::string kinds;
-  Id last = kNone;
-  for (Id at = root; at != kNone;) {
-    EXPECT_GT(at, last) << "ids follow document order";
-    EXPECT_EQ(host.elements.FlowOf(id, at), main);
-    last = at;
-    const Id definition = host.elements.Definition(id, at);
-    kinds += definition == kNone ? "." : std::string(host.definitions.DefinitionName(id, definition)) + " ";
-    EXPECT_EQ(definition == kNone, host.elements.Kind(id, at) == ElementKind::kText);
-    const Id child = host.elements.FirstChild(id, at);
-    if (child != kNone) {
-      EXPECT_EQ(host.elements.PreviousSibling(id, child), kNone);
-      at = child;
-      continue;
-    }
-    while (at != kNone && host.elements.NextSibling(id, at) == kNone) {
-      const Id parent = host.elements.Parent(id, at);
-      EXPECT_TRUE(parent == kNone || host.elements.LastChild(id, parent) == at);
-      at = parent;
-    }
-    const Id next = at == kNone ? kNone : host.elements.NextSibling(id, at);
-    EXPECT_TRUE(next == kNone || host.elements.PreviousSibling(id, next) == at);
-    at = next;
-  }
-  EXPECT_EQ(kinds,
-            "Doc Title .P .P .Em .P .XRef .P .Footnote .Marker P Variable .Graphic Table TableTitle "
-            ".TableHeading Row "
-            "Cell .TableBody Row Cell .Row Cell .");
-  EXPECT_EQ(host.elements.Kind(id, Find(id, "Cell")), ElementKind::kTableCell);
-  EXPECT_EQ(host.elements.Kind(id, Find(id, "Footnote")), ElementKind::kFootnote);
-  EXPECT_EQ(host.elements.Kind(id, Find(id, "XRef")), ElementKind::kCrossReference);
-  EXPECT_EQ(host.elements.Kind(id, Find(id, "Graphic")), ElementKind::kGraphic);
-}
-
 // That columns say what the elements of a document say one by one.
 void ExpectColumns(host::Host& host, Id document) {
   const Id root = host.elements.Root(document, host.elements.MainFlow(document));
@@ -458,33 +331,6 @@ TEST_F(HostTest, ColumnsSayWhatElementsSay) {
   }
 }
 
-TEST_F(HostTest, AttributesAndTheirDefinitions) {
-  MifFile file;
-  file.flows = {{.text = R"(<Doc a="1|2" e="" n><P/></Doc>)"}};
-  file.definitions = {
-      {"P", {{"level", "FAttrChoice", {"low", "high"}, {"low"}}, {"ids", "FAttrUniqueIdRefs", {}, {}}}}};
-  const Id id = OpenText(Mif(file));
-  host::AttributeBuffer buffer;
-  host.definitions.ReadAttributes(id, Find(id, "Doc"), &buffer);
-  ASSERT_EQ(buffer.attributes.size(), 3U);
-  EXPECT_EQ(buffer.values, (std::vector<std::string_view>{"1", "2", ""}));
-  EXPECT_EQ(buffer.attributes[1].name, "e");
-  EXPECT_EQ(buffer.attributes[1].first_value, 2U);
-  EXPECT_EQ(buffer.attributes[2].value_count, 0U);
-  host.definitions.ReadAttributes(id, 99, &buffer);
-  EXPECT_TRUE(buffer.attributes.empty());
-
-  const auto defined = host.definitions.AttributeDefinitions(id, host.definitions.FindDefinition(id, "P"));
-  ASSERT_EQ(defined.size(), 2U);
-  EXPECT_EQ(defined[0].type, host::AttributeType::kChoice);
-  EXPECT_EQ(defined[0].choices, (std::vector<std::string_view>{"low", "high"}));
-  EXPECT_EQ(defined[0].defaults, std::vector<std::string_view>{"low"});
-  EXPECT_EQ(defined[1].type, host::AttributeType::kUniqueIdReferences);
-
-  ASSERT_TRUE(host.editing.SetAttributes(id, Find(id, "P"), {{"level", {"high"}}}));
-  EXPECT_EQ(Reread(id), "<Doc a=\"1|2\" e=\"\" n><P level=\"high\"></P></Doc>");
-}
-
 TEST_F(HostTest, UniqueIdsAreThoseOfTheFile) {
   std::string source = Mif("<Doc><P>a</P><Table><TableBody><Row><Cell/></Row></TableBody></Table></Doc>");
   const std::size_t at = source.find("<Unique ", source.find("<ETag `Row'>") - 40);
@@ -556,73 +402,6 @@ TEST_F(HostTest, TextIsCutAtCharacters) {
   EXPECT_EQ(host.text.ElementText(id, Find(id, "P"), 0, &buffer), "");
 }
 
-TEST_F(HostTest, ElementsAreHiddenAndShown) {
-  const Id id =
-      OpenText(Mif("<Doc><P>a<Em>b</Em>c</P>\n<P>d</P>\n"
-                   "<Table><TableBody><Row><Cell>e</Cell></Row></TableBody></Table></Doc>"));
-  EXPECT_EQ(host.catalogs.FindCondition(id, "Hidden"), kNone);
-  const host::TextProperties hidden = Under(id, "Hidden");
-  EXPECT_TRUE(Write(id, Find(id, "Em"), hidden));
-  EXPECT_TRUE(Write(id, Find(id, "Table"), hidden));
-  EXPECT_TRUE(host.catalogs.SetConditionShown(id, hidden.conditions[0], false));
-  EXPECT_EQ(
-      host.text.ReadProperties(id, host.text.ElementRange(id, Find(id, "Em")), host::kConditionsProperty)
-          .conditions,
-      hidden.conditions);
-  const char* const expected =
-      "<Doc><P>a<Em>{Hidden}b{}</Em>c</P>\n<P>d</P>\n"
-      "<Table {Hidden}><TableBody><Row><Cell>e</Cell></Row></TableBody></Table></Doc>";
-  EXPECT_EQ(Text(id), expected) << "a table in the text is the character that anchors it";
-  EXPECT_EQ(Reread(id), expected);
-  const Id again = host.documents.FirstOpenDocument();
-  EXPECT_FALSE(host.catalogs.ConditionShown(again, host.catalogs.FindCondition(again, "Hidden")));
-}
-
-TEST_F(HostTest, RowsCarryConditionsOfTheirOwn) {
-  const Id id =
-      OpenText(Mif("<Doc><Table><TableBody><Row><Cell>a</Cell></Row><Row {New}><Cell>b</Cell></Row>"
-                   "</TableBody></Table></Doc>"));
-  const Id table = host.tables.FirstTable(id);
-  const Id first = host.tables.FirstRow(id, table);
-  const Id second = host.tables.NextRow(id, first);
-  EXPECT_EQ(host.tables.NextRow(id, second), kNone);
-  EXPECT_EQ(host.tables.NextTable(id, table), kNone);
-  EXPECT_EQ(host.tables.RowOfElement(id, Find(id, "Row", 1)), second);
-  EXPECT_EQ(host.tables.RowOfElement(id, Find(id, "Cell")), kNone);
-  const Id hidden = host.catalogs.CreateCondition(id, "Hidden");
-  EXPECT_TRUE(host.tables.SetRowConditions(id, first, {hidden}));
-  EXPECT_EQ(host.tables.RowConditions(id, first), std::vector<Id>{hidden});
-  EXPECT_TRUE(host.tables.SetRowConditions(id, second, {}));
-  EXPECT_FALSE(host.tables.SetRowConditions(id, second, {77}));
-  EXPECT_EQ(Reread(id),
-            "<Doc><Table><TableBody><Row {Hidden}><Cell>a</Cell></Row><Row><Cell>b</Cell></Row>"
-            "</TableBody></Table></Doc>");
-}
-
-TEST_F(HostTest, TextIsColoredAndUncolored) {
-  const Id id = OpenText(Mif("<Doc><P>a<Em>b</Em>c</P></Doc>"));
-  EXPECT_EQ(host.catalogs.FindColor(id, "red"), kNone) << "names are compared exactly";
-  host::TextProperties marked;
-  marked.mask = host::kColorProperty | host::kUnderliningProperty | host::kBackgroundProperty;
-  marked.color = host.catalogs.FindColor(id, "Red");
-  marked.underlining = host::Underlining::kNumeric;
-  marked.background = host.catalogs.CreateColor(id, "Marker pen", 0, 0, 60, 0);
-  EXPECT_TRUE(Write(id, Find(id, "Em"), marked));
-  const host::TextProperties read =
-      host.text.ReadProperties(id, host.text.ElementRange(id, Find(id, "Em")), host::kAllTextProperties);
-  EXPECT_EQ(read.color, marked.color);
-  EXPECT_EQ(read.underlining, marked.underlining);
-  EXPECT_EQ(read.background, marked.background);
-  EXPECT_EQ(Reread(id), "<Doc><P>a<Em>{Red,NumericUnderline,Background=Marker pen}b{}</Em>c</P></Doc>");
-  const Id again = host.documents.FirstOpenDocument();
-  EXPECT_NE(host.catalogs.FindColor(again, "Marker pen"), kNone);
-  host::TextProperties plain;
-  plain.mask = marked.mask;
-  plain.color = host.catalogs.FindColor(again, "Black");
-  EXPECT_TRUE(Write(again, Find(again, "Em"), plain));
-  EXPECT_EQ(Reread(again), "<Doc><P>a<Em>b</Em>c</P></Doc>");
-}
-
 TEST_F(HostTest, ColorsThatAreOnlyUsedAreNotDefined) {
   std::string source = Mif("<Doc>{Red}a{}</Doc>");
   const std::size_t used = source.rfind("`Red'");
@@ -663,38 +442,6 @@ TEST_F(HostTest, EachRunOfAConditionIsFoundOnce) {
             host::Text::FindResult::kFailed);
 }
 
-TEST_F(HostTest, SelectionsAreKept) {
-  const Id id = OpenText(Mif("<Doc><P>a</P>\n<P>b</P></Doc>"));
-  EXPECT_EQ(host.text.SelectedElement(id), kNone);
-  const Id second = Find(id, "P", 1);
-  EXPECT_TRUE(host.text.SelectElement(id, second));
-  const host::TextRange selection = host.text.Selection(id);
-  EXPECT_TRUE(host.text.SelectElement(id, Find(id, "Doc")));
-  EXPECT_TRUE(host.text.SetSelection(id, selection));
-  EXPECT_EQ(host.text.SelectedElement(id), second);
-  EXPECT_FALSE(host.text.SetSelection(id, {{1, 0}, {1, 100000}}));
-  EXPECT_TRUE(host.editing.DeleteElement(id, second));
-  EXPECT_EQ(host.text.SelectedElement(id), kNone);
-  EXPECT_FALSE(host.text.SelectElement(id, second));
-}
-
-TEST_F(HostTest, LockedInsetsRefuseChanges) {
-  const Id id = OpenText(Mif("<Doc><P>a</P>\n<!Inset .file=\"<c>inc.fm\"><P>b</P>\n<P>c</P></!Inset></Doc>"));
-  const Id inset = host.tables.FirstInset(id);
-  ASSERT_NE(inset, kNone);
-  EXPECT_EQ(host.tables.NextInset(id, inset), kNone);
-  EXPECT_TRUE(host.tables.InsetLocked(id, inset));
-  const host::TextProperties hidden = Under(id, "Hidden");
-  EXPECT_TRUE(Write(id, Find(id, "P"), hidden));
-  EXPECT_FALSE(Write(id, Find(id, "P", 1), hidden));
-  EXPECT_NE(host.documents.LastError().find("text inset"), std::string::npos);
-  EXPECT_FALSE(host.editing.DeleteElement(id, Find(id, "P", 2)));
-  EXPECT_TRUE(host.tables.SetInsetLocked(id, inset, false));
-  EXPECT_TRUE(Write(id, Find(id, "P", 1), hidden));
-  EXPECT_TRUE(host.editing.DeleteElement(id, Find(id, "P", 2)));
-  EXPECT_EQ(Text(id), "<Doc><P>{Hidden}a{}</P>\n<!Inset><P>{Hidden}b{}</P></!Inset></Doc>");
-}
-
 constexpr const char* kTwoTables =
     "<Doc><P>a</P>\n<Table><TableTitle>t</TableTitle><TableHeading><Row><Cell>h</Cell></Row></TableHeading>"
     "<TableBody><Row><Cell>1</Cell></Row><Row><Cell>2</Cell></Row></TableBody>"
@@ -727,17 +474,6 @@ TEST_F(HostTest, PartsOfTablesAreDeletedInTheirOwnWays) {
   EXPECT_TRUE(host.editing.DeleteElement(again, Find(again, "Table")));
   EXPECT_EQ(host.tables.FirstTable(again), kNone);
   EXPECT_EQ(host.elements.NextSibling(again, Find(again, "P")), Find(again, "P", 1));
-}
-
-TEST_F(HostTest, TextIsClearedAndTextNodesAreNotElements) {
-  const Id id = OpenText(Mif("<Doc><P>a<Em>b</Em>c</P></Doc>"));
-  const Id text = host.elements.FirstChild(id, Find(id, "P"));
-  EXPECT_FALSE(host.editing.DeleteElement(id, text));
-  EXPECT_FALSE(host.editing.SetAttributes(id, text, {}));
-  EXPECT_TRUE(host.editing.ClearText(id, host.text.ElementRange(id, text)));
-  EXPECT_FALSE(host.elements.IsElement(id, text));
-  EXPECT_FALSE(host.editing.ClearText(id, {{1, 5}, {1, 2}}));
-  EXPECT_EQ(Reread(id), "<Doc><P><Em>b</Em>c</P></Doc>");
 }
 
 // Whatever is done to a document, the file that comes of it reads as the document did.
@@ -807,43 +543,6 @@ TEST_F(HostTest, EditsReadBackAsTheyWereMade) {
     ASSERT_EQ(Reread(id), before) << "round " << round << done;
     ASSERT_TRUE(host.documents.Close(host.documents.FirstOpenDocument(), true));
   }
-}
-
-// Real files. They are not part of the project; without them there is nothing to do here.
-const std::filesystem::path kSamples = QELM_SOURCE_DIR "/../shared/mif/samples";
-
-TEST_F(HostTest, RealFilesAreSavedAsTheyWere) {
-  constexpr std::string_view kDamaged = "CommA20040102DummyFM7.mif";
-  if (!std::filesystem::exists(kSamples)) GTEST_SKIP() << "no sample files";
-  for (const auto& entry : std::filesystem::recursive_directory_iterator(kSamples)) {
-    const std::string path = entry.path().string();
-    if (!path.ends_with(".mif")) continue;
-    SCOPED_TRACE(path);
-    if (path.ends_with(kDamaged)) {
-      EXPECT_EQ(host.documents.Open(path, {}, &status), kNone);
-      EXPECT_EQ(status, OpenStatus::kDamaged);
-      continue;
-    }
-    const Id id = Open(path, {.visible = false});
-    const std::string out = Write("out.mif", "");
-    ASSERT_TRUE(SaveAs(id, out)) << host.documents.LastError();
-    EXPECT_EQ(Content(out), Content(path));
-    EXPECT_TRUE(host.documents.Close(id, false));
-  }
-}
-
-TEST_F(HostTest, ARealBookFindsAllItsComponents) {
-  const std::string path = kSamples / "bill/DigitalEconomyBook.mif";
-  if (!std::filesystem::exists(path)) GTEST_SKIP() << "no sample files";
-  const Id book = Open(path);
-  int components = 0;
-  for (Id at = host.books.FirstComponent(book); at != kNone; at = host.books.NextComponent(book, at)) {
-    ++components;
-    const Id document = Open(std::string(host.books.ComponentPath(book, at)), {.visible = false});
-    EXPECT_EQ(host.books.ComponentDocument(book, at), document);
-    EXPECT_NE(host.elements.Root(document, host.elements.MainFlow(document)), kNone);
-  }
-  EXPECT_EQ(components, 5);
 }
 
 }  // namespace

@@ -46,16 +46,6 @@ class InsertTest : public ::testing::Test, public testing::HostSession {
     for (const model::Warning& warning : read->warnings) ADD_FAILURE() << warning.text;
     return Golden(*read);
   }
-  Id Find(Id document, const std::string& tag, int skip = 0) {
-    const Id definition = host.definitions.FindDefinition(document, tag);
-    for (Id id = 1; definition != kNone && id < host.elements.IdLimit(document); ++id) {
-      const bool is =
-          host.elements.IsElement(document, id) && host.elements.Definition(document, id) == definition;
-      if (is && skip-- == 0) return id;
-    }
-    ADD_FAILURE() << "no element " << tag;
-    return kNone;
-  }
   Id Define(Id document, const std::string& tag, const std::string& format = {}) {
     const Id id = host.editing.DefineElement(document, tag, "<TEXT>", format);
     EXPECT_NE(id, kNone) << host.documents.LastError();
@@ -258,35 +248,6 @@ TEST_F(InsertTest, AttributesMoveWithTheirElement) {
   EXPECT_TRUE(host.editing.SetAttributes(id, Find(id, "Doc"), {{"Level", {"1"}}}));
   EXPECT_TRUE(host.editing.DeleteElement(id, Find(id, "P")));
   EXPECT_EQ(Reread(id), "<Doc Level=\"1\"><Sec Level=\"2\"><P>b</P></Sec></Doc>");
-}
-
-TEST_F(InsertTest, ParagraphsMarkersAndTextInAReport) {
-  const Id id = OpenText(Mif("[Title]<Doc>first</Doc>"));
-  const Id root = Find(id, "Doc");
-  for (int i = 1; i <= 3; ++i) {
-    EXPECT_TRUE(host.editing.AppendParagraph(id, root,
-                                             {.format = i == 2 ? "Heading" : "Body",
-                                              .text = i == 2   ? "two"
-                                                      : i == 1 ? "one"
-                                                               : "",
-                                              .variable = i == 3 ? "Current Date (Short)" : "",
-                                              .marker_type = i == 1 ? "Hypertext" : "",
-                                              .marker_text = "openlink a.fm:firstpage"}));
-  }
-  const Id flow = host.elements.MainFlow(id);
-  const host::TextRange heading = host.editing.FindParagraph(id, flow, "Heading");
-  ASSERT_FALSE(heading.Empty());
-  EXPECT_TRUE(host.editing.InsertText(id, heading.begin, "before "));
-  EXPECT_TRUE(
-      host.editing.InsertMarker(id, host.editing.FindParagraph(id, flow, "Heading"), "Index", "pump"));
-  const host::TextRange again = host.editing.FindParagraph(id, flow, "Heading");
-  EXPECT_TRUE(host.editing.InsertText(id, again.end, " behind"));
-  EXPECT_TRUE(host.editing.FindParagraph(id, flow, "NoSuch").Empty());
-  EXPECT_FALSE(host.editing.InsertText(id, {flow, 1000000}, "x"));
-  const std::string saved = Saved(id);
-  EXPECT_NE(saved.find("<MTypeName `Hypertext'>\n    <MText `openlink a.fm:firstpage'>"), std::string::npos);
-  EXPECT_NE(saved.find("<PgfTag `Heading'>"), std::string::npos);
-  EXPECT_EQ(Reread(id), "<Doc>first\n<!Marker/>one\n<!Marker/>before two behind\n<!Variable/></Doc>");
 }
 
 TEST_F(InsertTest, XmlIsChangedWhereItMustBe) {

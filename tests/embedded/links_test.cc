@@ -75,13 +75,6 @@ class LinksTest : public ::testing::Test, protected testing::HostSession {
     }
     return text;
   }
-  Id Find(Id document, const std::string& tag) {
-    const Id definition = host.definitions.FindDefinition(document, tag);
-    for (Id id = 1; id < host.elements.IdLimit(document); ++id) {
-      if (host.elements.Definition(document, id) == definition) return id;
-    }
-    return kNone;
-  }
   std::string Saved(Id document) {
     EXPECT_TRUE(host.documents.Save(document, {})) << host.documents.LastError();
     return folder.Read(std::filesystem::path(host.documents.Path(document)).filename().string());

@@ -145,14 +145,6 @@ TEST(Metadata, OtherFormatsAndReadersAgree) {
   EXPECT_EQ(Shown(MetadataPacket(*back)), fields);
 }
 
-TEST(Metadata, WhatIsNoPacketIsRefused) {
-  std::string error;
-  const auto document = BuildMif("<MIFFile 7.00>\n", &error);
-  ASSERT_TRUE(document);
-  EXPECT_FALSE(SetMetadata(document.get(), "Title: x", &error));
-  EXPECT_FALSE(document->modified);
-}
-
 TEST(Metadata, RealFilesKeepEverythingElse) {
   EachSample([](const std::filesystem::path& path, const std::string& bytes) {
     if (path.parent_path().filename() != "bill") return;

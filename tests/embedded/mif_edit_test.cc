@@ -1,6 +1,5 @@
 // Edits of small MIF documents, down to the bytes that are written.
 
-#include "embedded/model/character_edit.h"
 #include "embedded/model/edit.h"
 
 #include <gtest/gtest.h>
@@ -128,17 +127,6 @@ TEST(MifEdit, AHiddenEndOfTheFlowReturnsToUnconditional) {
   Hide(document.get(), Find(*document, "Doc"));
   const std::string hidden = SaveMif(*document);
   EXPECT_NE(hidden.find(End("Doc") + "   <Unconditional >\n  > # end of ParaLine"), std::string::npos);
-}
-
-TEST(MifEdit, ConditionsInsideAreReplacedAndOthersGoOn) {
-  const std::string old = "   <Conditional \n    <InCondition `Old'>\n   > # end of Conditional\n";
-  const std::string file =
-      kHead + Flow(Para(kBody, Begin("Doc") + Begin("P") + old + Text("a") + End("P") + Text("b") +
-                                   "   <Unconditional >\n" + Text("c") + End("Doc")));
-  auto document = Open(file);
-  Hide(document.get(), Find(*document, "P"));
-  auto again = Open(SaveMif(*document));
-  EXPECT_EQ(FirstDifference(NormalForm(*again), NormalForm(*document)), "");
 }
 
 TEST(MifEdit, OneLineFilesAreEditedWithinTheLine) {
@@ -317,27 +305,6 @@ TEST(MifEdit, DeletedHiddenTextLeavesBothFlows) {
   EXPECT_EQ(saved.find("77"), std::string::npos);
 }
 
-TEST(MifEdit, ColorIsWrittenWhereItBeginsAndTakenBackWhereItEnds) {
-  const std::string emphasis = "   <Font \n    <FTag `Em'>\n    <FLocked No>\n   > # end of Font\n";
-  const std::string plain = "   <Font \n    <FTag `'>\n    <FLocked No>\n   > # end of Font\n";
-  const std::string file =
-      kHead + Flow(Para(kBody, Begin("Doc") + Begin("P") + Text("a") + emphasis + Text("b") + End("P") +
-                                   Text("c") + plain + Text("d") + End("Doc")));
-  auto document = Open(file);
-  const Element element = document->elements[Find(*document, "P")];
-  CharacterProperties red;
-  red.known = kColorBit | kUnderliningBit;
-  red.color = document->InternColor("Red");
-  red.underlining = Underlining::kDouble;
-  SetCharacterProperties(document.get(), element.first_item, element.end_item, red,
-                         ParagraphsOfItems(*document));
-  auto again = Open(SaveMif(*document));
-  EXPECT_EQ(NormalForm(*again),
-            (std::vector<std::string>{"<Doc>", "<P>", "[,<FUnderlining FDouble>,<FColor `Red'>](Body)a",
-                                      "[Em,<FUnderlining FDouble>,<FColor `Red'>](Body)b", "</>",
-                                      "[Em](Body)c", "[](Body)d", "</>"}));
-}
-
 TEST(MifEdit, RowsTakeConditionsAndGo) {
   const auto row = [](const std::string& tag, const std::string& text) {
     return "   <Row \n    <Element \n     <ETag `" + tag +
@@ -376,18 +343,6 @@ TEST(MifEdit, RowsTakeConditionsAndGo) {
   const std::string without = SaveMif(*document);
   EXPECT_EQ(without.find("<Tbl \n"), std::string::npos);
   EXPECT_EQ(without.find("ATbl"), std::string::npos);
-}
-
-TEST(MifEdit, AttributesAreRewrittenInPlace) {
-  const std::string attributes =
-      "    <Attributes \n     <Attribute \n      <AttrName `a'>\n      <AttrValue `1'>\n     > # end of "
-      "Attribute\n"
-      "    > # end of Attributes\n";
-  const std::string begin = Replaced(Begin("Doc"), "'>\n", "'>\n" + attributes);
-  auto document = Open(kHead + Flow(Para(kBody, begin + Text("x") + End("Doc"))));
-  ASSERT_TRUE(SetAttributes(document.get(), Find(*document, "Doc"), {{"a", {"1", "it's"}}, {"b", {}}}));
-  auto again = Open(SaveMif(*document));
-  EXPECT_EQ(NormalForm(*again)[0], "<Doc a='1''it's' b=>");
 }
 
 TEST(MifRead, WhatFrameMakerWouldStillOpenOpensWithAWarning) {

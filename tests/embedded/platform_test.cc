@@ -298,21 +298,6 @@ TEST(PosixPlatform, MovesFilesAndTellsTheirSizes) {
   EXPECT_NE(status.st_mode & S_IWUSR, 0U) << "a copy can be written";
 }
 
-TEST(PosixPlatform, KnowsOnePlaceByEverySpelling) {
-  const TempFolder folder;
-  PosixPlatform platform;
-  const std::string here = folder.path();
-  ASSERT_TRUE(platform.MakeFolder(folder.File("sub")));
-  std::filesystem::create_symlink(here, folder.File("sub/link"));
-  for (const std::string& spelling :
-       {here + "/", here + "/.", here + "//sub/..", here + "/sub/link", here + "/missing/.."}) {
-    EXPECT_TRUE(platform.SameFile(here, spelling)) << spelling;
-    EXPECT_EQ(platform.ResolvedPath(spelling), platform.ResolvedPath(here)) << spelling;
-  }
-  EXPECT_FALSE(platform.SameFile(here, folder.File("sub")));
-  EXPECT_FALSE(platform.SameFile(folder.File("x"), folder.File("y"))) << "neither is there";
-}
-
 TEST(PosixPlatform, StartsProgramsWithoutAShell) {
   const TempFolder folder;
   PosixPlatform platform;
@@ -321,14 +306,6 @@ TEST(PosixPlatform, StartsProgramsWithoutAShell) {
   for (int tries = 0; tries < 500 && !platform.FileExists(made); ++tries) ::usleep(10000);
   EXPECT_TRUE(platform.FileExists(made));
   EXPECT_FALSE(platform.Start(folder.File("no-such-program"), {}));
-}
-
-TEST(PosixPlatform, EnvironmentOfItsOwn) {
-  PosixPlatform platform;
-  EXPECT_FALSE(platform.Environment("PATH").empty());
-  platform.SetEnvironment("PATH", "elsewhere");
-  EXPECT_EQ(platform.Environment("PATH"), "elsewhere");
-  EXPECT_EQ(platform.Environment("QELM_NO_SUCH_VARIABLE"), "");
 }
 
 }  // namespace

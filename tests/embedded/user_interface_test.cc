@@ -4,9 +4,6 @@
 
 #include <sstream>
 
-#include "embedded/adapter/clients.h"
-#include "embedded/adapter/dialogs.h"
-
 namespace qelm::embedded::adapter {
 namespace {
 
@@ -143,33 +140,6 @@ TEST(Status, LinesAreNotRepeated) {
   ScriptedUserInterface user = desk.Make();
   for (int i = 0; i < 3; ++i) user.ShowStatus({"QELM", "Please wait.", ". . .", "a\nb"});
   EXPECT_EQ(desk.messages.str(), "QELM - Please wait. - a b\n");
-}
-
-TEST(Menus, AreGivenBackAsTheyWereDefined) {
-  Desk desk;
-  ScriptedUserInterface user = desk.Make();
-  const host::Id menu = user.DefineMenu("QELM_Menu", "QELM");
-  const host::Id command = user.DefineCommand(6, "QELM_Cmd_ColorDoc", "Color Document...", "\\!12");
-  EXPECT_TRUE(user.AddToMenu("!MakerMainMenu", menu) && user.AddToMenu("QELM_Menu", command));
-  EXPECT_TRUE(user.AddSeparator("QELM_Menu") && user.EnableCommand(command, false));
-  EXPECT_FALSE(user.AddToMenu("QELM_Menu", 99));
-  ASSERT_EQ(user.Entries().size(), 3U);
-  EXPECT_EQ(user.Entries()[1].item, command);
-  EXPECT_EQ(user.Items()[command - 1].number, 6);
-  EXPECT_FALSE(user.Items()[command - 1].enabled);
-}
-
-TEST(Record, DialogsAndNotificationsThatReachNobody) {
-  Desk desk;
-  RecordedClients clients(desk.log);
-  EXPECT_FALSE(clients.Send("Publisher", "QELM_Filter_Start"));
-  EXPECT_EQ(desk.LastEvent()["text"], "QELM_Filter_Start");
-  clients.Return(115);
-  EXPECT_EQ(clients.TakeReturned(), 115);
-  EXPECT_EQ(clients.TakeReturned(), std::nullopt);
-  NoDialogs dialogs(desk.log);
-  EXPECT_EQ(dialogs.OpenDialog("tsp_Dialog_Filter"), host::kNone);
-  EXPECT_EQ(desk.LastEvent()["event"], "dialog");
 }
 
 }  // namespace

@@ -18,34 +18,6 @@ schemes::Scheme Beginners() { return Classic({{"Audience", {"beginner", "all"}}}
 
 const char kManual[] = "Doc(P Audience='beginner'('one') P Audience='expert'('two' B('three')) P('four'))";
 
-TEST(DocumentFilter, HidesWhatFailsAndShowsNothingOfIt) {
-  FilterSession session({kManual});
-  EXPECT_EQ(session.Filter(Beginners(), InMode(kSource)), kDone);
-  EXPECT_EQ(session.Source(), "Doc(P('one') P('two'~Hidden B('three'~Hidden)) P('four'))");
-  const host::Id tag = session.inner().catalogs.FindCondition(session.document, "Hidden");
-  EXPECT_FALSE(session.inner().catalogs.ConditionShown(session.document, tag));
-  EXPECT_FALSE(session.inner().documents.Switch(session.document, host::DocumentSwitch::kShowAllConditions));
-  // The descendant of a hidden element is not visited.
-  EXPECT_EQ(session.run.elements, 4U);
-  EXPECT_EQ(session.run.kept, 3U);
-  EXPECT_EQ(session.run.hidden, 1U);
-  EXPECT_EQ(session.run.ending, Ending::kCompleted);
-}
-
-TEST(DocumentFilter, DeletesFromACopyAndLeavesTheSource) {
-  FilterSession session({kManual});
-  const std::string before = session.folder.Read("source.mif");
-  EXPECT_EQ(session.Filter(Beginners(), InMode(kCopy)), kDone);
-  EXPECT_EQ(session.Result(), "Doc(P('one') P('four'))");
-  EXPECT_EQ(session.run.deleted, 1U);
-  EXPECT_EQ(session.run.kept, 3U);
-  EXPECT_EQ(session.run.elements, 4U);
-  EXPECT_NE(session.run.result_document, session.document);
-  EXPECT_EQ(session.inner().documents.Path(session.run.result_document), session.folder.File("copy.mif"));
-  EXPECT_EQ(session.Source(), "Doc(P('one') P('two' B('three')) P('four'))");
-  EXPECT_EQ(session.folder.Read("source.mif"), before);
-}
-
 TEST(DocumentFilter, DryRunCountsAsTheRunDoesAndChangesNothing) {
   const char outline[] =
       "Doc(P Audience='expert'('a' B Audience='expert'('b')) Table(Title('t') Heading(Row(Cell('h')))"
@@ -406,42 +378,6 @@ TEST(DocumentFilter, ADocumentWithoutElementsStaysAsItIs) {
   }
 }
 
-TEST(DocumentFilter, TellsTheClientAndTheLogInOrder) {
-  FilterSession session({"Doc(P x=('a') P('b'))"});
-  FilterRun run = InMode(kSource);
-  run.notify = true;
-  run.notification_client = "Build";
-  session.Filter(Classic({{"x", {}}}), run);
-  EXPECT_EQ(
-      session.clients.sent,
-      (std::vector<std::string>{"Build:QELM_Filter_Start", "Build:QELM_Filter_RestoreDoc_Start",
-                                "Build:QELM_Filter_RestoreDoc_Complete", "Build:QELM_Filter_Complete"}));
-  const std::string stars = "\r\n**************************";
-  const std::vector<std::string> expected = {
-      stars + "\r\n**LAUNCHING SOURCE FILE FILTER - Restore first**" + stars,
-      "Preparing to restore document from previous filter",
-      "Document restoration complete",
-      "Preparing to unlock text insets",
-      "Text insets unlocked",
-      "Preparing for filter check",  // Doc
-      "Filter check complete. Verdict - KEEP",
-      "Preparing for filter check",  // the first P, which is not entered
-      "Filter check complete. Verdict - DELETE",
-      "Preparing to apply the hidden condition",
-      "Hidden condition applied",
-      "Preparing for filter check",  // the second one, and again after its text
-      "Filter check complete. Verdict - KEEP",
-      "Preparing for filter check",
-      "Filter check complete. Verdict - KEEP",
-      "Preparing for filter check",  // Doc again
-      "Filter check complete. Verdict - KEEP",
-      "Preparing to hide the Hidden condition",
-      "Done hiding the Hidden condition",
-      stars + "\r\n**FILTER COMPLETE**" + stars,
-  };
-  EXPECT_EQ(session.log, expected);
-}
-
 TEST(DebugPrompts, ComeAtEachStepUntilANo) {
   FilterSession session({"Doc(P x=('a') P x=('b') P x=('c'))"});
   session.debug_prompts = true;
@@ -470,13 +406,6 @@ TEST(DocumentFilter, SaysThatColoringWasNotRemoved) {
   run.remove_coloring = true;
   EXPECT_EQ(session.Filter(Beginners(), run), kDone);
   EXPECT_TRUE(session.Shown("QELM_MSG_FILTER_43"));
-
-  FilterSession colored({kManual});
-  host::Id uncolored = host::kNone;
-  colored.remove_coloring = [&](host::Id document) { return (uncolored = document) != host::kNone; };
-  colored.Filter(Beginners(), run);
-  EXPECT_EQ(uncolored, colored.run.result_document);
-  EXPECT_FALSE(colored.Shown("QELM_MSG_FILTER_43"));
 }
 
 TEST(DuplicateFilter, NeverCopiesOverAnOpenDocument) {

@@ -28,8 +28,7 @@ std::int32_t FilterSession::FilterThrough(host::Host& roles, const schemes::Sche
   xpath::bw_XPathEngineInit(engine, 0, 1000, 100);
   run = wanted;
   if (run.duplicate_path.empty()) run.duplicate_path = folder.File("copy.mif");
-  filtering::FilterContext context{roles, messenger, engine, scheme, run, remove_coloring, {}};
-  context.log.sink = [this](host::Id, host::Id, std::string_view event) { log.emplace_back(event); };
+  filtering::FilterContext context{roles, messenger, engine, scheme, run};
   return filtering::FilterActiveDocument(context);
 }
 

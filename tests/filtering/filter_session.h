@@ -2,7 +2,6 @@
 // answers are set beforehand.
 #pragma once
 
-#include <functional>
 #include <set>
 #include <string>
 #include <utility>
@@ -52,8 +51,6 @@ class FilterSession {
   TestClients clients;
   host::Id document = host::kNone;
   filtering::FilterRun run;
-  std::vector<std::string> log;  // the events of all runs
-  std::function<bool(host::Id)> remove_coloring;
   bool debug_prompts = false;
 
  private:

@@ -132,12 +132,6 @@ TEST(Commands, TheRightOnesExist) {
   }
 }
 
-TEST(Commands, AStartThatFailedLeavesNone) {
-  HostSession session(testing::Settings{{"MAIN_SETTINGS_PATH", "DEFAULT"}});
-  session.plugin().defined_commands.reset();
-  for (const CommandRow& command : AllCommands()) EXPECT_EQ(session.Command(command.number), "");
-}
-
 TEST(About, TellsVersionAndWarnsOfWhatIsNotForUsers) {
   struct Case {
     std::vector<std::pair<std::string, std::string>> settings;
@@ -227,21 +221,6 @@ TEST(MainSettings, AreOpenedAgainWhenTheUserClosedThem) {
   EXPECT_EQ(session.Command(35), "");
   EXPECT_FALSE(
       session.inner().documents.Switch(session.plugin().main_settings, host::DocumentSwitch::kOnScreen));
-}
-
-TEST(MainSettings, ASchemeThatIsGoneIsNoLongerActive) {
-  HostSession session;
-  session.ActivateAll();
-  const std::string other = session.folder.Write(
-      "other.xml",
-      "<QELM_MainSettings><SchemeCategories_XPath><SchemeCategory><FilterSchemes/></SchemeCategory>"
-      "</SchemeCategories_XPath></QELM_MainSettings>");
-  session.folder.Write("QELM_Local_Settings.txt", "; edited\nMAIN_SETTINGS_PATH=" + other + "\n");
-  const std::string shown = session.Command(26);
-  EXPECT_NE(shown.find("QELM_MSG_GEN_36"), std::string::npos) << shown;
-  EXPECT_TRUE(shown.ends_with("QELM_MSG_GEN_25")) << shown;
-  EXPECT_EQ(session.inner().documents.Path(session.plugin().main_settings), other);
-  EXPECT_EQ(session.Command(35), "QELM_MSG_GEN_29");
 }
 
 TEST(Validate, TheReportIsSavedAndTheDocumentStaysActive) {

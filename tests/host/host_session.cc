@@ -125,17 +125,4 @@ std::string HostSession::Saved(host::Id document) {
   return folder.Read("saved.mif");
 }
 
-host::Id HostSession::Find(host::Id document, std::string_view tag) {
-  host::Host& host = inner();
-  const host::Id definition = host.definitions.FindDefinition(document, tag);
-  for (host::Id element = 1; element < host.elements.IdLimit(document); ++element) {
-    if (host.elements.IsElement(document, element) &&
-        host.elements.Definition(document, element) == definition) {
-      return element;
-    }
-  }
-  ADD_FAILURE() << "no element " << tag;
-  return host::kNone;
-}
-
 }  // namespace qelm::testing

@@ -48,14 +48,12 @@ class HostSession {
 
   // The bytes that the document would be saved as.
   std::string Saved(host::Id document);
-  host::Id Find(host::Id document, std::string_view tag);
 
   // The host without the checks, for what a test does itself.
   host::Host& inner() { return embedded_.roles(); }
   Plugin& plugin() { return *plugin_; }
   Entries& entries() { return *entries_; }
   FailingHost& failing() { return failing_; }
-  CheckingHost& checking() { return checking_; }
   embedded::adapter::EmbeddedHost& embedded() { return embedded_; }
 
   TempFolder folder;

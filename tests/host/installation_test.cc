@@ -49,40 +49,6 @@ TEST(Installation, WhatIsThereStaysAsItIs) {
   EXPECT_EQ(session.UserText(kFiles[2]), session.ShippedText(kFiles[2])) << "the missing one is made";
 }
 
-TEST(Installation, WelcomeAndRefreshWhereTheyAreSwitchedOn) {
-  UserSession session;
-  session.platform.SetEnvironment("USERNAME", "Eva");
-  ASSERT_TRUE(session.Start());
-  session.WriteUserFile("QELM_Local_Settings.txt", "; mine\n;\n");
-  const auto install = [&session](const InstallationSwitches& switches) {
-    config::SettingsPaths paths = session.plugin->settings.paths;
-    return InstallPerUser(session.roles(), session.plugin->messenger, &paths, switches);
-  };
-  EXPECT_TRUE(install({.refresh = true}));
-  EXPECT_EQ(session.UserText("QELM_Local_Settings.txt"), "; mine\n;\n") << "this version prepared it";
-  session.WriteUserFile(kVersionFile, "0.1\n");
-  EXPECT_TRUE(install({.refresh = true}));
-  EXPECT_EQ(session.UserText("QELM_Local_Settings.txt"), session.ShippedText("QELM_Local_Settings.txt"));
-  EXPECT_EQ(session.UserText(kVersionFile), kVersionContent);
-
-  EXPECT_TRUE(install({.welcome = true}));
-  EXPECT_TRUE(session.user.texts.empty()) << "nothing is asked where everything is prepared";
-  std::filesystem::remove_all(session.folder.File("profile"));
-  session.user.answer = [](const std::string&) { return false; };
-  EXPECT_FALSE(install({.welcome = true}));
-  EXPECT_TRUE(session.Said("Eva"));
-  EXPECT_FALSE(std::filesystem::exists(session.folder.File("profile")));
-}
-
-TEST(Installation, ARunThatDoesNotAskForItWritesNothing) {
-  UserSession session;
-  session.options.install = false;
-  ASSERT_TRUE(session.Start());
-  EXPECT_TRUE(session.user.texts.empty());
-  EXPECT_FALSE(std::filesystem::exists(session.folder.File("profile")));
-  EXPECT_NE(session.plugin->main_settings, host::kNone);
-}
-
 TEST(Installation, InTheInstallFolderNothingIsPrepared) {
   UserSession session;
   session.folder.Write("plugin/QELM.ini", "SETTINGS_LOCATION=INSTALL_FOLDER\n");

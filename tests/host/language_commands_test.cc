@@ -87,31 +87,6 @@ struct Session {
   std::size_t said = 0;
 };
 
-TEST(UseLanguage, HoldsForTheSessionOrLeavesTheOneBefore) {
-  Session session;
-  Plugin& plugin = *session.plugin;
-  ASSERT_TRUE(UseLanguage(plugin, "German"));
-  EXPECT_TRUE(session.Said("German gilt")) << "the message is in the new language";
-  EXPECT_EQ(plugin.messenger.Get("QELM_MSG_GEN_10"), "Kein Dokument.");
-
-  ASSERT_TRUE(UseLanguage(plugin, "English"));
-  session.folder.Write("languages/German.po", "msgid \"A\"\nmsgstr \"open\n");
-  EXPECT_FALSE(UseLanguage(plugin, "German"));
-  EXPECT_TRUE(session.Said("languages/German.po:2: "));
-  EXPECT_FALSE(UseLanguage(plugin, "Czech"));
-  EXPECT_TRUE(session.Said("none Czech"));
-  EXPECT_EQ(plugin.messenger.Get("QELM_MSG_GEN_10"), "No document.");
-}
-
-TEST(UseLanguage, WrongPlaceholdersAreShownAsTheyStand) {
-  Session session;
-  for (const std::string text : {"%d", "%s %s", "%n", "100 %", "%999999999s", "%2$s"}) {
-    session.folder.Write("languages/Wrong.po", Entry("QELM_MSG_LANG_1", text));
-    ASSERT_EQ(UseLanguage(*session.plugin, "Wrong"), 1) << text;
-    EXPECT_TRUE(session.Said(text)) << session.user.Alerts().back();
-  }
-}
-
 TEST(SetLanguage, TheUserChoosesAmongTheFiles) {
   Session session;
   session.folder.Write("languages/notes.txt", "");
@@ -147,21 +122,6 @@ TEST(CreateLanguageFile, TheUserWritesTheName) {
   EXPECT_EQ(CreateLanguageFile(*session.plugin), 1);
   EXPECT_TRUE(std::filesystem::exists(session.folder.File("languages/Czech.po")));
   EXPECT_EQ(session.dialogs.open, 0);
-}
-
-TEST(CreateLanguageFile, ANewLanguageWorksAtOnce) {
-  Session session;
-  CreateLanguageNamed(*session.plugin, "French");
-  EXPECT_TRUE(session.Said("made " + session.folder.File("languages/French.po") + " 12"));
-  ASSERT_TRUE(UseLanguage(*session.plugin, "French"));
-  EXPECT_EQ(session.plugin->messenger.Get("QELM_MSG_GEN_10"), "No document.");
-
-  const std::string before = session.folder.Read("languages/French.po");
-  CreateLanguageNamed(*session.plugin, "FRENCH");
-  EXPECT_TRUE(session.Said("exists " + session.folder.File("languages/French.po")));
-  CreateLanguageNamed(*session.plugin, "../French");
-  EXPECT_TRUE(session.Said("name ../French"));
-  EXPECT_EQ(session.folder.Read("languages/French.po"), before);
 }
 
 // What was missing is in force without a new start, and so is what the translator changed meanwhile.

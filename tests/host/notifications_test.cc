@@ -111,22 +111,6 @@ TEST(AutoValidation, NothingHappensWithTheSettingOff) {
   EXPECT_EQ(session.Saved(document), before);
 }
 
-TEST(AttributeChange, IsJudgedBeforeAnythingIsChecked) {
-  HostSession session;
-  const host::Id document = session.OpenMif("doc.mif", kAudience);
-  const host::Id element = session.Find(document, "P");
-  Plugin& plugin = session.plugin();
-  const testing::CheckingHost::Entry entry(session.checking());
-  EXPECT_EQ(CheckAttributeChange(plugin, document, element, "Audience"), AttributeChange::kToBeChecked);
-  EXPECT_EQ(CheckAttributeChange(plugin, document, element, ""), AttributeChange::kToBeChecked);
-  EXPECT_EQ(CheckAttributeChange(plugin, document, element, "Level"), AttributeChange::kNoAttribute);
-  EXPECT_EQ(CheckAttributeChange(plugin, document, 9999, "Audience"), AttributeChange::kNoElement);
-  EXPECT_EQ(CheckAttributeChange(plugin, 0, element, "Audience"), AttributeChange::kNoElement);
-  const host::Id scheme = session.Find(plugin.main_settings, "Scheme");
-  EXPECT_EQ(CheckAttributeChange(plugin, plugin.main_settings, scheme, "x"),
-            AttributeChange::kInMainSettings);
-}
-
 TEST(Notification26, LetsGoOfTheMainSettings) {
   HostSession session;
   session.Notify(26, 0);

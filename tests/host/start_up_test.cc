@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "host/user_session.h"
 
 namespace qelm {
@@ -12,14 +14,6 @@ using testing::UserSession;
 
 constexpr char kLocalCopy[] = "QELM_MainSettings_LocalCopy.fm";
 constexpr char kLocalSettings[] = "QELM_Local_Settings.txt";
-
-TEST(StartUp, ShowsItsStages) {
-  UserSession session;
-  ASSERT_TRUE(session.Start());
-  EXPECT_EQ(session.user.status,
-            (std::vector<std::string>{"Initializing variables", "Retrieving local settings",
-                                      "Retrieving main settings", "Creating menu paths", "", ""}));
-}
 
 TEST(StartUp, ASettingsFileThatIsNoneGivesDefaults) {
   UserSession session;
@@ -40,14 +34,26 @@ TEST(StartUp, AMainSettingsFileThatIsNoneLeavesThePluginRunning) {
   EXPECT_EQ(session.user.status.back(), "");
 }
 
-TEST(StartUp, TextsWithWrongPlaceholdersAreShownAsTheyStand) {
+TEST(StartUp, ADamagedLanguageLeavesThePluginRunning) {
   UserSession session;
-  session.folder.Write(
-      "plugin/languages/English.po",
-      "msgctxt \"General Strings\"\nmsgid \"QELM_MSG_GEN_19\"\nmsgstr \"Add %d to %s? %q\"\n");
-  session.WriteUserFile(kLocalCopy, testing::MainSettingsWithoutColors());
+  session.folder.Write("plugin/languages/English.po", "msgid \"A");
   ASSERT_TRUE(session.Start());
-  EXPECT_TRUE(session.Said("Add %d to %s? %q"));
+  EXPECT_FALSE(session.plugin->messenger.LanguageActive());
+  EXPECT_FALSE(session.user.texts.empty());
+}
+
+// A name that the local settings would take for "the local copy" is a name all the same.
+TEST(StartUp, MainSettingsNamedForTheRunAreUsedWhateverTheirName) {
+  UserSession session;
+  session.folder.Write("DEFAULT.xml", testing::MainSettingsXml());
+  session.options.install = false;
+  session.options.main_settings_path = "DEFAULT.xml";
+  const auto before = std::filesystem::current_path();
+  std::filesystem::current_path(session.folder.path());
+  const bool started = session.Start();
+  std::filesystem::current_path(before);
+  ASSERT_TRUE(started);
+  EXPECT_TRUE(session.roles().documents.Path(session.plugin->main_settings).ends_with("/DEFAULT.xml"));
 }
 
 TEST(StartUp, MissingColorsAreOffered) {

@@ -63,42 +63,6 @@ TEST_F(DebugLogTest, HeaderAndEntriesAreAlwaysTheSameBytes) {
                 "\r\nELEMENT TEXT: one two three four five six seven eight nine ten é" + kEnd);
 }
 
-TEST_F(DebugLogTest, WhatIsNotKnownIsSaid) {
-  const host::Id unsaved = Open({.as_new = true});
-  OpenLog(kDebugWriteLog);
-  log.Event(unsaved, host::kNone, "**FILTER COMPLETE**");
-  log.Event(host::kNone, 4711, "x");
-  EXPECT_EQ(Entries(),
-            std::string("\r\n** EVENT/ACTION: **FILTER COMPLETE**\r\nTIMESTAMP: 0\r\n\r\nDOC: 1\r\n"
-                        "FILEPATH: <none>\r\n\r\nNULL OR UNRECOGNIZABLE OBJECT SENT. ID: 0") +
-                kEnd +
-                "\r\n** EVENT/ACTION: x\r\nTIMESTAMP: 0\r\n\r\nNo doc ID sent\r\n\r\n"
-                "NULL OR UNRECOGNIZABLE OBJECT SENT. ID: 4711" +
-                kEnd);
-}
-
-TEST_F(DebugLogTest, OnlyOneModeWrites) {
-  OpenLog(kDebugOff);
-  EXPECT_EQ(log.Path(), "");
-  OpenLog(kDebugPrompts);
-  log.Event(host::kNone, host::kNone, "x");
-  EXPECT_TRUE(platform.files.empty());
-  OpenLog(kDebugWriteLog);
-  log.Event(host::kNone, host::kNone, "x");
-  OpenLog(kDebugWriteLog);
-  EXPECT_EQ(Content(), kHeader) << "opened again, it begins anew";
-  OpenLog(kDebugOff);
-  log.Event(host::kNone, host::kNone, "x");
-  EXPECT_EQ(Content(), kHeader);
-}
-
-TEST_F(DebugLogTest, FolderAndNameOfTheSettings) {
-  log.Open({"QELM", kDebugWriteLog, "/logs", "", 10});
-  log.Open({"QELM", kDebugWriteLog, "", "run.log", 10});
-  EXPECT_EQ(platform.files["/logs/QELM_debug_log.txt"], kHeader);
-  EXPECT_EQ(platform.files["/plugin/run.log"], kHeader);
-}
-
 TEST_F(DebugLogTest, AFullLogSaysSoAndStaysAsItIs) {
   OpenLog(kDebugWriteLog);
   log.Event(host::kNone, host::kNone, std::string(DebugLog::kLongest, 'x'));
@@ -109,15 +73,6 @@ TEST_F(DebugLogTest, AFullLogSaysSoAndStaysAsItIs) {
   OpenLog(kDebugWriteLog);
   log.Event(host::kNone, host::kNone, "x");
   EXPECT_LT(Content().size(), 1000U) << "opened again, it begins anew";
-}
-
-TEST_F(DebugLogTest, TheModeIsShown) {
-  for (const std::int32_t mode : {kDebugOff, kDebugPrompts, kDebugWriteLog, kDebugOff}) {
-    OpenLog(mode);
-    log.ShowMode();
-  }
-  EXPECT_EQ(user.notes, (std::vector<std::string>{"Debug mode is off.", "Prompting debug mode is ON.",
-                                                  "Write log debug mode is ON.", "Debug mode is off."}));
 }
 
 }  // namespace

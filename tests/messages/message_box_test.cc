@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "host/interface/entry_points.h"
-#include "messages/drop_down.h"
 #include "messages/wrap.h"
 #include "support/memory_platform.h"
 #include "support/test_dialogs.h"
@@ -114,24 +113,6 @@ TEST_F(BoxTest, CheckBoxTextHasTwoLinesAndIsCutThere) {
   EXPECT_FALSE(ShownFromEnd(4) || ShownFromEnd(3));
 }
 
-TEST_F(BoxTest, ButtonsFollowTheirCode) {
-  struct Row {
-    int code;
-    const char* first;
-    const char* second;
-  };
-  constexpr Row kRows[] = {{0, "OK", "Cancel"}, {1, "OK", "Cancel"}, {2, "Yes", "No"},
-                           {3, "OK", nullptr},  {4, "Yes", "No"},    {9, "Yes", "No"}};
-  for (const Row& row : kRows) {
-    MessageBox(messenger, {.text = "Text", .buttons = static_cast<BoxButtons>(row.code)});
-    EXPECT_EQ(LabelFromEnd(2), row.first) << row.code;
-    EXPECT_EQ(ShownFromEnd(1), row.second != nullptr) << row.code;
-    if (row.second != nullptr) {
-      EXPECT_EQ(LabelFromEnd(1), row.second) << row.code;
-    }
-  }
-}
-
 TEST_F(BoxTest, ReturnsTheButtonAndTheStateOfTheCheckBox) {
   const MessageBoxText box{"Mine", "Text", "Not again", BoxButtons::kYesNo};
   bool checked = true;
@@ -188,33 +169,6 @@ TEST_F(BoxTest, WithoutItsResourceTheHostAlertsAndAsks) {
             0);
   EXPECT_FALSE(checked);
   EXPECT_EQ(dialogs.open, 0);
-}
-
-TEST_F(BoxTest, DropDownGivesTheEntryOrNone) {
-  dialogs.resources["bw_Dialog_DropDown"] = {"", "OK", "Cancel"};
-  const std::vector<std::string> entries{"a", "b", "c"};
-  std::int32_t value = 2;
-  std::int32_t button = 1;
-  dialogs.user = [&](Dialog& dialog) {
-    EXPECT_EQ(dialog.number, 1226);
-    EXPECT_EQ(dialog.lines, entries);
-    EXPECT_EQ(dialog.values[0], 1) << "what was active before";
-    dialog.values[0] = value;
-    return button;
-  };
-  EXPECT_EQ(ChooseEntry(messenger, "Choose", entries, 1), 2);
-  EXPECT_EQ(Last().title, "Choose");
-  button = 2;
-  EXPECT_EQ(ChooseEntry(messenger, "Choose", entries, 1), -1);
-  button = 1;
-  for (const std::int32_t nonsense : {-1, 3}) {
-    value = nonsense;
-    EXPECT_EQ(ChooseEntry(messenger, "Choose", entries, 1), -1) << nonsense;
-  }
-  EXPECT_EQ(ChooseEntry(messenger, "Choose", {}, 0), -1);
-  dialogs.resources.clear();
-  EXPECT_EQ(ChooseEntry(messenger, "Choose", entries, 0), -1);
-  EXPECT_EQ(user.notes.size(), 1U) << "that the dialog is missing is said";
 }
 
 }  // namespace

@@ -56,42 +56,12 @@ TEST_F(MessengerTest, AMissingTextIsLookedUpOnceMoreInTheFile) {
   EXPECT_EQ(platform.reads, reads);
 }
 
-TEST_F(MessengerTest, TheHostAnswersZeroForYes) {
-  user.answer = 0;
-  EXPECT_TRUE(messenger.Ask("Go on?"));
-  user.answer = 1;
-  EXPECT_FALSE(messenger.Ask("Go on?"));
-  EXPECT_EQ(user.questions.size(), 2U);
-}
-
-TEST_F(MessengerTest, DebugPromptsShowTheId) {
-  ASSERT_TRUE(messenger.LoadLanguage("lang", "English"));
-  messenger.SetDebugPrompts(true);
-  messenger.Alert("QELM_MSG_GEN_1");
-  messenger.Alert("Plain");
-  messenger.AlertFormatted("QELM_MSG_GEN_4", messenger.Format("QELM_MSG_GEN_4", "a.txt", 7));
-  EXPECT_EQ(user.notes[0], "QELM says\n\nNo document.\n\n--> MSG ID:QELM_MSG_GEN_1");
-  EXPECT_EQ(user.notes[1], "QELM says\n\nPlain\n\n--> MSG ID:Plain");
-  EXPECT_EQ(user.notes[2], "QELM says\n\nBad file a.txt (7)\n\n--> MSG ID:QELM_MSG_GEN_4");
-}
-
 TEST_F(MessengerTest, WrongPlaceholdersShowAWrongText) {
   for (const char* text : {"%d", "%s %s", "100% %s", "%q", "%9$s", "%", "%*d", "%.*s", "%-", "%999999999s",
                            "%.99999999999s", "%1$s %s", "%n", "%0$s", "%s%c%p"}) {
     EXPECT_EQ(Messenger::FormatText(text, std::string("x")), text);
   }
   EXPECT_EQ(Messenger::FormatText("%2$s-%1$s", std::string("a"), std::string("b")), "b-a");
-}
-
-TEST_F(MessengerTest, LinesOfTheStatusAreTranslatedWhereTheyCanBe) {
-  const host::Status status{"QELM - Filtering", "Please wait...", "manual.fm", ""};
-  messenger.ShowStatus(status);
-  EXPECT_EQ(user.status, (std::vector<std::string>{"QELM - Filtering", "Please wait...", "manual.fm", ""}));
-  platform.files["lang/German.po"] =
-      "msgctxt \"Status\"\nmsgid \"Please wait...\"\nmsgstr \"Bitte warten\"\n";
-  ASSERT_TRUE(messenger.LoadLanguage("lang", "German"));
-  messenger.ShowStatus(status);
-  EXPECT_EQ(user.status, (std::vector<std::string>{"QELM - Filtering", "Bitte warten", "manual.fm", ""}));
 }
 
 TEST_F(MessengerTest, ADamagedLanguageLeavesTheOneBefore) {

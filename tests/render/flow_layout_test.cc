@@ -1,7 +1,6 @@
 // Where text stands: pages of five lines of 12 points, 180 points wide, with a header and a footer.
 #include <gtest/gtest.h>
 
-#include "embedded/model/text_access.h"
 #include "render/laid_out.h"
 
 namespace qelm::embedded::render {
@@ -313,17 +312,6 @@ TEST(FlowLayout, TextOfAnyLengthIsSet) {
     for (std::size_t at = 0; (at = text.find("word", at)) != std::string::npos; ++at) ++count;
   }
   EXPECT_EQ(count, 60000U);
-}
-
-TEST(FlowLayout, PagesAreFoundByItem) {
-  const LaidOut laid(Mif({.text = Paras(1, 11)}));
-  ASSERT_EQ(laid.starts.size(), 3U);
-  EXPECT_EQ(laid.starts[2].number, 3);
-  std::string text;
-  const std::uint32_t first = laid.starts[1].item;
-  for (std::uint32_t i = first; text.empty(); ++i)
-    model::AppendItemText(*laid.document, laid.document->items[i], &text);
-  EXPECT_EQ(text, "p6");
 }
 
 }  // namespace

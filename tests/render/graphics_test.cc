@@ -30,14 +30,13 @@ std::unique_ptr<model::Document> WithFrame(const std::string& objects) {
 // The first frame of a document as an image, a point a pixel, the frame's corner at 10, 10.
 class Picture {
  public:
-  Picture(const model::Document& document, const std::string& folder,
-          const Graphics::DrawText& text = nullptr)
+  Picture(const model::Document& document, const std::string& folder)
       : surface_(cairo_image_surface_create(CAIRO_FORMAT_RGB24, 120, 120)) {
     cairo_t* const cr = cairo_create(surface_);
     cairo_set_source_rgb(cr, 1, 1, 1);
     cairo_paint(cr);
     Graphics graphics(document, folder);
-    graphics.DrawFrame(cr, 1, 10, 10, text);
+    graphics.DrawFrame(cr, 1, 10, 10, nullptr);
     missing = graphics.missing();
     cairo_destroy(cr);
     cairo_surface_flush(surface_);
@@ -119,19 +118,6 @@ TEST(Graphics, ReservedColorsNeedNoCatalog) {
   EXPECT_EQ(picture.At(70, 70), "FFFFFF");
   EXPECT_EQ(picture.At(10, 10), "0000FF");
   EXPECT_EQ(picture.At(50, 10), "000000");
-}
-
-TEST(Graphics, TextFramesAreHandedOut) {
-  const auto document = WithFrame("<TextRect <ID 9> <Pen 15> <Fill 15> <ShapeRect 5 pt 6 pt 30 pt 20 pt>>");
-  std::vector<double> places;
-  const Picture picture(*document, "", [&](model::Id flow, std::uint32_t frame) {
-    const Rect place = Graphics(*document, "").TextFrames(flow).at(frame).at(0);
-    places = {static_cast<double>(flow), place.x, place.y, place.width, place.height};
-  });
-  EXPECT_EQ(places, (std::vector<double>{1, 5, 6, 30, 20}));
-  const FramePlace place = Graphics(*document, "").Place(1);
-  EXPECT_EQ(place.kind, FrameKind::kBelow);
-  EXPECT_DOUBLE_EQ(place.near_side_offset, 3);
 }
 
 TEST(Graphics, FramesInFramesHaveNoLimit) {

@@ -21,7 +21,6 @@ struct SeenLine {
 struct SeenPage {
   std::vector<SeenLine> lines;   // of flows, tables and footnotes
   std::vector<SeenLine> around;  // headers, footers
-  std::vector<Mark> fills;       // rules and shadings
   std::vector<LaidText> texts;   // where lines stand, without them
   std::string Text() const {
     std::string text;
@@ -43,7 +42,6 @@ class LaidOut : public PageSink {
     const PageDesigns designs(*document);
     FlowLayout layout(*setting, designs, "Arabic", 1, this);
     layout.Run();
-    starts = layout.TakePageStarts();
   }
 
   bool Take(LaidPage&& page) override {
@@ -51,10 +49,10 @@ class LaidOut : public PageSink {
     SeenPage& seen = pages.emplace_back();
     for (const LaidText& text : page.body) {
       seen.texts.push_back({text.place, text.angle, text.flow, {}});
-      for (const Mark& mark : text.marks) See(mark, text.flow, &seen.lines, &seen.fills);
+      for (const Mark& mark : text.marks) See(mark, text.flow, &seen.lines);
     }
     for (const LaidText& text : page.around) {
-      for (const Mark& mark : text.marks) See(mark, text.flow, &seen.around, &seen.fills);
+      for (const Mark& mark : text.marks) See(mark, text.flow, &seen.around);
     }
     return true;
   }
@@ -74,11 +72,9 @@ class LaidOut : public PageSink {
   std::unique_ptr<Graphics> graphics;
   std::unique_ptr<Setting> setting;
   std::vector<SeenPage> pages;
-  std::vector<PageStart> starts;
 
  private:
-  static void See(const Mark& mark, model::Id flow, std::vector<SeenLine>* lines, std::vector<Mark>* fills) {
-    if (mark.kind == Mark::Kind::kFill || mark.kind == Mark::Kind::kChangeBar) fills->push_back(mark);
+  static void See(const Mark& mark, model::Id flow, std::vector<SeenLine>* lines) {
     if (mark.kind != Mark::Kind::kLine) return;
     const LaidLine& line = mark.paragraph->lines()[mark.ref];
     lines->push_back(

@@ -63,17 +63,6 @@ TEST_F(XPathErrorReport, LaterEntriesFollowBehindAHeadingOfTheirOwn) {
       << "one report for all";
 }
 
-// The positions are those that parsing gives: the caret is not moved once more.
-TEST_F(XPathErrorReport, TheCaretStandsWhereTheParserSays) {
-  const char* const expressions[] = {"//P/ ", "//P[]", "/", "//P[@a='b' and ]", "//P/foo::bar"};
-  for (const char* expression : expressions) {
-    if (bw_ParseXPath(engine, expression, 1) < kFirstError) continue;
-    const auto position = static_cast<std::size_t>(LastParseError(engine).position);
-    const std::vector<std::string> entries = Entries();
-    EXPECT_EQ(entries[entries.size() - 2], "ErrorPosition " + std::string(position, '.') + "^") << expression;
-  }
-}
-
 TEST_F(XPathErrorReport, SaysWhatIsMissing) {
   const auto alerts_of = [&](const std::string& plugin_folder) {
     embedded::adapter::EmbeddedHost other{

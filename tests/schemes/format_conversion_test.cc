@@ -9,12 +9,10 @@
 #include "common/text.h"
 #include "embedded/model/files.h"
 #include "schemes/conversion_backup.h"
-#include "schemes/scheme_listing.h"
 #include "schemes/settings_session.h"
 #include "support/failing_host.h"
 #include "support/normal_form.h"
 #include "support/old_settings.h"
-#include "support/test_user.h"
 
 namespace qelm::schemes {
 namespace {
@@ -23,7 +21,6 @@ using namespace testing;  // the notation of settings_session.h
 
 constexpr char kPath[] = "/settings/main.fm";
 constexpr char kBackup300[] = "/settings/main.fm.BACKUP_before_3.00_conversion.fm";
-constexpr char kBackup304[] = "/settings/main.fm.BACKUP_before_3.04_conversion.fm";
 
 std::string ReadSource(const std::string& path) {
   std::ifstream file(std::string(QELM_SOURCE_DIR) + "/" + path, std::ios::binary);
@@ -58,31 +55,6 @@ class FormatConversion : public ::testing::Test {
   ConversionOptions options{.plugin_folder = "/plugin"};
 };
 
-// Each scheme as it is listed when it is loaded, with what the list leaves out.
-std::string Loaded(SettingsSession& session, host::Id document) {
-  struct Wanted {
-    SchemeKind kind;
-    const char* category;
-    const char* name;
-  };
-  constexpr Wanted kSchemes[] = {
-      {SchemeKind::kFilter, "Audience & 'level'", "Beginner"},
-      {SchemeKind::kFilter, "Audience & 'level'", "Empty"},
-      {SchemeKind::kColoring, "Audience & 'level'", "Review"},
-      {SchemeKind::kValidation, "Audience & 'level'", "Values"},
-      {SchemeKind::kFilter, "By path", "Old"},
-      {SchemeKind::kColoring, "By path", "Marks"},
-  };
-  std::string text;
-  for (const Wanted& wanted : kSchemes) {
-    Scheme scheme;
-    EXPECT_EQ(session.Load(document, wanted.kind, wanted.category, wanted.name, &scheme), kLoaded)
-        << wanted.name;
-    text += SchemeParameters(scheme) + scheme.comment + "\n";
-  }
-  return text;
-}
-
 TEST_F(FormatConversion, ResultIsTheGoldenOneAndNothingIsLeftToDo) {
   const host::Id document = Converted();
   EXPECT_EQ(FormatOf(session.host(), document), SettingsFormat::kCurrent);
@@ -96,46 +68,6 @@ TEST_F(FormatConversion, ResultIsTheGoldenOneAndNothingIsLeftToDo) {
   // Paragraphs name formats that the catalog has by now, and no attribute is declared any longer.
   EXPECT_EQ(File(kPath).find("<Pgf ", File(kPath).find("<TextFlow")), std::string::npos);
   EXPECT_EQ(File(kPath).find("<EDAttrDef "), std::string::npos);
-}
-
-TEST_F(FormatConversion, SchemesAreTheOnesThatTheAttributesSaid) {
-  const std::string classic = Category(
-      "Audience & 'level'",
-      SchemeOf("Beginner",
-               T("SpaceDelimitedVals", "True") + T("IncludeEDDDefaults", "Yes") + T("Comment", "False"),
-               Attribute("Audience", {"beginner", "<no value>", "two words"}) + Attribute("Level", {})) +
-          SchemeOf("Empty", T("Comment", "to be written")),
-      SchemeOf("Review", T("Comment", "False"),
-               RuleOf(T("Name", "Red") + T("Style", "3") + T("MatchAll", "True") + T("Override", "True"),
-                      Attribute("Status", {"draft"})) +
-                   RuleOf(T("Name", "Dark blue"), Attribute("Status", {"<any value>"}))),
-      SchemeOf("Values", T("Comment", "False"), Attribute("Product", {"P200", "P300", "<from EDD>"})));
-  const std::string xpath =
-      Category("By path",
-               SchemeOf("Old", T("ProcessAllFlows", "True") + T("Comment", "False"),
-                        Expressions({"//a[b='>c']", "//Section[@n<'3']"})),
-               SchemeOf("Marks", T("Comment", "False"),
-                        RuleOf(T("Name", "Green") + T("Style", "1"), Expressions({"//Note"}))));
-  const std::string expected = Loaded(session, session.Open("/new.xml", MainSettings(classic, xpath)));
-  EXPECT_EQ(Loaded(session, Converted()), common::ReplaceAll(expected, "to be written", "to be\nwritten"));
-}
-
-TEST_F(FormatConversion, BackupsAreWhatTheDocumentWas) {
-  const std::string old = OldSettings(OldSettingsExample());
-  host::Id document = session.Open(kPath, old);
-  const host::Id before = document;
-  const ConversionResult result = To300(&document);
-  EXPECT_EQ(result.error, "");
-  EXPECT_EQ(result.backup, kBackup300);
-  EXPECT_EQ(File(kBackup300), old);
-  EXPECT_NE(document, before) << "it was opened again";
-  EXPECT_EQ(session.host().documents.Path(document), kPath);
-  EXPECT_EQ(session.host().documents.FirstOpenDocument(), document) << "the template is closed again";
-  EXPECT_EQ(session.host().documents.NextOpenDocument(document), host::kNone);
-  const std::string converted = File(kPath);
-  EXPECT_EQ(FormatOf(session.host(), document), SettingsFormat::k300);
-  EXPECT_EQ(To304(&document).backup, kBackup304);
-  EXPECT_EQ(File(kBackup304), converted);
 }
 
 TEST_F(FormatConversion, BackupNamesAreNumberedFrom2To99) {
@@ -156,21 +88,6 @@ TEST_F(FormatConversion, BackupNamesAreNumberedFrom2To99) {
   EXPECT_EQ(session.platform.files.size(), files + 1);
   EXPECT_EQ(File(kBackup300), "one");
   EXPECT_EQ(FormatOf(session.host(), document), SettingsFormat::k300);
-}
-
-TEST_F(FormatConversion, ProgressIsShownStepByStep) {
-  TestUser user;
-  messages::Messenger messenger(user, session.platform);
-  host::Id document = session.Open(kPath, OldSettings(OldSettingsExample()));
-  EXPECT_EQ(ConvertTo300(session.host(), messenger, options, &document).error, "");
-  EXPECT_EQ(user.status,
-            (std::vector<std::string>{"Converting File...", "Saving backup of original file...",
-                                      "Converting main settings file to new format...",
-                                      "Importing the new template and EDD...", "Saving converted file..."}));
-  user.status.clear();
-  options.show_progress = false;
-  EXPECT_EQ(ConvertTo304(session.host(), messenger, options, &document).error, "");
-  EXPECT_TRUE(user.status.empty());
 }
 
 TEST_F(FormatConversion, WhatIsMissingIsNamed) {

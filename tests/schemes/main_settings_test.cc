@@ -32,29 +32,6 @@ TEST(MainSettings, AreKnownByTheirRootOrTheirCategories) {
                              session.OpenSource("assets/QELM_MainSettings_Template.fm")));
 }
 
-TEST(OpenMainSettings, SaysWhatIsWrongAndWhere) {
-  SettingsSession session;
-  session.platform.files["/manual.xml"] = E("Manual", "text");
-  session.platform.files["/broken.xml"] = "<QELM_MainSettings><SchemeCategories>";
-  session.platform.files["/good.xml"] = MainSettings("", "");
-  const auto open = [&session](const std::string& path) {
-    return OpenMainSettings(session.host(), session.engine, session.messenger, path, true);
-  };
-  const host::Id good = open("/good.xml");
-  EXPECT_NE(good, host::kNone);
-  EXPECT_EQ(open("/good.xml"), good) << "it stays open";
-  EXPECT_FALSE(session.host().documents.Switch(good, host::DocumentSwitch::kOnScreen));
-  EXPECT_TRUE(session.user.notes.empty());
-  for (const std::string path : {"/manual.xml", "/broken.xml", "/missing.fm"}) {
-    EXPECT_EQ(open(path), host::kNone);
-    EXPECT_NE(session.user.notes.back().find(path), std::string::npos) << session.user.notes.back();
-  }
-  EXPECT_NE(session.user.notes[0].find("<QELM_MainSettings>"), std::string::npos);
-  EXPECT_EQ(session.user.notes.size(), 3U);
-  EXPECT_EQ(session.host().documents.NextOpenDocument(good), host::kNone)
-      << "what was refused is closed again";
-}
-
 TEST(OpenMainSettings, LeavesADocumentOpenThatWasOpenBefore) {
   SettingsSession session;
   const host::Id manual = session.Open("/manual.xml", E("Manual", "text"));
@@ -62,13 +39,6 @@ TEST(OpenMainSettings, LeavesADocumentOpenThatWasOpenBefore) {
             host::kNone);
   EXPECT_EQ(session.host().documents.FirstOpenDocument(), manual);
   EXPECT_TRUE(session.user.notes.empty());
-}
-
-TEST(NameLiteral, ChoosesTheQuotationMark) {
-  EXPECT_EQ(NameLiteral("plain"), "'plain'");
-  EXPECT_EQ(NameLiteral("Ann's"), "\"Ann's\"");
-  EXPECT_EQ(NameLiteral("12\""), "'12\"'");
-  EXPECT_EQ(NameLiteral("'\""), "");
 }
 
 }  // namespace

@@ -93,26 +93,5 @@ TEST(CheckSchemes, EveryFaultHasItsCase) {
   }
 }
 
-TEST(CheckSchemes, ShippedSchemesAreInOrder) {
-  SettingsSession session;
-  const host::Id settings = session.OpenSource("assets/QELM_MainSettings_LocalCopy.xml");
-  const host::Id document = session.OpenSource("examples/pump/operation.mif");
-  EXPECT_TRUE(CheckSchemes(session.engine, settings, document).empty());
-}
-
-TEST(CheckSchemes, ColorsNeedADocumentAndExpressionsTellThePlace) {
-  SettingsSession session;
-  const host::Id settings = session.Open(
-      "/main.xml",
-      MainSettings(
-          "", Category("C", "", SchemeOf("S", "", RuleOf(T("Name", "Pink"), Expressions({"//P/foo::x"}))))));
-  const std::vector<SchemeFinding> findings = CheckSchemes(session.engine, settings, host::kNone);
-  ASSERT_EQ(findings.size(), 1U);
-  EXPECT_EQ(findings[0].fault, SchemeFault::kExpression);
-  EXPECT_EQ(findings[0].error.id, "XPATH_ERR_UNKNOWN_AXIS");
-  EXPECT_EQ(findings[0].error.position, 4);
-  EXPECT_EQ(findings[0].category + "/" + findings[0].scheme, "C/S");
-}
-
 }  // namespace
 }  // namespace qelm::schemes

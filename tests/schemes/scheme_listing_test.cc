@@ -47,30 +47,6 @@ TEST(SchemeParameters, OfAClassicColoringScheme) {
                    "\n\n - Background color:  None\n - Match all:  No\n - Override:  Yes"));
 }
 
-TEST(SchemeParameters, OfAnXPathColoringScheme) {
-  Scheme scheme = SchemeOfKind(SchemeKind::kColoring);
-  scheme.is_xpath = true;
-  scheme.process_all_flows = true;
-  scheme.rules.push_back({.color = "Red", .conditions = {{"XPathExpressions", {"//a", "//b"}}}});
-  EXPECT_EQ(SchemeParameters(scheme),
-            Framed("Coloring",
-                   "\n\nName: 50% %s\nType: XPath scheme\n\nGeneral settings:\n\n - Include EDD defaults:  No"
-                   "\n - Process all flows:  Yes\n\n____ Rule #1 ____\n\n - Color:  Red\n - Style: None"
-                   "\n\n - Background color:  None\n\n  Expressions:\n\n   - //a\n   - //b"));
-}
-
-TEST(SchemeParameters, OfAValidationScheme) {
-  Scheme scheme = SchemeOfKind(SchemeKind::kValidation);
-  scheme.ignore_case = true;
-  scheme.attributes = {{"Audience", {"expert", "admin"}}, {"Level", {}}};
-  EXPECT_EQ(SchemeParameters(scheme),
-            Framed("Validation",
-                   "\n\nName: 50% %s\nType: \"Classic\" scheme\n\nGeneral settings:"
-                   "\n\n - Include EDD defaults:  No\n - Ignore case:  Yes\n - Space delimited vals:  No"
-                   "\n - Process all flows:  No\n\nScheme Attributes:\n\n - Attribute:  Audience"
-                   "\n   - Value:  expert\n   - Value:  admin\n\n - Attribute:  Level"));
-}
-
 TEST(SchemeParameters, OfAnXPathFilterScheme) {
   Scheme scheme = SchemeOfKind(SchemeKind::kFilter);
   scheme.is_xpath = true;

@@ -73,26 +73,6 @@ TEST(LoadScheme, RulesOfColoringSchemes) {
   EXPECT_TRUE(scheme.rules.empty());
 }
 
-TEST(LoadScheme, SwitchesByTheirFirstLetter) {
-  SettingsSession session;
-  for (const auto& [text, expected] : std::vector<std::pair<std::string, bool>>{{"True", true},
-                                                                                {"yes", true},
-                                                                                {"1", true},
-                                                                                {" Yes", true},
-                                                                                {"False", false},
-                                                                                {"No", false},
-                                                                                {"on", false},
-                                                                                {"x", false},
-                                                                                {"", false}}) {
-    const host::Id document = session.Open(
-        "/" + text + ".xml", MainSettings(Category("A", SchemeOf("S", E("IncludeEDDDefaults", text)))));
-    Scheme scheme;
-    ASSERT_EQ(session.Load(document, SchemeKind::kFilter, "A", "S", &scheme), kLoaded);
-    EXPECT_EQ(scheme.include_edd_defaults, expected) << text;
-    EXPECT_FALSE(scheme.ignore_case);
-  }
-}
-
 TEST(LoadScheme, TheClassicCategoryComesFirst) {
   SettingsSession session;
   const host::Id document = session.Open(
@@ -104,19 +84,6 @@ TEST(LoadScheme, TheClassicCategoryComesFirst) {
   EXPECT_FALSE(scheme.process_all_flows) << "the first of two with one name";
   ASSERT_EQ(session.Load(document, SchemeKind::kFilter, "A", "Only", &scheme), kLoaded);
   EXPECT_TRUE(scheme.is_xpath);
-}
-
-TEST(LoadScheme, RefusesWhatIsNoName) {
-  SettingsSession session;
-  const host::Id document = session.Open("/m.xml", MainSettings(Category("A", SchemeOf("S", ""))));
-  Scheme scheme;
-  ASSERT_EQ(session.Load(document, SchemeKind::kFilter, "A", "S", &scheme), kLoaded);
-  for (const std::string name : {"", "<none>", "ThisIsAnERROR_ThisIsAnERROR ThisIsAnERROR_ThisIsAnERROR!"}) {
-    EXPECT_EQ(session.Load(document, SchemeKind::kFilter, "A", name, &scheme, true), kInvalidNames);
-    EXPECT_EQ(session.Load(document, SchemeKind::kFilter, name, "S", &scheme, true), kInvalidNames);
-  }
-  EXPECT_EQ(scheme.name, "S") << "the scheme before stays";
-  EXPECT_TRUE(session.user.notes.empty());
 }
 
 TEST(LoadScheme, OneThatIsNotThereEmptiesTheScheme) {
@@ -176,20 +143,6 @@ TEST(LoadScheme, LimitsOfTheEngineDoNotCutASchemeShort) {
   ASSERT_EQ(session.Load(document, SchemeKind::kFilter, "X", "S", &scheme), kLoaded);
   EXPECT_EQ(scheme.expressions, std::vector<std::string>{expression});
   EXPECT_TRUE(session.user.notes.empty());
-}
-
-TEST(Styles, NumbersAndNames) {
-  for (const auto& [text, style] : std::vector<std::pair<std::string, std::int32_t>>{
-           {"0", 0}, {"7", 7}, {"8", 8}, {"9", 0}, {"-1", 0}, {"", 0}, {"Underline", 0}, {"00035", 3}}) {
-    EXPECT_EQ(ReadStyle(text), style) << text;
-  }
-  EXPECT_EQ(StyleByName("Num UL / Ch Bar"), 7);
-  EXPECT_EQ(StyleByName("Numeric Underline/Change Bar"), 7);
-  EXPECT_EQ(StyleByName("Double Underline"), 4);
-  EXPECT_EQ(StyleByName("None"), 0);
-  EXPECT_EQ(StyleByName("underline"), -1);
-  EXPECT_EQ(StyleName(8), "None");
-  EXPECT_EQ(StyleName(99), "None");
 }
 
 // The two shipped main settings documents hold the same, every scheme in them loads, and all expressions are

@@ -3,9 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
-
 #include "schemes/settings_session.h"
 #include "support/mif_files.h"
 
@@ -37,7 +34,6 @@ struct Checked {
   TabularCheck check;
   ActiveSchemes active;
   std::vector<std::string> notes;
-  std::vector<std::string> questions;
 
   // The numbers of the messages, with their rows.
   std::string Problems() const {
@@ -50,21 +46,13 @@ struct Checked {
   }
 };
 
-Checked Check(const std::string& tables, bool debug = false, bool language = false) {
+Checked Check(const std::string& tables) {
   SettingsSession session;
-  session.user.answer = 0;
   const host::Id document = session.Open("/doc.mif", testing::Mif("<Doc>\n" + tables + "</Doc>"));
-  if (language) {
-    std::ifstream file(QELM_SOURCE_DIR "/assets/languages/English.po", std::ios::binary);
-    session.platform.files["/assets/languages/English.po"] = {std::istreambuf_iterator<char>(file), {}};
-    EXPECT_TRUE(session.messenger.LoadLanguage("/assets/languages", "English"));
-  }
-  session.messenger.SetDebugPrompts(debug);
   Checked checked;
   TabularContext context{session.host(), session.messenger, session.engine, checked.active, "Standard"};
   checked.check = CheckTabularScheme(context, document);
   checked.notes = session.user.notes;
-  checked.questions = session.user.questions;
   return checked;
 }
 
@@ -170,33 +158,6 @@ TEST(TabularCheck, FirstOfSeveralTablesCounts) {
   EXPECT_EQ(checked.check.title, "Filter Scheme: A/B");
   EXPECT_TRUE(checked.active.filter.Active());
   EXPECT_FALSE(checked.active.validation.Active());
-}
-
-TEST(TabularCheck, MessagesNameRowTextAndPlace) {
-  const Checked checked = Check(Table("Filter Scheme: A/B", {"Expressions|//P[", "Atribute|a"}), false, true);
-  ASSERT_EQ(checked.notes.size(), 2U);
-  EXPECT_NE(checked.notes[0].find("Row 2"), std::string::npos) << checked.notes[0];
-  EXPECT_NE(checked.notes[0].find("//P[\n"), std::string::npos) << checked.notes[0];
-  EXPECT_NE(checked.notes[0].find("^\n"), std::string::npos) << checked.notes[0];
-  EXPECT_NE(checked.notes[1].find("\"Atribute\""), std::string::npos) << checked.notes[1];
-}
-
-TEST(TabularCheck, DebugPromptsAtEachStage) {
-  const Checked checked =
-      Check(Table("Coloring Scheme: A/B", {"Rule|Red", "Attribute|a|x", "Expressions|//P"}), true);
-  const std::vector<std::string> stages = {"Getting scheme name.",
-                                           "Reading Rule row.",
-                                           "Reading Attribute row.",
-                                           "Reading Expressions row.",
-                                           "Done reading rows, ready to check data.",
-                                           "Preparing to parse XPath expressions.",
-                                           "Done checking data, preparing to report.",
-                                           "Setting the active scheme."};
-  ASSERT_EQ(checked.questions.size(), stages.size());
-  for (std::size_t i = 0; i < stages.size(); ++i) {
-    EXPECT_NE(checked.questions[i].find(stages[i] + "\n\nContinue debugging?"), std::string::npos) << i;
-  }
-  EXPECT_NE(checked.notes.back().find("Done. Deallocation and cleanup."), std::string::npos);
 }
 
 }  // namespace

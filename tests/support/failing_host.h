@@ -1,6 +1,5 @@
-// A host that lets one call fail, around the host that does the work: the n-th of all calls, or the n-th of
-// one operation. A call that fails is not made, and gives what the operation gives when it fails: 0, false,
-// nothing.
+// A host that lets one call fail, around the host that does the work: the n-th of one operation. A call that
+// fails is not made, and gives what the operation gives when it fails: 0, false, nothing.
 //
 //   FailingHost host(embedded.roles());
 //   Work(host.roles());                        // once unharmed, to learn which operations it calls how often
@@ -22,19 +21,16 @@ class FailingHost : private CallObserver {
 
   host::Host& roles() { return observed_.roles(); }
 
-  // Counts anew from here, and lets the n-th call (from 1; 0: none) of the operation ("Role::Name", empty: of
-  // any) fail.
+  // Counts anew from here, and lets the n-th call (from 1; 0: none) of the operation ("Role::Name") fail.
   void FailAt(std::string operation, std::int64_t n) {
     operation_ = std::move(operation);
     n_ = n;
     calls_.clear();
-    total_ = 0;
     failed_.clear();
   }
 
   // How often each operation was called since then, the one that failed included.
   const std::map<std::string, std::int64_t>& calls() const { return calls_; }
-  std::int64_t total() const { return total_; }
   // The operation that was made to fail; empty when it did not come to that.
   const std::string& failed() const { return failed_; }
 
@@ -42,8 +38,7 @@ class FailingHost : private CallObserver {
   bool Before(const HostCall& call) override {
     std::string operation = std::string(call.role) + "::" + std::string(call.name);
     const std::int64_t nth = ++calls_[operation];
-    ++total_;
-    if ((operation_.empty() ? total_ : operation_ == operation ? nth : 0) != n_ || n_ == 0) return true;
+    if (operation != operation_ || nth != n_) return true;
     failed_ = std::move(operation);
     return false;
   }
@@ -53,7 +48,6 @@ class FailingHost : private CallObserver {
   std::string operation_;
   std::string failed_;
   std::int64_t n_ = 0;
-  std::int64_t total_ = 0;
   std::map<std::string, std::int64_t> calls_;
 };
 

@@ -205,9 +205,8 @@ std::string GoldenStyle(const model::Document& document, std::uint32_t index) {
   return Bracketed(names);
 }
 
-std::string Golden(const model::Document& document, model::Id flow) {
-  const model::Id id = flow == 0 ? document.main_flow : flow;
-  return id == 0 ? "" : Printer(document).Flow(document.flows[id]);
+std::string Golden(const model::Document& document) {
+  return document.main_flow == 0 ? "" : Printer(document).Flow(document.flows[document.main_flow]);
 }
 
 }  // namespace qelm::testing

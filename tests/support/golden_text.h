@@ -15,8 +15,8 @@
 
 namespace qelm::testing {
 
-// The flow's text; flow 0 is the main flow.
-std::string Golden(const embedded::model::Document& document, embedded::model::Id flow = 0);
+// The text of the main flow.
+std::string Golden(const embedded::model::Document& document);
 
 // "{Hidden}" and the like for one item, "{}" when all its properties are plain.
 std::string GoldenStyle(const embedded::model::Document& document, std::uint32_t item);

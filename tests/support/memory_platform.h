@@ -87,7 +87,6 @@ class RecordingUser : public MenuTaker {
  public:
   std::vector<std::string> notes;
   std::vector<std::string> questions;
-  std::vector<std::string> status;  // the lines shown last, the title first
   std::string console;
   std::int32_t answer = 1;  // 0 yes, 1 no
 
@@ -96,9 +95,7 @@ class RecordingUser : public MenuTaker {
     questions.emplace_back(text);
     return answer;
   }
-  void ShowStatus(const host::Status& lines) override {
-    status = {lines.title, lines.line1, lines.line2, lines.line3};
-  }
+  void ShowStatus(const host::Status&) override {}
   void HideStatus() override {}
   bool EscPressed() override { return false; }
   void Print(std::string_view text) override { console.append(text); }

@@ -89,7 +89,6 @@ class TreeHost : private NullDocuments,
   std::uint64_t calls = 0;
   RecordingUser user;
   MemoryPlatform platform;
-  std::vector<host::Id> selected;  // the elements that were selected, in order
   // What a host may leave out: whether it counts edits, and whether it reads texts as a column.
   bool counts_edits = true;
   bool reads_texts = true;
@@ -181,10 +180,6 @@ class TreeHost : private NullDocuments,
                                std::string* buffer) override;
   bool ReadElementProperty(host::Id document, host::Id element, host::ElementProperty property,
                            std::string* value) override;
-  bool SelectElement(host::Id, host::Id element) override {
-    selected.push_back(element);
-    return true;
-  }
 
   std::vector<std::unique_ptr<TreeDocument>> documents_;
   NullSession session_;

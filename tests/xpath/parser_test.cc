@@ -233,18 +233,6 @@ TEST_F(ParserTest, KnownTextsAreNotParsedAgain) {
   EXPECT_EQ(bw_ParseXPath(engine, "a/b", 0), 4);
 }
 
-TEST_F(ParserTest, RejectionIsReportedOnlyWhenAskedFor) {
-  tree_host.platform.files["/languages/English.po"] =
-      "msgctxt \"General Strings\"\nmsgid \"XPATH_ERR_TOO_MANY_SLASHES\"\nmsgstr \"Three slashes.\"\n";
-  ASSERT_TRUE(messenger.LoadLanguage("/languages", "English"));
-  const std::string text = std::string(58, 'a') + "///" + std::string(9, 'b');
-  bw_ParseXPath(engine, text, 0);
-  EXPECT_TRUE(tree_host.user.notes.empty());
-  bw_ParseXPath(engine, text, 1);
-  // This host opens nothing, so the report cannot be made, and that is said.
-  EXPECT_EQ(tree_host.user.notes.size(), 2U);
-}
-
 TEST_F(ParserTest, DumpOfStepsPredicatesAndLiterals) {
   EXPECT_EQ(Dump("//a[@x!='$p' and not(b)]"),
             "\n\nParsed components for: //a[@x!='$p' and not(b)],  Sequence number '1'\n\n"

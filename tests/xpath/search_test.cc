@@ -1,5 +1,4 @@
 #include "fixture.h"
-#include "xpath/engine_state.h"
 
 namespace qelm::xpath {
 namespace {
@@ -61,21 +60,6 @@ TEST_F(SearchTest, WhatIsKeptOfADocumentIsReadAnewAfterAnEdit) {
   EXPECT_EQ(Paths("//b[contains(.,'w')]"), "/a/b /a/b[2] /a/b[3]");
 }
 
-TEST_F(SearchTest, UnknownSequenceIsToldBeforeAndAfterTheTableWasEmptied) {
-  Load("d { a }");
-  Next(7);
-  EXPECT_TRUE(Said(1, "The specified sequence number was not found in the handler memory."));
-  bw_XPathEngineInit(engine, 1, 0, 0);
-  const std::int32_t sequence = bw_ParseXPath(engine, "a/a/a", 0);
-  bw_ParseXPath(engine, "a", 0);
-  Next(sequence);
-  EXPECT_EQ(notes().size(), 1U);
-  Next(sequence + 1);
-  EXPECT_EQ(notes().size(), 2U);
-  bw_DumpParsedXPath(engine, sequence + 1);
-  EXPECT_EQ(notes().size(), 3U);
-}
-
 TEST_F(SearchTest, MatchAllStopsAtTheEnginesMaximumAndSaysSo) {
   Load("d { a a a }");
   MatchList matches;
@@ -121,17 +105,6 @@ TEST_F(SearchTest, ContextIsWhatIsGivenOrTheMainFlow) {
   EXPECT_EQ(Paths("/*"), "");
 }
 
-TEST_F(SearchTest, DisplayModesShowContextAndMatches) {
-  Load("d { a a }");
-  SetDisplayMode(engine, DisplayMode::kContext);
-  Matches("a", 1);
-  EXPECT_TRUE(Said(1, "Context node."));
-  SetDisplayMode(engine, DisplayMode::kMatches);
-  Matches("a", 1);
-  EXPECT_TRUE(Said(3, "Matched node."));
-  EXPECT_EQ(tree_host.selected, (std::vector<host::Id>{1, 2, 3}));
-}
-
 TEST_F(SearchTest, LinksInACircleEndTheSearchWithAMessage) {
   Load("d { a b { c } a }");
   tree_host.Document(kDocument).elements[5].next = 2;
@@ -163,16 +136,6 @@ TEST_F(SearchTest, LongPathsAndDeepFunctionsAreFollowed) {
   std::string negated = "b";
   for (int depth = 0; depth < 900; ++depth) negated = "not(" + negated + ")";
   EXPECT_EQ(Matches("//a[" + negated + "]").size(), 0U);
-}
-
-TEST_F(SearchTest, ComponentsThatTheParserNeverMakesFail) {
-  Load("d { a }");
-  const std::int32_t sequence = bw_ParseXPath(engine, "a[b]", 0);
-  ComponentTable& table = engine.state().table;
-  table[sequence + 3].first_child = 0;
-  ASSERT_EQ(table[sequence + 3].kind, Kind::kPredicate);
-  EXPECT_EQ(Next(sequence), 0U);
-  EXPECT_TRUE(Said(1, "A predicate evaluation failed in bw_FindNextNodeWithXpath()."));
 }
 
 }  // namespace
