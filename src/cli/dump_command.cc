@@ -55,7 +55,7 @@ class Writer : public model::DumpSink {
     for (std::uint32_t i = 0; i < element.attribute_count; ++i) {
       const model::Attribute& attribute = document_.attributes[element.first_attribute + i];
       function(document_.names[attribute.name],
-               std::span(document_.values).subspan(attribute.first_value, attribute.value_count));
+               document_.values.Run(attribute.first_value, attribute.value_count));
     }
   }
 

@@ -202,7 +202,7 @@ std::int32_t FilterActiveDocument(FilterContext& context) {
   filter.Conclude();
   const bool done = context.run.ending == Ending::kCompleted;
   if (done) {
-    DanglingReferences references(context.host, true);
+    DanglingReferences references(context.host, /*single=*/true, context.run.places_dangling);
     references.Add(filter.document(), context.run.would_go);
     context.run.dangling = references.Find();
   }

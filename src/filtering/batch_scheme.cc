@@ -197,6 +197,7 @@ void SchemeRun::PrepareFilter() {
   run_.prompts = false;
   run_.save_first = false;
   run_.redirect_cross_references = true;
+  run_.places_dangling = false;  // the report says how many there are
   run_.overwrite = context_.overwrite;
   run_.remove_coloring = RemovesColoring(request_.settings, scheme_.name);
   run_.output_folder = outcome_->folder;

@@ -22,7 +22,7 @@ class BookComponents {
         run_(context.run),
         book_(book),
         empties_(context, book),
-        references_(context.host),
+        references_(context.host, /*single=*/false, context.run.places_dangling),
         deletes_empties_(context.run.delete_empties && context.run.mode == LaunchMode::kDuplicate &&
                          !context.run.dry_run) {}
 

@@ -75,25 +75,26 @@ bool Takes(std::string_view word, std::string_view* line) {
 
 // Of the hashes of its blocks, whichever pieces they come in.
 std::string ContentMark(std::span<const std::string_view> pieces) {
-  std::string block;
-  std::string hashes;
   std::size_t size = 0;
-  block.reserve(kBlock);
+  for (const std::string_view piece : pieces) size += piece.size();
+  std::string hashes;
+  std::size_t left = size;
+  std::size_t in_block = 0;  // bytes of the block so far
+  common::ContentHasher block(std::min(left, kBlock));
   for (std::string_view piece : pieces) {
-    size += piece.size();
-    for (; block.empty() && piece.size() >= kBlock; piece.remove_prefix(kBlock)) {
-      hashes += common::ContentHash(piece.substr(0, kBlock));
-    }
     while (!piece.empty()) {
-      const std::size_t part = std::min(piece.size(), kBlock - block.size());
-      block.append(piece.substr(0, part));
-      piece.remove_prefix(part);
-      if (block.size() < kBlock) continue;
-      hashes += common::ContentHash(block);
-      block.clear();
+      const std::string_view part = piece.substr(0, kBlock - in_block);
+      block.Add(part);
+      piece.remove_prefix(part.size());
+      in_block += part.size();
+      if (in_block < kBlock) continue;
+      hashes += block.Digits();
+      left -= kBlock;
+      in_block = 0;
+      block = common::ContentHasher(std::min(left, kBlock));
     }
   }
-  return std::to_string(size) + "-" + common::ContentHash(hashes + common::ContentHash(block));
+  return std::to_string(size) + "-" + common::ContentHash(hashes + block.Digits());
 }
 
 CopyRecord::CopyRecord(host::Platform& platform, const std::string& folder, std::string_view name)
@@ -224,13 +225,17 @@ std::string CopyRecord::Text() const {
   return complete_ ? text + std::string(kCompleteLine) + "\n" : text;
 }
 
-// A pipe that is to be overwritten would wait for somebody who reads it, and a link that leads nowhere takes
-// no content.
+// Of a record that lacks lines at its end, these are added. A pipe that is to be overwritten would wait for
+// somebody who reads it, and a link that leads nowhere takes no content.
 bool CopyRecord::Write() const {
   const std::string text = Text();
   std::error_code error;
   const bool is_file = fs::is_regular_file(path_, error);
-  if (is_file && platform_.ReadFile(path_) == text) return true;
+  const std::optional<std::string> there = is_file ? platform_.ReadFile(path_) : std::nullopt;
+  if (there == text) return true;
+  if (there && !there->empty() && text.starts_with(*there)) {
+    return platform_.AppendFile(path_, std::string_view(text).substr(there->size()));
+  }
   const bool in_the_way = !is_file && (platform_.FileExists(path_) || fs::is_symlink(path_, error));
   if (in_the_way && !platform_.RemoveFile(path_)) return false;
   return platform_.ReplaceFile(path_, text);
@@ -247,16 +252,17 @@ bool CopyRecord::BeforeWriting(const std::string& path, std::span<const std::str
     *why = "somebody changed it while this run was under way";
     return false;
   }
-  recorded_ = recorded_ || Write();
   std::vector<std::string>& marks = files_[name];
-  if (recorded_ && std::find(marks.begin(), marks.end(), mark) != marks.end()) return true;
+  const bool is_new = std::find(marks.begin(), marks.end(), mark) == marks.end();
+  if (is_new) marks.push_back(mark);
   const std::string line = std::string(kMadeWord) + mark + " " + name;
-  if (!recorded_ || !platform_.AppendFile(path_, "\n" + line + "\n")) {
-    *why = common::WithReason(path_, platform_.LastError());
-    return false;
+  if (recorded_ ? !is_new || platform_.AppendFile(path_, "\n" + line + "\n") : Write()) {
+    recorded_ = true;
+    return true;
   }
-  marks.push_back(mark);
-  return true;
+  if (is_new) marks.pop_back();
+  *why = common::WithReason(path_, platform_.LastError());
+  return false;
 }
 
 void CopyRecord::AfterWriting(const std::string& path, bool done) {

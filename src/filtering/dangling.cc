@@ -85,7 +85,7 @@ void DanglingReferences::Add(Id document, const std::vector<Id>& would_go) {
     const bool dangling = inside && names.gone.contains(KeyOf(link.kind, link.target));
     if (!dangling && (inside || single_)) continue;
     Kept kept{{link.kind, path, {}, inside ? path : link.path, link.target}, dangling};
-    if (link.element != kNone) places.AppendPath(link.element, &kept.reference.element);
+    if (with_places_ && link.element != kNone) places.AppendPath(link.element, &kept.reference.element);
     kept_.push_back(std::move(kept));
   }
 }

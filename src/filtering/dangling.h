@@ -19,7 +19,8 @@ namespace qelm::filtering {
 struct DanglingReference {
   host::LinkKind kind = host::LinkKind::kCrossReference;
   std::string source;   // the document's path
-  std::string element;  // the path of the element that it is or stands in; empty outside the structure
+  std::string element;  // the path of the element that it is or stands in; empty outside the structure, and
+                        // where nobody asks for it
   std::string path;     // the file that it points to
   std::string target;   // the name in it; empty when the whole file went
 };
@@ -29,8 +30,10 @@ std::string_view LinkKindName(host::LinkKind kind);
 
 class DanglingReferences {
  public:
-  // `single`: only one document is added, so that references to other files need not be kept.
-  explicit DanglingReferences(host::Host& host, bool single = false) : host_(host), single_(single) {}
+  // `single`: only one document is added, so that references to other files need not be kept. `with_places`:
+  // the elements are named.
+  DanglingReferences(host::Host& host, bool single, bool with_places)
+      : host_(host), single_(single), with_places_(with_places) {}
 
   // Adds a document that was filtered. `would_go` are elements that a run that changes nothing would have
   // taken away. Takes time by the size of the document.
@@ -54,6 +57,7 @@ class DanglingReferences {
 
   host::Host& host_;
   bool single_;
+  bool with_places_;
   std::unordered_map<std::string, Names> files_;  // by path
   std::vector<Kept> kept_;
 };

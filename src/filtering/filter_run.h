@@ -107,6 +107,7 @@ struct FilterRun : FilterCounts {
   bool is_copy = false;    // the document is a copy, or the caller saves it as one: mode 3 makes none
   bool overwrite = false;  // a copy may replace files of its names that are of no earlier copy of its source
   bool dry_run = false;    // only count verdicts; nothing is hidden, deleted, created, copied or saved
+  bool places_dangling = true;  // dangling references with the elements in which they stand
 
   // For books.
   std::string output_folder;  // where mode 3 puts the new book

@@ -26,6 +26,17 @@ TEST(ContentHash, EveryByteAndTheLengthCount) {
   EXPECT_EQ(seen.size(), contents);
 }
 
+TEST(ContentHash, ComesToTheSameInPieces) {
+  const std::string content =
+      "A content of which each piece is of another length, groups of bytes or less than one.";
+  for (std::size_t length = 1; length < content.size(); ++length) {
+    ContentHasher hasher(content.size());
+    for (std::size_t at = 0; at < content.size(); at += length)
+      hasher.Add(std::string_view(content).substr(at, length));
+    EXPECT_EQ(hasher.Digits(), ContentHash(content)) << length;
+  }
+}
+
 // It is written into files that other machines read.
 TEST(ContentHash, IsTheSameEverywhere) {
   EXPECT_EQ(ContentHash("The source of a copy, told by its content."), "da39587adc0bee5f");

@@ -45,7 +45,7 @@ std::string Listed(DanglingReferences* references) {
 
 TEST(DanglingReferences, CrossTheFilesOfARun) {
   Documents documents;
-  DanglingReferences references(documents.host());
+  DanglingReferences references(documents.host(), /*single=*/false, /*with_places=*/true);
   const Id a = documents.Open("a.mif",
                               "<Doc>\n<P><XRef .source=\"x: P\" .file=\"<c>b.mif\">1</XRef></P>\n"
                               "<P><XRef .source=\"y: P\" .file=\"<c>b.mif\">2</XRef></P>\n"
@@ -65,7 +65,7 @@ TEST(DanglingReferences, CrossTheFilesOfARun) {
 
 TEST(DanglingReferences, AFileThatIsNoMoreHasNone) {
   Documents documents;
-  DanglingReferences references(documents.host());
+  DanglingReferences references(documents.host(), /*single=*/false, /*with_places=*/true);
   references.Add(documents.Open(
       "a.mif", "<Doc>\n<P id=\"p\"><XRef .source=\"q: P\" .file=\"<c>b.mif\">1</XRef></P>\n</Doc>"));
   references.AddRemovedFile(documents.session.folder.File("a.mif"));

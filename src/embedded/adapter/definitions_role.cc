@@ -62,8 +62,8 @@ class DefinitionsRole : public host::Definitions {
       buffer->attributes.push_back({.name = tree.names[attribute.name],
                                     .first_value = static_cast<std::uint32_t>(buffer->values.size()),
                                     .value_count = attribute.value_count});
-      const auto first = tree.values.begin() + attribute.first_value;
-      buffer->values.insert(buffer->values.end(), first, first + attribute.value_count);
+      const auto values = tree.values.Run(attribute.first_value, attribute.value_count);
+      buffer->values.insert(buffer->values.end(), values.begin(), values.end());
     }
   }
 
@@ -81,8 +81,8 @@ class DefinitionsRole : public host::Definitions {
         if (attribute.name != known->second) continue;
         column->entries.push_back({static_cast<std::uint32_t>(place), index,
                                    static_cast<std::uint32_t>(column->values.size()), attribute.value_count});
-        const auto first = tree->values.begin() + attribute.first_value;
-        column->values.insert(column->values.end(), first, first + attribute.value_count);
+        const auto values = tree->values.Run(attribute.first_value, attribute.value_count);
+        column->values.insert(column->values.end(), values.begin(), values.end());
       }
     }
   }

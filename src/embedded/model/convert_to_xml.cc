@@ -388,12 +388,13 @@ void Writer::StrayElements(const Element& element) {
 }
 
 void Writer::Attributes(const Element& element) {
-  const auto* const first = document_.attributes.data() + element.first_attribute;
-  for (std::uint32_t i = 0; i < element.attribute_count; ++i) {
-    const Attribute& attribute = first[i];
+  const auto attributes = document_.attributes.Run(element.first_attribute, element.attribute_count);
+  for (std::size_t i = 0; i < attributes.size(); ++i) {
+    const Attribute& attribute = attributes[i];
     // XML does not allow an attribute twice; the first is the one that counts.
-    const bool is_again =
-        std::any_of(first, first + i, [&](const Attribute& other) { return other.name == attribute.name; });
+    const auto before = attributes.first(i);
+    const bool is_again = std::any_of(before.begin(), before.end(),
+                                      [&](const Attribute& other) { return other.name == attribute.name; });
     if (is_again) continue;
     const bool is_list = IsList(element.definition, attribute.name);
     out_.append(" ").append(xml::ToName(document_.names[attribute.name])).append("=\"");

@@ -14,11 +14,13 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <unordered_map>
 #include <vector>
 
 #include "embedded/mif/strings.h"
 #include "embedded/model/additions.h"
+#include "embedded/model/grown_array.h"
 #include "embedded/model/ids.h"
 #include "embedded/model/items.h"
 #include "embedded/model/source_bytes.h"
@@ -262,8 +264,8 @@ class Document {
 
   std::vector<Item> items;
   std::vector<Element> elements{1};  // [0] is no element
-  std::vector<Attribute> attributes;
-  std::vector<std::string_view> values;
+  GrownArray<Attribute> attributes;
+  GrownArray<std::string_view> values;
   std::vector<Definition> definitions{1};
   std::vector<Flow> flows{1};
   std::vector<Condition> conditions{1};
@@ -271,7 +273,7 @@ class Document {
   std::vector<Color> colors{1};
   std::vector<FontState> fonts{1};
   std::vector<ParagraphState> paragraph_states{1};
-  std::vector<Paragraph> paragraphs{1};  // in file order
+  GrownArray<Paragraph> paragraphs{1};  // in file order
   std::vector<Part> parts{1};
   std::vector<AnchoredFrame> frames{1};
   std::vector<Inset> insets{1};

@@ -30,25 +30,48 @@ void Unlink(Document* document, Id id) {
   element.parent = element.previous = element.next = 0;
 }
 
-// Marks the elements that lie wholly in the items as deleted; the outermost ones leave the tree.
-void DeleteElementsIn(Document* document, std::uint32_t begin, std::uint32_t end) {
-  auto& elements = document->elements;
-  const std::vector<Id>& order = document->order;
-  const std::size_t count = order.empty() ? elements.size() - 1 : order.size();
-  const auto id_at = [&](std::size_t place) {
-    return order.empty() ? static_cast<Id>(place) + 1 : order[place];
-  };
-  std::size_t first = 0;
-  for (std::size_t after = count; first < after;) {
-    const std::size_t middle = first + (after - first) / 2;
-    if (elements[id_at(middle)].first_item < begin) {
-      first = middle + 1;
-    } else {
-      after = middle;
-    }
+// The elements in the order of their first items.
+class InOrder {
+ public:
+  explicit InOrder(const Document& document) : document_(document) {}
+  std::size_t Count() const {
+    return document_.order.empty() ? document_.elements.size() - 1 : document_.order.size();
   }
-  for (std::size_t place = first; place < count; ++place) {
-    const Id id = id_at(place);
+  Id At(std::size_t place) const {
+    return document_.order.empty() ? static_cast<Id>(place) + 1 : document_.order[place];
+  }
+  // The place of the first one that begins there or later. `guess` is an element that may be it.
+  std::size_t FirstFrom(std::uint32_t item, Id guess) const {
+    const std::size_t guessed = document_.order.empty() && guess != 0 ? guess - 1 : Count();
+    if (guessed < Count() && IsFirstFrom(guessed, item)) return guessed;
+    std::size_t first = 0;
+    for (std::size_t after = Count(); first < after;) {
+      const std::size_t middle = first + (after - first) / 2;
+      if (Begin(middle) < item) {
+        first = middle + 1;
+      } else {
+        after = middle;
+      }
+    }
+    return first;
+  }
+
+ private:
+  std::uint32_t Begin(std::size_t place) const { return document_.elements[At(place)].first_item; }
+  bool IsFirstFrom(std::size_t place, std::uint32_t item) const {
+    return Begin(place) >= item && (place == 0 || Begin(place - 1) < item);
+  }
+
+  const Document& document_;
+};
+
+// Marks the elements that lie wholly in the items as deleted; the outermost ones leave the tree. `guess` may
+// be the first of them.
+void DeleteElementsIn(Document* document, std::uint32_t begin, std::uint32_t end, Id guess) {
+  auto& elements = document->elements;
+  const InOrder in_order(*document);
+  for (std::size_t place = in_order.FirstFrom(begin, guess); place < in_order.Count(); ++place) {
+    const Id id = in_order.At(place);
     Element& element = elements[id];
     if (element.first_item >= end) break;
     if (element.end_item > end || element.deleted || element.is_virtual) continue;
@@ -148,29 +171,36 @@ void SetConditionShown(Document* document, Id condition, bool shown) {
   document->modified = true;
 }
 
-bool DeleteRange(Document* document, std::uint32_t begin, std::uint32_t end) {
+namespace {
+
+// `guess` may be the first element in the range.
+bool Delete(Document* document, std::uint32_t begin, std::uint32_t end, Id guess) {
   if (begin >= end || end > document->items.size()) return false;
   // What an anchor stands for goes with it, also where the anchor is the last thing in the range.
-  for (std::uint32_t i = begin; i < end; i = EndOfItem(*document, i)) {
-    end = std::max(end, EndOfItem(*document, i));
-  }
+  for (std::uint32_t i = begin; i < end; end = std::max(end, i)) i = EndOfItem(*document, i);
   std::vector<Id> flows;
-  DeleteElementsIn(document, begin, end);
+  DeleteElementsIn(document, begin, end, guess);
   DeleteItems(document, begin, end, &flows);
   // The text in a frame goes with the frame, and may have frames of its own.
   while (!flows.empty()) {
     const Flow flow = document->flows[flows.back()];
     flows.pop_back();
-    DeleteElementsIn(document, flow.first_item, flow.end_item);
+    DeleteElementsIn(document, flow.first_item, flow.end_item, flow.root);
     DeleteItems(document, flow.first_item, flow.end_item, &flows);
   }
   return true;
 }
 
+}  // namespace
+
+bool DeleteRange(Document* document, std::uint32_t begin, std::uint32_t end) {
+  return Delete(document, begin, end, 0);
+}
+
 bool DeleteElement(Document* document, Id id) {
   const Element& element = document->elements[id];
   if (element.deleted || element.is_virtual || IsTablePart(element.kind)) return false;
-  return DeleteRange(document, element.first_item, element.end_item);
+  return Delete(document, element.first_item, element.end_item, id);
 }
 
 bool DeleteRow(Document* document, std::uint32_t row_part) {

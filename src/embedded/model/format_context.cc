@@ -33,8 +33,8 @@ std::vector<std::string_view> ValuesOf(const Document& document, const Element& 
   for (std::uint32_t i = 0; i < element.attribute_count; ++i) {
     const Attribute& attribute = document.attributes[element.first_attribute + i];
     if (document.names[attribute.name] != name) continue;
-    const auto first = document.values.begin() + attribute.first_value;
-    return {first, first + attribute.value_count};
+    const auto values = document.values.Run(attribute.first_value, attribute.value_count);
+    return {values.begin(), values.end()};
   }
   for (const AttributeDefinition& attribute : document.definitions[element.definition].attributes) {
     if (document.names[attribute.name] == name) return attribute.defaults;

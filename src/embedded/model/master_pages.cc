@@ -167,8 +167,8 @@ bool MasterPages::HasValue(const MasterPageRule& rule, const model::Element& ele
   for (std::uint32_t i = 0; i < element.attribute_count; ++i) {
     const Attribute& attribute = document_.attributes[element.first_attribute + i];
     if (document_.names[attribute.name] != rule.attribute) continue;
-    const auto begin = document_.values.begin() + attribute.first_value;
-    return std::find(begin, begin + attribute.value_count, rule.value) != begin + attribute.value_count;
+    const auto values = document_.values.Run(attribute.first_value, attribute.value_count);
+    return std::find(values.begin(), values.end(), rule.value) != values.end();
   }
   return false;
 }

@@ -1,6 +1,7 @@
 // Saving MIF: the source with the statements replaced that the edits call for.
 
 #include <algorithm>
+#include <span>
 #include <unordered_set>
 
 #include "embedded/mif/reader.h"
@@ -174,12 +175,12 @@ void MifSaver::SaveFrames() {
 }
 
 void MifSaver::RemoveParagraphsIn(Span span) {
-  const auto& paragraphs = document_.paragraphs;
+  const std::span<const Paragraph> paragraphs = document_.paragraphs.Run(1, document_.paragraphs.size() - 1);
   auto at = std::lower_bound(
-      paragraphs.begin() + 1, paragraphs.end(), span.begin,
+      paragraphs.begin(), paragraphs.end(), span.begin,
       [](const Paragraph& paragraph, std::uint32_t offset) { return paragraph.begin < offset; });
   for (; at != paragraphs.end() && at->begin < span.end; ++at) {
-    removed_[static_cast<std::size_t>(at - paragraphs.begin())] = true;
+    removed_[static_cast<std::size_t>(at - paragraphs.begin()) + 1] = true;
   }
 }
 

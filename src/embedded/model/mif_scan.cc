@@ -25,9 +25,9 @@ void MifScanner::Reserve() {
   scan_.part_items.reserve(size / 512);
   scan_.part_elements.reserve(size / 512);
   document_.parts.reserve(size / 512);
-  document_.paragraphs.reserve(size / 256);
-  document_.attributes.reserve(size / 256);
-  document_.values.reserve(size / 256);
+  document_.paragraphs.Own().reserve(size / 256);
+  document_.attributes.Own().reserve(size / 256);
+  document_.values.Own().reserve(size / 256);
 }
 
 bool MifScanner::Run(std::string* error) {

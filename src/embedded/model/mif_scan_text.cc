@@ -101,7 +101,7 @@ void MifScanner::ReadParagraph() {
   const auto index = static_cast<std::uint32_t>(document_.paragraphs.size());
   Paragraph paragraph;
   paragraph.begin = reader_.begin();
-  paragraphs_room_.Need(document_.paragraphs);
+  paragraphs_room_.Need(document_.paragraphs.Own());
   document_.paragraphs.push_back(paragraph);
   const std::uint32_t opener_end = reader_.end();
   font_ = 0;
@@ -146,7 +146,7 @@ void MifScanner::ReadParagraph() {
   paragraph.close = reader_.begin();
   paragraph.end = reader_.end();
   paragraph.last_line_end = last_line_end == 0 ? paragraph.close : last_line_end;
-  document_.paragraphs[index] = paragraph;
+  document_.paragraphs.Own()[index] = paragraph;
   Add(ItemKind::kParagraphEnd, index);
   RestBehind();
 }

@@ -166,13 +166,6 @@ bool HasOwnText(const Document& document, Id id) {
   return false;
 }
 
-std::uint32_t EndOfItem(const Document& document, std::uint32_t index) {
-  const Item& item = document.items[index];
-  const bool anchors = item.kind == ItemKind::kTableAnchor || item.kind == ItemKind::kNoteAnchor;
-  if (!anchors || item.ref == 0) return index + 1;
-  return document.parts[item.ref].end_item;
-}
-
 std::uint32_t ParagraphOf(const Document& document, std::uint32_t index) {
   if (document.format == Format::kXml) return 0;
   // The mark that ends the paragraph carries its format, so the search goes forward, over what is anchored.

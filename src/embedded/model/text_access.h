@@ -53,7 +53,11 @@ std::uint32_t PartOf(const Document& document, std::uint32_t item);
 Id FlowOf(const Document& document, std::uint32_t item);
 
 // Where the item range of a table anchor ends: behind the parts that follow it; `item` + 1 for other items.
-std::uint32_t EndOfItem(const Document& document, std::uint32_t item);
+inline std::uint32_t EndOfItem(const Document& document, std::uint32_t item) {
+  const Item& at = document.items[item];
+  const bool anchors = at.kind == ItemKind::kTableAnchor || at.kind == ItemKind::kNoteAnchor;
+  return anchors && at.ref != 0 ? document.parts[at.ref].end_item : item + 1;
+}
 
 // A property of the statement behind a marker, cross-reference, frame: the data of its first substatement of
 // that name, decoded; empty when there is none.

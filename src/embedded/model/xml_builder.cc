@@ -264,8 +264,8 @@ void Gatherer::InsertLateBlanks() {
 // Nothing was read yet but names, if any; what they mean is what reading may have said.
 bool Gatherer::Restart() {
   document_.items.clear();
-  document_.attributes.clear();
-  document_.values.clear();
+  document_.attributes.Own().clear();
+  document_.values.Own().clear();
   document_.warnings = before_.warnings;
   document_.definitions = before_.definitions;
   document_.definition_index = before_.definition_index;
@@ -620,8 +620,8 @@ bool ReadXml(SourceBytes bytes, Document* document, std::string* error) {
   constexpr std::size_t kBytesPerAttribute = 128;
   const auto room = [&](std::size_t bytes_each) { return std::min(source.size() / bytes_each, kMostRoom); };
   document->items.reserve(room(kBytesPerItem));
-  document->attributes.reserve(room(kBytesPerAttribute));
-  document->values.reserve(room(kBytesPerAttribute));
+  document->attributes.Own().reserve(room(kBytesPerAttribute));
+  document->values.Own().reserve(room(kBytesPerAttribute));
   Gatherer gatherer(document, &draft);
   xml::Error problem;
   if (!xml::Read(document->source, &gatherer, &problem)) {
