@@ -77,7 +77,7 @@ void AppendLines(const config::Setting& setting, std::vector<std::string> values
     line += setting.separator;
     line += value;
     line.resize(std::max(line.size(), kColumn), ' ');
-    *text += line + "  " + origin + "\n";
+    text->append(line).append("  ").append(origin).append("\n");
   }
 }
 

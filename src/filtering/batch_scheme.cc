@@ -144,8 +144,8 @@ bool SchemeRun::MakeFolder() {
 
 // The copy of a book does this itself. A document is written beside what else is in the folder, so that the
 // folder is held only while something is put back there. One in a folder whose copy of a book is not complete
-// could not be opened. Whether there is a mark is asked once more, for what a moment's failure is taken for
-// would stay there as one.
+// could not be opened. Whether there is a mark is asked once more: a failure of a moment counts as one, and
+// would leave one where there was none.
 bool SchemeRun::UndoKilled() {
   host::Platform& platform = host_.platform;
   const std::string& folder = outcome_->folder;

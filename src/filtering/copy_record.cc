@@ -225,17 +225,26 @@ std::string CopyRecord::Text() const {
   return complete_ ? text + std::string(kCompleteLine) + "\n" : text;
 }
 
-// Of a record that lacks lines at its end, these are added. A pipe that is to be overwritten would wait for
-// somebody who reads it, and a link that leads nowhere takes no content.
+bool CopyRecord::IsWritten() const {
+  std::error_code error;
+  return fs::is_regular_file(path_, error) && platform_.ReadFile(path_) == Text();
+}
+
+// A record that only lacks lines at its end gets them: only whole lines count, and one that was cut is made
+// whole, or written anew, by the next run. What is protected or has other names is replaced like any file. A
+// pipe that is to be overwritten would wait for somebody who reads it, and a link that leads nowhere takes no
+// content.
 bool CopyRecord::Write() const {
   const std::string text = Text();
   std::error_code error;
-  const bool is_file = fs::is_regular_file(path_, error);
+  const fs::file_status status = fs::status(path_, error);
+  const bool is_file = fs::is_regular_file(status);
   const std::optional<std::string> there = is_file ? platform_.ReadFile(path_) : std::nullopt;
   if (there == text) return true;
-  if (there && !there->empty() && text.starts_with(*there)) {
-    return platform_.AppendFile(path_, std::string_view(text).substr(there->size()));
-  }
+  const bool may_grow = there && !there->empty() && text.starts_with(*there) &&
+                        fs::hard_link_count(path_, error) == 1 &&
+                        (status.permissions() & fs::perms::owner_write) != fs::perms::none;
+  if (may_grow) return platform_.AppendFile(path_, std::string_view(text).substr(there->size()));
   const bool in_the_way = !is_file && (platform_.FileExists(path_) || fs::is_symlink(path_, error));
   if (in_the_way && !platform_.RemoveFile(path_)) return false;
   return platform_.ReplaceFile(path_, text);
@@ -252,14 +261,14 @@ bool CopyRecord::BeforeWriting(const std::string& path, std::span<const std::str
     *why = "somebody changed it while this run was under way";
     return false;
   }
+  recorded_ = recorded_ || IsWritten();
   std::vector<std::string>& marks = files_[name];
   const bool is_new = std::find(marks.begin(), marks.end(), mark) == marks.end();
+  if (recorded_ && !is_new) return true;
   if (is_new) marks.push_back(mark);
   const std::string line = std::string(kMadeWord) + mark + " " + name;
-  if (recorded_ ? !is_new || platform_.AppendFile(path_, "\n" + line + "\n") : Write()) {
-    recorded_ = true;
-    return true;
-  }
+  recorded_ = recorded_ ? platform_.AppendFile(path_, "\n" + line + "\n") : Write();
+  if (recorded_) return true;
   if (is_new) marks.pop_back();
   *why = common::WithReason(path_, platform_.LastError());
   return false;

@@ -103,6 +103,7 @@ class CopyRecord : private host::WriteListener {
                      std::string* why) override;
   void AfterWriting(const std::string& path, bool done) override;
 
+  bool IsWritten() const;
   bool Write() const;
   bool Fail(std::string reason);
   std::string Shortened(const std::string& file) const;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <optional>
 
 #include "common/paths.h"
 
@@ -49,9 +50,10 @@ bool IsBelow(const std::string& folder, const std::filesystem::path& target) {
   return type == fs::file_type::regular || type == fs::file_type::not_found;
 }
 
-// Whether something may lie there that cannot be looked at, so that nobody knows whose it is.
-bool IsOutOfReach(host::Platform& platform, const std::string& path) {
-  return !platform.FileExists(path) && platform.MayExist(path);
+// Whether a file is there; nothing where that cannot be found out, so that nobody knows whose it is.
+std::optional<bool> IsThere(host::Platform& platform, const std::string& path) {
+  if (platform.FileExists(path)) return true;
+  return platform.MayExist(path) ? std::nullopt : std::optional(false);
 }
 
 // Puts back what one line of a list says. A line "N<tab>state<tab>path" is that of a file which came where
@@ -70,14 +72,15 @@ bool TakeBackLine(host::Platform& platform, const std::string& folder, const std
   const std::string before = staged + std::string(kBefore);
   const std::string_view target = line.substr(second + 1);
   const std::string placed = common::JoinPath(folder, target);
-  if (IsOutOfReach(platform, placed) || IsOutOfReach(platform, staged)) return false;
-  const bool is_there = platform.FileExists(placed);
-  const bool is_ours = is_there && platform.FileState(placed) == line.substr(end + 1, second - end - 1);
+  const std::optional<bool> is_there = IsThere(platform, placed);
+  const std::optional<bool> is_staged = IsThere(platform, staged);
+  if (!is_there || !is_staged) return false;
+  const bool is_ours = *is_there && platform.FileState(placed) == line.substr(end + 1, second - end - 1);
   if (platform.MayExist(before)) {
-    return (is_ours || !is_there) && IsBelow(folder, target) && platform.MoveFile(before, placed);
+    return (is_ours || !*is_there) && IsBelow(folder, target) && platform.MoveFile(before, placed);
   }
   // What was replaced is back already, or was not taken away yet.
-  if (replaced || platform.FileExists(staged) || !IsBelow(folder, target)) return true;
+  if (replaced || *is_staged || !IsBelow(folder, target)) return true;
   return !is_ours || platform.RemoveFile(placed);
 }
 
@@ -184,14 +187,14 @@ bool StagedFiles::Undo() {
   if (kept_) return true;
   bool done = true;
   for (auto placed = placed_.rbegin(); placed != placed_.rend(); ++placed) {
-    if (IsOutOfReach(platform_, placed->target)) {
+    const std::optional<bool> is_there = IsThere(platform_, placed->target);
+    if (!is_there) {
       done = false;
       continue;
     }
-    const bool is_there = platform_.FileExists(placed->target);
-    const bool is_ours = is_there && platform_.FileState(placed->target) == placed->state;
+    const bool is_ours = *is_there && platform_.FileState(placed->target) == placed->state;
     if (!placed->before.empty()) {
-      done = (is_ours || !is_there) &&
+      done = (is_ours || !*is_there) &&
              (platform_.MoveFile(placed->before, placed->target) ||
               platform_.MoveFile(placed->before, placed->target)) &&
              done;

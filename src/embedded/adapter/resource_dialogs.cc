@@ -186,7 +186,7 @@ ResourceDialogs::Press ResourceDialogs::PressByLine(Showing& showing, const Dial
     const std::int32_t item = FindField(showing.state, name);
     std::string why = "there is no such item, or it is not shown";
     if (item < 0 || !SetField(showing.state, item, value, &why)) {
-      error = "\"" + name + "\": " + why;
+      error.append("\"").append(name).append("\": ").append(why);
       break;
     }
     Remember(showing, item);

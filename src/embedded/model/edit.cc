@@ -177,7 +177,9 @@ namespace {
 bool Delete(Document* document, std::uint32_t begin, std::uint32_t end, Id guess) {
   if (begin >= end || end > document->items.size()) return false;
   // What an anchor stands for goes with it, also where the anchor is the last thing in the range.
-  for (std::uint32_t i = begin; i < end; end = std::max(end, i)) i = EndOfItem(*document, i);
+  std::uint32_t behind = begin;
+  while (behind < end) behind = EndOfItem(*document, behind);
+  end = behind;
   std::vector<Id> flows;
   DeleteElementsIn(document, begin, end, guess);
   DeleteItems(document, begin, end, &flows);

@@ -1,6 +1,6 @@
-// An array that only grows. A copy refers to what the array has that it was made of, which must stay as it is
-// for as long as the copy lives, and keeps for itself only what is added to it: copies of documents share
-// what no edit changes where it stands.
+// An array to which elements are added, and whose elements stay as they are. A copy keeps for itself only
+// what is added to it; for the others it refers to the array that it is a copy of, which must neither change
+// nor go while the copy lives. So copies of documents share what no edit changes where it stands.
 #pragma once
 
 #include <cstddef>
@@ -26,7 +26,7 @@ class GrownArray {
   const T& operator[](std::size_t i) const {
     return i < shared_.size() ? shared_[i] : own_[i - shared_.size()];
   }
-  // Elements that were added one after the other, so that they lie so.
+  // Elements that were added to the same array, so that they lie one after the other.
   std::span<const T> Run(std::size_t first, std::size_t count) const {
     const bool is_shared = first < shared_.size();
     return is_shared ? shared_.subspan(first, count)
@@ -34,7 +34,7 @@ class GrownArray {
   }
 
   void push_back(const T& element) { own_.push_back(element); }
-  // What is the array's own: of one that is no copy all of it, from the same places on.
+  // For whoever fills an array that is no copy: all of it.
   std::vector<T>& Own() { return own_; }
 
  private:

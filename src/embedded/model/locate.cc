@@ -89,19 +89,20 @@ fs::path Native(std::string path) {
 
 }  // namespace
 
-// A file of which nobody can say whether it is there is not another one. Names too long are nobody's, and
-// where the user has no rights is often the home of whoever wrote the path.
+// A file of which nobody can say whether it is there is not another one. Names too long are nobody's, and a
+// folder without rights for the user is often in the home of whoever wrote the path.
 Located LocateFile(const std::string& path) {
   std::error_code error;
+  const bool is_known = fs::symlink_status(path, error).type() != fs::file_type::none;
+  const bool is_elsewhere =
+      !is_known && (error == std::errc::filename_too_long || error == std::errc::permission_denied);
   const bool exists = fs::exists(path, error);
-  const bool unknown =
-      error && error != std::errc::filename_too_long && error != std::errc::permission_denied;
-  if (exists || unknown) return {path, true, false};
+  if (exists || (error && !is_elsewhere)) return {path, true, false};
   const fs::path native = Native(path);
   const fs::path found =
       native.has_filename() ? FindIn(native.parent_path(), native.filename().native()) : fs::path();
   if (found.empty()) return {path, false, false};
-  return {found.native(), true, true};
+  return {found.native(), true, found != path};
 }
 
 Located LocateComponent(const std::string& book, const std::string& path) {

@@ -1,9 +1,10 @@
 // Finds a file that is not where it is said to be.
 //
 // A book keeps the paths of its chapters as they were on the machine of whoever made it, drive letter and
-// all, and calls them `.fm` where they were since saved as MIF. So a file that does not exist is looked for,
-// in this order, at the place that the path names and then beside the book, there under as much of the path
-// as exists: as it is called; with `.mif` for its own ending, or after it; and last without regard to case.
+// all, and calls them `.fm` where they were since saved as MIF. So a file that does not exist, or lies where
+// the user may not look, is looked for, in this order, at the place that the path names and then beside the
+// book, there under as much of the path as exists: as it is called; with `.mif` for its own ending, or after
+// it; and last without regard to case.
 #pragma once
 
 #include <string>

@@ -175,6 +175,7 @@ void MifSaver::SaveFrames() {
 }
 
 void MifSaver::RemoveParagraphsIn(Span span) {
+  // Copies have none of their own, so that all are one run.
   const std::span<const Paragraph> paragraphs = document_.paragraphs.Run(1, document_.paragraphs.size() - 1);
   auto at = std::lower_bound(
       paragraphs.begin(), paragraphs.end(), span.begin,

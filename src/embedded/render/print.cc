@@ -113,8 +113,11 @@ cairo_status_t Append(void* closure, const unsigned char* data, unsigned int len
 }
 
 void AddNotices(const Job& job, const std::string& path, std::vector<std::string>* notices) {
-  for (const std::string& missing : job.graphics.missing()) notices->push_back(path + ": " + missing);
-  for (const std::string& notice : job.setting.notices) notices->push_back(path + ": " + notice);
+  const auto add = [&](const std::string& notice) {
+    notices->emplace_back(path).append(": ").append(notice);
+  };
+  std::for_each(job.graphics.missing().begin(), job.graphics.missing().end(), add);
+  std::for_each(job.setting.notices.begin(), job.setting.notices.end(), add);
 }
 
 }  // namespace

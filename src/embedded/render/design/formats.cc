@@ -312,7 +312,7 @@ const FontFormat& Formats::Font(std::uint32_t paragraph_state, std::uint32_t fon
   for (const model::FontState::Override& change : state.overrides) {
     ApplyFont(change.name, DataOf(change.text), &format);
   }
-  return state_fonts_.emplace(key, std::move(format)).first->second;
+  return state_fonts_.emplace(key, format).first->second;
 }
 
 const ParagraphFormat* Formats::CatalogParagraph(std::string_view tag) const {
