@@ -17,8 +17,10 @@ host::SaveFormat FormatFor(std::string_view path) {
 std::string BackupName(host::Platform& platform, const std::string& path, std::string_view version) {
   const std::string ending = "before_" + std::string(version) + "_conversion.fm";
   for (int number = 1; number <= kLastNumber; ++number) {
-    const std::string count = number == 1 ? std::string() : "(" + std::to_string(number) + ")_";
-    std::string name = path + ".BACKUP_" + count + ending;
+    std::string name = path;
+    name.append(".BACKUP_");
+    if (number > 1) name.append("(").append(std::to_string(number)).append(")_");
+    name.append(ending);
     if (!platform.FileExists(name) && !platform.FolderExists(name)) return name;
   }
   return {};
