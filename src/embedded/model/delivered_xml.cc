@@ -177,7 +177,7 @@ std::string Pass::Rebased(const std::string& path) const {
 DeliveredXml Pass::Run(std::string_view text) {
   bool in_content = false;
   for (std::size_t at = 0; at < text.size();) {
-    std::size_t end = text.size();
+    std::size_t end;
     const std::string_view rest = text.substr(at);
     if (text[at] != '<') {
       end = std::min(text.find('<', at), text.size());

@@ -8,6 +8,7 @@
 #include <charconv>
 #include <cmath>
 #include <filesystem>
+#include <utility>
 
 #include "embedded/model/text_access.h"
 #include "embedded/render/drawing.h"
@@ -236,7 +237,7 @@ std::size_t PdfPrint::Work::Add(const PrintSource& source) {
   }
   if (language_.empty()) language_ = job.setting.language;
   job.CountPages();
-  job.setting.placed = std::move(placed_);
+  job.setting.placed = std::exchange(placed_, {});
   Sink sink(*this, job, index == LinkTable::npos ? 0 : index);
   headings_.clear();
   const std::size_t pages = job.Run(&sink);
