@@ -144,14 +144,13 @@ bool SchemeRun::MakeFolder() {
 
 // The copy of a book does this itself. A document is written beside what else is in the folder, so that the
 // folder is held only while something is put back there. One in a folder whose copy of a book is not complete
-// could not be opened. Whether there is a mark is asked once more: a failure of a moment counts as one, and
-// would leave one where there was none.
+// could not be opened.
 bool SchemeRun::UndoKilled() {
   host::Platform& platform = host_.platform;
   const std::string& folder = outcome_->folder;
-  const bool marked = platform.IsUnfinished(folder) && platform.IsUnfinished(folder);
-  if (!marked && !HasAbandoned(platform, folder)) return true;
-  if (!platform.BeginFilling(folder)) {
+  if (!platform.IsUnfinished(folder) && !HasAbandoned(platform, folder)) return true;
+  bool marked = false;
+  if (!platform.BeginFilling(folder, &marked)) {
     steps_.Say(kErrorLine, "QELM_MSG_FILTER_REP_7");
     Refuse(kCopyFailed, "QELM_MSG_FILTER_REP_11", NotWritable(outcome_->folder));
     return false;

@@ -38,12 +38,9 @@ std::int32_t BookCopy::Copy() {
   if (host_.platform.SameFile(source, folder_)) return kOutputIsSource;
   if (!plan_.AddShownFiles([this] { return Stopped(); })) return kCopyStopped;
   plan_.ChooseTargets(folder_);
-  // Asked once more: a failure of a moment counts as a mark, and would leave one where there was none.
-  const std::string mark = common::JoinPath(folder_, std::string(host::kUnfinishedName));
-  cut_before_ = host_.platform.MayExist(mark) && host_.platform.MayExist(mark);
   kept_.emplace(host_.platform, folder_);
   StagedFiles staged(host_.platform, folder_);
-  if (!staged.MakeFolders() || !host_.platform.BeginFilling(folder_)) {
+  if (!staged.MakeFolders() || !host_.platform.BeginFilling(folder_, &cut_before_)) {
     FailFile(folder_);
     return kCopyFailed;
   }

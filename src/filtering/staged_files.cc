@@ -51,7 +51,7 @@ bool IsBelow(const std::string& folder, const std::filesystem::path& target) {
 }
 
 // Whether a file is there; nothing where that cannot be found out, so that nobody knows whose it is.
-std::optional<bool> IsThere(host::Platform& platform, const std::string& path) {
+std::optional<bool> WhetherThere(host::Platform& platform, const std::string& path) {
   if (platform.FileExists(path)) return true;
   return platform.MayExist(path) ? std::nullopt : std::optional(false);
 }
@@ -72,8 +72,8 @@ bool TakeBackLine(host::Platform& platform, const std::string& folder, const std
   const std::string before = staged + std::string(kBefore);
   const std::string_view target = line.substr(second + 1);
   const std::string placed = common::JoinPath(folder, target);
-  const std::optional<bool> is_there = IsThere(platform, placed);
-  const std::optional<bool> is_staged = IsThere(platform, staged);
+  const std::optional<bool> is_there = WhetherThere(platform, placed);
+  const std::optional<bool> is_staged = WhetherThere(platform, staged);
   if (!is_there || !is_staged) return false;
   const bool is_ours = *is_there && platform.FileState(placed) == line.substr(end + 1, second - end - 1);
   if (platform.MayExist(before)) {
@@ -187,7 +187,7 @@ bool StagedFiles::Undo() {
   if (kept_) return true;
   bool done = true;
   for (auto placed = placed_.rbegin(); placed != placed_.rend(); ++placed) {
-    const std::optional<bool> is_there = IsThere(platform_, placed->target);
+    const std::optional<bool> is_there = WhetherThere(platform_, placed->target);
     if (!is_there) {
       done = false;
       continue;

@@ -182,14 +182,17 @@ TEST(FillingAFolder, IsForOneAtATimeAndMarkedUntilItIsComplete) {
   const TempFolder folder;
   PosixPlatform one;
   PosixPlatform other;
-  ASSERT_TRUE(one.BeginFilling(folder.path()));
+  bool was_marked = true;
+  ASSERT_TRUE(one.BeginFilling(folder.path(), &was_marked));
+  EXPECT_FALSE(was_marked);
   EXPECT_FALSE(one.IsUnfinished(folder.path() + "/.")) << "it is its own";
   EXPECT_TRUE(other.IsUnfinished(folder.path()));
-  EXPECT_FALSE(other.BeginFilling(folder.path()));
+  EXPECT_FALSE(other.BeginFilling(folder.path(), &was_marked));
   EXPECT_NE(other.LastError().find("another run"), std::string::npos) << other.LastError();
   EXPECT_TRUE(one.EndFilling(folder.path(), false));
   ASSERT_TRUE(other.IsUnfinished(folder.path()));
-  ASSERT_TRUE(other.BeginFilling(folder.path()));
+  ASSERT_TRUE(other.BeginFilling(folder.path(), &was_marked));
+  EXPECT_TRUE(was_marked);
   EXPECT_TRUE(other.EndFilling(folder.path(), true));
   EXPECT_EQ(folder.Names(), std::vector<std::string>());
 }
@@ -239,7 +242,8 @@ TEST(FillingAFolder, AMarkThatCannotBeWrittenStaysWhereItWas) {
   for (const bool left : {false, true}) {
     if (left) folder.Write(std::string(host::kUnfinishedName), "");
     ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &nothing), 0);
-    const bool begun = platform.BeginFilling(folder.path());
+    bool was_marked = false;
+    const bool begun = platform.BeginFilling(folder.path(), &was_marked);
     ::setrlimit(RLIMIT_FSIZE, &before);
     EXPECT_FALSE(begun);
     EXPECT_EQ(platform.IsUnfinished(folder.path()), left);

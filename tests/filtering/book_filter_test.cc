@@ -301,7 +301,8 @@ TEST(BookFilter, CopyForAClientIsMarkedUntilItsBookIsSaved) {
     BookSession session(kThree);
     embedded::adapter::PosixPlatform other;
     std::filesystem::create_directory(session.folder.File("outer"));
-    ASSERT_TRUE(other.BeginFilling(session.folder.File("outer")));
+    bool was_marked = false;
+    ASSERT_TRUE(other.BeginFilling(session.folder.File("outer"), &was_marked));
     FilterRun wanted = Copying();
     wanted.output_folder = session.folder.File("outer/out");
     session.as_client = true;
@@ -472,7 +473,8 @@ TEST(BookFilter, FolderThatAnotherRunFillsStaysAsItIs) {
   std::filesystem::last_write_time(session.folder.File("out/.qelm-copy-1"),
                                    std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
   embedded::adapter::PosixPlatform other;
-  ASSERT_TRUE(other.BeginFilling(session.folder.File("out")));
+  bool was_marked = false;
+  ASSERT_TRUE(other.BeginFilling(session.folder.File("out"), &was_marked));
   const Files before = session.Files("out");
   EXPECT_EQ(session.FilterThrough(session.inner(), NoX(), Copying()), kCopyFailed);
   EXPECT_NE(session.run.why.find("another run"), std::string::npos) << session.run.why;

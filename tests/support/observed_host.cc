@@ -328,7 +328,7 @@ class ObservedPlatform : public Observed<Platform> {
   CALL1(bool, RemoveFile, const std::string&)
   CALL1(bool, MakeFolder, const std::string&)
   CALL1(bool, RemoveFolder, const std::string&)
-  CALL1(bool, BeginFilling, const std::string&)
+  CALL2(bool, BeginFilling, const std::string&, bool*)
   CALL1(std::int64_t, KeepInside, const std::string&)
   CALL1(void, LetGo, std::int64_t)
   CALL2(bool, EndFilling, const std::string&, bool)

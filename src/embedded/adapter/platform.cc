@@ -237,7 +237,7 @@ bool PosixPlatform::StaysInside(const std::string& path, LastPart last) {
 }
 
 // The mark is locked while this process lives, so that one which nobody holds is that of a run that was cut.
-bool PosixPlatform::BeginFilling(const std::string& folder) {
+bool PosixPlatform::BeginFilling(const std::string& folder, bool* was_marked) {
   const std::string path = folder + "/" + std::string(host::kUnfinishedName);
   bool made = false;
   auto mark = std::make_unique<Descriptor>(OpenMark(path, &made));
@@ -252,6 +252,7 @@ bool PosixPlatform::BeginFilling(const std::string& folder) {
     return Fail(error);
   }
   filled_[ResolvedPath(folder)] = std::move(mark);
+  *was_marked = !made;
   return true;
 }
 

@@ -42,7 +42,7 @@ class PosixPlatform : public host::Platform {
   bool RemoveFile(const std::string& path) override;
   bool MakeFolder(const std::string& path) override;
   bool RemoveFolder(const std::string& path) override;
-  bool BeginFilling(const std::string& folder) override;
+  bool BeginFilling(const std::string& folder, bool* was_marked) override;
   bool EndFilling(const std::string& folder, bool complete) override;
   bool IsUnfinished(const std::string& folder) override;
   bool HoldFile(const std::string& path) override;

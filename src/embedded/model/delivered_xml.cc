@@ -125,6 +125,7 @@ class Pass {
     std::string path;
   };
 
+  std::size_t Piece(std::string_view text, std::size_t at);
   void Instruction(std::string_view raw);
   void Apply(const Mark& mark);
   void Condition(const Mark& mark);
@@ -132,6 +133,7 @@ class Pass {
   void BeginReference(const std::string& statement);
   void EndReference();
   void Graphic(const std::string& named);
+  void Tag(std::string_view raw);
   void StartTag(std::string_view raw);
   void EndTag(std::string_view raw);
   void CloseElement();
@@ -153,6 +155,7 @@ class Pass {
   std::map<std::string, ElementKind> kinds_;
   std::set<std::string> hidden_conditions_;
   bool show_all_ = false;
+  bool in_content_ = false;                           // behind the prolog
   std::vector<std::vector<std::string>> applied_{1};  // conditions, by scope
   std::optional<Reference> reference_;
 };
@@ -174,40 +177,45 @@ std::string Pass::Rebased(const std::string& path) const {
   return relative.empty() ? path : relative.generic_string();
 }
 
-DeliveredXml Pass::Run(std::string_view text) {
-  bool in_content = false;
-  for (std::size_t at = 0; at < text.size();) {
-    std::size_t end;
-    const std::string_view rest = text.substr(at);
-    if (text[at] != '<') {
-      end = std::min(text.find('<', at), text.size());
-      Text(text.substr(at, end - at));
-    } else if (rest.starts_with("<!--") || rest.starts_with("<![CDATA[")) {
-      const bool is_comment = rest[2] == '-';
-      end = is_comment ? Behind(text, "-->", at + 4) : Behind(text, "]]>", at);
-      if (is_comment) {
-        if (!IsHidden()) out_.append(text.substr(at, end - at));
-      } else {
-        Text(text.substr(at, end - at));
-      }
-    } else if (rest.starts_with("<!DOCTYPE")) {
-      end = EndOfDocumentType(text, at);
-      DocumentType(text.substr(at, end - at));
-    } else if (rest.starts_with("<?")) {
-      end = Behind(text, "?>", at);
-      Instruction(text.substr(at, end - at));
-    } else {
-      end = EndOfTag(text, at);
-      if (!in_content) result_.prolog = std::exchange(out_, {});
-      in_content = true;
-      if (rest.starts_with("</")) {
-        EndTag(text.substr(at, end - at));
-      } else {
-        StartTag(text.substr(at, end - at));
-      }
-    }
-    at = end;
+// Goes over the text, tag or other piece that begins there; where it ends.
+std::size_t Pass::Piece(std::string_view text, std::size_t at) {
+  const std::string_view rest = text.substr(at);
+  const auto until = [&](std::size_t end) { return text.substr(at, end - at); };
+  std::string_view piece;
+  if (rest.front() != '<') {
+    piece = rest.substr(0, rest.find('<'));
+    Text(piece);
+  } else if (rest.starts_with("<!--")) {
+    piece = until(Behind(text, "-->", at + 4));
+    if (!IsHidden()) out_.append(piece);
+  } else if (rest.starts_with("<![CDATA[")) {
+    piece = until(Behind(text, "]]>", at));
+    Text(piece);
+  } else if (rest.starts_with("<!DOCTYPE")) {
+    piece = until(EndOfDocumentType(text, at));
+    DocumentType(piece);
+  } else if (rest.starts_with("<?")) {
+    piece = until(Behind(text, "?>", at));
+    Instruction(piece);
+  } else {
+    piece = until(EndOfTag(text, at));
+    Tag(piece);
   }
+  return at + piece.size();
+}
+
+void Pass::Tag(std::string_view raw) {
+  if (!in_content_) result_.prolog = std::exchange(out_, {});
+  in_content_ = true;
+  if (raw.starts_with("</")) {
+    EndTag(raw);
+  } else {
+    StartTag(raw);
+  }
+}
+
+DeliveredXml Pass::Run(std::string_view text) {
+  for (std::size_t at = 0; at < text.size();) at = Piece(text, at);
   result_.is_own = !declares_;
   while (!out_.empty() && kBlanks.find(out_.back()) != std::string_view::npos) out_.pop_back();
   result_.body = std::move(out_);

@@ -76,10 +76,13 @@ class Platform {
   // Removes a folder that is empty.
   virtual bool RemoveFolder(const std::string& path) = 0;
   // Marks a folder that is there as one that this process fills, by a file of the name above, and keeps
-  // others from filling it at the same time: false when one does. A process that ends early leaves the mark.
-  // EndFilling takes it away when the files are complete; it stays when they are not. False when it is to go
-  // and cannot be removed.
-  virtual bool BeginFilling(const std::string& /*folder*/) { return true; }
+  // others from filling it at the same time: false when one does. A process that ends early leaves the mark;
+  // `was_marked` says whether one had done so before. EndFilling takes it away when the files are complete;
+  // it stays when they are not. False when it is to go and cannot be removed.
+  virtual bool BeginFilling(const std::string& /*folder*/, bool* was_marked) {
+    *was_marked = false;
+    return true;
+  }
   virtual bool EndFilling(const std::string& /*folder*/, bool /*complete*/) { return true; }
   // Whether the folder has such a mark, and not from this process.
   virtual bool IsUnfinished(const std::string& /*folder*/) { return false; }
