@@ -1,9 +1,9 @@
 #include "coloring/element_walk.h"
 
 #include "coloring/text_marks.h"
-#include "coloring/tree_walk.h"
 #include "schemes/flows.h"
 #include "schemes/styles.h"
+#include "schemes/tree_walk.h"
 
 namespace qelm::coloring {
 
@@ -24,7 +24,7 @@ ElementWalk::ElementWalk(ColoringContext& context, Id document, const RuleMarks&
 std::int32_t ElementWalk::Run(Id start) {
   Prepare(start);
   std::int32_t result = common::kDone;
-  TreeWalk walk(host_.elements, document_, start);
+  schemes::TreeWalk walk(host_.elements, document_, start);
   while (const host::WalkedNode* node = walk.Next()) {
     if (Cancelled()) {
       result = common::kCancelled;

@@ -1,6 +1,5 @@
 #include "coloring/validation.h"
 
-#include "coloring/tree_walk.h"
 #include "coloring/validation_marks.h"
 #include "coloring/validation_rules.h"
 #include "common/utf8.h"
@@ -8,6 +7,7 @@
 #include "messages/esc_poll.h"
 #include "messages/status_shown.h"
 #include "schemes/flows.h"
+#include "schemes/tree_walk.h"
 
 namespace qelm::coloring {
 namespace {
@@ -174,7 +174,7 @@ std::int32_t ValidateTree(ValidationContext& context, Id document, Id start) {
   std::int32_t last_rule = kNoViolation;
   messages::EscPoll poll;
   rules.EnterAncestors(start);
-  TreeWalk walk(context.host.elements, document, start);
+  schemes::TreeWalk walk(context.host.elements, document, start);
   while (const host::WalkedNode* node = walk.Next()) {
     if (text_nodes.Has(node->definition)) continue;
     if (poll.Due() && Cancelled(context)) break;

@@ -1,7 +1,7 @@
 #include "coloring/validation_marks.h"
 
-#include "coloring/tree_walk.h"
 #include "schemes/flows.h"
+#include "schemes/tree_walk.h"
 
 namespace qelm::coloring {
 namespace {
@@ -15,7 +15,7 @@ using host::kNone;
 template <typename Write>
 void ForEachText(host::Host& host, Id document, Id top, const Write& write) {
   schemes::TextNodes text_nodes(host.definitions, document);
-  TreeWalk walk(host.elements, document, top);
+  schemes::TreeWalk walk(host.elements, document, top);
   while (const host::WalkedNode* node = walk.Next()) {
     if (text_nodes.Has(node->definition)) {
       write(node->element, host.elements.Parent(document, node->element));

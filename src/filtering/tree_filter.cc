@@ -32,6 +32,7 @@ TreeFilter::TreeFilter(FilterContext& context, messages::DebugPrompts& prompts, 
       hiding_(hiding),
       hides_(context.run.mode != LaunchMode::kDuplicate),
       text_nodes_(context.scheme.is_xpath && context.run.consider_text_nodes),
+      passes_(!text_nodes_ && !context.log.sink),
       locked_text_(!context.run.filter_text_insets && AnyInsetLocked(context.host.tables, document)) {
   const Id limit = host_.elements.IdLimit(document);
   kept_.Reset(limit);
@@ -54,11 +55,18 @@ void TreeFilter::Run(Id top) {
     prompts_.Ask("Failed to retrieve the Hidden condition!\n\nContinue debug prompts?");
   }
   top_ = top;
+  ahead_.emplace(host_.elements, document_, top);
   stop_ = host_.elements.NextSibling(document_, top);
   if (stop_ == kNone) stop_ = host_.elements.Parent(document_, top);
   for (Id element = top; element != kNone && element != stop_; element = Next(element)) {
     if (Cancelled()) return;
-    if (!Fails(element)) continue;
+    // A parent that the walk comes back to was kept, or it would not be there.
+    const bool is_new = !kept_.Holds(element);
+    if (!Fails(element, is_new)) {
+      const bool passes = passes_ && is_new && !Around(element).may_have_attributes;
+      if (passes && !PassKept(&element)) return;
+      continue;
+    }
     if (prompts_.On()) {
       host_.text.SelectElement(document_, element);
       prompts_.Ask("Deleting: %s element.\n\nContinue debugging?", Tag(element));
@@ -77,10 +85,8 @@ bool TreeFilter::Cancelled() {
   return true;
 }
 
-bool TreeFilter::Fails(Id element) {
+bool TreeFilter::Fails(Id element, bool is_new) {
   context_.log(document_, element, "Preparing for filter check");
-  // A parent that the walk comes back to was kept, or it would not be there.
-  const bool is_new = !kept_.Holds(element);
   const bool fails = is_new && verdicts_.Fails(element, Around(element));
   if (is_new && !fails) {
     kept_.Add(element);
@@ -89,6 +95,30 @@ bool TreeFilter::Fails(Id element) {
   context_.log(document_, element,
                fails ? "Filter check complete. Verdict - DELETE" : "Filter check complete. Verdict - KEEP");
   return fails;
+}
+
+// The parents that the walk would come back to count where the Esc key is looked at.
+bool TreeFilter::PassKept(Id* element) {
+  std::uint32_t depth = ahead_->GoOnBehind(*element);
+  while (const host::WalkedNode* const node = ahead_->Next()) {
+    const bool is_element = node->definition != kNone;
+    if (is_element && !(named_.Holds(node->definition) && verdicts_.Keeps(*node))) {
+      ahead_->Back();
+      return true;
+    }
+    for (; depth > node->depth; --depth) {
+      if (Cancelled()) return false;
+    }
+    depth = node->depth;
+    *element = node->element;
+    direction_ = Direction::kDown;
+    if (!is_element) continue;
+    if (Cancelled()) return false;
+    kept_.Add(node->element);
+    ++run_.elements;
+    ++run_.kept;
+  }
+  return true;
 }
 
 bool TreeFilter::Hide(Id element) {

@@ -6,12 +6,15 @@
 // table went with it, the walk goes on behind the table.
 #pragma once
 
+#include <optional>
+
 #include "filtering/document_filter.h"
 #include "filtering/hiding.h"
 #include "filtering/id_set.h"
 #include "filtering/verdicts.h"
 #include "messages/debug_prompts.h"
 #include "messages/esc_poll.h"
+#include "schemes/tree_walk.h"
 
 namespace qelm::filtering {
 
@@ -37,7 +40,10 @@ class TreeFilter {
   };
 
   bool Cancelled();
-  bool Fails(host::Id element);
+  bool Fails(host::Id element, bool is_new);
+  // Keeps what follows an element as long as it is known to be kept without a look at it, text included, and
+  // goes on at the last one of it. False when the run was cancelled.
+  bool PassKept(host::Id* element);
   // Carry a verdict out and set the element to go on with. False when the walk ends here.
   bool Hide(host::Id element);
   bool LeaveTitle(host::Id title);
@@ -78,10 +84,12 @@ class TreeFilter {
   Hiding& hiding_;
   bool hides_;        // modes 1 and 2
   bool text_nodes_;   // text nodes are visited as well
+  bool passes_;       // what is known to be kept is passed over
   bool locked_text_;  // there is text that the run is not to touch, and the host refuses to
   IdSet kept_;        // had the verdict KEEP
   IdSet walked_;      // all children had their verdict
   IdSet named_;       // definitions that have a name
+  std::optional<schemes::TreeWalk> ahead_;  // what follows in the tree, for passing over it
   host::Id top_ = host::kNone;
   host::Id stop_ = host::kNone;
   host::Id around_of_ = host::kNone;

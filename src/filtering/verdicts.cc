@@ -83,6 +83,12 @@ bool Verdicts::Fails(Id element, const host::ElementAround& around) {
   return failing_.Holds(around.definition);
 }
 
+bool Verdicts::Keeps(const host::WalkedNode& node) const {
+  if (node.may_have_attributes) return false;
+  if (context_.scheme.is_xpath) return selected_.Holds(node.element) != context_.scheme.use_negative_logic;
+  return asked_.Holds(node.definition) && !failing_.Holds(node.definition);
+}
+
 std::int32_t FilterCheck(FilterContext& context, Id document, Id element) {
   if (document == kNone || element == kNone) return 0;
   const Id flow = context.host.elements.FlowOf(document, element);

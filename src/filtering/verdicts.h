@@ -35,6 +35,9 @@ class Verdicts {
   bool Fails(host::Id element) { return Fails(element, context_.host.elements.Around(document_, element)); }
   // The same where it is known what is around the element.
   bool Fails(host::Id element, const host::ElementAround& around);
+  // Whether the element is known to pass without another look at it. One without attributes passes as others
+  // of its definition did.
+  bool Keeps(const host::WalkedNode& node) const;
 
  private:
   bool ExpressionsAreValid();

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <functional>
 
 #include "embedded/host_session.h"
 #include "support/mif_files.h"
@@ -52,9 +53,10 @@ class LinksTest : public ::testing::Test, protected testing::HostSession {
         host.definitions.DefinitionName(document, host.elements.Definition(document, element)));
   }
   // One line a link: kind, element, command, path below the folder, target.
-  std::string Listed(Id document) {
+  std::string Listed(Id document) { return Text(document, Links(document)); }
+  std::string Text(Id document, const std::vector<host::Link>& links) {
     std::string text;
-    for (const host::Link& link : Links(document)) {
+    for (const host::Link& link : links) {
       text += std::string(kKinds[static_cast<int>(link.kind)]) + " " + Tag(document, link.element);
       if (!link.command.empty()) text += " " + link.command;
       const bool below = link.path.starts_with(folder.path());
@@ -66,6 +68,9 @@ class LinksTest : public ::testing::Test, protected testing::HostSession {
   std::string Targets(Id document) {
     std::vector<LinkTarget> targets;
     EXPECT_TRUE(host.links.ReadTargets(document, &targets));
+    return Text(targets);
+  }
+  static std::string Text(const std::vector<LinkTarget>& targets) {
     std::string text;
     for (const LinkTarget& target : targets) {
       if (target.kind == LinkKind::kTextInset) continue;
@@ -74,6 +79,13 @@ class LinksTest : public ::testing::Test, protected testing::HostSession {
               std::string(kStates[static_cast<int>(target.state)]) + "\n";
     }
     return text;
+  }
+  // The same through the one call that reads both.
+  std::string ReadAtOnce(Id document) {
+    std::vector<host::Link> links;
+    std::vector<LinkTarget> targets;
+    EXPECT_TRUE(host.links.ReadAll(document, &links, &targets));
+    return Text(document, links) + Text(targets);
   }
   std::string Saved(Id document) {
     EXPECT_TRUE(host.documents.Save(document, {})) << host.documents.LastError();
@@ -123,6 +135,54 @@ TEST_F(LinksTest, WhatIsDeletedIsNoLinkAndADeletedTarget) {
   EXPECT_EQ(Listed(document), "xref XRef [] p1\n");
   EXPECT_EQ(Targets(document), "xref p1 deleted\nxref p2\n");
   EXPECT_FALSE(host.links.HasTarget(document, LinkKind::kCrossReference, "p1"));
+}
+
+// A copy of a document has what is left of its links, however it came to differ from the other one.
+TEST_F(LinksTest, LinksOfACopyAreThoseThatItHas) {
+  MifFile file;
+  file.flows = {{.text = kLinked}};
+  file.hidden = {"Secret"};
+  file.definitions = {{"P", {{"id", "FAttrUniqueId", {}, {}}}}};
+  const std::string bytes = Mif(file);
+  const Id document = Open("main.mif", bytes);
+  const std::string all = ReadAtOnce(document);
+  const std::pair<const char*, std::function<bool(Id)>> kEdits[] = {
+      {"none", [](Id) { return true; }},
+      {"a link", [&](Id copy) { return host.editing.DeleteElement(copy, Find(copy, "XRef")); }},
+      {"a target", [&](Id copy) { return host.editing.DeleteElement(copy, Find(copy, "P", 1)); }},
+      {"a table", [&](Id copy) { return host.editing.DeleteElement(copy, Find(copy, "Table")); }},
+      {"what is shown",
+       [&](Id copy) {
+         return host.catalogs.SetConditionShown(copy, host.catalogs.FindCondition(copy, "Secret"), true);
+       }},
+      {"a path", [&](Id copy) { return host.links.SetPath(copy, Links(copy)[0], folder.File("n.mif")); }},
+      {"an attribute",
+       [&](Id copy) {
+         return host.editing.SetAttributes(copy, Find(copy, "P", 1), {{.name = "id", .values = {"new"}}});
+       }},
+  };
+  int number = 0;
+  for (const auto& [what, edit] : kEdits) {
+    const Id copy = Open("copy" + std::to_string(++number) + ".mif", bytes);
+    ASSERT_TRUE(edit(copy)) << what << host.documents.LastError();
+    EXPECT_EQ(ReadAtOnce(copy), Listed(copy) + Targets(copy)) << what;
+    EXPECT_EQ(ReadAtOnce(copy) == all, number == 1) << what;
+  }
+  EXPECT_EQ(ReadAtOnce(document), all);
+}
+
+TEST_F(LinksTest, WhatIsInAFrameGoesWithIt) {
+  const std::string bytes =
+      "<MIFFile 2015>\n<AFrames <Frame <ID 1> <TextRect <ID 9>>>>\n<TextFlow <TFTag `A'><Para <ParaLine "
+      "<ElementBegin <ETag `D'>><ElementBegin <ETag `P'>><AFrame 1><ElementEnd `P'><ElementEnd `D'>>>>\n"
+      "<TextFlow <Para <ParaLine <TextRectID 9> <Marker <MTypeName `Cross-Ref'><MText `in it'>>>>>\n";
+  const Id copied = Open("main.mif", bytes);
+  for (const Id document : {copied, Open("copy.mif", bytes)}) {
+    EXPECT_EQ(ReadAtOnce(document), "xref in it\n");
+    ASSERT_TRUE(host.editing.DeleteElement(document, Find(document, "P")));
+    EXPECT_EQ(ReadAtOnce(document), "xref in it deleted\n");
+    EXPECT_EQ(Targets(document), "xref in it deleted\n");
+  }
 }
 
 TEST_F(LinksTest, OnlyThePathOfALinkChanges) {

@@ -164,6 +164,35 @@ TEST(DocumentFilter, GoesOnBehindWhatItDeletes) {
   }
 }
 
+// A run that tells its steps visits each element. One that does not passes over what it knows to be kept.
+TEST(DocumentFilter, WhatIsPassedOverIsKeptAndCountsAsVisited) {
+  std::string outline = "Doc(";
+  for (int i = 0; i < 24; ++i) {
+    outline += "S('s' P('a' B('b') 'c') P P x=('d') S(S(P('e' B)) P x=('f'))) P('g') ";
+    outline += "Table(Heading(Row(Cell('h'))) Body(Row x=(Cell('1')) Row(Cell(P('2')) Cell))) ";
+    if (i % 7 == 0) outline += "Table(Body(Row x=(Cell('3'))) Footing(Row(Cell('i') Cell))) ";
+    if (i % 9 == 0) outline += "S x=(P('j') S(P('k'))) ";
+  }
+  outline += ")";
+  FilterRun dry = InMode(kCopy);
+  dry.dry_run = true;
+  for (const FilterRun& wanted : {InMode(kCopy), InMode(kSource), dry}) {
+    for (const schemes::Scheme& scheme : {Classic({{"x", {}}}), XPath({"//*[@x]"}, true)}) {
+      FilterSession passing({outline});
+      FilterSession visiting({outline});
+      visiting.logged = true;
+      EXPECT_EQ(passing.Filter(scheme, wanted), kDone);
+      EXPECT_EQ(visiting.Filter(scheme, wanted), kDone);
+      EXPECT_EQ(passing.Result(), visiting.Result());
+      EXPECT_EQ(passing.run.elements, visiting.run.elements);
+      EXPECT_EQ(passing.run.kept, visiting.run.kept);
+      EXPECT_EQ(passing.run.deleted + passing.run.hidden, visiting.run.deleted + visiting.run.hidden);
+      EXPECT_EQ(passing.run.would_go, visiting.run.would_go);
+      EXPECT_EQ(passing.user.polls, visiting.user.polls);
+    }
+  }
+}
+
 TEST(DocumentFilter, ACellCannotBeDeleted) {
   FilterSession session({"Doc(P x=('a') Table(Body(Row(Cell x=('1')))) P x=('b'))"});
   EXPECT_EQ(session.Filter(Classic({{"x", {}}}), InMode(kCopy)), 0);

@@ -29,6 +29,7 @@ std::int32_t FilterSession::FilterThrough(host::Host& roles, const schemes::Sche
   run = wanted;
   if (run.duplicate_path.empty()) run.duplicate_path = folder.File("copy.mif");
   filtering::FilterContext context{roles, messenger, engine, scheme, run};
+  if (logged) context.log.sink = [](host::Id, host::Id, std::string_view) {};
   return filtering::FilterActiveDocument(context);
 }
 

@@ -52,6 +52,7 @@ class FilterSession {
   host::Id document = host::kNone;
   filtering::FilterRun run;
   bool debug_prompts = false;
+  bool logged = false;  // each step of the run is told
 
  private:
   embedded::adapter::PosixPlatform platform_;

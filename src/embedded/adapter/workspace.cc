@@ -4,6 +4,7 @@
 
 #include "embedded/model/edit.h"
 #include "embedded/model/settle.h"
+#include "embedded/model/shared_links.h"
 
 namespace qelm::embedded::adapter {
 namespace {
@@ -82,6 +83,7 @@ std::shared_ptr<const model::Document> Workspace::OriginOf(model::Document* docu
   if (document->origin != nullptr && document->origin->source.data() == document->source.data()) {
     return document->origin;
   }
+  document->shared_links = std::make_shared<model::SharedLinks>();
   auto origin = std::make_shared<const model::Document>(std::move(*document));
   *document = model::CopyOf(origin);
   return origin;

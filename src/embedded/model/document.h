@@ -252,6 +252,8 @@ struct Warning {
   std::string text;  // with file's line where it is known
 };
 
+class SharedLinks;
+
 class Document {
  public:
   Format format = Format::kMif;
@@ -325,6 +327,8 @@ class Document {
   // The document that this one is a copy of, and to whose bytes and texts it refers; null for one that was
   // read.
   std::shared_ptr<const Document> origin;
+  // What is read of the origin's links once for all copies (shared_links.h).
+  std::shared_ptr<SharedLinks> shared_links;
 
   // Text that is not in the source as it reads: decoded strings, names that edits brought. Never moves.
   std::string_view Keep(std::string text) { return arena_.emplace_back(std::move(text)); }

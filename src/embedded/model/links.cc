@@ -7,6 +7,7 @@
 #include "embedded/mif/reader.h"
 #include "embedded/model/book.h"
 #include "embedded/model/hypertext.h"
+#include "embedded/model/shared_links.h"
 #include "embedded/model/text_access.h"
 #include "embedded/model/xml_external.h"
 #include "embedded/model/xml_marks.h"
@@ -123,13 +124,20 @@ class Walk {
   void Marker(std::string_view statement, const Item& item, mif::Encoding encoding);
   void Inset(std::string_view statement, const Item& item, mif::Encoding encoding);
   void Frame(const Item& item);
-  void Graphics(Span span, Id element, bool hidden);
+  // The graphics in a frame or on a page, as links like the one there.
+  void Graphics(Span span, const Link& like);
   void NoteElement(Id element, const Item& item);
   void References(Id id, const Attribute& attribute, const Item& item);
   void AddTarget(LinkKind kind, std::string name, const Item& item, Id element);
+  void AddFlowName(const Flow& flow, std::uint32_t frame);
+  // A link whose statement the item is.
+  Link LinkAt(const Item& item, LinkKind kind) const;
 
   Id Element() const { return around_.empty() ? 0 : around_.back().element; }
   bool Hidden() const { return !around_.empty() && around_.back().hidden; }
+  std::uint32_t IndexOf(const Item& item) const {
+    return static_cast<std::uint32_t>(&item - document_.items.data());
+  }
   bool IsHidden(const Item& item) const {
     return Hidden() || (HasConditions(item.kind) && hidden_sets_[item.conditions]);
   }
@@ -151,7 +159,6 @@ class Walk {
   std::size_t floor_ = 0;
   std::string edited_;  // the statement at hand, where it is not the source's
   std::vector<bool> hidden_frames_;
-  std::vector<bool> gone_frames_;
   std::uint32_t looked_ = 0;  // statements
 };
 
@@ -160,7 +167,6 @@ void Walk::Prepare() {
     hidden_sets_.push_back(!IsShown(document_, static_cast<std::uint16_t>(set)));
   }
   hidden_frames_.assign(document_.frames.size(), false);
-  gone_frames_.assign(document_.frames.size(), false);
   attributes_.resize(document_.definitions.size());
   for (std::size_t i = 1; i < document_.definitions.size(); ++i) {
     for (const AttributeDefinition& attribute : document_.definitions[i].attributes) {
@@ -203,8 +209,9 @@ void Walk::Run() {
   for (const bool in_frames : {false, true}) {
     for (Id flow = 1; flow < document_.flows.size(); ++flow) {
       const std::uint32_t frame = frame_of[flow];
-      if ((frame != 0) != in_frames || gone_frames_[frame]) continue;
+      if ((frame != 0) != in_frames) continue;
       around_.assign(1, {0, hidden_frames_[frame]});
+      AddFlowName(document_.flows[flow], frame);
       WalkFlow(flow);
     }
   }
@@ -217,18 +224,16 @@ void Walk::Run() {
     link.file = std::move(external.file);
     links_->push_back(std::move(link));
   }
+  Link on_page;
+  on_page.kind = LinkKind::kGraphic;
   for (const Page& page : document_.pages) {
-    if (page.imports) Graphics(page.span, 0, false);
+    if (page.imports) Graphics(page.span, on_page);
   }
 }
 
 void Walk::WalkFlow(Id id) {
   const Flow& flow = document_.flows[id];
   floor_ = around_.size();
-  if (targets_ != nullptr && !flow.name.empty()) {
-    targets_->push_back(
-        {LinkKind::kTextInset, std::string(flow.name), 0, TargetState::kShown, flow.first_item});
-  }
   const std::size_t first = links_ == nullptr ? 0 : links_->size();
   for (std::uint32_t i = flow.first_item; i < flow.end_item; ++i) {
     const Item& item = document_.items[i];
@@ -253,6 +258,24 @@ void Walk::WalkFlow(Id id) {
   if (links_ == nullptr) return;
   std::stable_partition(links_->begin() + static_cast<std::ptrdiff_t>(first), links_->end(),
                         [](const Link& link) { return link.element != 0; });
+}
+
+void Walk::AddFlowName(const Flow& flow, std::uint32_t frame) {
+  if (targets_ == nullptr || flow.name.empty()) return;
+  const std::uint32_t anchor = frame == 0 ? kNoIndex : document_.frames[frame].anchor;
+  const bool gone = anchor != kNoIndex && document_.items[anchor].Is(kDeleted);
+  targets_->push_back({LinkKind::kTextInset, std::string(flow.name), 0,
+                       gone ? TargetState::kDeleted : TargetState::kShown, anchor});
+}
+
+Link Walk::LinkAt(const Item& item, LinkKind kind) const {
+  Link link;
+  link.kind = kind;
+  link.statement = item.begin;
+  link.element = Element();
+  link.hidden = IsHidden(item);
+  link.item = IndexOf(item);
+  return link;
 }
 
 void Walk::Visit(const Item& item) {
@@ -314,12 +337,8 @@ void Walk::Mark(const Item& item) {
       OwnMark(edit != document_.replacements.end() ? edit->second.text : xml::ToUtf8(bytes, xml_encoding_));
   if (mark.kind == MarkKind::kObject) Object(mark.name, item, mif::Encoding::kUtf8);
   if (mark.kind != MarkKind::kGraphic || links_ == nullptr || item.Is(kDeleted)) return;
-  Link link;
-  link.kind = LinkKind::kGraphic;
-  link.statement = item.begin;
-  link.element = Element();
+  Link link = LinkAt(item, LinkKind::kGraphic);
   link.file = PlatformPath(mark.name);
-  link.hidden = IsHidden(item);
   links_->push_back(std::move(link));
 }
 
@@ -342,14 +361,11 @@ void Walk::Object(std::string_view statement, const Item& item, mif::Encoding en
 void Walk::Reference(std::string_view statement, const Item& item, mif::Encoding encoding) {
   if (links_ == nullptr || item.Is(kDeleted)) return;
   const auto [text, is_element, file] = ReferenceLeaves(statement);
-  Link link;
-  link.kind = LinkKind::kCrossReference;
-  link.statement = item.begin;
-  link.element = item.kind == ItemKind::kReferenceBegin && item.ref != 0 ? item.ref : Element();
+  Link link = LinkAt(item, LinkKind::kCrossReference);
+  if (item.kind == ItemKind::kReferenceBegin && item.ref != 0) link.element = item.ref;
   link.file = PlatformPath(mif::DecodeString(file.data, encoding));
   const std::string source = mif::DecodeString(text.data, encoding);
   link.target = TargetOfSourceText(source, is_element.data == "Yes");
-  link.hidden = IsHidden(item);
   links_->push_back(std::move(link));
 }
 
@@ -371,14 +387,11 @@ void Walk::Marker(std::string_view statement, const Item& item, mif::Encoding en
     return;
   }
   if (links_ == nullptr || item.Is(kDeleted)) return;
-  Link link;
-  link.kind = LinkKind::kHypertext;
-  link.statement = item.begin;
+  Link link = LinkAt(item, LinkKind::kHypertext);
   link.element = element;
   link.file = PlatformPath(command.file);
   link.target = command.target;
   link.command = command.command;
-  link.hidden = IsHidden(item);
   links_->push_back(std::move(link));
 }
 
@@ -386,13 +399,9 @@ void Walk::Inset(std::string_view statement, const Item& item, mif::Encoding enc
   if (links_ == nullptr || item.Is(kDeleted)) return;
   const auto [file, flow] = InsetLeaves(statement);
   if (mif::Inside(file.data).empty()) return;
-  Link link;
-  link.kind = LinkKind::kTextInset;
-  link.statement = item.begin;
-  link.element = Element();
+  Link link = LinkAt(item, LinkKind::kTextInset);
   link.file = PlatformPath(mif::DecodeString(file.data, encoding));
   link.target = mif::DecodeString(flow.data, encoding);
-  link.hidden = IsHidden(item);
   links_->push_back(std::move(link));
 }
 
@@ -400,14 +409,15 @@ void Walk::Frame(const Item& item) {
   if (item.ref == 0) return;
   const AnchoredFrame& frame = document_.frames[item.ref];
   hidden_frames_[item.ref] = IsHidden(item);
-  gone_frames_[item.ref] = item.Is(kDeleted);
   if (frame.element != 0) NoteElement(frame.element, item);
   if (links_ == nullptr || item.Is(kDeleted) || frame.file.empty()) return;
-  Graphics(frame.span, frame.element != 0 ? frame.element : Element(), IsHidden(item));
+  Link link = LinkAt(item, LinkKind::kGraphic);
+  if (frame.element != 0) link.element = frame.element;
+  Graphics(frame.span, link);
 }
 
 // Frames and groups may hold several graphics.
-void Walk::Graphics(Span span, Id element, bool hidden) {
+void Walk::Graphics(Span span, const Link& like) {
   mif::Reader reader(document_.At(span));
   while (reader.Next()) {
     if (reader.kind() != mif::Piece::kGroup || reader.token() != mif::Token::kImportObject) continue;
@@ -416,12 +426,9 @@ void Walk::Graphics(Span span, Id element, bool hidden) {
     const auto leaves = GraphicLeaves(Statement(begin, span.begin + reader.end()));
     const Leaf* file = GraphicFile(leaves);
     if (file == nullptr) continue;
-    Link link;
-    link.kind = LinkKind::kGraphic;
+    Link link = like;
     link.statement = begin;
-    link.element = element;
     link.file = PlatformPath(mif::DecodeString(file->data, document_.encoding));
-    link.hidden = hidden;
     links_->push_back(std::move(link));
   }
 }
@@ -449,12 +456,10 @@ void Walk::NoteElement(Id id, const Item& item) {
 void Walk::References(Id id, const Attribute& attribute, const Item& item) {
   if (item.Is(kDeleted)) return;
   for (std::uint32_t i = 0; i < attribute.value_count; ++i) {
-    Link link;
-    link.kind = LinkKind::kCrossReference;
+    Link link = LinkAt(item, LinkKind::kCrossReference);
     link.statement = document_.elements[id].source;
     link.element = id;
     link.target = document_.values[attribute.first_value + i];
-    link.hidden = IsHidden(item);
     links_->push_back(std::move(link));
   }
 }
@@ -466,8 +471,7 @@ void Walk::AddTarget(LinkKind kind, std::string name, const Item& item, Id eleme
   const TargetState state = gone             ? TargetState::kDeleted
                             : IsHidden(item) ? TargetState::kHidden
                                              : TargetState::kShown;
-  const auto place = static_cast<std::uint32_t>(&item - document_.items.data());
-  targets_->push_back({kind, std::move(name), element, state, place});
+  targets_->push_back({kind, std::move(name), element, state, IndexOf(item)});
 }
 
 }  // namespace
@@ -485,6 +489,7 @@ std::vector<LinkTarget> ReadTargets(const Document& document) {
 }
 
 LinksAndTargets ReadLinksAndTargets(const Document& document) {
+  if (std::optional<LinksAndTargets> of_copy = LinksOfCopy(document)) return *std::move(of_copy);
   LinksAndTargets all;
   Walk(document, &all.links, &all.targets).Run();
   return all;

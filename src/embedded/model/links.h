@@ -26,6 +26,7 @@ struct Link {
   std::string target;                  // the name in that file; empty: the file as a whole
   std::string command;                 // of a hypertext link
   bool hidden = false;
+  std::uint32_t item = kNoIndex;  // where it stands; a graphic on a page stands nowhere
 };
 
 // All links that are left, flow by flow; in a flow those outside its elements come last, and graphics that
@@ -39,7 +40,8 @@ struct LinkTarget {
   std::string name;
   Id element = 0;  // that it is or stands in
   TargetState state = TargetState::kShown;
-  std::uint32_t item = 0;  // where it stands
+  // Where it stands. A flow in a frame stands where the frame is anchored, others stand nowhere.
+  std::uint32_t item = kNoIndex;
 };
 
 // What links may name, in the order of the document: unique ids of elements and markers of cross-references,

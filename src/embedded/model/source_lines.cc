@@ -10,21 +10,38 @@ namespace {
 // Small, as who goes over a document leaps in its file: the tables of MIF stand before all text.
 constexpr std::uint32_t kBlock = 1U << 12U;
 
-// Most of the bytes are counted in steps of one length, whose sums fit in a byte: those the compiler turns
+// The memory of what was looked at may go, in stretches of so many bytes.
+constexpr std::uint32_t kStretch = 1U << 23U;
+
+struct LineEnds {
+  std::uint32_t feeds = 0;
+  bool has_returns = false;
+};
+
+// Most of the bytes are gone over in steps of one length, whose sums fit in a byte: those the compiler turns
 // into operations on sixteen bytes.
-std::uint32_t CountLineFeeds(std::string_view bytes) {
+LineEnds CountLineEnds(std::string_view bytes) {
   constexpr std::size_t kStep = 128;
-  std::uint32_t count = 0;
-  std::size_t at = 0;
-  for (; at + kStep <= bytes.size(); at += kStep) {
-    const char* const step = bytes.data() + at;
+  LineEnds ends;
+  for (std::size_t at = 0; at < bytes.size(); at += kStep) {
+    const std::string_view step = bytes.substr(at, kStep);
     std::uint8_t feeds = 0;
-    for (std::size_t i = 0; i < kStep; ++i) {
-      if (step[i] == '\n') ++feeds;
+    std::uint8_t returns = 0;
+    const auto count = [&](std::size_t size) {
+      for (std::size_t i = 0; i < size; ++i) {
+        if (step[i] == '\n') ++feeds;
+        if (step[i] == '\r') ++returns;
+      }
+    };
+    if (step.size() == kStep) {
+      count(kStep);
+    } else {
+      count(step.size());
     }
-    count += feeds;
+    ends.feeds += feeds;
+    ends.has_returns = ends.has_returns || returns != 0;
   }
-  return count + static_cast<std::uint32_t>(std::count(bytes.data() + at, bytes.data() + bytes.size(), '\n'));
+  return ends;
 }
 
 }  // namespace
@@ -37,8 +54,10 @@ SourceLines::SourceLines(const Document& document)
 std::uint32_t SourceLines::LinesBetween(std::uint32_t begin, std::uint32_t end) const {
   const std::string_view source = document_.source;
   const std::uint32_t unit = xml::UnitSize(encoding_);
-  const std::string_view between = source.substr(begin, end - begin);
-  if (unit == 1 && between.find('\r') == between.npos) return CountLineFeeds(between);
+  if (unit == 1) {
+    const LineEnds ends = CountLineEnds(source.substr(begin, end - begin));
+    if (!ends.has_returns) return ends.feeds;
+  }
   std::uint32_t lines = 0;
   for (std::uint32_t at = begin; at < end && at + unit <= source.size(); at += unit) {
     const char c = xml::AsciiAt(source, at, encoding_);
@@ -69,10 +88,25 @@ std::uint32_t SourceLines::LineAt(std::uint32_t offset) {
   while (place.offset / kBlock < offset / kBlock) {
     const std::uint32_t next = (place.offset / kBlock + 1) * kBlock;
     place = {next, place.line + LinesBetween(place.offset, next)};
-    if (next / kBlock == blocks_.size()) blocks_.push_back(place.line);
+    if (next / kBlock == blocks_.size()) {
+      blocks_.push_back(place.line);
+      if (next % kStretch == 0) Rest(next / kStretch - 1);
+    }
   }
   last_ = {offset, place.line + LinesBetween(place.offset, offset)};
+  LookedAt(offset / kStretch);
   return last_.line;
+}
+
+void SourceLines::Rest(std::uint32_t stretch) const {
+  const std::size_t begin = std::size_t{stretch} * kStretch;
+  document_.source.Rest(begin, begin + kStretch);
+}
+
+void SourceLines::LookedAt(std::uint32_t stretch) {
+  if (stretch == stretch_ || stretch == blocks_.size() * kBlock / kStretch) return;
+  Rest(stretch_);
+  stretch_ = stretch;
 }
 
 }  // namespace qelm::embedded::model

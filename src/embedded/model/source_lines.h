@@ -33,10 +33,17 @@ class SourceLines {
   // How many lines begin behind `begin`, up to `end`.
   std::uint32_t LinesBetween(std::uint32_t begin, std::uint32_t end) const;
 
+  // The memory of a stretch of the source may go.
+  void Rest(std::uint32_t stretch) const;
+  // A place in this stretch was asked for. Lines are counted at one place of the file, and asked for again at
+  // another one, which goes on as slowly.
+  void LookedAt(std::uint32_t stretch);
+
   const Document& document_;
   xml::Encoding encoding_;
   std::vector<std::uint32_t> blocks_{1};  // the line at the beginning of each block, as far as was counted
   Place last_;
+  std::uint32_t stretch_ = 0;  // the last one behind which lines are counted
 };
 
 }  // namespace qelm::embedded::model
