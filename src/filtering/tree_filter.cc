@@ -63,8 +63,7 @@ void TreeFilter::Run(Id top) {
     // A parent that the walk comes back to was kept, or it would not be there.
     const bool is_new = !kept_.Holds(element);
     if (!Fails(element, is_new)) {
-      const bool passes = passes_ && is_new && !Around(element).may_have_attributes;
-      if (passes && !PassKept(&element)) return;
+      if (passes_ && is_new && !PassKept(&element)) return;
       continue;
     }
     if (prompts_.On()) {
@@ -75,8 +74,7 @@ void TreeFilter::Run(Id top) {
   }
 }
 
-bool TreeFilter::Cancelled() {
-  if (!esc_poll_.Due()) return false;
+bool TreeFilter::WantsToStop() {
   if (!host_.user.EscPressed() || !context_.messenger.Ask("QELM_MSG_FILTER_20")) return false;
   run_.cancelled = true;
   run_.ending = Ending::kByUser;
@@ -87,7 +85,8 @@ bool TreeFilter::Cancelled() {
 
 bool TreeFilter::Fails(Id element, bool is_new) {
   context_.log(document_, element, "Preparing for filter check");
-  const bool fails = is_new && verdicts_.Fails(element, Around(element));
+  const bool fails =
+      is_new && verdicts_.Fails(element, Around(element).definition, Around(element).may_have_attributes);
   if (is_new && !fails) {
     kept_.Add(element);
     Count(element, &run_.kept);
@@ -101,8 +100,8 @@ bool TreeFilter::Fails(Id element, bool is_new) {
 bool TreeFilter::PassKept(Id* element) {
   std::uint32_t depth = ahead_->GoOnBehind(*element);
   while (const host::WalkedNode* const node = ahead_->Next()) {
-    const bool is_element = node->definition != kNone;
-    if (is_element && !(named_.Holds(node->definition) && verdicts_.Keeps(*node))) {
+    const bool is_element = HasName(node->definition);
+    if (is_element && verdicts_.Fails(node->element, node->definition, node->may_have_attributes)) {
       ahead_->Back();
       return true;
     }
@@ -277,12 +276,9 @@ bool TreeFilter::TakesTableAlong(Id element, Id table) {
   return true;
 }
 
-bool TreeFilter::Visits(Id element) {
-  if (text_nodes_) return true;
-  // Whether a definition has a name is asked once.
-  const Id definition = Around(element).definition;
-  if (definition == kNone) return false;
-  if (named_.Holds(definition)) return true;
+bool TreeFilter::Visits(Id element) { return text_nodes_ || HasName(Around(element).definition); }
+
+bool TreeFilter::FindName(Id definition) {
   if (host_.definitions.DefinitionName(document_, definition).empty()) return false;
   named_.Add(definition);
   return true;

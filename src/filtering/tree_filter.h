@@ -39,10 +39,11 @@ class TreeFilter {
     host::Id above_table = host::kNone;
   };
 
-  bool Cancelled();
+  bool Cancelled() { return esc_poll_.Due() && WantsToStop(); }
+  bool WantsToStop();
   bool Fails(host::Id element, bool is_new);
-  // Keeps what follows an element as long as it is known to be kept without a look at it, text included, and
-  // goes on at the last one of it. False when the run was cancelled.
+  // Keeps what follows an element as far as to the next one that fails, and goes on at the last node before
+  // that. False when the run was cancelled.
   bool PassKept(host::Id* element);
   // Carry a verdict out and set the element to go on with. False when the walk ends here.
   bool Hide(host::Id element);
@@ -70,6 +71,11 @@ class TreeFilter {
   bool TakesTableAlong(host::Id element, host::Id table);
 
   bool Visits(host::Id element);
+  // Whether a definition has a name is asked once.
+  bool HasName(host::Id definition) {
+    return definition != host::kNone && (named_.Holds(definition) || FindName(definition));
+  }
+  bool FindName(host::Id definition);
   bool IsNamed(host::Id element);
   void Count(host::Id element, std::uint64_t* counter);
   void Fail(Ending ending, std::string_view id, host::Id element, const std::string& why);
@@ -84,7 +90,7 @@ class TreeFilter {
   Hiding& hiding_;
   bool hides_;        // modes 1 and 2
   bool text_nodes_;   // text nodes are visited as well
-  bool passes_;       // what is known to be kept is passed over
+  bool passes_;       // what is kept is passed over
   bool locked_text_;  // there is text that the run is not to touch, and the host refuses to
   IdSet kept_;        // had the verdict KEEP
   IdSet walked_;      // all children had their verdict

@@ -73,20 +73,14 @@ bool Verdicts::Refuse(Ending ending, std::string_view id, const std::string& tex
   return false;
 }
 
-bool Verdicts::Fails(Id element, const host::ElementAround& around) {
+bool Verdicts::Fails(Id element, Id definition, bool may_have_attributes) {
   if (context_.scheme.is_xpath) return selected_.Holds(element) == context_.scheme.use_negative_logic;
-  if (around.may_have_attributes) return rules_->Fails(reader_.Read(element));
-  if (!asked_.Holds(around.definition)) {
-    asked_.Add(around.definition);
-    if (rules_->Fails(reader_.Read(element))) failing_.Add(around.definition);
-  }
-  return failing_.Holds(around.definition);
-}
-
-bool Verdicts::Keeps(const host::WalkedNode& node) const {
-  if (node.may_have_attributes) return false;
-  if (context_.scheme.is_xpath) return selected_.Holds(node.element) != context_.scheme.use_negative_logic;
-  return asked_.Holds(node.definition) && !failing_.Holds(node.definition);
+  if (may_have_attributes) return rules_->Fails(reader_.Read(element));
+  if (passing_.Holds(definition)) return false;
+  if (failing_.Holds(definition)) return true;
+  const bool fails = rules_->Fails(reader_.Read(element));
+  (fails ? failing_ : passing_).Add(definition);
+  return fails;
 }
 
 std::int32_t FilterCheck(FilterContext& context, Id document, Id element) {

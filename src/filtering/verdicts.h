@@ -32,12 +32,10 @@ class Verdicts {
   bool Prepare(const std::vector<FlowRoot>& flows);
 
   // Whether the element fails the scheme and is to go. It must be in one of the flows.
-  bool Fails(host::Id element) { return Fails(element, context_.host.elements.Around(document_, element)); }
-  // The same where it is known what is around the element.
-  bool Fails(host::Id element, const host::ElementAround& around);
-  // Whether the element is known to pass without another look at it. One without attributes passes as others
-  // of its definition did.
-  bool Keeps(const host::WalkedNode& node) const;
+  bool Fails(host::Id element) { return Fails(element, host::kNone, true); }
+  // The same where it is known whether the element may carry attributes itself: one that does not passes as
+  // others of its definition do.
+  bool Fails(host::Id element, host::Id definition, bool may_have_attributes);
 
  private:
   bool ExpressionsAreValid();
@@ -49,8 +47,8 @@ class Verdicts {
   host::Id document_;
   IdSet selected_;
   std::optional<ClassicRules> rules_;
-  // Definitions whose elements without attributes were asked about, and of them those that fail.
-  IdSet asked_;
+  // Definitions whose elements without attributes were found to pass, and those whose fail.
+  IdSet passing_;
   IdSet failing_;
   schemes::AttributeReader reader_;
 };

@@ -309,6 +309,7 @@ class Document {
   FontEdits font_edits;
   bool modified = false;
   bool marked = false;                                // items or rows carry changes (edit.h)
+  bool attributes_changed = false;                    // of an element
   std::map<std::uint32_t, Replacement> replacements;  // by where the statement around it begins
 
   Additions additions;

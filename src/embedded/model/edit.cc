@@ -252,7 +252,7 @@ bool SetAttributes(Document* document, Id id, const std::vector<NewAttribute>& a
     document->attributes.push_back(attribute);
   }
   element.attributes_changed = true;
-  document->modified = true;
+  document->modified = document->attributes_changed = true;
   return true;
 }
 

@@ -73,7 +73,7 @@ class Saver {
   };
 
   bool PassUnchanged();
-  bool IsUnchangedStop(std::uint32_t index, std::uint16_t conditions) const;
+  bool HadInSource(std::uint32_t index, std::uint16_t conditions) const;
   void Visit();
   void VisitDeleted();
   void VisitTablePart();
@@ -205,11 +205,9 @@ Pieces Saver::Run() {
 // ---------------------------------------------------------------------------------------------------------------
 // The items.
 
-// A stop with the conditions that are in force, which it had in the source too, and without a font.
-bool Saver::IsUnchangedStop(std::uint32_t index, std::uint16_t conditions) const {
-  const Item& item = items_[index];
-  return item.conditions == conditions && item.font == 0 &&
-         (document_.source_conditions.empty() || document_.source_conditions[index] == conditions) &&
+// Whether a stop had the conditions that are in force in the source too, and no font.
+bool Saver::HadInSource(std::uint32_t index, std::uint16_t conditions) const {
+  return (document_.source_conditions.empty() || document_.source_conditions[index] == conditions) &&
          (document_.source_fonts.empty() || document_.source_fonts[index] == 0);
 }
 
@@ -223,18 +221,24 @@ bool Saver::PassUnchanged() {
   if (!in_step || !GapIsLayout(&story)) return false;
   const auto end = static_cast<std::uint32_t>(items_.size()) - 1;
   const std::uint32_t limit = next_edit_ < edits_.size() ? edits_[next_edit_].begin : kNoIndex;
+  const bool all_as_read = document_.source_conditions.empty() && document_.source_fonts.empty();
+  const bool has_new_tags = document_.attributes_changed;
+  std::uint32_t stop = kNoIndex;
   std::uint32_t i = at_;
-  for (; i < end; ++i) {
-    const Item& item = items_[i];
-    const bool is_alone = item.begin < item.end && item.end <= items_[i + 1].begin && item.begin < limit;
-    if (!is_alone || item.Is(kDeleted)) break;
-    if (item.kind == ItemKind::kOther) continue;
-    const bool begins = item.kind == ItemKind::kElementBegin;
-    if (!begins && item.kind != ItemKind::kString && item.kind != ItemKind::kElementEnd) break;
-    if (begins && document_.elements[item.ref].attributes_changed) break;
-    if (!IsUnchangedStop(i, conditions)) break;
-    story.gap = i + 1;
-    story.gap_offset = item.end;
+  for (const Item* item = items_.data() + i; i < end; ++i, ++item) {
+    const bool is_alone = item->begin < item->end && item->end <= item[1].begin && item->begin < limit;
+    if (!is_alone || item->Is(kDeleted)) break;
+    if (item->kind == ItemKind::kOther) continue;
+    const bool begins = item->kind == ItemKind::kElementBegin;
+    if (!begins && item->kind != ItemKind::kString && item->kind != ItemKind::kElementEnd) break;
+    if (begins && has_new_tags && document_.elements[item->ref].attributes_changed) break;
+    if (item->conditions != conditions || item->font != 0 || (!all_as_read && !HadInSource(i, conditions)))
+      break;
+    stop = i;
+  }
+  if (stop != kNoIndex) {
+    story.gap = stop + 1;
+    story.gap_offset = items_[stop].end;
   }
   if (i == at_) return false;
   at_ = i;
