@@ -138,14 +138,15 @@ void BatchRecords::Forget(const BatchScheme& scheme) {
                       "); a run with --resume may take the scheme for complete");
 }
 
-// Forget has taken away what was there. The record only spares work: one of which a cut run or a power cut
-// left a piece is damaged, so that it is written without waiting for the disk.
+// A record only spares work: one of which a cut run or a power cut left a piece is damaged, and its scheme is
+// done again. So it is not worth waiting for the disk.
 void BatchRecords::Keep(const BatchScheme& scheme, const BatchOutcome& outcome) {
   const std::string path = PathOf(scheme);
   const Json record = {{"inputs", inputs_}, {"outcome", RecordJson(outcome)}};
   const std::string text = record.dump(1, ' ', false, Json::error_handler_t::replace) + '\n';
   const std::scoped_lock lock(mutex_);
-  if (platform_.MakeFolder(folder_) && platform_.AppendFile(path, text)) return;
+  const bool is_free = !platform_.MayExist(path) || platform_.RemoveFile(path);
+  if (is_free && platform_.MakeFolder(folder_) && platform_.AppendFile(path, text)) return;
   troubles_.push_back(path + ": the record of the scheme cannot be written (" + platform_.LastError() +
                       "); a run with --resume will do it again");
 }

@@ -95,7 +95,9 @@ void Table::AddLinks(Id document) {
 void Table::AddNames(Id document, Target* target) {
   std::vector<host::LinkTarget> names;
   host_.links.ReadTargets(document, &names);
-  for (const host::LinkTarget& name : names) target->names.insert(KeyOf(name.kind, name.name));
+  for (const host::LinkTarget& name : names) {
+    if (name.state != host::LinkTarget::State::kDeleted) target->names.insert(KeyOf(name.kind, name.name));
+  }
   target->readable = true;
 }
 

@@ -161,8 +161,10 @@ bool TreeFilter::Delete(Id* element) {
   const bool takes_table = run_.dry_run && TakesTableAlong(*element, around.table);
 
   if (!DeleteNow(*element)) return false;
-  if (takes_table) run_.would_go.push_back(around.table);
-  if (takes_table || (!run_.dry_run && next != kNone && !host_.elements.IsElement(document_, next))) {
+  if (takes_table) {
+    run_.would_go.push_back(around.table);
+    next = GoOnBehindTable(around);
+  } else if (!run_.dry_run && next != kNone && !host_.elements.IsElement(document_, next)) {
     next = GoOnElsewhere(around);
   } else if (at_parent && host_.elements.IsElement(document_, *element)) {
     next = Behind(*element);  // the host emptied it, and kept it
@@ -180,6 +182,7 @@ TreeFilter::Surroundings TreeFilter::LookAround(Id element) {
   around.before = elements.PreviousSibling(document_, element);
   around.table = TableOfPart(host_, document_, element);
   if (around.table == kNone) return around;
+  if (around.parent != around.table) around.behind_part = elements.NextSibling(document_, around.parent);
   around.behind_table = elements.NextSibling(document_, around.table);
   around.above_table = elements.Parent(document_, around.table);
   return around;
@@ -193,6 +196,14 @@ Id TreeFilter::GoOnElsewhere(const Surroundings& around) {
     }
     return host_.elements.IsElement(document_, around.parent) ? around.parent : kNone;
   }
+  if (!host_.elements.IsElement(document_, around.table)) return GoOnBehindTable(around);
+  // A heading or footing went with its last row.
+  if (around.behind_part != kNone) return around.behind_part;
+  walked_.Add(around.table);
+  return around.table;
+}
+
+Id TreeFilter::GoOnBehindTable(const Surroundings& around) {
   if (around.behind_table != kNone) return around.behind_table;
   walked_.Add(around.above_table);
   return around.above_table;

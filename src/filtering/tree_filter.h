@@ -4,6 +4,10 @@
 // else up to the parent, which it then meets a second time and does not enter again. A hidden element is left
 // without entering it. Before an element is deleted, the element to go on with is chosen; when the whole
 // table went with it, the walk goes on behind the table.
+//
+// What is kept is passed over, many nodes at a time: the steps from one element to the next are taken only
+// where one fails. All of them are taken where a log is told of each, and where text nodes are visited, as
+// the walk then goes back to the parent of what it deletes.
 #pragma once
 
 #include <optional>
@@ -35,6 +39,7 @@ class TreeFilter {
     host::Id parent = host::kNone;
     host::Id before = host::kNone;
     host::Id table = host::kNone;
+    host::Id behind_part = host::kNone;  // of a row: what stands behind the part that the row is in
     host::Id behind_table = host::kNone;
     host::Id above_table = host::kNone;
   };
@@ -68,6 +73,7 @@ class TreeFilter {
   Surroundings LookAround(host::Id element);
   // Where to go on when what stood behind a deleted element went with it.
   host::Id GoOnElsewhere(const Surroundings& around);
+  host::Id GoOnBehindTable(const Surroundings& around);
   bool TakesTableAlong(host::Id element, host::Id table);
 
   bool Visits(host::Id element);
@@ -93,7 +99,7 @@ class TreeFilter {
   bool passes_;       // what is kept is passed over
   bool locked_text_;  // there is text that the run is not to touch, and the host refuses to
   IdSet kept_;        // had the verdict KEEP
-  IdSet walked_;      // all children had their verdict
+  IdSet walked_;      // parents that the walk stepped up to: all their children had their verdict
   IdSet named_;       // definitions that have a name
   std::optional<schemes::TreeWalk> ahead_;  // what follows in the tree, for passing over it
   host::Id top_ = host::kNone;

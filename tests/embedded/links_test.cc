@@ -160,6 +160,12 @@ TEST_F(LinksTest, LinksOfACopyAreThoseThatItHas) {
        [&](Id copy) {
          return host.editing.SetAttributes(copy, Find(copy, "P", 1), {{.name = "id", .values = {"new"}}});
        }},
+      {"the only attribute",
+       [&](Id copy) { return host.editing.SetAttributes(copy, Find(copy, "P", 1), {}); }},
+      {"all conditions",
+       [&](Id copy) {
+         return host.documents.SetSwitch(copy, host::DocumentSwitch::kShowAllConditions, true);
+       }},
   };
   int number = 0;
   for (const auto& [what, edit] : kEdits) {
@@ -255,6 +261,20 @@ TEST_F(LinksTest, ReferencesOfXmlAreItsAttributes) {
   EXPECT_EQ(Targets(document), "xref a\nxref b\n");
   EXPECT_FALSE(host.links.SetPath(document, Links(document)[0], folder.File("z.mif")));
   EXPECT_NE(std::string(host.documents.LastError()).find("main.xml"), std::string::npos);
+}
+
+// The object says where the reference leads, and the attribute no more than that there is one.
+TEST_F(LinksTest, AReferenceOfXmlIsOneLinkWhateverStandsInIt) {
+  const std::string bytes =
+      "<!DOCTYPE D [<!ELEMENT D ANY><!ELEMENT P ANY><!ATTLIST P to IDREF #IMPLIED>]>\n<D><P to=\"a\">"
+      "<P to=\"b\"/><?qelm object <XRef <XRefSrcText `a: x'><XRefSrcFile `x.mif'>>?></P></D>";
+  const Id copied = Open("main.xml", bytes);
+  for (const Id document : {copied, Open("copy.xml", bytes)}) {
+    EXPECT_EQ(ReadAtOnce(document), "xref P [x.mif] a: x\nxref P [] b\n");
+    ASSERT_TRUE(host.editing.DeleteElement(document, Find(document, "P", 1)));
+    EXPECT_EQ(ReadAtOnce(document), "xref P [x.mif] a: x\n");
+    EXPECT_EQ(Listed(document), "xref P [x.mif] a: x\n");
+  }
 }
 
 // The instructions that hold links of MIF are written anew, in the file's encoding, and nothing else.

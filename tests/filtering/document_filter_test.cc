@@ -140,6 +140,12 @@ TEST(DocumentFilter, GoesOnBehindWhatItDeletes) {
        "Doc(Table(Body(Row x=(Cell('1')))) Table(Body(Row(Cell('2')))))", "Doc(Table(Body(Row(Cell('2')))))"},
       {"the body", "Doc(Table(Heading(Row(Cell('h'))) Body x=(Row(Cell('1')) Row(Cell('2')))) P('z'))",
        "Doc(P('z'))"},
+      {"all rows of a heading one after the other",
+       "Doc(Table(Heading(Row x=(Cell('h'))) Body(Row x=(Cell('1')) Row(Cell('2')))) P('z'))",
+       "Doc(Table(Body(Row(Cell('2')))) P('z'))"},
+      {"all rows of a footing one after the other",
+       "Doc(Table(Body(Row(Cell('1'))) Footing(Row x=(Cell('f')))) P x=('y') P('z'))",
+       "Doc(Table(Body(Row(Cell('1')))) P('z'))"},
       {"heading and footing",
        "Doc(Table(Heading x=(Row(Cell('h')) Row(Cell('i'))) Body(Row(Cell('1')))"
        " Footing x=(Row(Cell('f')))))",
@@ -174,12 +180,16 @@ TEST(DocumentFilter, WhatIsPassedOverIsKeptAndCountsAsVisited) {
     if (i % 9 == 0) outline += "S x=(P('j') S(P('k'))) ";
   }
   outline += ")";
+  const std::vector<std::string> flows = {outline, "Box(P('l') P x=('m') P('n'))"};
   FilterRun dry = InMode(kCopy);
   dry.dry_run = true;
-  for (const FilterRun& wanted : {InMode(kCopy), InMode(kSource), dry}) {
-    for (const schemes::Scheme& scheme : {Classic({{"x", {}}}), XPath({"//*[@x]"}, true)}) {
-      FilterSession passing({outline});
-      FilterSession visiting({outline});
+  FilterRun dry_hiding = InMode(kSource);
+  dry_hiding.dry_run = true;
+  for (const FilterRun& wanted : {InMode(kCopy), InMode(kSource), dry, dry_hiding}) {
+    for (schemes::Scheme scheme : {Classic({{"x", {}}}), XPath({"//*[@x]"}, true)}) {
+      scheme.process_all_flows = true;
+      FilterSession passing(flows);
+      FilterSession visiting(flows);
       visiting.logged = true;
       EXPECT_EQ(passing.Filter(scheme, wanted), kDone);
       EXPECT_EQ(visiting.Filter(scheme, wanted), kDone);
@@ -269,6 +279,24 @@ TEST(Cancel, NoGoesOnAndPollsAtEvery102ndVisit) {
   EXPECT_EQ(session.Filter(Beginners(), InMode(kCopy)), kDone);
   EXPECT_EQ(session.run.kept, 251U);
   EXPECT_EQ(session.user.polls, 4);
+}
+
+// On an element and on the way back from one, amid what is only passed over.
+TEST(Cancel, StopsAtTheSamePlaceWhateverIsPassedOver) {
+  std::string outline = "Doc(";
+  for (int i = 0; i < 150; ++i) outline += i % 50 == 7 ? "P x=('t') " : "S(S(P('t') P)) ";
+  for (const char* const more : {"", "P ", "P('t') "}) {
+    FilterSession passing({outline.substr(0, 4) + more + outline.substr(4) + ")"});
+    FilterSession visiting({outline.substr(0, 4) + more + outline.substr(4) + ")"});
+    visiting.logged = true;
+    for (FilterSession* const session : {&passing, &visiting}) {
+      session->user.esc_at_poll = 3;
+      EXPECT_EQ(session->Filter(Classic({{"x", {}}}), InMode(kCopy)), kCancelled);
+    }
+    EXPECT_EQ(passing.run.elements, visiting.run.elements);
+    EXPECT_EQ(passing.run.kept, visiting.run.kept);
+    EXPECT_EQ(passing.run.deleted, visiting.run.deleted);
+  }
 }
 
 TEST(Cancel, InACopyKeepsTheSourceAndWhatWasDeleted) {

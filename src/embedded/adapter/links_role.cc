@@ -7,6 +7,7 @@
 #include "embedded/adapter/roles.h"
 #include "embedded/model/hypertext.h"
 #include "embedded/model/locate.h"
+#include "embedded/model/shared_links.h"
 
 namespace qelm::embedded::adapter {
 namespace {
@@ -104,7 +105,7 @@ bool LinksRole::ReadAll(Id document, std::vector<host::Link>* links, std::vector
   targets->clear();
   const OpenFile* file = workspace_.DocumentFile(document);
   if (file == nullptr) return workspace_.FailId(document);
-  model::LinksAndTargets all = model::ReadLinksAndTargets(*file->document);
+  model::LinksAndTargets all = model::LinksAndTargetsOf(*file->document);
   Take(std::move(all.links), file->path, links);
   Take(std::move(all.targets), targets);
   return true;

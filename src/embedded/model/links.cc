@@ -7,7 +7,6 @@
 #include "embedded/mif/reader.h"
 #include "embedded/model/book.h"
 #include "embedded/model/hypertext.h"
-#include "embedded/model/shared_links.h"
 #include "embedded/model/text_access.h"
 #include "embedded/model/xml_external.h"
 #include "embedded/model/xml_marks.h"
@@ -130,6 +129,8 @@ class Walk {
   void References(Id id, const Attribute& attribute, const Item& item);
   void AddTarget(LinkKind kind, std::string name, const Item& item, Id element);
   void AddFlowName(const Flow& flow, std::uint32_t frame);
+  // Where the link is that an attribute of the element around makes: an object in it says the same, and more.
+  std::optional<std::size_t> OwnLink() const;
   // A link whose statement the item is.
   Link LinkAt(const Item& item, LinkKind kind) const;
 
@@ -157,7 +158,8 @@ class Walk {
   std::vector<std::uint32_t> undeclared_ids_;  // names that hold ids where nothing is declared
   std::vector<Open> around_;
   std::size_t floor_ = 0;
-  std::string edited_;  // the statement at hand, where it is not the source's
+  std::size_t first_link_ = 0;  // of the flow
+  std::string edited_;          // the statement at hand, where it is not the source's
   std::vector<bool> hidden_frames_;
   std::uint32_t looked_ = 0;  // statements
 };
@@ -234,7 +236,7 @@ void Walk::Run() {
 void Walk::WalkFlow(Id id) {
   const Flow& flow = document_.flows[id];
   floor_ = around_.size();
-  const std::size_t first = links_ == nullptr ? 0 : links_->size();
+  first_link_ = links_ == nullptr ? 0 : links_->size();
   for (std::uint32_t i = flow.first_item; i < flow.end_item; ++i) {
     const Item& item = document_.items[i];
     // Most items are one of these.
@@ -256,14 +258,14 @@ void Walk::WalkFlow(Id id) {
     }
   }
   if (links_ == nullptr) return;
-  std::stable_partition(links_->begin() + static_cast<std::ptrdiff_t>(first), links_->end(),
+  std::stable_partition(links_->begin() + static_cast<std::ptrdiff_t>(first_link_), links_->end(),
                         [](const Link& link) { return link.element != 0; });
 }
 
 void Walk::AddFlowName(const Flow& flow, std::uint32_t frame) {
   if (targets_ == nullptr || flow.name.empty()) return;
   const std::uint32_t anchor = frame == 0 ? kNoIndex : document_.frames[frame].anchor;
-  const bool gone = anchor != kNoIndex && document_.items[anchor].Is(kDeleted);
+  const bool gone = IsDeletedAt(document_, anchor);
   targets_->push_back({LinkKind::kTextInset, std::string(flow.name), 0,
                        gone ? TargetState::kDeleted : TargetState::kShown, anchor});
 }
@@ -346,16 +348,32 @@ void Walk::Object(std::string_view statement, const Item& item, mif::Encoding en
   mif::Reader reader(statement);
   if (!reader.Next()) return;
   if (reader.name() == "XRef") {
-    // The element's own attribute says the same.
-    const bool said = links_ != nullptr && !links_->empty() && Element() != 0 &&
-                      links_->back().element == Element() && links_->back().kind == LinkKind::kCrossReference;
-    if (said) links_->pop_back();
+    const std::optional<std::size_t> own = OwnLink();
+    const std::size_t before = links_ == nullptr ? 0 : links_->size();
     Reference(statement, item, encoding);
+    if (!own || links_->size() == before) return;
+    links_->back().item = (*links_)[*own].item;
+    (*links_)[*own] = std::move(links_->back());
+    links_->pop_back();
   } else if (reader.name() == "Marker") {
     Marker(statement, item, encoding);
   } else if (reader.name() == "TextInset") {
     Inset(statement, item, encoding);
   }
+}
+
+// Links come in the order of their items.
+std::optional<std::size_t> Walk::OwnLink() const {
+  if (links_ == nullptr || Element() == 0) return std::nullopt;
+  const std::uint32_t begin = document_.elements[Element()].first_item;
+  const auto first = links_->begin() + static_cast<std::ptrdiff_t>(first_link_);
+  const auto behind = std::upper_bound(first, links_->end(), begin,
+                                       [](std::uint32_t at, const Link& link) { return at < link.item; });
+  if (behind == first) return std::nullopt;
+  const Link& link = behind[-1];
+  const bool is_own =
+      link.item == begin && link.element == Element() && link.kind == LinkKind::kCrossReference;
+  return is_own ? std::optional(static_cast<std::size_t>(behind - links_->begin()) - 1) : std::nullopt;
 }
 
 void Walk::Reference(std::string_view statement, const Item& item, mif::Encoding encoding) {
@@ -489,7 +507,6 @@ std::vector<LinkTarget> ReadTargets(const Document& document) {
 }
 
 LinksAndTargets ReadLinksAndTargets(const Document& document) {
-  if (std::optional<LinksAndTargets> of_copy = LinksOfCopy(document)) return *std::move(of_copy);
   LinksAndTargets all;
   Walk(document, &all.links, &all.targets).Run();
   return all;

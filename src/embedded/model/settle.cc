@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "embedded/model/files.h"
+#include "embedded/model/text_access.h"
 #include "embedded/model/xml_marks.h"
 
 namespace qelm::embedded::model {
@@ -52,8 +53,7 @@ void IdKeeper::Run() {
 bool IdKeeper::IsGone(Id flow) const {
   for (const auto& [frame, in_frame] : before_.frame_flows) {
     if (in_frame != flow) continue;
-    const std::uint32_t anchor = before_.frames[frame].anchor;
-    return anchor != kNoIndex && before_.items[anchor].Is(kDeleted);
+    return IsDeletedAt(before_, before_.frames[frame].anchor);
   }
   return false;
 }

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "embedded/model/text_access.h"
+
 namespace qelm::embedded::model {
 namespace {
 
@@ -15,15 +17,9 @@ bool SameShown(const Document& copy, const Document& origin) {
 }
 
 bool DiffersByDeletionsAlone(const Document& copy, const Document& origin) {
-  return copy.source.data() == origin.source.data() && !copy.additions.Pending() &&
-         copy.replacements.empty() && origin.replacements.empty() &&
-         copy.items.size() == origin.items.size() && copy.elements.size() == origin.elements.size() &&
-         copy.attributes.size() == origin.attributes.size() && copy.values.size() == origin.values.size() &&
-         SameShown(copy, origin);
-}
-
-bool IsDeleted(const Document& document, std::uint32_t item) {
-  return item != kNoIndex && document.items[item].Is(kDeleted);
+  return copy.source.data() == origin.source.data() && copy.items.size() == origin.items.size() &&
+         !copy.additions.Pending() && !copy.attributes_changed && copy.replacements.empty() &&
+         origin.replacements.empty() && SameShown(copy, origin);
 }
 
 }  // namespace
@@ -33,18 +29,18 @@ const LinksAndTargets& SharedLinks::Of(const Document& origin) {
   return all_;
 }
 
-std::optional<LinksAndTargets> LinksOfCopy(const Document& document) {
-  if (document.origin == nullptr || document.shared_links == nullptr) return std::nullopt;
-  if (!DiffersByDeletionsAlone(document, *document.origin)) return std::nullopt;
+LinksAndTargets LinksAndTargetsOf(const Document& document) {
+  const bool is_copy = document.origin != nullptr && document.shared_links != nullptr;
+  if (!is_copy || !DiffersByDeletionsAlone(document, *document.origin)) return ReadLinksAndTargets(document);
   const LinksAndTargets& all = document.shared_links->Of(*document.origin);
   LinksAndTargets left;
   left.links.reserve(all.links.size());
   for (const Link& link : all.links) {
-    if (!IsDeleted(document, link.item)) left.links.push_back(link);
+    if (!IsDeletedAt(document, link.item)) left.links.push_back(link);
   }
   left.targets = all.targets;
   for (LinkTarget& target : left.targets) {
-    if (IsDeleted(document, target.item)) target.state = TargetState::kDeleted;
+    if (IsDeletedAt(document, target.item)) target.state = TargetState::kDeleted;
   }
   return left;
 }

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <mutex>
-#include <optional>
 
 #include "embedded/model/links.h"
 
@@ -19,8 +18,7 @@ class SharedLinks {
   LinksAndTargets all_;
 };
 
-// What ReadLinksAndTargets gives for a copy. Nothing for a document that is none, or that differs from its
-// origin in more than what was deleted.
-std::optional<LinksAndTargets> LinksOfCopy(const Document& document);
+// What ReadLinksAndTargets gives, without going over a copy from which was only deleted.
+LinksAndTargets LinksAndTargetsOf(const Document& document);
 
 }  // namespace qelm::embedded::model

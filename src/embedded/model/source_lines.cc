@@ -15,7 +15,7 @@ constexpr std::uint32_t kStretch = 1U << 23U;
 
 struct LineEnds {
   std::uint32_t feeds = 0;
-  bool has_returns = false;
+  bool has_returns = false;  // there are others, and `feeds` means nothing
 };
 
 // Most of the bytes are gone over in steps of one length, whose sums fit in a byte: those the compiler turns
@@ -38,8 +38,9 @@ LineEnds CountLineEnds(std::string_view bytes) {
     } else {
       count(step.size());
     }
+    ends.has_returns = returns != 0;
+    if (ends.has_returns) return ends;
     ends.feeds += feeds;
-    ends.has_returns = ends.has_returns || returns != 0;
   }
   return ends;
 }
@@ -104,7 +105,7 @@ void SourceLines::Rest(std::uint32_t stretch) const {
 }
 
 void SourceLines::LookedAt(std::uint32_t stretch) {
-  if (stretch == stretch_ || stretch == blocks_.size() * kBlock / kStretch) return;
+  if (stretch == stretch_ || stretch == (blocks_.size() - 1) * kBlock / kStretch) return;
   Rest(stretch_);
   stretch_ = stretch;
 }

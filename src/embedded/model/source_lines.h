@@ -35,15 +35,15 @@ class SourceLines {
 
   // The memory of a stretch of the source may go.
   void Rest(std::uint32_t stretch) const;
-  // A place in this stretch was asked for. Lines are counted at one place of the file, and asked for again at
-  // another one, which goes on as slowly.
+  // A place in this stretch was asked for. Who asks goes to and fro between where lines are counted and a
+  // place further back, and both move on slowly.
   void LookedAt(std::uint32_t stretch);
 
   const Document& document_;
   xml::Encoding encoding_;
   std::vector<std::uint32_t> blocks_{1};  // the line at the beginning of each block, as far as was counted
   Place last_;
-  std::uint32_t stretch_ = 0;  // the last one behind which lines are counted
+  std::uint32_t stretch_ = 0;  // of those that are counted, the one where a place was asked for last
 };
 
 }  // namespace qelm::embedded::model

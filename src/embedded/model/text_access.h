@@ -24,6 +24,11 @@ std::string_view ElementText(const Document& document, Id element, std::size_t m
 // `as_read`: by what the source says of the conditions and not by what was changed since.
 bool IsShown(const Document& document, std::uint16_t condition_set, bool as_read = false);
 
+// Whether an item stands at that index (kNoIndex: none does) that is deleted.
+inline bool IsDeletedAt(const Document& document, std::uint32_t item) {
+  return item != kNoIndex && document.items[item].Is(kDeleted);
+}
+
 // Whether content stands in the element itself, not only in elements inside it; generated text counts, and
 // so does the anchor of a table or frame that the element is.
 bool HasOwnText(const Document& document, Id element);

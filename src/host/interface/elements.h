@@ -129,7 +129,8 @@ class Elements {
 
   // Goes on with a walk over `root` and everything inside it: writes the nodes behind `last`, or from the
   // root on when `last` names none, to `nodes`. Returns how many; fewer than there is room for: the walk is
-  // over.
+  // over. Of `last`, which may be any element inside, only the element and the depth count: depths go on from
+  // that one.
   virtual std::size_t ReadNodes(Id document, Id root, const WalkedNode& last, std::span<WalkedNode> nodes);
 
   // Replaces what is in `column` by the texts of the elements, which come in document order: what
