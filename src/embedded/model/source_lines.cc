@@ -13,36 +13,21 @@ constexpr std::uint32_t kBlock = 1U << 12U;
 // The memory of what was looked at may go, in stretches of so many bytes.
 constexpr std::uint32_t kStretch = 1U << 23U;
 
-struct LineEnds {
-  std::uint32_t feeds = 0;
-  bool has_returns = false;  // there are others, and `feeds` means nothing
-};
-
-// Most of the bytes are gone over in steps of one length, whose sums fit in a byte: those the compiler turns
+// Most of the bytes are counted in steps of one length, whose sums fit in a byte: those the compiler turns
 // into operations on sixteen bytes.
-LineEnds CountLineEnds(std::string_view bytes) {
+std::uint32_t CountLineFeeds(std::string_view bytes) {
   constexpr std::size_t kStep = 128;
-  LineEnds ends;
-  for (std::size_t at = 0; at < bytes.size(); at += kStep) {
-    const std::string_view step = bytes.substr(at, kStep);
+  std::uint32_t count = 0;
+  std::size_t at = 0;
+  for (; at + kStep <= bytes.size(); at += kStep) {
+    const char* const step = bytes.data() + at;
     std::uint8_t feeds = 0;
-    std::uint8_t returns = 0;
-    const auto count = [&](std::size_t size) {
-      for (std::size_t i = 0; i < size; ++i) {
-        if (step[i] == '\n') ++feeds;
-        if (step[i] == '\r') ++returns;
-      }
-    };
-    if (step.size() == kStep) {
-      count(kStep);
-    } else {
-      count(step.size());
+    for (std::size_t i = 0; i < kStep; ++i) {
+      if (step[i] == '\n') ++feeds;
     }
-    ends.has_returns = returns != 0;
-    if (ends.has_returns) return ends;
-    ends.feeds += feeds;
+    count += feeds;
   }
-  return ends;
+  return count + static_cast<std::uint32_t>(std::count(bytes.data() + at, bytes.data() + bytes.size(), '\n'));
 }
 
 }  // namespace
@@ -55,10 +40,8 @@ SourceLines::SourceLines(const Document& document)
 std::uint32_t SourceLines::LinesBetween(std::uint32_t begin, std::uint32_t end) const {
   const std::string_view source = document_.source;
   const std::uint32_t unit = xml::UnitSize(encoding_);
-  if (unit == 1) {
-    const LineEnds ends = CountLineEnds(source.substr(begin, end - begin));
-    if (!ends.has_returns) return ends.feeds;
-  }
+  const std::string_view between = source.substr(begin, end - begin);
+  if (unit == 1 && between.find('\r') == between.npos) return CountLineFeeds(between);
   std::uint32_t lines = 0;
   for (std::uint32_t at = begin; at < end && at + unit <= source.size(); at += unit) {
     const char c = xml::AsciiAt(source, at, encoding_);
