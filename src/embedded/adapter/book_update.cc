@@ -13,7 +13,7 @@
 #include "embedded/model/files.h"
 #include "embedded/model/generated_list.h"
 #include "embedded/model/index_list.h"
-#include "embedded/model/links.h"
+#include "embedded/model/link_statements.h"
 #include "embedded/model/locate.h"
 #include "embedded/model/master_pages.h"
 #include "embedded/model/page_numbering.h"

@@ -9,7 +9,7 @@
 #include "embedded/mif/strings.h"
 #include "embedded/model/book.h"
 #include "embedded/model/files.h"
-#include "embedded/model/links.h"
+#include "embedded/model/link_statements.h"
 #include "embedded/model/xml_builder.h"
 #include "embedded/model/xml_marks.h"
 #include "embedded/xml/encoding.h"

@@ -8,7 +8,7 @@
 
 #include "embedded/mif/reader.h"
 #include "embedded/model/book.h"
-#include "embedded/model/links.h"
+#include "embedded/model/link_statements.h"
 #include "embedded/model/mif_layout.h"
 #include "embedded/model/mif_run.h"
 #include "embedded/model/mif_scan.h"

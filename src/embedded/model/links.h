@@ -6,17 +6,14 @@
 // replaces the one string that holds the path, when the document is saved.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "embedded/model/document.h"
+#include "embedded/model/link_statements.h"
 
 namespace qelm::embedded::model {
-
-enum class LinkKind : std::uint8_t { kCrossReference, kHypertext, kTextInset, kGraphic };
 
 struct Link {
   LinkKind kind = LinkKind::kCrossReference;
@@ -54,26 +51,6 @@ struct LinksAndTargets {
   std::vector<LinkTarget> targets;
 };
 LinksAndTargets ReadLinksAndTargets(const Document& document);
-
-// The part of a cross-reference's source text that names its target: of an element its id, else all of it.
-std::string_view TargetOfSourceText(std::string_view source_text, bool is_element);
-
-// The same for a statement that stands anywhere: the links whose statements lie in these bytes, with where
-// each begins; the file that the one names with which `bytes` begin; and the change that lets it name another
-// one, its place counted from their beginning.
-std::vector<std::pair<LinkKind, std::uint32_t>> LinkStatements(std::string_view bytes);
-std::string FileOfLink(LinkKind kind, std::string_view bytes, mif::Encoding encoding);
-std::optional<Replacement> LinkEdit(LinkKind kind, std::string_view bytes, mif::Encoding encoding,
-                                    std::string_view path);
-
-// What a cross-reference's statement says.
-struct ReferenceStatement {
-  std::string format;  // the name of the format that makes its text
-  std::string source_text;
-  std::string file;    // a path with "/"
-  std::string target;  // the part of the source text that names it
-};
-ReferenceStatement ReadReference(const Document& document, std::uint32_t statement);
 
 // Points the link whose statement begins there to another file: a path with "/", relative to the document's
 // folder or absolute, empty for the document itself. False when there is no such link in the source.

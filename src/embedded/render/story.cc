@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "embedded/model/book.h"
-#include "embedded/model/links.h"
+#include "embedded/model/link_statements.h"
 #include "embedded/model/text_access.h"
 #include "embedded/render/symbols.h"
 
