@@ -1,9 +1,8 @@
 #include "common/text.h"
 
-#include <unicode/uchar.h>
-
 #include <algorithm>
 
+#include "common/icu.h"
 #include "common/utf8.h"
 
 namespace qelm::common {
@@ -83,6 +82,7 @@ std::vector<std::string_view> SplitLines(std::string_view text) {
 
 std::string FoldCase(std::string_view text) {
   if (IsAscii(text)) return AsciiLower(text);
+  const Icu& icu = TheIcu();
   std::string result;
   result.reserve(text.size());
   for (std::size_t offset = 0; offset < text.size();) {
@@ -93,7 +93,8 @@ std::string FoldCase(std::string_view text) {
       result.append(text.substr(begin, offset - begin));
     } else {
       AppendCharacter(
-          static_cast<char32_t>(u_foldCase(static_cast<UChar32>(code_point), U_FOLD_CASE_DEFAULT)), &result);
+          static_cast<char32_t>(icu.fold_case(static_cast<UChar32>(code_point), U_FOLD_CASE_DEFAULT)),
+          &result);
     }
   }
   return result;

@@ -1,10 +1,11 @@
 #include "common/utf8.h"
 
-#include <unicode/ucnv.h>
-
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
+
+#include "common/icu.h"
 
 namespace qelm::common {
 namespace {
@@ -38,14 +39,15 @@ constexpr std::size_t kConvertLimit = std::size_t{1} << 28U;
 
 std::string Convert(std::string_view bytes, const char* encoding) {
   if (bytes.size() > kConvertLimit) return std::string(bytes);
+  const Icu& icu = TheIcu();
   UErrorCode error = U_ZERO_ERROR;
   std::string result(bytes.size() * 3 + 16, '\0');
-  UConverter* converter = ucnv_open(encoding, &error);
+  UConverter* converter = icu.open_converter(encoding, &error);
   if (U_FAILURE(error)) return std::string(bytes);
   const std::int32_t length =
-      ucnv_toAlgorithmic(UCNV_UTF8, converter, result.data(), static_cast<std::int32_t>(result.size()),
-                         bytes.data(), static_cast<std::int32_t>(bytes.size()), &error);
-  ucnv_close(converter);
+      icu.convert_to(UCNV_UTF8, converter, result.data(), static_cast<std::int32_t>(result.size()),
+                     bytes.data(), static_cast<std::int32_t>(bytes.size()), &error);
+  icu.close_converter(converter);
   if (U_FAILURE(error)) return std::string(bytes);
   result.resize(static_cast<std::size_t>(std::max(length, 0)));
   return result;
@@ -54,15 +56,16 @@ std::string Convert(std::string_view bytes, const char* encoding) {
 // The other way round; nothing when the encoding has no form for a character.
 std::optional<std::string> ConvertBack(std::string_view text, const char* encoding) {
   if (text.size() > kConvertLimit) return std::nullopt;
+  const Icu& icu = TheIcu();
   UErrorCode error = U_ZERO_ERROR;
   std::string result(text.size() * 2 + 16, '\0');
-  UConverter* converter = ucnv_open(encoding, &error);
+  UConverter* converter = icu.open_converter(encoding, &error);
   if (U_FAILURE(error)) return std::nullopt;
-  ucnv_setFromUCallBack(converter, UCNV_FROM_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &error);
+  icu.set_callback(converter, icu.stop_callback, nullptr, nullptr, nullptr, &error);
   const std::int32_t length =
-      ucnv_fromAlgorithmic(converter, UCNV_UTF8, result.data(), static_cast<std::int32_t>(result.size()),
-                           text.data(), static_cast<std::int32_t>(text.size()), &error);
-  ucnv_close(converter);
+      icu.convert_from(converter, UCNV_UTF8, result.data(), static_cast<std::int32_t>(result.size()),
+                       text.data(), static_cast<std::int32_t>(text.size()), &error);
+  icu.close_converter(converter);
   if (U_FAILURE(error)) return std::nullopt;
   result.resize(static_cast<std::size_t>(std::max(length, 0)));
   return result;
@@ -83,13 +86,19 @@ FileEncoding EncodingOf(std::string_view bytes) {
   return {"", IsWellFormed(bytes) ? nullptr : "windows-1252"};
 }
 
+constexpr std::uint64_t kHighBits = 0x8080808080808080U;
+
 // The offset of the first byte from `offset` on that is not ASCII; the size of the text when there is none.
-// Eight bytes at a time: this stands before every operation that has a fast path.
+// Many bytes at a time: this stands before every operation that has a fast path.
 std::size_t EndOfAscii(std::string_view text, std::size_t offset) {
-  for (; offset + 8 <= text.size(); offset += 8) {
-    std::uint64_t word = 0;
-    std::memcpy(&word, text.data() + offset, 8);
-    if ((word & 0x8080808080808080U) != 0) break;
+  std::array<std::uint64_t, 4> words;
+  for (; offset + sizeof words <= text.size(); offset += sizeof words) {
+    std::memcpy(words.data(), text.data() + offset, sizeof words);
+    if (((words[0] | words[1] | words[2] | words[3]) & kHighBits) != 0) break;
+  }
+  for (; offset + sizeof words[0] <= text.size(); offset += sizeof words[0]) {
+    std::memcpy(words.data(), text.data() + offset, sizeof words[0]);
+    if ((words[0] & kHighBits) != 0) break;
   }
   while (offset < text.size() && Byte(text, offset) < 0x80U) ++offset;
   return offset;
