@@ -14,8 +14,8 @@ bool IsWhiteSpace(char byte) { return byte == ' ' || (byte >= '\t' && byte <= '\
 
 char LowerAscii(char byte) { return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte; }
 
-// Where the first line of the text ends. Each of the two ends is looked for in a piece at a time: a text may
-// have none of the one.
+// Where the first line of the text ends. Each of the two ends is looked for in a piece at a time: there may
+// be few of the one.
 std::size_t EndOfLine(std::string_view text) {
   constexpr std::size_t kPiece = 128;
   for (std::size_t begin = 0; begin < text.size(); begin += kPiece) {
@@ -66,17 +66,17 @@ std::string WithReason(std::string_view what, std::string_view why) {
   return text;
 }
 
-std::string_view TakeLine(std::string_view* text) {
-  const std::size_t end = EndOfLine(*text);
-  const std::string_view line = text->substr(0, end);
-  text->remove_prefix(end);
-  text->remove_prefix(text->starts_with("\r\n") ? 2 : std::min<std::size_t>(text->size(), 1));
+std::string_view LineCutter::Take() {
+  const std::size_t end = has_returns_ ? EndOfLine(rest_) : std::min(rest_.find('\n'), rest_.size());
+  const std::string_view line = rest_.substr(0, end);
+  const bool both = has_returns_ && rest_.substr(end).starts_with("\r\n");
+  rest_.remove_prefix(std::min(end + (both ? 2 : 1), rest_.size()));
   return line;
 }
 
 std::vector<std::string_view> SplitLines(std::string_view text) {
   std::vector<std::string_view> lines;
-  while (!text.empty()) lines.push_back(TakeLine(&text));
+  for (LineCutter cutter(text); !cutter.Rest().empty();) lines.push_back(cutter.Take());
   return lines;
 }
 

@@ -17,8 +17,22 @@ void SplitAtSpaces(std::string_view text, std::vector<std::string_view>* pieces)
 // "what (why)"; only what where there is no reason.
 std::string WithReason(std::string_view what, std::string_view why);
 
-// Takes the first line, without its end (LF, CR LF or CR), off a text that is not empty.
-std::string_view TakeLine(std::string_view* text);
+// The lines of a text, one after the other, without their ends (LF, CR LF or CR). The views are into the
+// text.
+class LineCutter {
+ public:
+  explicit LineCutter(std::string_view text)
+      : rest_(text), has_returns_(text.find('\r') != std::string_view::npos) {}
+
+  // What was not taken yet.
+  std::string_view Rest() const { return rest_; }
+  // Where something is left.
+  std::string_view Take();
+
+ private:
+  std::string_view rest_;
+  bool has_returns_;
+};
 
 // The lines of a text without their ends. A text that ends with a line end has no empty
 // line behind it. The views are into `text`.

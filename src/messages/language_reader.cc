@@ -1,7 +1,7 @@
 #include "messages/language_reader.h"
 
-#include <cstdint>
-#include <cstring>
+#include <algorithm>
+#include <functional>
 #include <optional>
 #include <utility>
 
@@ -14,17 +14,11 @@ namespace {
 
 constexpr std::string_view kObsolete = "#~";
 
-// A text that is read piece by piece.
-struct Text {
-  std::string_view view;
-  std::string* joined = nullptr;  // its pieces, where there are several
-};
-
 // One entry as it is read, and where it began.
 struct Entry {
-  std::optional<Text> context;
-  std::optional<Text> id;
-  std::optional<Text> text;
+  std::optional<std::string_view> context;
+  std::optional<std::string_view> id;
+  std::optional<std::string_view> text;
   std::size_t line = 0;
   bool fuzzy = false;
   bool obsolete = false;
@@ -40,24 +34,13 @@ int HexDigit(char byte) {
   return -1;
 }
 
-constexpr std::uint64_t kEachByte = 0x0101010101010101U;
-
-// Whether one of the eight bytes is this one: it alone makes a byte zero that borrows when one is taken away.
-bool HasByte(std::uint64_t word, char byte) {
-  word ^= kEachByte * static_cast<unsigned char>(byte);
-  return ((word - kEachByte) & ~word & (kEachByte << 7)) != 0;
-}
-
-// The first place from `at` on that does not stand for itself in a string. Texts are most of the file, so it
-// takes eight bytes at a time.
+// The first place from `at` on that does not stand for itself in a string.
 std::size_t EndOfPlain(std::string_view line, std::size_t at) {
-  for (std::uint64_t word = 0; at + sizeof word <= line.size(); at += sizeof word) {
-    std::memcpy(&word, line.data() + at, sizeof word);
-    if (HasByte(word, '"') || HasByte(word, '\\')) break;
-  }
-  while (at < line.size() && line[at] != '"' && line[at] != '\\') ++at;
-  return at;
+  const std::string_view plain = line.substr(0, line.find('"', at));
+  return std::min(plain.find('\\', at), plain.size());
 }
+
+bool EndsKeyword(char byte) { return byte == ' ' || byte == '"' || byte == '\t'; }
 
 // Reads a PO file line by line and cuts it into entries.
 class Reader {
@@ -68,11 +51,11 @@ class Reader {
   bool Read() {
     constexpr std::size_t kBytesOfEntry = 80;  // about
     read_.entries.reserve(content_.size() / kBytesOfEntry);
-    read_.index.reserve(content_.size() / kBytesOfEntry);
-    for (std::string_view rest = content_; !rest.empty();) {
-      const std::string_view line = common::TakeLine(&rest);
+    read_.joined.Reserve(content_.size());  // no byte of a file makes more than one
+    for (common::LineCutter lines(content_); !lines.Rest().empty();) {
+      const std::string_view line = lines.Take();
       ++line_;
-      line_end_ = content_.size() - rest.size();
+      line_end_ = content_.size() - lines.Rest().size();
       if (!ReadLine(common::Trim(line))) return false;
     }
     if (!Finish()) return false;
@@ -133,7 +116,8 @@ class Reader {
   }
 
   bool ReadKeyword(std::string_view line) {
-    const std::size_t end = line.find_first_of(" \t\"");
+    const auto end =
+        static_cast<std::size_t>(std::find_if(line.begin(), line.end(), EndsKeyword) - line.begin());
     const std::string_view keyword = line.substr(0, end);
     if ((keyword == "msgctxt" || keyword == "msgid") && entry_.text && !Finish()) return false;
     if (entry_.Empty()) entry_.line = line_;
@@ -153,50 +137,39 @@ class Reader {
     } else {
       return Fail("\"" + std::string(keyword) + "\" is no keyword of a language file");
     }
-    if (end == line.npos) return Fail("a text in quotation marks is missing");
     return ReadString(common::Trim(line.substr(end)), current_);
   }
 
   // Appends the quoted text, which is all of `line`, to `target`.
-  bool ReadString(std::string_view line, Text* target) {
+  bool ReadString(std::string_view line, std::string_view* target) {
     if (line.empty() || line.front() != '"') return Fail("a text in quotation marks is missing");
     line.remove_prefix(1);
     std::size_t at = EndOfPlain(line, 0);
-    if (at + 1 == line.size() && line[at] == '"') {
-      Append(line.substr(0, at), target);
+    if (target->empty() && at + 1 == line.size() && line[at] == '"') {
+      *target = line.substr(0, at);
       return true;
     }
-    std::string text(line.substr(0, at));
+    read_.joined.Append(line.substr(0, at), target);
     while (at < line.size() && line[at] != '"') {
-      if (!ReadEscape(line, &at, &text)) return false;
+      char byte = 0;
+      if (!ReadEscape(line, &at, &byte)) return false;
+      read_.joined.Append({&byte, 1}, target);
       const std::size_t end = EndOfPlain(line, at);
-      text.append(line, at, end - at);
+      read_.joined.Append(line.substr(at, end - at), target);
       at = end;
     }
     if (at >= line.size()) return Fail("the text does not end with a quotation mark");
-    if (at + 1 != line.size()) return Fail("something follows the text");
-    Append(read_.joined.emplace_back(std::move(text)), target);
-    return true;
+    return at + 1 == line.size() || Fail("something follows the text");
   }
 
-  // Appends a piece, which stays where it is.
-  void Append(std::string_view piece, Text* target) {
-    if (target->view.empty()) {
-      target->view = piece;
-    } else if (!piece.empty()) {
-      if (target->joined == nullptr) target->joined = &read_.joined.emplace_back(target->view);
-      target->view = target->joined->append(piece);
-    }
-  }
-
-  bool ReadEscape(std::string_view line, std::size_t* at, std::string* target) {
+  bool ReadEscape(std::string_view line, std::size_t* at, char* byte) {
     static constexpr std::string_view kLetters = "ntrabfv\"\\'?";
     static constexpr std::string_view kMeanings = "\n\t\r\a\b\f\v\"\\'?";
     if (*at + 1 >= line.size()) return Fail("the text ends with a backslash");
     const char letter = line[*at + 1];
     *at += 2;
     if (const std::size_t index = kLetters.find(letter); index != kLetters.npos) {
-      target->push_back(kMeanings[index]);
+      *byte = kMeanings[index];
       return true;
     }
     const bool hex = letter == 'x';
@@ -214,7 +187,7 @@ class Reader {
       value = value * base + digit;
     }
     if (digits == 0 || value > 0xFF) return Fail("an escape that is no byte");
-    target->push_back(static_cast<char>(value));
+    *byte = static_cast<char>(value);
     return true;
   }
 
@@ -233,21 +206,19 @@ class Reader {
     if (!complete && entry.obsolete) return true;
     if (!entry.id) return FailAt(entry.line, "an entry without \"msgid\"");
     if (!entry.text) return FailAt(entry.line, "an entry without \"msgstr\"");
-    const LanguageKey key(entry.context ? entry.context->view : std::string_view(), entry.id->view);
-    const std::string_view text = entry.text->view;
-    if (!entry.obsolete && !read_.index.emplace(key, read_.entries.size()).second) {
-      return FailAt(entry.line, "\"" + std::string(key.second) + "\" is there twice");
-    }
-    if (!entry.obsolete && !common::IsWellFormed(text)) {
-      return FailAt(entry.line, "the text of \"" + std::string(key.second) + "\" is not UTF-8");
-    }
-    read_.entries.push_back({.key = key,
-                             .text = text,
+    read_.entries.push_back({.key = {entry.context.value_or(std::string_view()), *entry.id},
+                             .text = *entry.text,
                              .source = content_.substr(piece_, entry_end_ - piece_),
                              .line = entry.line,
                              .fuzzy = entry.fuzzy,
                              .obsolete = entry.obsolete,
                              .to_translate = entry.to_translate});
+    if (!entry.obsolete && !read_.index.AddLast(read_.entries)) {
+      return FailAt(entry.line, "\"" + std::string(*entry.id) + "\" is there twice");
+    }
+    if (!entry.obsolete && !common::IsWellFormed(*entry.text)) {
+      return FailAt(entry.line, "the text of \"" + std::string(*entry.id) + "\" is not UTF-8");
+    }
     piece_ = entry_end_;
     return true;
   }
@@ -260,11 +231,65 @@ class Reader {
   std::size_t piece_ = 0;      // where the piece of the entry under way begins
   std::size_t entry_end_ = 0;  // where its last line ends
   Entry entry_;
-  Text* current_ = nullptr;
-  std::optional<Text> ignored_;
+  std::string_view* current_ = nullptr;
+  std::optional<std::string_view> ignored_;
 };
 
+std::size_t HashOf(const LanguageKey& key) {
+  const std::hash<std::string_view> hash;
+  return hash(key.first) * 31 + hash(key.second);
+}
+
 }  // namespace
+
+bool EntryIndex::AddLast(const std::vector<ReadEntry>& entries) {
+  if (2 * ++count_ > slots_.size()) Grow(entries);
+  std::uint32_t& slot = slots_[SlotOf(entries, entries.back().key)];
+  if (slot != 0) return false;
+  slot = static_cast<std::uint32_t>(entries.size());
+  return true;
+}
+
+const ReadEntry* EntryIndex::Find(const std::vector<ReadEntry>& entries, const LanguageKey& key) const {
+  if (slots_.empty()) return nullptr;
+  const std::uint32_t number = slots_[SlotOf(entries, key)];
+  return number == 0 ? nullptr : &entries[number - 1];
+}
+
+// The slot that has the entry with that key, or the free one in which it would be.
+std::size_t EntryIndex::SlotOf(const std::vector<ReadEntry>& entries, const LanguageKey& key) const {
+  std::size_t slot = HashOf(key) & (slots_.size() - 1);
+  while (slots_[slot] != 0 && entries[slots_[slot] - 1].key != key) slot = (slot + 1) & (slots_.size() - 1);
+  return slot;
+}
+
+void EntryIndex::Grow(const std::vector<ReadEntry>& entries) {
+  constexpr std::size_t kFirst = 1024;
+  std::vector<std::uint32_t> slots(std::max(kFirst, 2 * slots_.size()));
+  slots_.swap(slots);
+  for (const std::uint32_t number : slots) {
+    if (number != 0) slots_[SlotOf(entries, entries[number - 1].key)] = number;
+  }
+}
+
+void JoinedTexts::Reserve(std::size_t bytes) {
+  memory_ = std::make_unique_for_overwrite<char[]>(bytes);
+  end_ = memory_.get();
+}
+
+void JoinedTexts::Append(std::string_view piece, std::string_view* text) {
+  if (text->empty()) {
+    *text = {end_, 0};
+  } else if (text->data() + text->size() != end_) {
+    const std::string_view before = *text;
+    *text = {end_, before.size()};
+    Put(before);
+  }
+  Put(piece);
+  *text = {text->data(), text->size() + piece.size()};
+}
+
+void JoinedTexts::Put(std::string_view piece) { end_ = std::copy(piece.begin(), piece.end(), end_); }
 
 bool ReadEntries(std::string_view content, ReadLanguage* read, LanguageProblem* problem) {
   return Reader(content, read, problem).Read();

@@ -1,14 +1,13 @@
 // Reads a PO file, line by line, and cuts it into entries. A session begins with this, so that it copies
 // nothing that can stay where it is: what an entry says is a view into the content where it stands there in
-// one piece, and else into a string that was put together.
+// one piece, and else into one array of all texts that were put together.
 #pragma once
 
 #include <cstddef>
-#include <deque>
-#include <functional>
+#include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -36,17 +35,42 @@ struct ReadEntry {
   bool InUse() const { return !obsolete && !fuzzy && !text.empty() && !key.second.empty(); }
 };
 
+// The entries that are not obsolete, by their keys.
+class EntryIndex {
+ public:
+  // Adds the last entry. False where there is one with its key.
+  bool AddLast(const std::vector<ReadEntry>& entries);
+  // Null when there is none.
+  const ReadEntry* Find(const std::vector<ReadEntry>& entries, const LanguageKey& key) const;
+
+ private:
+  std::size_t SlotOf(const std::vector<ReadEntry>& entries, const LanguageKey& key) const;
+  void Grow(const std::vector<ReadEntry>& entries);
+
+  std::vector<std::uint32_t> slots_;  // 0, or the number of an entry, from 1; a power of two of them
+  std::size_t count_ = 0;
+};
+
+// Texts that are put together, one behind the other.
+class JoinedTexts {
+ public:
+  // There will be no more than that many bytes.
+  void Reserve(std::size_t bytes);
+  // Appends to a text that may stand anywhere; the first time it is taken along.
+  void Append(std::string_view piece, std::string_view* text);
+
+ private:
+  void Put(std::string_view piece);
+
+  std::unique_ptr<char[]> memory_;
+  char* end_ = nullptr;
+};
+
 struct ReadLanguage {
-  struct Hash {
-    std::size_t operator()(const LanguageKey& key) const {
-      const std::hash<std::string_view> hash;
-      return hash(key.first) * 31 + hash(key.second);
-    }
-  };
   std::vector<ReadEntry> entries;
-  std::unordered_map<LanguageKey, std::size_t, Hash> index;  // of those that are not obsolete
-  std::deque<std::string> joined;                            // what no view into the content can be
-  std::string_view tail;                                     // what stands behind the last entry
+  EntryIndex index;
+  JoinedTexts joined;
+  std::string_view tail;  // what stands behind the last entry
 };
 
 // Reads the content, which is UTF-8 without a byte order mark, and has to outlive what was read. False, with

@@ -74,6 +74,18 @@ TEST(Language, RefusesDamagedFilesAtTheirLine) {
   }
 }
 
+TEST(Language, FindsEachOfManyTexts) {
+  std::string content;
+  for (int i = 0; i < 3000; ++i) {
+    const std::string id = std::to_string(i);
+    content += "msgctxt \"General Strings\"\nmsgid \"" + id + "\"\nmsgstr \"a\"\n\"\\t" + id + "\"\n";
+  }
+  Language language;
+  ASSERT_TRUE(language.Read(content, nullptr));
+  for (int i = 0; i < 3000; ++i) EXPECT_EQ(Text(language, std::to_string(i)), "a\t" + std::to_string(i));
+  EXPECT_EQ(Text(language, "3000"), "(none)");
+}
+
 TEST(Language, ReadsOneSectionAgain) {
   Language language;
   ASSERT_TRUE(

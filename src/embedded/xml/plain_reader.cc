@@ -329,12 +329,11 @@ bool Pass<kTells, kChecks>::DocumentType() {
   return !kTells || !kChecks || RetellProlog();
 }
 
-// What came before the declarations is told once more, among them.
+// What came before the declarations is told once more, among them. Where they are damaged, all of it is taken
+// back.
 template <bool kTells, bool kChecks>
 bool Pass<kTells, kChecks>::RetellProlog() {
-  const std::string_view prolog(begin_, prolog_end_);
-  Handler nobody;
-  return ReadProlog(prolog, &nobody) && handler_.Restart() && ReadProlog(prolog, &handler_);
+  return handler_.Restart() && ReadProlog({begin_, prolog_end_}, &handler_);
 }
 
 template <bool kTells, bool kChecks>
