@@ -150,13 +150,24 @@ def prepare(data):
     schemes.write_all_settings(data)
 
 
+def install(build, folder):
+    """Copies the programs, as an installation does, and the peers that come in packages were. The system holds a file
+    that was copied in larger pieces than one that a linker put together, which shows where a program starts."""
+    shutil.rmtree(folder, ignore_errors=True)
+    folder.mkdir()
+    for program in build.iterdir():
+        if program.is_file() and os.access(program, os.X_OK):
+            shutil.copy(program, folder)
+    return folder
+
+
 def main():
     options = arguments()
     sizes = [int(size) for size in options.sizes.split(",")]
     only = options.only.split(",") if options.only else [*jobs.JOBS, "session"]
-    build = options.build.resolve()
-    data = build / "documents"
+    data = options.build.resolve() / "documents"
     prepare(data)
+    build = install(data.parent, data.parent / "programs")
     figures = {"runs": options.runs, "processors": os.cpu_count(), "results": []}
     if "session" in only:
         figures["start_up"] = run_start_up(build, data)
