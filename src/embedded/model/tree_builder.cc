@@ -46,6 +46,8 @@ class TreeBuilder {
 
   Document& document_;
   RoomAhead room_;  // of the elements
+  RoomAhead items_room_;
+  RoomBehind passed_;  // of the raw items
   std::vector<std::uint32_t> open_insets_;
   Scan& scan_;
   std::vector<Range> ranges_;
@@ -69,7 +71,6 @@ void TreeBuilder::Warn(std::uint32_t offset, const char* text) {
 
 void TreeBuilder::Run() {
   document_.items.reserve(scan_.items.size());
-  RoomAhead::NeedAll(document_.items);
   document_.elements.reserve(scan_.elements.size() * 2);
   document_.flows.reserve(scan_.flows.size() + 1);
   const auto is_hidden = [&](const RawFlow& raw) {
@@ -159,6 +160,7 @@ void TreeBuilder::BuildFlow(const RawFlow& raw) {
     Open(root);
   }
   ranges_.push_back({raw.items.begin, raw.items.end, 0});
+  passed_.Begin(raw.items.begin);
   while (!ranges_.empty()) Step();
   EndText();
   const bool has_virtual = !open_.empty() && document_.elements[open_.front()].is_virtual;
@@ -192,6 +194,8 @@ void TreeBuilder::TakePlain(Range* range) {
 void TreeBuilder::Step() {
   Range& range = ranges_.back();
   TakePlain(&range);
+  items_room_.Need(document_.items);
+  if (ranges_.size() == 1) passed_.Pass(&scan_.items, range.at);
   if (range.at >= range.end) {
     if (range.block != 0) document_.blocks[range.block].end_item = Here();
     ranges_.pop_back();
