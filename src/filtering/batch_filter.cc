@@ -61,17 +61,12 @@ std::string ReportPath(const BatchRequest& request) {
   return common::JoinPath(FromSource(request, FixedFolder(request.output_pattern)), name);
 }
 
-// The path, with a number before its extension when there is such a file already.
-std::string FreePath(host::Platform& platform, const std::string& path) {
+// The path, with a number before its extension from 2 on.
+std::string NumberedPath(const std::string& path, int number) {
+  if (number == 1) return path;
   const std::filesystem::path whole = path;
   const std::string extension = whole.extension().string();
-  const std::string stem = path.substr(0, path.size() - extension.size());
-  std::string free = path;
-  for (int number = 2; platform.FileExists(free) || platform.FolderExists(free); ++number) {
-    free = stem;
-    free.append("-").append(std::to_string(number)).append(extension);
-  }
-  return free;
+  return path.substr(0, path.size() - extension.size()) + "-" + std::to_string(number) + extension;
 }
 
 // Two schemes that write into one folder would each destroy what the other made.
@@ -120,6 +115,7 @@ class Batch {
 
  private:
   bool OpenReportFile();
+  std::string FreeReport(const std::string& path);
   bool IsReport(const std::string& path);
   void Schemes();
   void Header(const std::vector<BatchScheme>& schemes);
@@ -139,6 +135,7 @@ class Batch {
   ReportRoles roles_;
   std::int64_t started_;
   Report report_;
+  std::optional<host::HeldFile> held_report_;  // by its name, until it is there
   BatchSchemes found_;
   std::optional<BatchSource> source_;
   BatchRun run_;
@@ -173,17 +170,31 @@ bool Batch::OpenReportFile() {
   } else {
     // Output folders may be links in this one.
     const host::KeptFolder kept(platform, std::string(common::FolderOf(path)));
-    path = FreePath(platform, path);
     platform.MakeFolder(std::string(common::FolderOf(path)));
-    // The name is taken at once, so that a batch of the same second chooses another.
-    platform.AppendFile(path, {});
+    path = FreeReport(path);
   }
-  if (OpenReport(messenger_, roles_, path, &report_)) {
-    run_.report = path;
-  } else if (!request_.report_is_named) {
-    platform.RemoveFile(path);
-  }
+  if (OpenReport(messenger_, roles_, path, &report_)) run_.report = path;
   return true;
+}
+
+// A name that no file has, and no other batch of the same second. Where none can be held, the first without a
+// file; what is wrong there is told when the report is written.
+std::string Batch::FreeReport(const std::string& path) {
+  constexpr int kMostBatches = 20;
+  const auto taken = [this](const std::string& name) {
+    return host_.platform.FileExists(name) || host_.platform.FolderExists(name);
+  };
+  std::string first;
+  for (int number = 1; first.empty() || number <= kMostBatches; ++number) {
+    const std::string free = NumberedPath(path, number);
+    if (taken(free)) continue;
+    const bool held = held_report_.emplace(host_.platform, free).Valid();
+    // Whoever held it before may have written it meanwhile.
+    if (held && !taken(free)) return free;
+    held_report_.reset();
+    if (!held && first.empty()) first = free;
+  }
+  return first;
 }
 
 // By the paragraphs with which every report of a batch begins.
@@ -296,10 +307,8 @@ void Batch::Total() {
 
 void Batch::Finish() {
   if (report_.document == kNone) return;
-  if (!SaveReport(messenger_, roles_, report_)) {
-    if (!request_.report_is_named) host_.platform.RemoveFile(run_.report);
-    run_.report.clear();
-  }
+  if (!SaveReport(messenger_, roles_, report_)) run_.report.clear();
+  held_report_.reset();
   if (request_.settings.bf_default_close_report_after_batch_filter) {
     CloseReport(roles_, &report_);
   } else {

@@ -181,6 +181,33 @@ TEST_F(TwoRuns, OfTwoBatchesIntoOneFolderTheSecondSaysWhoTheFirstWas) {
   }
 }
 
+// A report has its name from the beginning of its run, and its file at the end.
+TEST_F(TwoRuns, BatchesOfOneSecondWriteReportsOfTheirOwnAndAKilledOneLeavesNone) {
+  ::setenv("SOURCE_DATE_EPOCH", "1700000000", 1);
+  const Names batch = {"batch",      folder().File("doc.mif"),
+                       "--category", "By/path",
+                       "--shard",    "1/4",
+                       "--no-pdf",   "--no-xml",
+                       "--output",   folder().File("out/<scheme_name>")};
+  const std::string report = "Batch_filter_report_2023_11_14__22_13_20_part_1_of_4";
+  const auto reports = [this] {
+    Names names;
+    for (const auto& [name, content] : Files("out")) {
+      if (name.find("report") != std::string::npos) names.push_back(name);
+    }
+    return names;
+  };
+  const long at = Find(batch, "create", folder().File("out/.qelm-" + report + ".fm.new"));
+  fs::remove_all(folder().File("out"));
+  const pid_t killed = Stopped(batch, at);
+  EXPECT_EQ(Run(batch), 0) << folder().Read("said");
+  ::kill(killed, SIGKILL);
+  EXPECT_EQ(Wait(killed), -1);
+  EXPECT_EQ(Run(batch), 0) << folder().Read("said");
+  EXPECT_EQ(reports(), (Names{report + "-2.fm", report + ".fm"}));
+  ::unsetenv("SOURCE_DATE_EPOCH");
+}
+
 TEST_F(TwoRuns, WhoeverWinsTheFilesAreThoseOfOneRun) {
   const auto command = [this](const std::string& scheme) {
     return Filter(folder().File("source/book.mif"), scheme, "--output-folder", folder().File("out"));

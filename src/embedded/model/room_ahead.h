@@ -30,7 +30,7 @@ class RoomAhead {
   }
 
  private:
-  static constexpr std::size_t kStep = std::size_t{1} << 20U;
+  static constexpr std::size_t kStep = std::size_t{1} << 19U;
 
   // Where the system has no such call, the memory comes as it always does.
   static void BringIn(std::uintptr_t begin, std::size_t bytes) {
