@@ -156,7 +156,7 @@ def install(build, folder):
     shutil.rmtree(folder, ignore_errors=True)
     folder.mkdir()
     for program in build.iterdir():
-        if program.is_file() and os.access(program, os.X_OK):
+        if program.is_file() and not program.is_symlink() and os.access(program, os.X_OK):
             shutil.copy(program, folder)
     return folder
 

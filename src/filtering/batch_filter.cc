@@ -116,6 +116,7 @@ class Batch {
  private:
   bool OpenReportFile();
   std::string FreeReport(const std::string& path);
+  bool SaveReportFile();
   bool IsReport(const std::string& path);
   void Schemes();
   void Header(const std::vector<BatchScheme>& schemes);
@@ -177,24 +178,35 @@ bool Batch::OpenReportFile() {
   return true;
 }
 
-// A name that no file has, and no other batch of the same second. Where none can be held, the first without a
-// file; what is wrong there is told when the report is written.
+// A name that no file has, and no other batch of the same second. Each that another one holds is waited for;
+// where the first ones are held, or none can be, the first without a file is taken: it is looked at again in
+// the end.
 std::string Batch::FreeReport(const std::string& path) {
-  constexpr int kMostBatches = 20;
+  constexpr int kMostHeld = 4;
   const auto taken = [this](const std::string& name) {
     return host_.platform.FileExists(name) || host_.platform.FolderExists(name);
   };
   std::string first;
-  for (int number = 1; first.empty() || number <= kMostBatches; ++number) {
+  int not_held = 0;
+  for (int number = 1; not_held < kMostHeld; ++number) {
     const std::string free = NumberedPath(path, number);
     if (taken(free)) continue;
     const bool held = held_report_.emplace(host_.platform, free).Valid();
     // Whoever held it before may have written it meanwhile.
     if (held && !taken(free)) return free;
     held_report_.reset();
-    if (!held && first.empty()) first = free;
+    if (!held && not_held++ == 0) first = free;
   }
   return first;
+}
+
+// Somebody may have put a file there since the batch began.
+bool Batch::SaveReportFile() {
+  std::string other;
+  if (!request_.report_is_named && host_.platform.MayExist(run_.report)) {
+    other = run_.report = FreeReport(ReportPath(request_));
+  }
+  return SaveReport(messenger_, roles_, report_, other);
 }
 
 // By the paragraphs with which every report of a batch begins.
@@ -306,8 +318,11 @@ void Batch::Total() {
 }
 
 void Batch::Finish() {
-  if (report_.document == kNone) return;
-  if (!SaveReport(messenger_, roles_, report_)) run_.report.clear();
+  if (report_.document == kNone) {
+    run_.report.clear();  // it was closed meanwhile
+    return;
+  }
+  if (!SaveReportFile()) run_.report.clear();
   held_report_.reset();
   if (request_.settings.bf_default_close_report_after_batch_filter) {
     CloseReport(roles_, &report_);

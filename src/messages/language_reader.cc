@@ -34,10 +34,16 @@ int HexDigit(char byte) {
   return -1;
 }
 
-// The first place from `at` on that does not stand for itself in a string.
+// The first place from `at` on that does not stand for itself in a string. Each of the two bytes that do not
+// is looked for in a piece at a time: there may be many of the one.
 std::size_t EndOfPlain(std::string_view line, std::size_t at) {
-  const std::string_view plain = line.substr(0, line.find('"', at));
-  return std::min(plain.find('\\', at), plain.size());
+  constexpr std::size_t kPiece = 256;
+  for (; at < line.size(); at += kPiece) {
+    const std::string_view piece = line.substr(at, kPiece);
+    const std::size_t end = std::min(piece.find('"'), piece.find('\\'));
+    if (end != piece.npos) return at + end;
+  }
+  return line.size();
 }
 
 bool EndsKeyword(char byte) { return byte == ' ' || byte == '"' || byte == '\t'; }

@@ -195,16 +195,31 @@ TEST_F(TwoRuns, BatchesOfOneSecondWriteReportsOfTheirOwnAndAKilledOneLeavesNone)
     for (const auto& [name, content] : Files("out")) {
       if (name.find("report") != std::string::npos) names.push_back(name);
     }
+    fs::remove_all(folder().File("out"));
     return names;
   };
-  const long at = Find(batch, "create", folder().File("out/.qelm-" + report + ".fm.new"));
+  const Names both = {report + "-2.fm", report + ".fm"};
+  const long copy = Find(batch, "create", folder().File("out/No users/.qelm-.qelm-made-doc.mif.txt.new"));
   fs::remove_all(folder().File("out"));
-  const pid_t killed = Stopped(batch, at);
+  const long end = Find(batch, "create", folder().File("out/.qelm-" + report + ".fm.new"));
+  fs::remove_all(folder().File("out"));
+
+  pid_t first = Stopped(batch, copy);
+  EXPECT_EQ(Run(batch), 1) << "its copy is being written";
+  EXPECT_EQ(GoOn(first), 0) << folder().Read("said");
+  EXPECT_EQ(reports(), both);
+
+  first = Stopped(batch, copy);
+  folder().Write("out/" + report + ".fm", "mine");
+  EXPECT_EQ(GoOn(first), 0) << folder().Read("said");
+  EXPECT_EQ(folder().Read("out/" + report + ".fm"), "mine");
+  EXPECT_EQ(reports(), both);
+
+  first = Stopped(batch, end);
+  ::kill(first, SIGKILL);
+  EXPECT_EQ(Wait(first), -1);
   EXPECT_EQ(Run(batch), 0) << folder().Read("said");
-  ::kill(killed, SIGKILL);
-  EXPECT_EQ(Wait(killed), -1);
-  EXPECT_EQ(Run(batch), 0) << folder().Read("said");
-  EXPECT_EQ(reports(), (Names{report + "-2.fm", report + ".fm"}));
+  EXPECT_EQ(reports(), Names{report + ".fm"});
   ::unsetenv("SOURCE_DATE_EPOCH");
 }
 

@@ -225,6 +225,25 @@ TEST(MifRead, LooseParagraphsEndWhereAFlowBegins) {
   EXPECT_EQ(document->flows.size(), 3U);
 }
 
+// A flow has its notes before its text, and is so long that what was read of it does not stay in memory.
+TEST(MifRead, NotesAreAtTheirAnchorsHoweverFarThatIs) {
+  constexpr int kNotes = 1000;
+  std::string notes;
+  std::string paras;
+  std::string expected(20000, 'p');
+  for (int i = 0; i < 20000; ++i) paras += Para(kBody, Text("p"));
+  for (int i = 1; i <= kNotes; ++i) {
+    const std::string text = "(" + std::to_string(i) + ")";
+    notes += "<FNote <ID " + std::to_string(i) + "> " + Para(kBody, Text(text)) + ">\n";
+    paras += Para(kBody, Text("a") + "   <FNote " + std::to_string(i) + ">\n" + Text("b"));
+    expected += "a" + text + "b";
+  }
+  const auto document = Open("<MIFFile 7.00>\n" + Replaced(Flow(paras), "<Notes \n", "<Notes \n" + notes));
+  ASSERT_NE(document, nullptr);
+  EXPECT_TRUE(AllText(*document) == expected);
+  EXPECT_TRUE(document->warnings.empty());
+}
+
 // A flow with text in a hidden flow: in the middle of a paragraph, or with paragraph marks of its own.
 std::string WithHidden(const std::string& hidden_paras) {
   return kHead +

@@ -22,12 +22,6 @@ class RoomAhead {
     if (array.capacity() - array.size() < kStep / sizeof(T)) return;
     BringIn(reinterpret_cast<std::uintptr_t>(array.data() + array.size()), kStep);
   }
-  // Of an array that will be as full as its room allows: all of it at once.
-  template <typename T>
-  static void NeedAll(const std::vector<T>& array) {
-    const std::size_t bytes = (array.capacity() - array.size()) * sizeof(T);
-    if (bytes >= kStep) BringIn(reinterpret_cast<std::uintptr_t>(array.data() + array.size()), bytes);
-  }
 
  private:
   static constexpr std::size_t kStep = std::size_t{1} << 19U;
@@ -45,32 +39,6 @@ class RoomAhead {
   }
 
   std::size_t limit_ = 0;  // elements
-};
-
-// Gives back the memory of a large array that is gone through once, some way behind, so that what is made of
-// it can have it.
-class RoomBehind {
- public:
-  // What comes before is left alone.
-  void Begin(std::size_t index) { from_ = index; }
-  // Nothing before `index` is asked for any more.
-  template <typename T>
-  void Pass(std::vector<T>* array, std::size_t index) {
-    if (index < from_ + kStep / sizeof(T)) return;
-    GiveBack(reinterpret_cast<std::uintptr_t>(array->data() + from_), (index - from_) * sizeof(T));
-    from_ = index;
-  }
-
- private:
-  static constexpr std::size_t kStep = std::size_t{1} << 20U;
-
-  static void GiveBack(std::uintptr_t begin, std::size_t bytes) {
-    constexpr std::uintptr_t kPage = 4096;
-    const std::uintptr_t first = (begin + kPage - 1) / kPage * kPage;
-    ::madvise(reinterpret_cast<void*>(first), (begin + bytes) / kPage * kPage - first, MADV_DONTNEED);
-  }
-
-  std::size_t from_ = 0;
 };
 
 }  // namespace qelm::embedded::model

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "embedded/model/room_ahead.h"
+#include "embedded/model/room_behind.h"
 
 namespace qelm::embedded::model {
 namespace {
@@ -174,6 +175,7 @@ void TreeBuilder::BuildFlow(const RawFlow& raw) {
 // Text and the file's layout, which most items are, from the innermost range.
 void TreeBuilder::TakePlain(Range* range) {
   for (; range->at < range->end; ++range->at) {
+    items_room_.Need(document_.items);
     const Item& raw = scan_.items[range->at];
     switch (raw.kind) {
       case ItemKind::kString:
@@ -194,8 +196,8 @@ void TreeBuilder::TakePlain(Range* range) {
 void TreeBuilder::Step() {
   Range& range = ranges_.back();
   TakePlain(&range);
-  items_room_.Need(document_.items);
-  if (ranges_.size() == 1) passed_.Pass(&scan_.items, range.at);
+  const bool in_flow = ranges_.size() == 1;
+  if (in_flow) passed_.Pass(&scan_.items, range.at);
   if (range.at >= range.end) {
     if (range.block != 0) document_.blocks[range.block].end_item = Here();
     ranges_.pop_back();
@@ -208,6 +210,7 @@ void TreeBuilder::Step() {
   if (raw.kind == ItemKind::kPartBegin && document_.parts[raw.ref].kind == ElementKind::kFootnote &&
       document_.parts[raw.ref].anchor == kNoIndex) {
     range.at = scan_.part_items[raw.ref].end;
+    if (in_flow) passed_.Begin(range.at);
     return;
   }
   Emit(raw, block);
