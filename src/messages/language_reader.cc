@@ -284,15 +284,11 @@ void JoinedTexts::Reserve(std::size_t bytes) {
 }
 
 void JoinedTexts::Append(std::string_view piece, std::string_view* text) {
-  if (text->empty()) {
-    *text = {end_, 0};
-  } else if (text->data() + text->size() != end_) {
-    const std::string_view before = *text;
-    *text = {end_, before.size()};
-    Put(before);
-  }
+  const bool is_last = !text->empty() && text->data() + text->size() == end_;
+  const char* const begin = is_last ? text->data() : end_;
+  if (!is_last) Put(*text);
   Put(piece);
-  *text = {text->data(), text->size() + piece.size()};
+  *text = {begin, static_cast<std::size_t>(end_ - begin)};
 }
 
 void JoinedTexts::Put(std::string_view piece) { end_ = std::copy(piece.begin(), piece.end(), end_); }
