@@ -27,9 +27,9 @@ bool Language::ReadSection(std::string_view content, std::string_view section, L
 std::optional<std::string_view> Language::Find(std::string_view section, std::string_view id) const {
   const auto own = sections_.find(section);
   const ReadLanguage& read = own == sections_.end() ? file_.read : own->second.read;
-  const ReadEntry* const found = read.index.Find(read.entries, {section, id});
-  if (found == nullptr || !found->InUse()) return std::nullopt;
-  return found->text;
+  const auto found = read.index.find({section, id});
+  if (found == read.index.end() || !read.entries[found->second].InUse()) return std::nullopt;
+  return read.entries[found->second].text;
 }
 
 }  // namespace qelm::messages

@@ -1,7 +1,6 @@
 #include "messages/language_reader.h"
 
 #include <algorithm>
-#include <functional>
 #include <optional>
 #include <utility>
 
@@ -57,6 +56,7 @@ class Reader {
   bool Read() {
     constexpr std::size_t kBytesOfEntry = 80;  // about
     read_.entries.reserve(content_.size() / kBytesOfEntry);
+    read_.index.reserve(content_.size() / kBytesOfEntry);
     read_.joined.Reserve(content_.size());  // no byte of a file makes more than one
     for (common::LineCutter lines(content_); !lines.Rest().empty();) {
       const std::string_view line = lines.Take();
@@ -212,19 +212,20 @@ class Reader {
     if (!complete && entry.obsolete) return true;
     if (!entry.id) return FailAt(entry.line, "an entry without \"msgid\"");
     if (!entry.text) return FailAt(entry.line, "an entry without \"msgstr\"");
-    read_.entries.push_back({.key = {entry.context.value_or(std::string_view()), *entry.id},
+    const LanguageKey key(entry.context.value_or(std::string_view()), *entry.id);
+    if (!entry.obsolete && !read_.index.emplace(key, read_.entries.size()).second) {
+      return FailAt(entry.line, "\"" + std::string(key.second) + "\" is there twice");
+    }
+    if (!entry.obsolete && !common::IsWellFormed(*entry.text)) {
+      return FailAt(entry.line, "the text of \"" + std::string(key.second) + "\" is not UTF-8");
+    }
+    read_.entries.push_back({.key = key,
                              .text = *entry.text,
                              .source = content_.substr(piece_, entry_end_ - piece_),
                              .line = entry.line,
                              .fuzzy = entry.fuzzy,
                              .obsolete = entry.obsolete,
                              .to_translate = entry.to_translate});
-    if (!entry.obsolete && !read_.index.AddLast(read_.entries)) {
-      return FailAt(entry.line, "\"" + std::string(*entry.id) + "\" is there twice");
-    }
-    if (!entry.obsolete && !common::IsWellFormed(*entry.text)) {
-      return FailAt(entry.line, "the text of \"" + std::string(*entry.id) + "\" is not UTF-8");
-    }
     piece_ = entry_end_;
     return true;
   }
@@ -241,42 +242,7 @@ class Reader {
   std::optional<std::string_view> ignored_;
 };
 
-std::size_t HashOf(const LanguageKey& key) {
-  const std::hash<std::string_view> hash;
-  return hash(key.first) * 31 + hash(key.second);
-}
-
 }  // namespace
-
-bool EntryIndex::AddLast(const std::vector<ReadEntry>& entries) {
-  if (2 * ++count_ > slots_.size()) Grow(entries);
-  std::uint32_t& slot = slots_[SlotOf(entries, entries.back().key)];
-  if (slot != 0) return false;
-  slot = static_cast<std::uint32_t>(entries.size());
-  return true;
-}
-
-const ReadEntry* EntryIndex::Find(const std::vector<ReadEntry>& entries, const LanguageKey& key) const {
-  if (slots_.empty()) return nullptr;
-  const std::uint32_t number = slots_[SlotOf(entries, key)];
-  return number == 0 ? nullptr : &entries[number - 1];
-}
-
-// The slot that has the entry with that key, or the free one in which it would be.
-std::size_t EntryIndex::SlotOf(const std::vector<ReadEntry>& entries, const LanguageKey& key) const {
-  std::size_t slot = HashOf(key) & (slots_.size() - 1);
-  while (slots_[slot] != 0 && entries[slots_[slot] - 1].key != key) slot = (slot + 1) & (slots_.size() - 1);
-  return slot;
-}
-
-void EntryIndex::Grow(const std::vector<ReadEntry>& entries) {
-  constexpr std::size_t kFirst = 1024;
-  std::vector<std::uint32_t> slots(std::max(kFirst, 2 * slots_.size()));
-  slots_.swap(slots);
-  for (const std::uint32_t number : slots) {
-    if (number != 0) slots_[SlotOf(entries, entries[number - 1].key)] = number;
-  }
-}
 
 void JoinedTexts::Reserve(std::size_t bytes) {
   memory_ = std::make_unique_for_overwrite<char[]>(bytes);

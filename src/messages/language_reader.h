@@ -4,10 +4,11 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -35,22 +36,6 @@ struct ReadEntry {
   bool InUse() const { return !obsolete && !fuzzy && !text.empty() && !key.second.empty(); }
 };
 
-// The entries that are not obsolete, by their keys.
-class EntryIndex {
- public:
-  // Adds the last entry. False where there is one with its key.
-  bool AddLast(const std::vector<ReadEntry>& entries);
-  // Null when there is none.
-  const ReadEntry* Find(const std::vector<ReadEntry>& entries, const LanguageKey& key) const;
-
- private:
-  std::size_t SlotOf(const std::vector<ReadEntry>& entries, const LanguageKey& key) const;
-  void Grow(const std::vector<ReadEntry>& entries);
-
-  std::vector<std::uint32_t> slots_;  // 0, or the number of an entry, from 1; a power of two of them
-  std::size_t count_ = 0;
-};
-
 // Texts that are put together, one behind the other.
 class JoinedTexts {
  public:
@@ -67,8 +52,14 @@ class JoinedTexts {
 };
 
 struct ReadLanguage {
+  struct Hash {
+    std::size_t operator()(const LanguageKey& key) const {
+      const std::hash<std::string_view> hash;
+      return hash(key.first) * 31 + hash(key.second);
+    }
+  };
   std::vector<ReadEntry> entries;
-  EntryIndex index;
+  std::unordered_map<LanguageKey, std::size_t, Hash> index;  // of those that are not obsolete
   JoinedTexts joined;
   std::string_view tail;  // what stands behind the last entry
 };

@@ -13,18 +13,21 @@ constexpr std::string_view kEmbedded = "2.0 internal inset";
 
 // The first leaf of each name in the statement with which `bytes` begin.
 template <std::size_t kCount>
-void ReadLeaves(std::string_view bytes, std::array<LinkLeaf, kCount>* leaves) {
+std::array<LinkLeaf, kCount> Leaves(std::string_view bytes, const std::string_view (&names)[kCount]) {
+  std::array<LinkLeaf, kCount> leaves;
+  for (std::size_t i = 0; i < kCount; ++i) leaves[i].name = names[i];
   mif::Reader reader(bytes);
   while (reader.Next()) {
-    if (reader.kind() == mif::Piece::kGroupEnd && reader.depth() == 0) return;
+    if (reader.kind() == mif::Piece::kGroupEnd && reader.depth() == 0) break;
     if (reader.kind() != mif::Piece::kLeaf) continue;
-    if (reader.depth() == 0) return;
-    for (LinkLeaf& leaf : *leaves) {
+    if (reader.depth() == 0) break;
+    for (LinkLeaf& leaf : leaves) {
       if (leaf.name != reader.name() || leaf.Found()) continue;
       leaf.statement = bytes.substr(reader.begin(), reader.end() - reader.begin());
       leaf.data = reader.data();
     }
   }
+  return leaves;
 }
 
 bool NamesFile(const LinkLeaf& leaf) {
@@ -33,25 +36,15 @@ bool NamesFile(const LinkLeaf& leaf) {
 
 }  // namespace
 
-std::array<LinkLeaf, 3> ReferenceLeaves(std::string_view statement) {
-  std::array<LinkLeaf, 3> leaves{LinkLeaf{"XRefSrcText"}, LinkLeaf{"XRefSrcIsElem"}, LinkLeaf{"XRefSrcFile"}};
-  ReadLeaves(statement, &leaves);
-  return leaves;
+std::array<LinkLeaf, 3> ReferenceLeaves(std::string_view bytes) {
+  return Leaves(bytes, {"XRefSrcText", "XRefSrcIsElem", "XRefSrcFile"});
 }
-std::array<LinkLeaf, 2> MarkerLeaves(std::string_view statement) {
-  std::array<LinkLeaf, 2> leaves{LinkLeaf{"MTypeName"}, LinkLeaf{"MText"}};
-  ReadLeaves(statement, &leaves);
-  return leaves;
+std::array<LinkLeaf, 2> MarkerLeaves(std::string_view bytes) { return Leaves(bytes, {"MTypeName", "MText"}); }
+std::array<LinkLeaf, 2> InsetLeaves(std::string_view bytes) {
+  return Leaves(bytes, {"TiSrcFile", "TiFlowName"});
 }
-std::array<LinkLeaf, 2> InsetLeaves(std::string_view statement) {
-  std::array<LinkLeaf, 2> leaves{LinkLeaf{"TiSrcFile"}, LinkLeaf{"TiFlowName"}};
-  ReadLeaves(statement, &leaves);
-  return leaves;
-}
-std::array<LinkLeaf, 2> GraphicLeaves(std::string_view statement) {
-  std::array<LinkLeaf, 2> leaves{LinkLeaf{"ImportObFileDI"}, LinkLeaf{"ImportObFile"}};
-  ReadLeaves(statement, &leaves);
-  return leaves;
+std::array<LinkLeaf, 2> GraphicLeaves(std::string_view bytes) {
+  return Leaves(bytes, {"ImportObFileDI", "ImportObFile"});
 }
 
 const LinkLeaf* GraphicFile(const std::array<LinkLeaf, 2>& leaves) {
@@ -63,11 +56,10 @@ const LinkLeaf* GraphicFile(const std::array<LinkLeaf, 2>& leaves) {
 
 ReferenceStatement ReadReference(const Document& document, std::uint32_t statement) {
   const std::string_view bytes = std::string_view(document.source).substr(statement);
-  std::array<LinkLeaf, 1> name{LinkLeaf{"XRefName"}};
-  ReadLeaves(bytes, &name);
+  const auto [name] = Leaves(bytes, {"XRefName"});
   const auto [text, is_element, file] = ReferenceLeaves(bytes);
   ReferenceStatement result;
-  result.format = mif::DecodeString(name[0].data, document.encoding);
+  result.format = mif::DecodeString(name.data, document.encoding);
   result.source_text = mif::DecodeString(text.data, document.encoding);
   result.file = PlatformPath(mif::DecodeString(file.data, document.encoding));
   result.target = TargetOfSourceText(result.source_text, is_element.data == "Yes");
