@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <map>
 
@@ -60,15 +61,21 @@ class TwoRuns : public ::testing::Test {
   }
   int Run(const Names& command) { return Wait(Start(command)); }
 
-  // Runs the command once, and returns at which of its operations it does that to the file.
-  long Find(const Names& command, const std::string& operation, const std::string& path) {
+  // Runs the command once; what it did to files, one after the other.
+  Names Operations(const Names& command) {
     const std::string log = folder().File("log");
+    fs::remove(log);
     EXPECT_EQ(Wait(Start(command, 0, log)), 0) << folder().Read("said");
     std::istringstream lines(folder().Read("log"));
-    std::string line;
-    for (long number = 1; std::getline(lines, line); ++number) {
-      if (line == operation + " " + path) return number;
-    }
+    Names operations;
+    for (std::string line; std::getline(lines, line);) operations.push_back(line);
+    return operations;
+  }
+  // Runs the command once, and returns at which of its operations it does that to the file.
+  long Find(const Names& command, const std::string& operation, const std::string& path) {
+    const Names operations = Operations(command);
+    const auto found = std::find(operations.begin(), operations.end(), operation + " " + path);
+    if (found != operations.end()) return found - operations.begin() + 1;
     ADD_FAILURE() << operation << " " << path << " was not done";
     return 0;
   }
@@ -101,6 +108,32 @@ class TwoRuns : public ::testing::Test {
 Names Filter(const std::string& source, const std::string& scheme, const std::string& option,
              const std::string& target) {
   return {"filter", source, "--scheme", scheme, "--mode", "duplicate", option, target};
+}
+
+// All of it is flushed, after its last change, before the mark goes that says that it is not complete; and
+// what replaces an earlier copy is, before that goes.
+TEST_F(TwoRuns, ACopyIsOnTheDeviceBeforeItCounts) {
+  const Names command =
+      Filter(folder().File("source/book.mif"), "Audience/Admin", "--output-folder", folder().File("out"));
+  for (const bool again : {false, true}) {
+    const Names done = Operations(command);
+    const auto last = [&](const std::string& operation, const std::string& name) {
+      return std::find(done.rbegin(), done.rend(), operation + " " + folder().File("out/" + name));
+    };
+    const auto complete = last("unlink", "QELM-unfinished.txt");
+    ASSERT_NE(complete, done.rend());
+    for (const char* name : {"a.mif", "b.mif", "c.mif", "book.mif", ".qelm-made-book.mif.txt"}) {
+      ASSERT_NE(last("rename", name), done.rend()) << name;
+      EXPECT_TRUE(complete < last("fsync", name) && last("fsync", name) < last("rename", name)) << name;
+    }
+    const auto is_of_before = [](const std::string& line) {
+      return line.starts_with("unlink ") && line.ends_with("-before");
+    };
+    const auto gone = std::find_if(done.begin(), done.end(), is_of_before);
+    ASSERT_EQ(gone != done.end(), again);
+    const auto safe = std::find(done.begin(), done.end(), "fsync " + folder().File("out/a.mif"));
+    EXPECT_TRUE(safe < gone || !again);
+  }
 }
 
 TEST_F(TwoRuns, OnTheSameTargetOneWinsAndTheOtherSaysWhoItWas) {

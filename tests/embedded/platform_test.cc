@@ -9,6 +9,7 @@
 
 #include <csignal>
 
+#include "embedded/adapter/filled_folder.h"
 #include "support/temp_folder.h"
 
 namespace qelm::embedded::adapter {
@@ -230,6 +231,22 @@ TEST(PosixPlatform, ALinkThatLeadsNowhereIsSomebodys) {
   EXPECT_FALSE(platform.MoveFile(from, link));
   EXPECT_TRUE(std::filesystem::is_symlink(link));
   EXPECT_EQ(folder.Names(), (std::vector<std::string>{"from", "link"}));
+}
+
+TEST(FillingAFolder, WhatCannotBeFlushedIsNeverComplete) {
+  const TempFolder folder;
+  FilledFolder filled(nullptr);
+  EXPECT_FALSE(filled.MayWait(folder.Write("a", "old")));
+  EXPECT_TRUE(filled.MayWait(folder.File("b")));
+  filled.Written(folder.Write("b", "new"));
+  filled.Moved(folder.File("b"), folder.File("c"));
+  EXPECT_TRUE(filled.MayWait(folder.File("c"))) << "it is of this run, though it is not there";
+  EXPECT_EQ(filled.Flush(), "") << "what somebody took away needs none";
+  EXPECT_FALSE(filled.Waits());
+  filled.Written(folder.File("a/is/no/folder"));
+  EXPECT_NE(filled.Flush(), "");
+  filled.Removed(folder.File("a/is/no/folder"));
+  EXPECT_NE(filled.Flush(), "") << "a device may tell of it once";
 }
 
 TEST(FillingAFolder, AMarkThatCannotBeWrittenStaysWhereItWas) {

@@ -198,9 +198,19 @@ ssize_t writev(int file, const struct iovec* pieces, int count) {
   return real(file, pieces, count);
 }
 
+/* By what name it is open. */
+static const char* NameOf(int file, char name[PATH_MAX]) {
+  char link[64];
+  snprintf(link, sizeof link, "/proc/self/fd/%d", file);
+  const long length = syscall(SYS_readlinkat, AT_FDCWD, link, name, PATH_MAX - 1);
+  name[length < 0 ? 0 : length] = '\0';
+  return name;
+}
+
 int fsync(int file) {
   REAL(fsync);
-  if (Known(file) != 0 && Fails("fsync", "", 0, EIO)) return -1;
+  char name[PATH_MAX];
+  if (Known(file) != 0 && Fails("fsync", NameOf(file, name), 0, EIO)) return -1;
   return real(file);
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <system_error>
 
 namespace qelm::embedded::adapter {
 
@@ -19,12 +20,28 @@ bool GoesUp(const std::filesystem::path& path) {
 
 // With links resolved as far as the path exists.
 std::filesystem::path Resolved(const std::filesystem::path& path) {
-  std::error_code error;
-  std::filesystem::path resolved = std::filesystem::weakly_canonical(path, error);
-  return error ? path.lexically_normal() : resolved;
+  return ResolvedPath(path.string()).value_or(path.lexically_normal().string());
 }
 
 }  // namespace
+
+// Most paths lead to something, or lack no more than their name.
+std::optional<std::string> ResolvedPath(const std::string& path) {
+  namespace fs = std::filesystem;
+  std::error_code error;
+  fs::path resolved = fs::canonical(path, error);
+  if (!error) return resolved.string();
+  const fs::path spelled(path);
+  const fs::path name = spelled.filename();
+  const bool is_plain = !name.empty() && name != "." && name != "..";
+  if (error == std::errc::no_such_file_or_directory && is_plain && spelled.has_parent_path()) {
+    resolved = fs::canonical(spelled.parent_path(), error);
+    if (!error) return (resolved / name).string();
+  }
+  resolved = fs::weakly_canonical(spelled, error);
+  if (error) return std::nullopt;
+  return resolved.string();
+}
 
 std::string PlainPath(const std::string& path) {
   const std::filesystem::path spelled(path);

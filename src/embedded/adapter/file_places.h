@@ -1,11 +1,17 @@
 // Names of files: absolute paths, and which format a name asks for.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "embedded/model/ids.h"
 
 namespace qelm::embedded::adapter {
+
+// The path with links resolved as far as it exists, and without detours: what
+// std::filesystem::weakly_canonical gives, by fewer calls of the system. Nothing where it cannot be found
+// out.
+std::optional<std::string> ResolvedPath(const std::string& path);
 
 // The path made absolute against the working folder; links and ".." stay as they are.
 std::string AbsolutePath(const std::string& path);

@@ -35,12 +35,6 @@ constexpr std::string_view kChanged =
     "it was changed on disk since it was opened. Open it again, or save under another name; with "
     "--overwrite it is replaced all the same";
 
-std::string FolderOf(const std::string& path) {
-  const std::size_t slash = path.rfind('/');
-  if (slash == std::string::npos) return ".";
-  return slash == 0 ? "/" : path.substr(0, slash);
-}
-
 std::string Reason(int error) { return std::strerror(error); }
 
 // The file that a path means once symbolic links are followed; the path itself where there is none yet.
@@ -143,13 +137,6 @@ bool TakeOver(int file, const struct stat& made, const struct stat& old) {
   return ::fchmod(file, old.st_mode & kPermissions) == 0;
 }
 
-// A name may disappear from a folder after a crash unless the folder is flushed as well. A file system that
-// cannot do that is no reason to fail: the content is safe already.
-void FlushFolder(const std::string& folder) {
-  const Descriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (descriptor.Valid()) ::fsync(descriptor.Get());
-}
-
 // By the time of the content: that of the entry is set by the renaming, when the state is written down
 // already.
 std::string StateText(const struct stat& status) {
@@ -171,12 +158,12 @@ std::string WriteBeside(const std::string& path, const FileContent& content, con
   const auto unchanged = [&] { return content.expected.empty() || StateOf(path) == content.expected; };
   const auto intact = [&] { return MappedPiecesIntact(content.pieces); };
   // What a new file's permissions are the process' mask has decided; until it is complete it is private.
-  const bool written = unchanged() && ::fstat(file.Get(), &made) == 0 &&
-                       (old != nullptr || ::fchmod(file.Get(), kOwnerOnly) == 0) &&
-                       WriteAll(file.Get(), content.pieces) &&
-                       TakeOver(file.Get(), made, old != nullptr ? *old : made) && ::fsync(file.Get()) == 0 &&
-                       ::fstat(file.Get(), &complete) == 0 && unchanged() && intact() &&
-                       ::rename(beside.c_str(), path.c_str()) == 0;
+  const bool written =
+      unchanged() && ::fstat(file.Get(), &made) == 0 &&
+      (old != nullptr || ::fchmod(file.Get(), kOwnerOnly) == 0) && WriteAll(file.Get(), content.pieces) &&
+      TakeOver(file.Get(), made, old != nullptr ? *old : made) &&
+      (content.flushed_later || ::fsync(file.Get()) == 0) && ::fstat(file.Get(), &complete) == 0 &&
+      unchanged() && intact() && ::rename(beside.c_str(), path.c_str()) == 0;
   if (!written) {
     const int error = errno;
     why = !unchanged() ? std::string(kChanged) : !intact() ? std::string(kMappedFileChanged) : Reason(error);
@@ -185,7 +172,7 @@ std::string WriteBeside(const std::string& path, const FileContent& content, con
   }
   // Once it has its name, others may change it or put theirs in its place.
   if (content.written != nullptr) *content.written = StateText(complete);
-  FlushFolder(FolderOf(path));
+  if (!content.flushed_later) FlushFolder(FolderOf(path));
   return {};
 }
 
@@ -233,6 +220,17 @@ std::string Unwritable(const std::string& path, const struct stat& status) {
 }
 
 }  // namespace
+
+std::string FolderOf(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  if (slash == std::string::npos) return ".";
+  return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+void FlushFolder(const std::string& folder) {
+  const Descriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (descriptor.Valid()) ::fsync(descriptor.Get());
+}
 
 bool TakeLock(int file, bool where_there_are_none) {
   if (::flock(file, LOCK_EX | LOCK_NB) == 0) return true;

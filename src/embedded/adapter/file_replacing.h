@@ -28,6 +28,7 @@ struct FileContent {
   mode_t mode_of_new = 0666;       // of a file that is not there yet, less the process' mask
   std::string expected = {};       // the state that the file has to be in; empty: any
   std::string* written = nullptr;  // takes the state of the new file, when it is in place
+  bool flushed_later = false;      // by the caller, who knows what it is worth until then
 };
 
 // Replaces the file at `path`; symbolic links are followed, where they lead to something. Devices and pipes
@@ -62,6 +63,13 @@ std::string WhyProtected(const std::string& path, bool ignore_locks);
 // Why a name is taken though there is no file: a symbolic link that leads nowhere is somebody's all the same.
 // Empty when it is not.
 std::string WhyTaken(const std::string& path);
+
+// The folder that a path leads through last.
+std::string FolderOf(const std::string& path);
+
+// Flushes the names in a folder, one of which may disappear after a crash otherwise. A file system that
+// cannot do that is no reason to fail: the content is safe already.
+void FlushFolder(const std::string& folder);
 
 // Removes from a folder the files beside that writers who have ended left there.
 void RemoveAbandoned(const std::string& folder);

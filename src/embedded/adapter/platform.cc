@@ -21,7 +21,9 @@
 #include <span>
 
 #include "embedded/adapter/descriptor.h"
+#include "embedded/adapter/file_places.h"
 #include "embedded/adapter/file_replacing.h"
+#include "embedded/adapter/filled_folder.h"
 
 extern char** environ;
 
@@ -36,12 +38,6 @@ constexpr int kMarkTries = 25;
 constexpr std::string_view kUnfinishedText =
     "The files in this folder are not complete: the run of QELM that makes them has not come to its end.\n"
     "Run it again to complete them. This file goes when they are complete.\n\n";
-
-std::string FolderOf(const std::string& path) {
-  const std::size_t slash = path.rfind('/');
-  if (slash == std::string::npos) return ".";
-  return slash == 0 ? "/" : path.substr(0, slash);
-}
 
 bool IsBelow(const std::string& path, const std::string& folder) {
   return path.size() > folder.size() && path.starts_with(folder) &&
@@ -144,8 +140,10 @@ bool PosixPlatform::ReplaceUnchanged(const std::string& path, std::span<const st
 }
 
 // What a run that was killed left in the folder goes when something is written there.
-bool PosixPlatform::Replace(const std::string& path, const FileContent& content) {
+bool PosixPlatform::Replace(const std::string& path, FileContent content) {
   if (!StaysInside(path, LastPart::kFollowed)) return false;
+  FilledFolder* const filled = FilledAround(path);
+  content.flushed_later = filled != nullptr && filled->MayWait(path);
   std::string why;
   for (host::WriteListener* listener : listeners_) {
     if (!listener->BeforeWriting(path, content.pieces, &why)) return Fail(std::move(why));
@@ -153,6 +151,7 @@ bool PosixPlatform::Replace(const std::string& path, const FileContent& content)
   why = ReplaceBeside(path, content, ignore_locks_);
   for (host::WriteListener* listener : listeners_) listener->AfterWriting(path, why.empty());
   if (!why.empty()) return Fail(std::move(why));
+  if (content.flushed_later) filled->Written(path);
   std::string folder = FolderOf(path);
   if (cleared_.insert(folder).second) RemoveAbandoned(folder);
   return true;
@@ -161,7 +160,10 @@ bool PosixPlatform::Replace(const std::string& path, const FileContent& content)
 bool PosixPlatform::AppendFile(const std::string& path, std::string_view content) {
   if (!StaysInside(path, LastPart::kFollowed)) return false;
   if (std::string why = WhyTaken(path); !why.empty()) return Fail(std::move(why));
+  FilledFolder* const filled = FilledAround(path);
+  const bool is_of_run = filled != nullptr && filled->MayWait(path);
   Descriptor file(::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666));
+  if (file.Valid() && is_of_run) filled->Written(path);
   return (file.Valid() && WriteAll(file.Get(), content) && file.Close()) || Fail(errno);
 }
 
@@ -194,7 +196,11 @@ bool PosixPlatform::MoveFile(const std::string& from, const std::string& to) {
     if (std::string why = WhyProtected(file, ignore_locks_); !why.empty()) return Fail(std::move(why));
   }
   if (std::string why = WhyTaken(to); !why.empty()) return Fail(std::move(why));
-  if (::rename(from.c_str(), to.c_str()) == 0) return true;
+  if (!FlushBefore(to)) return false;
+  if (::rename(from.c_str(), to.c_str()) == 0) {
+    if (FilledFolder* const filled = FilledAround(to)) filled->Moved(from, to);
+    return true;
+  }
   if (errno != EXDEV) return Fail(errno);
   std::string bytes;
   mode_t mode = 0;
@@ -207,7 +213,25 @@ bool PosixPlatform::MoveFile(const std::string& from, const std::string& to) {
 }
 
 bool PosixPlatform::RemoveFile(const std::string& path) {
-  return StaysInside(path, LastPart::kItself) && (::unlink(path.c_str()) == 0 || Fail(errno));
+  if (!StaysInside(path, LastPart::kItself) || !FlushBefore(path)) return false;
+  if (::unlink(path.c_str()) != 0) return Fail(errno);
+  if (FilledFolder* const filled = FilledAround(path)) filled->Removed(path);
+  return true;
+}
+
+FilledFolder* PosixPlatform::FilledAround(const std::string& path) {
+  for (const auto& [folder, filled] : filled_) {
+    if (IsBelow(path, folder)) return filled.get();
+  }
+  return nullptr;
+}
+
+// Before a file goes that was there before the run, what may stand in for it has to be safe.
+bool PosixPlatform::FlushBefore(const std::string& going) {
+  FilledFolder* const filled = FilledAround(going);
+  if (filled == nullptr || !filled->Waits() || filled->MayWait(going)) return true;
+  std::string why = filled->Flush();
+  return why.empty() || Fail(std::move(why));
 }
 
 std::int64_t PosixPlatform::KeepInside(const std::string& folder) {
@@ -251,7 +275,10 @@ bool PosixPlatform::BeginFilling(const std::string& folder, bool* was_marked) {
     if (made) ::unlink(path.c_str());
     return Fail(error);
   }
-  filled_[ResolvedPath(folder)] = std::move(mark);
+  // Whatever is there after a crash, the mark is.
+  ::fsync(mark->Get());
+  FlushFolder(folder);
+  filled_[ResolvedPath(folder)] = std::make_unique<FilledFolder>(std::move(mark));
   *was_marked = !made;
   return true;
 }
@@ -275,8 +302,9 @@ void PosixPlatform::ReleaseFile(const std::string& path) { held_.erase(path); }
 bool PosixPlatform::EndFilling(const std::string& folder, bool complete) {
   const auto held = filled_.find(ResolvedPath(folder));
   if (held == filled_.end()) return true;
-  const std::unique_ptr<Descriptor> mark = std::move(held->second);
+  const std::unique_ptr<FilledFolder> filled = std::move(held->second);
   filled_.erase(held);
+  if (std::string why = filled->Flush(); !why.empty()) return Fail(std::move(why));
   return !complete || RemoveFile(folder + "/" + std::string(host::kUnfinishedName));
 }
 
@@ -313,9 +341,7 @@ std::string PosixPlatform::ResolvedPath(const std::string& path) {
   std::error_code error;
   std::filesystem::path resolved = std::filesystem::absolute(path, error);
   if (error) return path;
-  if (std::filesystem::path canonical = std::filesystem::weakly_canonical(resolved, error); !error) {
-    resolved = std::move(canonical);
-  }
+  if (const std::optional<std::string> real = adapter::ResolvedPath(resolved.string())) resolved = *real;
   // With a separator at its end a path has an empty name.
   if (!resolved.has_filename() && resolved.has_relative_path()) resolved = resolved.parent_path();
   return resolved.string();

@@ -19,6 +19,7 @@ namespace qelm::embedded::adapter {
 
 class Descriptor;
 class FileHold;
+class FilledFolder;
 struct FileContent;
 
 class PosixPlatform : public host::Platform {
@@ -78,17 +79,20 @@ class PosixPlatform : public host::Platform {
 
   bool Fail(int error);
   bool Fail(std::string why);
-  bool Replace(const std::string& path, const FileContent& content);
+  bool Replace(const std::string& path, FileContent content);
   bool StaysInside(const std::string& path, LastPart last);
   // A file that is neither a folder nor a device, with the permissions of a copy of it.
   bool ReadRegular(const std::string& from, std::string* bytes, mode_t* mode);
   std::optional<std::string> ReadOpen(const Descriptor& file, off_t size);
+  // The folder that is being filled in which the path lies; null for others.
+  FilledFolder* FilledAround(const std::string& path);
+  bool FlushBefore(const std::string& going);
   void ReapPrograms();
 
   bool ignore_locks_ = false;
   std::set<std::string> cleared_;  // folders from which abandoned files were removed
-  std::map<std::string, std::unique_ptr<Descriptor>> filled_;  // the marks of folders that are being filled
-  std::map<std::string, std::unique_ptr<FileHold>> held_;      // files, by the paths as they were given
+  std::map<std::string, std::unique_ptr<FilledFolder>> filled_;  // by their paths, resolved
+  std::map<std::string, std::unique_ptr<FileHold>> held_;        // files, by the paths as they were given
 
   struct Kept {
     std::string spelled;   // absolute, without a separator at its end

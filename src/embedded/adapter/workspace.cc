@@ -1,7 +1,6 @@
 #include "embedded/adapter/workspace.h"
 
-#include <filesystem>
-
+#include "embedded/adapter/file_places.h"
 #include "embedded/model/edit.h"
 #include "embedded/model/settle.h"
 #include "embedded/model/shared_links.h"
@@ -49,9 +48,7 @@ Id Workspace::FindPath(const std::string& path) {
 
 std::string Workspace::Identity(const std::string& path) {
   if (path.empty()) return {};
-  std::error_code error;
-  const std::filesystem::path resolved = std::filesystem::weakly_canonical(path, error);
-  return error ? path : resolved.string();
+  return ResolvedPath(path).value_or(path);
 }
 
 std::shared_ptr<const model::Document> Workspace::SameBytes(std::string_view bytes) {

@@ -78,7 +78,8 @@ class Platform {
   // Marks a folder that is there as one that this process fills, by a file of the name above, and keeps
   // others from filling it at the same time: false when one does. A process that ends early leaves the mark;
   // `was_marked` says whether one had done so before. EndFilling takes it away when the files are complete;
-  // it stays when they are not. False when it is to go and cannot be removed.
+  // it stays when they are not. False when it is to go and cannot be removed. Files that are written in
+  // between may reach the device as late as EndFilling, which is false when one cannot.
   virtual bool BeginFilling(const std::string& /*folder*/, bool* was_marked) {
     *was_marked = false;
     return true;
