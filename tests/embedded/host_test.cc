@@ -210,6 +210,28 @@ TEST_F(HostTest, OneFileIsOneDocument) {
   EXPECT_EQ(host.documents.Path(copy), folder.path() + "/copy.mif");
 }
 
+// Copies share what they do not change with what they are copies of.
+TEST_F(HostTest, EditsOfACopyAndOfItsSourceAreTheirOwn) {
+  for (const char* name : {"a.mif", "a.xml"}) {
+    const std::string xml = "<Doc><P>one <Em>two</Em></P><Q>three</Q></Doc>";
+    const std::string path = Write(name, std::string(name) == "a.xml" ? xml : Mif(xml));
+    const Id source = Open(path);
+    const Id edited = Open(path, {.as_new = true});
+    const Id other = Open(path, {.as_new = true});
+    EXPECT_TRUE(host.editing.DeleteElement(edited, Find(edited, "Em")));
+    EXPECT_TRUE(host.editing.SetAttributes(edited, Find(edited, "Q"), {{"a", {"1"}}}));
+    EXPECT_EQ(Text(edited), "<Doc><P>one </P><Q a=\"1\">three</Q></Doc>");
+    EXPECT_EQ(Text(source), xml);
+    EXPECT_TRUE(host.editing.DeleteElement(source, Find(source, "P")));
+    EXPECT_EQ(Text(source), "<Doc><Q>three</Q></Doc>");
+    EXPECT_TRUE(host.documents.Close(source, true));
+    EXPECT_EQ(Text(other), xml);
+    EXPECT_TRUE(host.editing.DeleteElement(other, Find(other, "Q")));
+    EXPECT_EQ(Text(other), "<Doc><P>one <Em>two</Em></P></Doc>");
+    EXPECT_EQ(Text(edited), "<Doc><P>one </P><Q a=\"1\">three</Q></Doc>");
+  }
+}
+
 TEST_F(HostTest, AFailedSaveLeavesDocumentAndFile) {
   const Id id = OpenText(Mif("<Doc>a</Doc>"));
   ASSERT_TRUE(host.editing.SetAttributes(id, Find(id, "Doc"), {{"a", {"1"}}}));

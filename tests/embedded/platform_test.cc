@@ -9,6 +9,7 @@
 
 #include <csignal>
 
+#include "embedded/adapter/file_places.h"
 #include "embedded/adapter/filled_folder.h"
 #include "support/temp_folder.h"
 
@@ -233,20 +234,23 @@ TEST(PosixPlatform, ALinkThatLeadsNowhereIsSomebodys) {
   EXPECT_EQ(folder.Names(), (std::vector<std::string>{"from", "link"}));
 }
 
-TEST(FillingAFolder, WhatCannotBeFlushedIsNeverComplete) {
+TEST(FillingAFolder, WhatCannotBeFlushedStaysSo) {
   const TempFolder folder;
   FilledFolder filled(nullptr);
-  EXPECT_FALSE(filled.MayWait(folder.Write("a", "old")));
-  EXPECT_TRUE(filled.MayWait(folder.File("b")));
-  filled.Written(folder.Write("b", "new"));
-  filled.Moved(folder.File("b"), folder.File("c"));
-  EXPECT_TRUE(filled.MayWait(folder.File("c"))) << "it is of this run, though it is not there";
-  EXPECT_EQ(filled.Flush(), "") << "what somebody took away needs none";
-  EXPECT_FALSE(filled.Waits());
-  filled.Written(folder.File("a/is/no/folder"));
-  EXPECT_NE(filled.Flush(), "");
-  filled.Removed(folder.File("a/is/no/folder"));
-  EXPECT_NE(filled.Flush(), "") << "a device may tell of it once";
+  const std::string gone = folder.File("gone");
+  const std::string lost = folder.Write("a", "") + "/is/no/folder";
+  filled.Written(gone, true);
+  EXPECT_EQ(filled.FlushAll(), "") << "what somebody took away needs none";
+  filled.Written(lost, false);
+  EXPECT_EQ(filled.FlushAll(), "") << "it does not wait";
+  filled.Written(lost, true);
+  EXPECT_NE(filled.Flush(lost), "");
+  EXPECT_NE(filled.FlushAll(), "") << "a device may tell of it once";
+  filled.Moved(lost, lost + "-before");
+  EXPECT_TRUE(filled.Wrote(lost + "-before") && !filled.Wrote(lost));
+  EXPECT_NE(filled.FlushAll(), "");
+  filled.Removed(lost + "-before");
+  EXPECT_EQ(filled.FlushAll(), "");
 }
 
 TEST(FillingAFolder, AMarkThatCannotBeWrittenStaysWhereItWas) {
@@ -317,6 +321,23 @@ TEST(PosixPlatform, MovesFilesAndTellsTheirSizes) {
   struct stat status {};
   ASSERT_EQ(::stat(from.c_str(), &status), 0);
   EXPECT_NE(status.st_mode & S_IWUSR, 0U) << "a copy can be written";
+}
+
+TEST(PosixPlatform, ResolvesPathsAsFarAsTheyExist) {
+  const TempFolder folder;
+  folder.Write("one/a", "");
+  std::filesystem::create_directory_symlink("one", folder.File("link"));
+  std::filesystem::create_symlink("nowhere", folder.File("dangling"));
+  std::filesystem::create_symlink("loop", folder.File("loop"));
+  for (const char* name : {"one/a", "link/a", "link/../link/b", "link/b/", "link/b/c", "link/..", "dangling",
+                           "dangling/a", "one/a/b", "one/./b/../c", "b/..", "one/a/"}) {
+    const std::string path = folder.File(name);
+    EXPECT_EQ(ResolvedPath(path), std::filesystem::weakly_canonical(path).string()) << name;
+  }
+  for (const char* name : {"", "b", ".", "../b"}) {
+    EXPECT_EQ(ResolvedPath(name), std::filesystem::weakly_canonical(name).string()) << name;
+  }
+  EXPECT_FALSE(ResolvedPath(folder.File("loop")));
 }
 
 TEST(PosixPlatform, StartsProgramsWithoutAShell) {

@@ -73,7 +73,7 @@ std::string BookWriter::Run(std::string* why) {
 
 // In the order of the tree, without recursion: a book may hold groups in groups.
 bool BookWriter::Elements(Id root) {
-  const std::vector<model::Element>& elements = book_.tree.elements;
+  const model::SharedArray<model::Element>& elements = book_.tree.elements;
   Id at = root;
   for (bool down = true;;) {
     const std::uint32_t component =

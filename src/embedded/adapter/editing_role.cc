@@ -270,7 +270,7 @@ const model::Element* EditingRole::RowAfter(Id document, const model::Element& r
 // `count` rows from the first one on; fewer when the table has no more.
 std::vector<Id> EditingRole::Rows(Id document, Id first_row, std::int32_t count) {
   std::vector<Id> rows;
-  const std::vector<model::Element>& elements = workspace_.Document(document)->elements;
+  const model::SharedArray<model::Element>& elements = workspace_.Document(document)->elements;
   const model::Element* row = workspace_.Element(document, first_row);
   for (std::int32_t i = 0; i < count && row != nullptr; ++i) {
     rows.push_back(static_cast<Id>(row - elements.data()));

@@ -202,7 +202,7 @@ model::CharacterProperties PropertiesAt(OpenFile* file, std::uint32_t item) {
 }
 
 std::uint32_t FirstContent(OpenFile* file, std::uint32_t begin, std::uint32_t end) {
-  const std::vector<model::Item>& items = file->Tree().items;
+  const model::SharedArray<model::Item>& items = file->Tree().items;
   const auto limit = std::min(end, static_cast<std::uint32_t>(items.size()));
   DerivedData& derived = file->derived;
   std::uint32_t from = begin;

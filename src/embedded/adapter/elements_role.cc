@@ -161,7 +161,8 @@ class ElementsRole : public host::Elements {
 
 // A document's elements are numbered in document order when it is opened, so that the columns are a loop over
 // the array. False, with what was appended taken back, for a tree that edits have changed.
-bool AppendInOrder(const std::vector<model::Element>& elements, Id root, host::ElementColumns* columns) {
+bool AppendInOrder(const model::SharedArray<model::Element>& elements, Id root,
+                   host::ElementColumns* columns) {
   Id last = root;
   while (elements[last].last_child > last) last = elements[last].last_child;
   const std::size_t before = columns->elements.size();
@@ -202,7 +203,7 @@ std::size_t ElementsRole::ReadNodes(Id document, Id root, const host::WalkedNode
                                     std::span<host::WalkedNode> nodes) {
   const auto is_there = [&](Id id) { return workspace_.Element(document, id) != nullptr; };
   if (!is_there(root) || (last.element != host::kNone && !is_there(last.element))) return 0;
-  const std::vector<model::Element>& elements = workspace_.Tree(document)->elements;
+  const model::SharedArray<model::Element>& elements = workspace_.Tree(document)->elements;
   Id id = last.element;
   std::uint32_t depth = last.depth;
   for (std::size_t count = 0; count < nodes.size(); ++count) {

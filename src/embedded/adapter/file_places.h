@@ -8,9 +8,12 @@
 
 namespace qelm::embedded::adapter {
 
+// The folder that a path leads through last.
+std::string FolderOf(const std::string& path);
+
 // The path with links resolved as far as it exists, and without detours: what
-// std::filesystem::weakly_canonical gives, by fewer calls of the system. Nothing where it cannot be found
-// out.
+// std::filesystem::weakly_canonical gives for names of files and folders, by fewer calls of the system.
+// Nothing where it cannot be found out.
 std::optional<std::string> ResolvedPath(const std::string& path);
 
 // The path made absolute against the working folder; links and ".." stay as they are.

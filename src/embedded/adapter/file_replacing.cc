@@ -17,6 +17,7 @@
 #include <memory>
 
 #include "embedded/adapter/descriptor.h"
+#include "embedded/adapter/file_places.h"
 #include "embedded/adapter/mapped_file.h"
 
 namespace qelm::embedded::adapter {
@@ -151,7 +152,7 @@ std::string WriteBeside(const std::string& path, const FileContent& content, con
   std::string beside;
   std::string why;
   const mode_t mode = old != nullptr ? kOwnerOnly : content.mode_of_new;
-  const Descriptor file(CreateBeside(path, {}, mode, ignore_locks, &beside, &why));
+  Descriptor file(CreateBeside(path, {}, mode, ignore_locks, &beside, &why));
   if (!file.Valid()) return why;
   struct stat made {};
   struct stat complete {};
@@ -173,7 +174,8 @@ std::string WriteBeside(const std::string& path, const FileContent& content, con
   // Once it has its name, others may change it or put theirs in its place.
   if (content.written != nullptr) *content.written = StateText(complete);
   if (!content.flushed_later) FlushFolder(FolderOf(path));
-  return {};
+  // What is not flushed yet closing may tell of.
+  return !content.flushed_later || file.Close() ? std::string() : Reason(errno);
 }
 
 // Devices and pipes hold nothing that could be lost, and cannot be renamed over.
@@ -220,12 +222,6 @@ std::string Unwritable(const std::string& path, const struct stat& status) {
 }
 
 }  // namespace
-
-std::string FolderOf(const std::string& path) {
-  const std::size_t slash = path.rfind('/');
-  if (slash == std::string::npos) return ".";
-  return slash == 0 ? "/" : path.substr(0, slash);
-}
 
 void FlushFolder(const std::string& folder) {
   const Descriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));

@@ -2,7 +2,8 @@
 // ours.
 //
 // The content goes into a file beside (".qelm-NAME.new") that only its owner may read, is flushed to the
-// device, takes over owner and permissions of the old file, and is renamed over it. While it is written the
+// device (unless the caller does that), takes over owner and permissions of the old file, and is renamed over
+// it. While it is written the
 // file beside is also the lock: its writer holds a lock of the kernel on it, which goes when the process
 // ends, however it ends. Whoever wants to write the same file and finds one that nobody holds removes it and
 // goes on; one that is held he waits for a moment and then gives up, telling whose it is and since when.
@@ -28,7 +29,7 @@ struct FileContent {
   mode_t mode_of_new = 0666;       // of a file that is not there yet, less the process' mask
   std::string expected = {};       // the state that the file has to be in; empty: any
   std::string* written = nullptr;  // takes the state of the new file, when it is in place
-  bool flushed_later = false;      // by the caller, who knows what it is worth until then
+  bool flushed_later = false;      // by the caller
 };
 
 // Replaces the file at `path`; symbolic links are followed, where they lead to something. Devices and pipes
@@ -63,9 +64,6 @@ std::string WhyProtected(const std::string& path, bool ignore_locks);
 // Why a name is taken though there is no file: a symbolic link that leads nowhere is somebody's all the same.
 // Empty when it is not.
 std::string WhyTaken(const std::string& path);
-
-// The folder that a path leads through last.
-std::string FolderOf(const std::string& path);
 
 // Flushes the names in a folder, one of which may disappear after a crash otherwise. A file system that
 // cannot do that is no reason to fail: the content is safe already.

@@ -1,12 +1,12 @@
 #include "embedded/adapter/filled_folder.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
 
+#include "embedded/adapter/file_places.h"
 #include "embedded/adapter/file_replacing.h"
 
 namespace qelm::embedded::adapter {
@@ -25,43 +25,43 @@ bool FlushFile(const std::string& path) {
   return file.Valid() ? ::fsync(file.Get()) == 0 : errno == ENOENT;
 }
 
-void Rename(const std::string& from, const std::string& to, std::set<std::string>* names) {
-  names->erase(to);
-  if (names->erase(from) != 0) names->insert(to);
-}
-
 }  // namespace
 
-bool FilledFolder::MayWait(const std::string& path) const {
-  struct stat status {};
-  return written_.contains(path) || (::lstat(path.c_str(), &status) != 0 && errno == ENOENT);
-}
-
-void FilledFolder::Written(const std::string& path) {
-  written_.insert(path);
-  waiting_.insert(path);
-  folders_.insert(FolderOf(path));
+void FilledFolder::Written(const std::string& path, bool waits) {
+  files_[path] = {.waits = waits};
+  if (waits) folders_.insert(FolderOf(path));
 }
 
 void FilledFolder::Moved(const std::string& from, const std::string& to) {
-  Rename(from, to, &written_);
-  Rename(from, to, &waiting_);
-  folders_.insert({FolderOf(from), FolderOf(to)});
+  files_.erase(to);
+  if (auto file = files_.extract(from)) {
+    file.key() = to;
+    files_.insert(std::move(file));
+  }
 }
 
-void FilledFolder::Removed(const std::string& path) {
-  written_.erase(path);
-  waiting_.erase(path);
-  folders_.insert(FolderOf(path));
+std::string FilledFolder::Flush(const std::string& path) {
+  const auto found = files_.find(path);
+  if (found == files_.end()) return {};
+  File& file = found->second;
+  if (file.waits && file.error == 0) {
+    if (FlushFile(path)) {
+      file.waits = false;
+    } else {
+      file.error = errno;
+    }
+  }
+  return file.error == 0 ? std::string() : path + ": " + std::strerror(file.error);
 }
 
-std::string FilledFolder::Flush() {
-  for (; Waits() && why_lost_.empty(); waiting_.erase(waiting_.begin())) {
-    if (!FlushFile(*waiting_.begin())) why_lost_ = *waiting_.begin() + ": " + std::strerror(errno);
+std::string FilledFolder::FlushAll() {
+  std::string why;
+  for (const auto& [path, file] : files_) {
+    if (std::string lost = Flush(path); why.empty()) why = std::move(lost);
   }
   for (const std::string& folder : folders_) FlushFolder(folder);
   folders_.clear();
-  return why_lost_;
+  return why;
 }
 
 }  // namespace qelm::embedded::adapter

@@ -1,11 +1,12 @@
 // A folder that a run fills, and what it has written there that is not flushed to the device yet.
 //
-// What lies in such a folder counts for nothing until all of it is there. So its files do not reach the
-// device one by one, each before the next, but together: before the run says that they are complete, and
-// before anything goes that was there when the run began. A file that is made, replaced and replaced again
-// meanwhile is flushed once.
+// What lies in such a folder counts for nothing until all of it is there. So a file that this run put there
+// and replaces is not flushed each time, but in the end, before the run says that all of it is complete.
+// Everything else is as anywhere: a file is on the device before it takes the place of one that was there
+// when the run began, or is moved.
 #pragma once
 
+#include <map>
 #include <memory>
 #include <set>
 #include <string>
@@ -19,25 +20,29 @@ class FilledFolder {
   // `mark` is what keeps other runs out, as long as this lives.
   explicit FilledFolder(std::unique_ptr<Descriptor> mark) : mark_(std::move(mark)) {}
 
-  // Whether a file may be written now and flushed later: what it replaces, if anything, is of this run.
-  bool MayWait(const std::string& path) const;
-  // What was done, when it is done.
-  void Written(const std::string& path);
-  void Moved(const std::string& from, const std::string& to);
-  void Removed(const std::string& path);
+  // Whether this run wrote the file. Such a one may be replaced by one that is flushed later.
+  bool Wrote(const std::string& path) const { return files_.contains(path); }
 
-  // Whether something that was written waits to be flushed.
-  bool Waits() const { return !waiting_.empty(); }
-  // Flushes what waits, and the folders in which names have changed. Returns an empty text, or which file
-  // could not be and why; the same from then on, as a device may say only once that it has lost something.
-  std::string Flush();
+  // What was done, when it is done; a file that `waits` is not flushed.
+  void Written(const std::string& path, bool waits);
+  void Moved(const std::string& from, const std::string& to);
+  void Removed(const std::string& path) { files_.erase(path); }
+
+  // Flushes a file if it waits, or all that do and the folders that they are in. Returns an empty text, or
+  // which file could not be and why. The same from then on, until it is replaced or gone: a device may say
+  // only once that it has lost something.
+  std::string Flush(const std::string& path);
+  std::string FlushAll();
 
  private:
+  struct File {
+    bool waits = false;
+    int error = 0;
+  };
+
   std::unique_ptr<Descriptor> mark_;
-  std::set<std::string> written_;  // by this run, and still there
-  std::set<std::string> waiting_;  // of these
-  std::set<std::string> folders_;
-  std::string why_lost_;
+  std::map<std::string, File> files_;
+  std::set<std::string> folders_;  // of files that waited
 };
 
 }  // namespace qelm::embedded::adapter

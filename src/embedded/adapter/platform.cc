@@ -143,7 +143,7 @@ bool PosixPlatform::ReplaceUnchanged(const std::string& path, std::span<const st
 bool PosixPlatform::Replace(const std::string& path, FileContent content) {
   if (!StaysInside(path, LastPart::kFollowed)) return false;
   FilledFolder* const filled = FilledAround(path);
-  content.flushed_later = filled != nullptr && filled->MayWait(path);
+  content.flushed_later = filled != nullptr && filled->Wrote(path);
   std::string why;
   for (host::WriteListener* listener : listeners_) {
     if (!listener->BeforeWriting(path, content.pieces, &why)) return Fail(std::move(why));
@@ -151,7 +151,7 @@ bool PosixPlatform::Replace(const std::string& path, FileContent content) {
   why = ReplaceBeside(path, content, ignore_locks_);
   for (host::WriteListener* listener : listeners_) listener->AfterWriting(path, why.empty());
   if (!why.empty()) return Fail(std::move(why));
-  if (content.flushed_later) filled->Written(path);
+  if (filled != nullptr) filled->Written(path, content.flushed_later);
   std::string folder = FolderOf(path);
   if (cleared_.insert(folder).second) RemoveAbandoned(folder);
   return true;
@@ -161,9 +161,8 @@ bool PosixPlatform::AppendFile(const std::string& path, std::string_view content
   if (!StaysInside(path, LastPart::kFollowed)) return false;
   if (std::string why = WhyTaken(path); !why.empty()) return Fail(std::move(why));
   FilledFolder* const filled = FilledAround(path);
-  const bool is_of_run = filled != nullptr && filled->MayWait(path);
   Descriptor file(::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666));
-  if (file.Valid() && is_of_run) filled->Written(path);
+  if (file.Valid() && filled != nullptr && filled->Wrote(path)) filled->Written(path, true);
   return (file.Valid() && WriteAll(file.Get(), content) && file.Close()) || Fail(errno);
 }
 
@@ -196,9 +195,11 @@ bool PosixPlatform::MoveFile(const std::string& from, const std::string& to) {
     if (std::string why = WhyProtected(file, ignore_locks_); !why.empty()) return Fail(std::move(why));
   }
   if (std::string why = WhyTaken(to); !why.empty()) return Fail(std::move(why));
-  if (!FlushBefore(to)) return false;
+  FilledFolder* const filled = FilledAround(FilledAround(from) != nullptr ? from : to);
+  if (std::string why = filled != nullptr ? filled->Flush(from) : std::string(); !why.empty())
+    return Fail(std::move(why));
   if (::rename(from.c_str(), to.c_str()) == 0) {
-    if (FilledFolder* const filled = FilledAround(to)) filled->Moved(from, to);
+    if (filled != nullptr) filled->Moved(from, to);
     return true;
   }
   if (errno != EXDEV) return Fail(errno);
@@ -213,7 +214,7 @@ bool PosixPlatform::MoveFile(const std::string& from, const std::string& to) {
 }
 
 bool PosixPlatform::RemoveFile(const std::string& path) {
-  if (!StaysInside(path, LastPart::kItself) || !FlushBefore(path)) return false;
+  if (!StaysInside(path, LastPart::kItself)) return false;
   if (::unlink(path.c_str()) != 0) return Fail(errno);
   if (FilledFolder* const filled = FilledAround(path)) filled->Removed(path);
   return true;
@@ -224,14 +225,6 @@ FilledFolder* PosixPlatform::FilledAround(const std::string& path) {
     if (IsBelow(path, folder)) return filled.get();
   }
   return nullptr;
-}
-
-// Before a file goes that was there before the run, what may stand in for it has to be safe.
-bool PosixPlatform::FlushBefore(const std::string& going) {
-  FilledFolder* const filled = FilledAround(going);
-  if (filled == nullptr || !filled->Waits() || filled->MayWait(going)) return true;
-  std::string why = filled->Flush();
-  return why.empty() || Fail(std::move(why));
 }
 
 std::int64_t PosixPlatform::KeepInside(const std::string& folder) {
@@ -269,14 +262,14 @@ bool PosixPlatform::BeginFilling(const std::string& folder, bool* was_marked) {
     return Fail("another run of QELM is writing there (" + OwnerAndTime(path) + ")");
   }
   if (!mark->Valid()) return Fail(errno);
-  if (::ftruncate(mark->Get(), 0) != 0 || !WriteAll(mark->Get(), kUnfinishedText)) {
+  // Flushed, so that whatever is there after a crash, the mark is.
+  if (::ftruncate(mark->Get(), 0) != 0 || !WriteAll(mark->Get(), kUnfinishedText) ||
+      ::fsync(mark->Get()) != 0) {
     const int error = errno;
     // One that an earlier run left still says what it said.
     if (made) ::unlink(path.c_str());
     return Fail(error);
   }
-  // Whatever is there after a crash, the mark is.
-  ::fsync(mark->Get());
   FlushFolder(folder);
   filled_[ResolvedPath(folder)] = std::make_unique<FilledFolder>(std::move(mark));
   *was_marked = !made;
@@ -304,7 +297,7 @@ bool PosixPlatform::EndFilling(const std::string& folder, bool complete) {
   if (held == filled_.end()) return true;
   const std::unique_ptr<FilledFolder> filled = std::move(held->second);
   filled_.erase(held);
-  if (std::string why = filled->Flush(); !why.empty()) return Fail(std::move(why));
+  if (std::string why = filled->FlushAll(); !why.empty()) return Fail(std::move(why));
   return !complete || RemoveFile(folder + "/" + std::string(host::kUnfinishedName));
 }
 

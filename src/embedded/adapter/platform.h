@@ -86,7 +86,6 @@ class PosixPlatform : public host::Platform {
   std::optional<std::string> ReadOpen(const Descriptor& file, off_t size);
   // The folder that is being filled in which the path lies; null for others.
   FilledFolder* FilledAround(const std::string& path);
-  bool FlushBefore(const std::string& going);
   void ReapPrograms();
 
   bool ignore_locks_ = false;

@@ -23,6 +23,7 @@
 #include "embedded/model/grown_array.h"
 #include "embedded/model/ids.h"
 #include "embedded/model/items.h"
+#include "embedded/model/shared_array.h"
 #include "embedded/model/source_bytes.h"
 
 namespace qelm::embedded::model {
@@ -264,8 +265,8 @@ class Document {
   bool crlf = false;  // the line end of the file's first line
   std::vector<Warning> warnings;
 
-  std::vector<Item> items;
-  std::vector<Element> elements{1};  // [0] is no element
+  SharedArray<Item> items;
+  SharedArray<Element> elements{1};  // [0] is no element
   GrownArray<Attribute> attributes;
   GrownArray<std::string_view> values;
   std::vector<Definition> definitions{1};

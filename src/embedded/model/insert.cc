@@ -66,7 +66,7 @@ Id AddNew(Document* document, ElementKind kind, NewContent content) {
 
 // Puts the element into the tree before `before`, or as the last child.
 void Link(Document* document, Id id, Id parent, Id before) {
-  std::vector<Element>& elements = document->elements;
+  SharedArray<Element>& elements = document->elements;
   Element& element = elements[id];
   element.parent = parent;
   element.next = before;
@@ -88,7 +88,7 @@ void Link(Document* document, Id id, Id parent, Id before) {
 
 // Takes all children out of the tree.
 void Empty(Document* document, Id id) {
-  std::vector<Element>& elements = document->elements;
+  SharedArray<Element>& elements = document->elements;
   for (Id child = elements[id].first_child; child != 0;) {
     Element& gone = elements[child];
     child = gone.next;

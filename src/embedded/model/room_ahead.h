@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
 namespace qelm::embedded::model {
 
@@ -15,11 +14,12 @@ class RoomAhead {
  public:
   // Called before an element is added to an array whose room was reserved before. A small array is left
   // alone.
-  template <typename T>
-  void Need(const std::vector<T>& array) {
+  template <typename Array>
+  void Need(const Array& array) {
     if (array.size() < limit_) return;
-    limit_ = array.size() + kStep / sizeof(T);
-    if (array.capacity() - array.size() < kStep / sizeof(T)) return;
+    constexpr std::size_t kElements = kStep / sizeof(*array.data());
+    limit_ = array.size() + kElements;
+    if (array.capacity() < array.size() + kElements) return;
     BringIn(reinterpret_cast<std::uintptr_t>(array.data() + array.size()), kStep);
   }
 

@@ -129,8 +129,8 @@ void IdKeeper::MatchChildren(Id before, Id after) {
 }
 
 void IdKeeper::MoveElements() {
-  std::vector<Element> elements(limit_);
-  for (Element& element : elements) element.deleted = true;
+  SharedArray<Element> elements(limit_);
+  for (Element& element : elements.All()) element.deleted = true;
   bool in_order = true;
   std::vector<Id> order;
   order.reserve(after_.elements.size());
@@ -148,7 +148,7 @@ void IdKeeper::MoveElements() {
   after_.elements = std::move(elements);
   // Without an order of its own every id counts, also those that are gone.
   if (!in_order || order.size() + 1 != after_.elements.size()) after_.order = std::move(order);
-  for (Item& item : after_.items) {
+  for (Item& item : after_.items.All()) {
     switch (item.kind) {
       case ItemKind::kElementBegin:
       case ItemKind::kElementEnd:

@@ -243,7 +243,7 @@ void Gatherer::AddBlank(std::uint32_t begin, std::uint32_t end) {
 
 void Gatherer::InsertLateBlanks() {
   std::sort(late_.begin(), late_.end(), [](const Blank& a, const Blank& b) { return a.begin < b.begin; });
-  std::vector<Item>& items = document_.items;
+  SharedArray<Item>& items = document_.items;
   std::size_t from = items.size();
   items.resize(from + late_.size());
   // From behind: each item moves once, by as many places as blanks come before it.

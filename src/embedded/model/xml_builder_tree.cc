@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <map>
+#include <span>
 
 #include "embedded/model/room_ahead.h"
 #include "embedded/model/xml_builder.h"
@@ -50,7 +51,8 @@ class TreeMaker {
   }
 
   Document& document_;
-  RoomAhead room_;  // of the elements
+  std::span<Item> items_;  // of the document, which get no more
+  RoomAhead room_;         // of the elements
   const XmlDraft& draft_;
   xml::Encoding encoding_;
   std::vector<Open> open_;
@@ -85,7 +87,8 @@ void TreeMaker::Warn(std::uint32_t offset, const char* text) {
 void TreeMaker::Run() {
   document_.elements.reserve(draft_.tags * 2);
   OpenScope();
-  const auto count = static_cast<std::uint32_t>(document_.items.size());
+  items_ = document_.items.All();
+  const auto count = static_cast<std::uint32_t>(items_.size());
   for (std::uint32_t i = 0; i < count; ++i) Visit(i);
   CloseScope(static_cast<std::uint32_t>(document_.source.size()));
   Flow flow;
@@ -100,7 +103,7 @@ void TreeMaker::Run() {
 }
 
 void TreeMaker::Visit(std::uint32_t index) {
-  Item& item = document_.items[index];
+  Item& item = items_[index];
   if (item.kind == ItemKind::kElementBegin) {
     Begin(index);
     return;
@@ -186,7 +189,7 @@ Id TreeMaker::NewElement(ElementKind kind, std::uint32_t first_item) {
 
 void TreeMaker::Begin(std::uint32_t index) {
   text_ = 0;
-  Item& item = document_.items[index];
+  Item& item = items_[index];
   const Id definition_id = item.ref;
   const bool has_text = (item.flags & kHoldsText) != 0;
   const ElementKind kind = KindOf(definition_id, (item.flags & kHoldsBody) != 0);
@@ -214,13 +217,13 @@ void TreeMaker::BeginPart(std::uint32_t index, Id id) {
   part.kind = element.kind;
   part.element = id;
   part.first_item = index;
-  part.span.begin = document_.items[index].begin;
+  part.span.begin = items_[index].begin;
   const bool is_anchored = part.kind == ElementKind::kTable || part.kind == ElementKind::kFootnote;
   if (is_anchored) {
     part.number = number;
     part.anchor = index - 1;
     element.first_item = index - 1;
-    Item& anchor = document_.items[index - 1];
+    Item& anchor = items_[index - 1];
     anchor.kind = part.kind == ElementKind::kTable ? ItemKind::kTableAnchor : ItemKind::kNoteAnchor;
     anchor.ref = number;
   } else {
@@ -232,8 +235,8 @@ void TreeMaker::BeginPart(std::uint32_t index, Id id) {
     part.conditions = document_.InternConditions(row_conditions_.back());
   }
   document_.parts.push_back(part);
-  document_.items[index].kind = ItemKind::kPartBegin;
-  document_.items[index].ref = number;
+  items_[index].kind = ItemKind::kPartBegin;
+  items_[index].ref = number;
   if (is_anchored || HoldsStory(part.kind)) OpenScope();
 }
 
@@ -241,7 +244,7 @@ void TreeMaker::EndPart(std::uint32_t index) {
   const Id id = open_.back().element;
   const std::uint32_t number = document_.PartOf(document_.elements[id]);
   Part& part = document_.parts[number];
-  Item& item = document_.items[index];
+  Item& item = items_[index];
   item.kind = ItemKind::kPartEnd;
   item.ref = number;
   part.end_item = index + 1;
@@ -257,7 +260,7 @@ void TreeMaker::End(std::uint32_t index) {
   if (HasPart(document_.elements[id].kind)) {
     EndPart(index);
   } else {
-    document_.items[index].ref = id;
+    items_[index].ref = id;
   }
   document_.elements[id].end_item = index + 1;
   open_.pop_back();
@@ -265,7 +268,7 @@ void TreeMaker::End(std::uint32_t index) {
 
 // White space alone: text where the element has text.
 void TreeMaker::BlankText(std::uint32_t index) {
-  Item& item = document_.items[index];
+  Item& item = items_[index];
   item.flags &= static_cast<std::uint8_t>(~kTouched);
   if (!open_.back().has_text) return;
   item.kind = ItemKind::kString;

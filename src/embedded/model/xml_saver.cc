@@ -134,7 +134,7 @@ class Saver {
   }
 
   const Document& document_;
-  const std::vector<Item>& items_;
+  const SharedArray<Item>& items_;
   std::string_view source_;
   xml::Encoding encoding_;
   Pieces out_;
