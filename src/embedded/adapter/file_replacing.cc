@@ -163,7 +163,7 @@ std::string WriteBeside(const std::string& path, const FileContent& content, con
       unchanged() && ::fstat(file.Get(), &made) == 0 &&
       (old != nullptr || ::fchmod(file.Get(), kOwnerOnly) == 0) && WriteAll(file.Get(), content.pieces) &&
       TakeOver(file.Get(), made, old != nullptr ? *old : made) &&
-      (content.flushed_later || ::fsync(file.Get()) == 0) && ::fstat(file.Get(), &complete) == 0 &&
+      (content.flushed_later != nullptr || ::fsync(file.Get()) == 0) && ::fstat(file.Get(), &complete) == 0 &&
       unchanged() && intact() && ::rename(beside.c_str(), path.c_str()) == 0;
   if (!written) {
     const int error = errno;
@@ -173,9 +173,12 @@ std::string WriteBeside(const std::string& path, const FileContent& content, con
   }
   // Once it has its name, others may change it or put theirs in its place.
   if (content.written != nullptr) *content.written = StateText(complete);
-  if (!content.flushed_later) FlushFolder(FolderOf(path));
-  // What is not flushed yet closing may tell of.
-  return !content.flushed_later || file.Close() ? std::string() : Reason(errno);
+  if (content.flushed_later == nullptr) {
+    FlushFolder(FolderOf(path));
+  } else {
+    *content.flushed_later = file.Close() ? 0 : errno;
+  }
+  return {};
 }
 
 // Devices and pipes hold nothing that could be lost, and cannot be renamed over.

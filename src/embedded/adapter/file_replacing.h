@@ -29,7 +29,7 @@ struct FileContent {
   mode_t mode_of_new = 0666;       // of a file that is not there yet, less the process' mask
   std::string expected = {};       // the state that the file has to be in; empty: any
   std::string* written = nullptr;  // takes the state of the new file, when it is in place
-  bool flushed_later = false;      // by the caller
+  int* flushed_later = nullptr;    // by the caller, if not null: takes what closing the file tells of, or 0
 };
 
 // Replaces the file at `path`; symbolic links are followed, where they lead to something. Devices and pipes

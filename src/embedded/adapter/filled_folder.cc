@@ -27,8 +27,8 @@ bool FlushFile(const std::string& path) {
 
 }  // namespace
 
-void FilledFolder::Written(const std::string& path, bool waits) {
-  files_[path] = {.waits = waits};
+void FilledFolder::Written(const std::string& path, bool waits, int error) {
+  files_[path] = {.waits = waits, .error = error};
   if (waits) folders_.insert(FolderOf(path));
 }
 

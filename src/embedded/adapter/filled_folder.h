@@ -23,8 +23,8 @@ class FilledFolder {
   // Whether this run wrote the file. Such a one may be replaced by one that is flushed later.
   bool Wrote(const std::string& path) const { return files_.contains(path); }
 
-  // What was done, when it is done; a file that `waits` is not flushed.
-  void Written(const std::string& path, bool waits);
+  // What was done, when it is done; a file that `waits` is not flushed, and is lost already with an error.
+  void Written(const std::string& path, bool waits, int error = 0);
   void Moved(const std::string& from, const std::string& to);
   void Removed(const std::string& path) { files_.erase(path); }
 

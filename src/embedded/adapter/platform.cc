@@ -143,7 +143,9 @@ bool PosixPlatform::ReplaceUnchanged(const std::string& path, std::span<const st
 bool PosixPlatform::Replace(const std::string& path, FileContent content) {
   if (!StaysInside(path, LastPart::kFollowed)) return false;
   FilledFolder* const filled = FilledAround(path);
-  content.flushed_later = filled != nullptr && filled->Wrote(path);
+  const bool waits = filled != nullptr && filled->Wrote(path);
+  int lost = 0;
+  if (waits) content.flushed_later = &lost;
   std::string why;
   for (host::WriteListener* listener : listeners_) {
     if (!listener->BeforeWriting(path, content.pieces, &why)) return Fail(std::move(why));
@@ -151,7 +153,7 @@ bool PosixPlatform::Replace(const std::string& path, FileContent content) {
   why = ReplaceBeside(path, content, ignore_locks_);
   for (host::WriteListener* listener : listeners_) listener->AfterWriting(path, why.empty());
   if (!why.empty()) return Fail(std::move(why));
-  if (filled != nullptr) filled->Written(path, content.flushed_later);
+  if (filled != nullptr) filled->Written(path, waits, lost);
   std::string folder = FolderOf(path);
   if (cleared_.insert(folder).second) RemoveAbandoned(folder);
   return true;
