@@ -239,11 +239,12 @@ TEST(FillingAFolder, WhatCannotBeFlushedStaysSo) {
   FilledFolder filled(nullptr);
   const std::string gone = folder.File("gone");
   const std::string lost = folder.Write("a", "") + "/is/no/folder";
-  filled.Written(gone, true);
+  filled.Written(gone, true, 0);
   EXPECT_EQ(filled.FlushAll(), "") << "what somebody took away needs none";
-  filled.Written(lost, false);
-  EXPECT_EQ(filled.FlushAll(), "") << "it does not wait";
-  filled.Written(lost, true);
+  filled.Written(lost, false, 0);
+  filled.Appended(lost + "-theirs");
+  EXPECT_EQ(filled.FlushAll(), "") << "they do not wait";
+  filled.Appended(lost);
   EXPECT_NE(filled.Flush(lost), "");
   EXPECT_NE(filled.FlushAll(), "") << "a device may tell of it once";
   filled.Moved(lost, lost + "-before");

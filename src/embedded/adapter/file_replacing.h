@@ -3,10 +3,10 @@
 //
 // The content goes into a file beside (".qelm-NAME.new") that only its owner may read, is flushed to the
 // device (unless the caller does that), takes over owner and permissions of the old file, and is renamed over
-// it. While it is written the
-// file beside is also the lock: its writer holds a lock of the kernel on it, which goes when the process
-// ends, however it ends. Whoever wants to write the same file and finds one that nobody holds removes it and
-// goes on; one that is held he waits for a moment and then gives up, telling whose it is and since when.
+// it. While it is written the file beside is also the lock: its writer holds a lock of the kernel on it,
+// which goes when the process ends, however it ends. Whoever wants to write the same file and finds one that
+// nobody holds removes it and goes on; one that is held he waits for a moment and then gives up, telling
+// whose it is and since when.
 // Where it cannot be told whether one is held, it is in the way as well, unless locks are ignored: then it
 // stays, and another name is taken.
 //

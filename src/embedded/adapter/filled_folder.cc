@@ -32,12 +32,17 @@ void FilledFolder::Written(const std::string& path, bool waits, int error) {
   if (waits) folders_.insert(FolderOf(path));
 }
 
+void FilledFolder::Appended(const std::string& path) {
+  if (const auto file = files_.find(path); file != files_.end()) file->second.waits = true;
+}
+
 void FilledFolder::Moved(const std::string& from, const std::string& to) {
   files_.erase(to);
   if (auto file = files_.extract(from)) {
     file.key() = to;
     files_.insert(std::move(file));
   }
+  folders_.insert(FolderOf(to));
 }
 
 std::string FilledFolder::Flush(const std::string& path) {

@@ -10,6 +10,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <utility>
 
 #include "embedded/adapter/descriptor.h"
 
@@ -23,14 +24,16 @@ class FilledFolder {
   // Whether this run wrote the file. Such a one may be replaced by one that is flushed later.
   bool Wrote(const std::string& path) const { return files_.contains(path); }
 
-  // What was done, when it is done; a file that `waits` is not flushed, and is lost already with an error.
-  void Written(const std::string& path, bool waits, int error = 0);
+  // What was done, when it is done. A file that `waits` is not flushed; with an error it is lost already.
+  // What is added to a file that this run did not write is left alone.
+  void Written(const std::string& path, bool waits, int error);
+  void Appended(const std::string& path);
   void Moved(const std::string& from, const std::string& to);
   void Removed(const std::string& path) { files_.erase(path); }
 
-  // Flushes a file if it waits, or all that do and the folders that they are in. Returns an empty text, or
-  // which file could not be and why. The same from then on, until it is replaced or gone: a device may say
-  // only once that it has lost something.
+  // Flushes a file if it waits, or all that do and the folders in which names have changed. Returns an empty
+  // text, or which file could not be and why. The same from then on, until it is replaced or gone: a device
+  // may say only once that it has lost something.
   std::string Flush(const std::string& path);
   std::string FlushAll();
 
@@ -42,7 +45,7 @@ class FilledFolder {
 
   std::unique_ptr<Descriptor> mark_;
   std::map<std::string, File> files_;
-  std::set<std::string> folders_;  // of files that waited
+  std::set<std::string> folders_;  // in which names have changed
 };
 
 }  // namespace qelm::embedded::adapter

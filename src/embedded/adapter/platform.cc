@@ -164,7 +164,7 @@ bool PosixPlatform::AppendFile(const std::string& path, std::string_view content
   if (std::string why = WhyTaken(path); !why.empty()) return Fail(std::move(why));
   FilledFolder* const filled = FilledAround(path);
   Descriptor file(::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666));
-  if (file.Valid() && filled != nullptr && filled->Wrote(path)) filled->Written(path, true);
+  if (file.Valid() && filled != nullptr) filled->Appended(path);
   return (file.Valid() && WriteAll(file.Get(), content) && file.Close()) || Fail(errno);
 }
 
@@ -197,9 +197,12 @@ bool PosixPlatform::MoveFile(const std::string& from, const std::string& to) {
     if (std::string why = WhyProtected(file, ignore_locks_); !why.empty()) return Fail(std::move(why));
   }
   if (std::string why = WhyTaken(to); !why.empty()) return Fail(std::move(why));
-  FilledFolder* const filled = FilledAround(FilledAround(from) != nullptr ? from : to);
-  if (std::string why = filled != nullptr ? filled->Flush(from) : std::string(); !why.empty())
-    return Fail(std::move(why));
+  FilledFolder* const filled = FilledAround(to);
+  // Before it takes the place of another one, or leaves the folder.
+  if (FilledFolder* const before = FilledAround(from)) {
+    if (std::string why = before->Flush(from); !why.empty()) return Fail(std::move(why));
+    if (before != filled) before->Removed(from);
+  }
   if (::rename(from.c_str(), to.c_str()) == 0) {
     if (filled != nullptr) filled->Moved(from, to);
     return true;
