@@ -1,6 +1,8 @@
 #include "cli/violations.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
 
 #include "cli/file_names.h"
 
@@ -12,10 +14,10 @@ constexpr std::size_t kPathSteps = 100;
 
 // What is wrong, in the order of the rules' numbers.
 constexpr std::string_view kFaults[] = {
-    "this value is not allowed",
-    "the nearest element above with this attribute does not have this value",
-    "no value, although the nearest element above with this attribute has one",
-    "no value, which is not allowed",
+    ": this value is not allowed (rule 1)",
+    ": the nearest element above with this attribute does not have this value (rule 2)",
+    ": no value, although the nearest element above with this attribute has one (rule 3)",
+    ": no value, which is not allowed (rule 4)",
 };
 
 bool IsControl(char c) {
@@ -23,15 +25,26 @@ bool IsControl(char c) {
   return code < 0x20U || code == 0x7FU;
 }
 
-// Hardly a text has any, so this does not stop where it finds one: steps of one length the compiler turns
-// into operations on sixteen bytes.
+// Of eight bytes, whether one is a control character. A subtraction that borrows from the next byte does so
+// where one was found.
+bool HasControl(const char* bytes) {
+  constexpr std::uint64_t kEach = 0x0101010101010101U;
+  const auto has_below = [](std::uint64_t eight, std::uint64_t limit) {
+    return (eight - kEach * limit) & ~eight & (kEach * 0x80U);
+  };
+  std::uint64_t eight = 0;
+  std::memcpy(&eight, bytes, sizeof eight);
+  return (has_below(eight, 0x20) | has_below(eight ^ (kEach * 0x7FU), 1)) != 0;
+}
+
+// Hardly a text has any.
 bool HasControl(std::string_view text) {
-  constexpr std::size_t kStep = 16;
-  unsigned char found = 0;
-  for (; text.size() >= kStep; text.remove_prefix(kStep)) {
-    for (std::size_t i = 0; i < kStep; ++i) found = static_cast<unsigned char>(found | IsControl(text[i]));
+  constexpr std::size_t kStep = sizeof(std::uint64_t);
+  if (text.size() < kStep) return std::any_of(text.begin(), text.end(), IsControl);
+  for (std::size_t at = 0; at + kStep < text.size(); at += kStep) {
+    if (HasControl(text.data() + at)) return true;
   }
-  return found != 0 || std::any_of(text.begin(), text.end(), IsControl);
+  return HasControl(text.data() + text.size() - kStep);
 }
 
 std::size_t IndexOf(std::int32_t rule) { return static_cast<std::size_t>(rule) - 1; }
@@ -76,8 +89,7 @@ void AppendDescription(const FoundViolation& violation, std::string* line) {
     AppendOneLine(violation.value, line);
     *line += '"';
   }
-  line->append(": ").append(kFaults[IndexOf(violation.rule)]);
-  line->append(" (rule ").append(std::to_string(violation.rule)).append(")");
+  line->append(kFaults[IndexOf(violation.rule)]);
 }
 
 std::string Describe(const FoundViolation& violation) {

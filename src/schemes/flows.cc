@@ -32,9 +32,11 @@ bool IsTextNode(host::Host& host, Id document, Id element) {
 
 bool TextNodes::Has(Id definition) {
   if (definition == kNone) return true;
-  const auto [known, is_new] = known_.try_emplace(definition, false);
-  if (is_new) known->second = definitions_.DefinitionName(document_, definition).empty();
-  return known->second;
+  Known& known = known_[definition % known_.size()];
+  if (known.definition != definition) {
+    known = {definition, definitions_.DefinitionName(document_, definition).empty()};
+  }
+  return known.is_text;
 }
 
 std::string ElementTag(host::Host& host, Id document, Id element) {

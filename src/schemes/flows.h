@@ -1,8 +1,8 @@
 // The flows of a document over which a scheme runs, and what elements of them are called.
 #pragma once
 
+#include <array>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "host/interface/host.h"
@@ -24,7 +24,7 @@ FlowRoot MainFlow(host::Host& host, host::Id document);
 // Whether the element is a text node: its definition has no name, or it has no definition.
 bool IsTextNode(host::Host& host, host::Id document, host::Id element);
 
-// The same by definition, for walks: the name of each is asked for once.
+// The same by definition, for walks: the name of each is hardly asked for twice.
 class TextNodes {
  public:
   TextNodes(host::Definitions& definitions, host::Id document)
@@ -34,9 +34,14 @@ class TextNodes {
   bool Has(host::Id definition);
 
  private:
+  struct Known {
+    host::Id definition = host::kNone;
+    bool is_text = false;
+  };
+
   host::Definitions& definitions_;
   host::Id document_;
-  std::unordered_map<host::Id, bool> known_;
+  std::array<Known, 64> known_;  // there are few, and the same ones come again
 };
 
 // The tag of an element; empty for a text node.

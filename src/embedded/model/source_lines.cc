@@ -13,21 +13,24 @@ constexpr std::uint32_t kBlock = 1U << 12U;
 // The memory of what was looked at may go, in stretches of so many bytes.
 constexpr std::uint32_t kStretch = 1U << 23U;
 
-// Most of the bytes are counted in steps of one length, whose sums fit in a byte: those the compiler turns
-// into operations on sixteen bytes.
-std::uint32_t CountLineFeeds(std::string_view bytes) {
-  constexpr std::size_t kStep = 128;
+// Counts in steps of one length, whose sums fit in a byte: those the compiler turns into operations on
+// sixteen bytes. Goes behind what it counted.
+template <std::size_t kStep>
+std::uint32_t CountLineFeeds(std::string_view* bytes) {
   std::uint32_t count = 0;
-  std::size_t at = 0;
-  for (; at + kStep <= bytes.size(); at += kStep) {
-    const char* const step = bytes.data() + at;
+  for (; bytes->size() >= kStep; bytes->remove_prefix(kStep)) {
     std::uint8_t feeds = 0;
     for (std::size_t i = 0; i < kStep; ++i) {
-      if (step[i] == '\n') ++feeds;
+      if (bytes->data()[i] == '\n') ++feeds;
     }
     count += feeds;
   }
-  return count + static_cast<std::uint32_t>(std::count(bytes.data() + at, bytes.data() + bytes.size(), '\n'));
+  return count;
+}
+
+std::uint32_t CountLineFeeds(std::string_view bytes) {
+  const std::uint32_t count = CountLineFeeds<128>(&bytes) + CountLineFeeds<16>(&bytes);
+  return count + static_cast<std::uint32_t>(std::count(bytes.begin(), bytes.end(), '\n'));
 }
 
 }  // namespace
