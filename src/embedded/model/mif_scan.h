@@ -39,7 +39,7 @@ struct RawFlow {
 // What the first pass leaves for the second. In raw items, `ref` of an element or inline object is an index
 // into `elements` (0: it has none), and of an anchor the number that it names.
 struct Scan {
-  std::vector<Item> items;
+  SharedArray<Item> items;
   std::vector<RawElement> elements{1};
   std::vector<RawFlow> flows;
   std::vector<RawRange> part_items{1};                      // by part

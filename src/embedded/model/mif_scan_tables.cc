@@ -7,12 +7,11 @@ using mif::Token;
 
 std::uint32_t MifScanner::OpenPart(ElementKind kind, std::uint32_t parent) {
   const auto index = static_cast<std::uint32_t>(document_.parts.size());
-  Part part;
+  parts_room_.Need(document_.parts);
+  Part& part = document_.parts.emplace_back();
   part.kind = kind;
   part.parent = parent;
   part.span.begin = reader_.begin();
-  parts_room_.Need(document_.parts);
-  document_.parts.push_back(part);
   scan_.part_items.push_back({static_cast<std::uint32_t>(scan_.items.size()), 0});
   scan_.part_elements.push_back(0);
   conditions_ = 0;

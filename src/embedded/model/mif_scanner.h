@@ -74,7 +74,7 @@ class MifScanner {
   std::uint16_t ReadConditionSet();
   void Warn(std::uint32_t offset, std::string text);
   Item& Add(ItemKind kind, std::uint32_t ref) {
-    Item item{};
+    Item& item = scan_.items.emplace_back();
     item.begin = reader_.begin();
     item.end = reader_.end();
     item.ref = ref;
@@ -82,8 +82,7 @@ class MifScanner {
     item.conditions = conditions_;
     item.kind = kind;
     if (!suffixes_.empty()) item.flags |= kGenerated;
-    items_room_.Need(scan_.items);
-    return scan_.items.emplace_back(item);
+    return item;
   }
   void Finish(std::uint32_t item) { scan_.items[item].end = reader_.end(); }
   void OpenElement();
@@ -93,7 +92,6 @@ class MifScanner {
   Document& document_;
   Scan& scan_;
   mif::Reader reader_;
-  RoomAhead items_room_;
   RoomAhead elements_room_;
   RoomAhead parts_room_;
   RoomAhead paragraphs_room_;

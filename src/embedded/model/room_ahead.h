@@ -19,24 +19,22 @@ class RoomAhead {
     constexpr std::size_t kElements = kStep / sizeof(*array.data());
     limit_ = array.size() + kElements;
     if (array.capacity() < array.size() + kElements) return;
-    BringIn(reinterpret_cast<std::uintptr_t>(array.data() + array.size()), kStep);
+    BringIn(array.data() + array.size());
   }
 
- private:
+  // The step: so many bytes, of which those that are whole pages are brought in. Where the system has no such
+  // call, the memory comes as it always does.
   static constexpr std::size_t kStep = std::size_t{1} << 19U;
-
-  // Where the system has no such call, the memory comes as it always does.
-  static void BringIn(std::uintptr_t begin, std::size_t bytes) {
+  static void BringIn([[maybe_unused]] const void* begin) {
 #if defined(MADV_POPULATE_WRITE)
     constexpr std::uintptr_t kPage = 4096;
-    const std::uintptr_t first = (begin + kPage - 1) / kPage * kPage;
-    ::madvise(reinterpret_cast<void*>(first), (begin + bytes) / kPage * kPage - first, MADV_POPULATE_WRITE);
-#else
-    static_cast<void>(begin);
-    static_cast<void>(bytes);
+    const auto at = reinterpret_cast<std::uintptr_t>(begin);
+    const std::uintptr_t first = (at + kPage - 1) / kPage * kPage;
+    ::madvise(reinterpret_cast<void*>(first), (at + kStep) / kPage * kPage - first, MADV_POPULATE_WRITE);
 #endif
   }
 
+ private:
   std::size_t limit_ = 0;  // elements
 };
 

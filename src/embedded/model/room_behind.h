@@ -7,7 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
+#include <span>
 
 namespace qelm::embedded::model {
 
@@ -17,9 +17,9 @@ class RoomBehind {
   void Begin(std::size_t index) { from_ = index; }
   // From where it began to `index` nobody will look again: what is there is lost.
   template <typename T>
-  void Pass(std::vector<T>* array, std::size_t index) {
+  void Pass(std::span<T> array, std::size_t index) {
     if (index < from_ + kStep / sizeof(T)) return;
-    GiveBack(reinterpret_cast<std::uintptr_t>(array->data() + from_), (index - from_) * sizeof(T));
+    GiveBack(reinterpret_cast<std::uintptr_t>(array.data() + from_), (index - from_) * sizeof(T));
     from_ = index;
   }
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "embedded/model/room_ahead.h"
 #include "embedded/model/room_behind.h"
 
 namespace qelm::embedded::model {
@@ -25,13 +24,13 @@ class TreeBuilder {
   void Step();
   void TakePlain(Range* range);
   void Emit(const Item& raw, std::uint32_t block);
-  void EmitElementBegin(Item item);
+  void EmitElementBegin(const Item& item);
   void EmitElementEnd(Item item);
   void EmitPartBegin(Item item);
   void EmitPartEnd(Item item);
   void EmitAnchor(Item item, const std::unordered_map<std::uint32_t, std::uint32_t>& parts);
   void EmitFrame(Item item);
-  void EmitObject(Item item, ElementKind kind);
+  void EmitObject(const Item& item, ElementKind kind);
   void EmitReferenceEnd(Item item);
   void EmitHiddenPlace(Item item);
   Id NewElement(std::uint32_t raw, ElementKind kind);
@@ -46,8 +45,6 @@ class TreeBuilder {
   std::uint32_t Here() const { return static_cast<std::uint32_t>(document_.items.size()); }
 
   Document& document_;
-  RoomAhead room_;  // of the elements
-  RoomAhead items_room_;
   RoomBehind passed_;  // of the raw items
   std::vector<std::uint32_t> open_insets_;
   Scan& scan_;
@@ -175,7 +172,6 @@ void TreeBuilder::BuildFlow(const RawFlow& raw) {
 // Text and the file's layout, which most items are, from the innermost range.
 void TreeBuilder::TakePlain(Range* range) {
   for (; range->at < range->end; ++range->at) {
-    items_room_.Need(document_.items);
     const Item& raw = scan_.items[range->at];
     switch (raw.kind) {
       case ItemKind::kString:
@@ -197,7 +193,7 @@ void TreeBuilder::Step() {
   Range& range = ranges_.back();
   TakePlain(&range);
   const bool in_flow = ranges_.size() == 1;
-  if (in_flow) passed_.Pass(&scan_.items, range.at);
+  if (in_flow) passed_.Pass(scan_.items.All(), range.at);
   if (range.at >= range.end) {
     if (range.block != 0) document_.blocks[range.block].end_item = Here();
     ranges_.pop_back();
@@ -290,11 +286,9 @@ void TreeBuilder::Emit(const Item& raw, std::uint32_t block) {
 void TreeBuilder::AddText(const Item& item) {
   if (text_ == 0 && !open_.empty() && !item.Is(kGenerated)) {
     text_ = static_cast<Id>(document_.elements.size());
-    Element node{};
+    Element& node = document_.elements.emplace_back();
     node.kind = ElementKind::kText;
     node.first_item = Here();
-    room_.Need(document_.elements);
-    document_.elements.push_back(node);
     Attach(text_);
   }
   document_.items.push_back(item);
@@ -307,7 +301,7 @@ Id TreeBuilder::NewElement(std::uint32_t raw, ElementKind kind) {
   EndText();
   const RawElement& from = scan_.elements[raw];
   const auto id = static_cast<Id>(document_.elements.size());
-  Element element{};
+  Element& element = document_.elements.emplace_back();
   element.definition = from.definition;
   element.first_attribute = from.first_attribute;
   element.attribute_count = from.attribute_count;
@@ -315,8 +309,6 @@ Id TreeBuilder::NewElement(std::uint32_t raw, ElementKind kind) {
   element.kind = kind;
   element.first_item = Here();
   element.end_item = Here() + 1;
-  room_.Need(document_.elements);
-  document_.elements.push_back(element);
   Attach(id);
   return id;
 }
@@ -353,10 +345,9 @@ void TreeBuilder::CloseTop() {
   EndText();
 }
 
-void TreeBuilder::EmitElementBegin(Item item) {
+void TreeBuilder::EmitElementBegin(const Item& item) {
   const Id id = NewElement(item.ref, ElementKind::kContainer);
-  item.ref = id;
-  document_.items.push_back(item);
+  document_.items.push_back(item).ref = id;
   Open(id);
 }
 
@@ -373,8 +364,7 @@ void TreeBuilder::EmitElementEnd(Item item) {
     document_.items.push_back(item);
     return;
   }
-  item.ref = open_.back();
-  document_.items.push_back(item);
+  document_.items.push_back(item).ref = open_.back();
   CloseTop();
 }
 
@@ -444,16 +434,15 @@ void TreeBuilder::EmitFrame(Item item) {
   }
 }
 
-void TreeBuilder::EmitObject(Item item, ElementKind kind) {
+void TreeBuilder::EmitObject(const Item& item, ElementKind kind) {
   if (item.ref == 0) {
     AddText(item);
     return;
   }
-  const std::uint32_t raw = item.ref;
-  item.ref = NewElement(raw, kind);
-  document_.items.push_back(item);
+  const Id id = NewElement(item.ref, kind);
+  document_.items.push_back(item).ref = id;
   // A cross-reference has text of its own up to its end.
-  if (kind == ElementKind::kCrossReference) Open(item.ref);
+  if (kind == ElementKind::kCrossReference) Open(id);
 }
 
 void TreeBuilder::EmitReferenceEnd(Item item) {

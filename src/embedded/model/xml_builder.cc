@@ -5,7 +5,6 @@
 #include <unordered_set>
 
 #include "embedded/model/files.h"
-#include "embedded/model/room_ahead.h"
 #include "embedded/model/xml_marks.h"
 #include "embedded/xml/reader.h"
 #include "embedded/xml/write.h"
@@ -75,7 +74,7 @@ class Gatherer : public xml::Handler {
 
   void OnEvent(const Event& event) override;
   void OnEndTag(std::uint32_t begin, std::uint32_t end, std::string_view name) override;
-  void OnPlainText(std::uint32_t begin, std::uint32_t end, std::string_view text) override;
+  void OnPlainText(std::uint32_t begin, std::uint32_t end, std::string_view text, bool is_blank) override;
   bool Restart() override;
   void OnAttributeDeclaration(const xml::AttributeDeclaration& declaration) override;
   void OnElementDeclaration(std::string_view name, bool mixed) override;
@@ -99,7 +98,6 @@ class Gatherer : public xml::Handler {
   };
 
   Item& Add(std::uint32_t begin, std::uint32_t end, ItemKind kind, std::uint32_t ref = 0) {
-    room_.Need(document_.items);
     Item& item = document_.items.emplace_back();
     item.begin = begin;
     item.end = end;
@@ -156,7 +154,6 @@ class Gatherer : public xml::Handler {
   };
 
   Document& document_;
-  RoomAhead room_;  // of the items
   XmlDraft& draft_;
   xml::Encoding encoding_;
   const Before before_;
@@ -208,16 +205,16 @@ void Gatherer::OnEvent(const Event& event) {
 }
 
 void Gatherer::OnEndTag(std::uint32_t begin, std::uint32_t end, std::string_view /*name*/) {
-  Add(begin, end, ItemKind::kElementEnd);
-  blanks_.resize(open_.back().first_blank);
+  blanks_.erase(blanks_.begin() + static_cast<std::ptrdiff_t>(open_.back().first_blank), blanks_.end());
   open_.pop_back();
+  Add(begin, end, ItemKind::kElementEnd);
 }
 
-void Gatherer::OnPlainText(std::uint32_t begin, std::uint32_t end, std::string_view text) {
-  if (IsBlank(text)) {
+void Gatherer::OnPlainText(std::uint32_t begin, std::uint32_t end, std::string_view /*text*/, bool is_blank) {
+  if (is_blank) {
     AddBlank(begin, end);
   } else {
-    HasText();
+    if (!open_.back().has_text) HasText();
     Add(begin, end, ItemKind::kString);
   }
 }

@@ -2,7 +2,6 @@
 #include <map>
 #include <span>
 
-#include "embedded/model/room_ahead.h"
 #include "embedded/model/xml_builder.h"
 #include "embedded/model/xml_marks.h"
 #include "embedded/xml/encoding.h"
@@ -26,6 +25,8 @@ class TreeMaker {
  private:
   struct Open {
     Id element;
+    Id last_child;
+    ElementKind kind;
     bool has_text;
   };
 
@@ -42,23 +43,23 @@ class TreeMaker {
   void Font(Item* item);
   ElementKind KindOf(Id definition, bool has_body) const;
   ElementKind KindOfTable(Id definition, bool has_body, ElementKind parent) const;
-  Id NewElement(ElementKind kind, std::uint32_t first_item);
+  Element& NewElement(ElementKind kind, std::uint32_t first_item);
   void OpenScope();
   void CloseScope(std::uint32_t offset);
+  void TakeState();
   void Warn(std::uint32_t offset, const char* text);
-  ElementKind ParentKind() const {
-    return open_.empty() ? ElementKind::kContainer : document_.elements[open_.back().element].kind;
-  }
+  ElementKind ParentKind() const { return open_.empty() ? ElementKind::kContainer : open_.back().kind; }
 
   Document& document_;
   std::span<Item> items_;  // of the document, which get no more
-  RoomAhead room_;         // of the elements
   const XmlDraft& draft_;
   xml::Encoding encoding_;
   std::vector<Open> open_;
   std::vector<Scope> scopes_;
   std::vector<Id> conditions_;  // running, of all open scopes
   std::vector<std::uint32_t> fonts_;
+  std::uint16_t set_ = 0;  // what is in force of them
+  std::uint32_t font_ = 0;
   // Of the open tables and of the open rows in them: what marks between the cells say.
   std::vector<std::vector<Id>> row_conditions_;
   std::map<std::pair<std::uint32_t, std::string_view>, std::uint32_t> font_index_;
@@ -85,7 +86,8 @@ void TreeMaker::Warn(std::uint32_t offset, const char* text) {
 }
 
 void TreeMaker::Run() {
-  document_.elements.reserve(draft_.tags * 2);
+  // One for each pair of tags, and at most one for any other item.
+  document_.elements.reserve(1 + document_.items.size() - draft_.tags);
   OpenScope();
   items_ = document_.items.All();
   const auto count = static_cast<std::uint32_t>(items_.size());
@@ -130,9 +132,15 @@ void TreeMaker::Visit(std::uint32_t index) {
 
 // The conditions and the font that are in force.
 void TreeMaker::SetState(Item* item) {
+  item->conditions = set_;
+  if (item->kind != ItemKind::kFont) item->font = font_;
+}
+
+// To be called when they may have changed.
+void TreeMaker::TakeState() {
   const Scope& scope = scopes_.back();
-  item->conditions = scope.set;
-  if (item->kind != ItemKind::kFont) item->font = fonts_.size() > scope.fonts ? fonts_.back() : 0;
+  set_ = scope.set;
+  font_ = fonts_.size() > scope.fonts ? fonts_.back() : 0;
 }
 
 // What the element is in a table, by its name or an instruction, where its place is right for it.
@@ -167,24 +175,21 @@ ElementKind TreeMaker::KindOf(Id definition, bool has_body) const {
   return declared;
 }
 
-Id TreeMaker::NewElement(ElementKind kind, std::uint32_t first_item) {
+// Adds one as the last child of the innermost open element. Good until the next one is added.
+Element& TreeMaker::NewElement(ElementKind kind, std::uint32_t first_item) {
   const auto id = static_cast<Id>(document_.elements.size());
-  room_.Need(document_.elements);
   Element& element = document_.elements.emplace_back();
   element.kind = kind;
   element.first_item = first_item;
-  if (!open_.empty()) {
-    element.parent = open_.back().element;
-    Element& parent = document_.elements[element.parent];
-    element.previous = parent.last_child;
-    if (parent.last_child != 0) {
-      document_.elements[parent.last_child].next = id;
-    } else {
-      parent.first_child = id;
-    }
-    parent.last_child = id;
-  }
-  return id;
+  if (open_.empty()) return element;
+  Open& parent = open_.back();
+  element.parent = parent.element;
+  element.previous = parent.last_child;
+  Id& link = parent.last_child != 0 ? document_.elements[parent.last_child].next
+                                    : document_.elements[parent.element].first_child;
+  link = id;
+  parent.last_child = id;
+  return element;
 }
 
 void TreeMaker::Begin(std::uint32_t index) {
@@ -193,8 +198,8 @@ void TreeMaker::Begin(std::uint32_t index) {
   const Id definition_id = item.ref;
   const bool has_text = (item.flags & kHoldsText) != 0;
   const ElementKind kind = KindOf(definition_id, (item.flags & kHoldsBody) != 0);
-  const Id id = NewElement(kind, index);
-  Element& element = document_.elements[id];
+  const auto id = static_cast<Id>(document_.elements.size());
+  Element& element = NewElement(kind, index);
   element.definition = definition_id;
   element.first_attribute = next_attribute_;
   element.attribute_count = item.conditions;
@@ -204,9 +209,11 @@ void TreeMaker::Begin(std::uint32_t index) {
   item.flags = 0;
   SetState(&item);
   Definition& definition = document_.definitions[definition_id];
-  if (definition.kind == ElementKind::kContainer && !draft_.declared_kinds[definition_id])
+  if (definition.kind != kind && definition.kind == ElementKind::kContainer &&
+      !draft_.declared_kinds[definition_id]) {
     definition.kind = kind;
-  open_.push_back({id, has_text});
+  }
+  open_.push_back({id, 0, kind, has_text});
   if (HasPart(kind)) BeginPart(index, id);
 }
 
@@ -256,13 +263,15 @@ void TreeMaker::EndPart(std::uint32_t index) {
 
 void TreeMaker::End(std::uint32_t index) {
   text_ = 0;
-  const Id id = open_.back().element;
-  if (HasPart(document_.elements[id].kind)) {
+  const Open& open = open_.back();
+  if (HasPart(open.kind)) {
     EndPart(index);
   } else {
-    items_[index].ref = id;
+    items_[index].ref = open.element;
   }
-  document_.elements[id].end_item = index + 1;
+  Element& element = document_.elements[open.element];
+  element.last_child = open.last_child;
+  element.end_item = index + 1;
   open_.pop_back();
 }
 
@@ -289,11 +298,18 @@ void TreeMaker::BlankText(std::uint32_t index) {
 
 void TreeMaker::AddText(std::uint32_t index) {
   if (HasNoTextNodes(ParentKind())) return;
-  if (text_ == 0) text_ = NewElement(ElementKind::kText, index);
-  document_.elements[text_].end_item = index + 1;
+  if (text_ != 0) {
+    document_.elements[text_].end_item = index + 1;
+  } else {
+    text_ = static_cast<Id>(document_.elements.size());
+    NewElement(ElementKind::kText, index).end_item = index + 1;
+  }
 }
 
-void TreeMaker::OpenScope() { scopes_.push_back({conditions_.size(), fonts_.size()}); }
+void TreeMaker::OpenScope() {
+  scopes_.push_back({conditions_.size(), fonts_.size()});
+  TakeState();
+}
 
 void TreeMaker::CloseScope(std::uint32_t offset) {
   const Scope& scope = scopes_.back();
@@ -303,6 +319,7 @@ void TreeMaker::CloseScope(std::uint32_t offset) {
   conditions_.resize(scope.conditions);
   fonts_.resize(scope.fonts);
   scopes_.pop_back();
+  if (!scopes_.empty()) TakeState();
 }
 
 void TreeMaker::Condition(Item* item) {
@@ -324,7 +341,8 @@ void TreeMaker::Condition(Item* item) {
   }
   const auto begin = conditions_.begin() + static_cast<std::ptrdiff_t>(scope.conditions);
   scope.set = document_.InternConditions(std::vector<Id>(begin, conditions_.end()));
-  item->conditions = scope.set;
+  TakeState();
+  item->conditions = set_;
 }
 
 // Between the parts of a table a condition can only be a row's: its own marks stand in it, before and after
@@ -364,7 +382,8 @@ void TreeMaker::Font(Item* item) {
     }
     fonts_.push_back(found->second);
   }
-  item->font = fonts_.size() > scope.fonts ? fonts_.back() : 0;
+  TakeState();
+  item->font = font_;
 }
 
 }  // namespace

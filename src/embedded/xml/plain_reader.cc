@@ -46,8 +46,9 @@ bool Has(char c, std::uint8_t byte_class) {
 constexpr std::size_t kMostAttributes = 32;
 
 // The first byte of text that is more than itself: markup, a reference, a control character that is no tab or
-// line feed, part of a character beyond ASCII, or `]`, which may begin what text must not have.
-const char* TextMark(const char* at, const char* end) {
+// line feed, part of a character beyond ASCII, or `]`, which may begin what text must not have. What is
+// neither blank, tab nor line feed before it makes `is_blank` false.
+inline const char* TextMark(const char* at, const char* end, bool* is_blank) {
 #if defined(__SSE2__)
   constexpr std::ptrdiff_t kStep = sizeof(__m128i);
   for (; end - at >= kStep; at += kStep) {
@@ -57,13 +58,18 @@ const char* TextMark(const char* at, const char* end) {
     const __m128i control = _mm_cmplt_epi8(bytes, _mm_set1_epi8(0x20));  // and all beyond ASCII
     const __m128i layout = _mm_or_si128(is('\n'), is('\t'));
     const __m128i marks = _mm_or_si128(_mm_or_si128(is('<'), is('&')), is(']'));
-    const int found = _mm_movemask_epi8(_mm_or_si128(_mm_andnot_si128(layout, control), marks));
-    if (found != 0) return at + std::countr_zero(static_cast<unsigned>(found));
+    const auto bits = [](__m128i of) { return static_cast<unsigned>(_mm_movemask_epi8(of)); };
+    const unsigned found = bits(_mm_or_si128(_mm_andnot_si128(layout, control), marks));
+    const unsigned visible = bits(_mm_cmpgt_epi8(bytes, _mm_set1_epi8(0x20)));
+    // Below the lowest bit that is found, or all of them.
+    if ((visible & (found - 1) & ~found) != 0) *is_blank = false;
+    if (found != 0) return at + std::countr_zero(found);
   }
 #endif
   for (; at < end; ++at) {
     const auto c = static_cast<unsigned char>(*at);
     if (c >= 0x80 || c == '<' || c == '&' || c == ']' || (c < 0x20 && c != '\n' && c != '\t')) break;
+    if (c > 0x20) *is_blank = false;
   }
   return at;
 }
@@ -88,7 +94,8 @@ const char* CharacterEnd(const char* at, const char* end) {
 bool AreCharacters(std::string_view text) {
   const char* at = text.data();
   const char* const end = at + text.size();
-  while ((at = TextMark(at, end)) != end) {
+  bool is_blank = true;
+  while ((at = TextMark(at, end, &is_blank)) != end) {
     const auto c = static_cast<unsigned char>(*at);
     if (c < 0x20 && c != '\r') return false;
     at = c >= 0x80 ? CharacterEnd(at, end) : at + 1;
@@ -218,15 +225,19 @@ class Pass {
     return ((there ^ wanted) << (8 * (kStep - name.size()))) == 0;
   }
   void SkipSpace() {
-    while (at_ < end_ && Has(*at_, kSpace)) ++at_;
+    const char* at = at_;
+    while (at < end_ && Has(*at, kSpace)) ++at;
+    at_ = at;
   }
   std::string_view Name() {
     const char* const first = at_;
-    if (at_ < end_ && Has(*at_, kNameStart)) {
-      do ++at_;
-      while (at_ < end_ && Has(*at_, kNamePart));
+    const char* at = first;
+    if (at < end_ && Has(*at, kNameStart)) {
+      do ++at;
+      while (at < end_ && Has(*at, kNamePart));
     }
-    return {first, static_cast<std::size_t>(at_ - first)};
+    at_ = at;
+    return {first, static_cast<std::size_t>(at - first)};
   }
   std::uint32_t Place(const char* at) const { return static_cast<std::uint32_t>(at - begin_); }
   // The event of the bytes from `first` up to here.
@@ -351,12 +362,14 @@ bool Pass<kTells, kChecks>::Text() {
   const char* const first = at_;
   const char* copied = nullptr;  // what is in the buffer ends here
   bool referenced = false;
+  bool is_blank = true;
   const auto copy = [&] {
     if (copied == nullptr) buffer_.clear();
     const char* const from = copied == nullptr ? first : copied;
     if (kTells) buffer_.append(from, at_);
   };
-  while ((at_ = TextMark(at_, end_)) != end_ && *at_ != '<') {
+  while ((at_ = TextMark(at_, end_, &is_blank)) != end_ && *at_ != '<') {
+    is_blank = false;
     if (*at_ == ']') {
       if (StartsWith("]]>")) return false;
       ++at_;
@@ -378,7 +391,8 @@ bool Pass<kTells, kChecks>::Text() {
   }
   if constexpr (kTells) {
     if (copied == nullptr) {
-      handler_.OnPlainText(Place(first), Place(at_), {first, static_cast<std::size_t>(at_ - first)});
+      handler_.OnPlainText(Place(first), Place(at_), {first, static_cast<std::size_t>(at_ - first)},
+                           is_blank);
       return true;
     }
     Event event = From(first, EventKind::kText);
@@ -452,7 +466,9 @@ bool Pass<kTells, kChecks>::Value(Attribute* attribute) {
     text->append(copied, at_);
   };
   for (;;) {
-    while (at_ < end_ && Has(*at_, kInValue)) ++at_;
+    const char* at = at_;
+    while (at < end_ && Has(*at, kInValue)) ++at;
+    at_ = at;
     if (at_ == end_ || *at_ == '<') return false;
     if (*at_ == quote) break;
     const auto c = static_cast<unsigned char>(*at_);

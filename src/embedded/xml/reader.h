@@ -73,7 +73,7 @@ class Handler {
   virtual ~Handler() = default;
   virtual void OnEvent(const Event& /*event*/) {}
   // The two events that come most often, for handlers that need no more of them. The text is the source's own
-  // bytes, without references.
+  // bytes, without references; `is_blank`: nothing but blanks, tabs and line feeds.
   virtual void OnEndTag(std::uint32_t begin, std::uint32_t end, std::string_view name) {
     Event event;
     event.kind = EventKind::kEndTag;
@@ -82,7 +82,7 @@ class Handler {
     event.name = name;
     OnEvent(event);
   }
-  virtual void OnPlainText(std::uint32_t begin, std::uint32_t end, std::string_view text) {
+  virtual void OnPlainText(std::uint32_t begin, std::uint32_t end, std::string_view text, bool /*is_blank*/) {
     Event event;
     event.begin = begin;
     event.end = end;
