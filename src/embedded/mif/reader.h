@@ -16,6 +16,7 @@
 // The reader copies nothing; the bytes must outlive it. It never recurses.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -26,6 +27,7 @@
 namespace qelm::embedded::mif {
 
 enum class Piece : std::uint8_t { kLeaf, kGroup, kGroupEnd };
+constexpr std::size_t kPieceCount = 3;
 
 // Where and why reading stopped. `message` is null while all is well.
 struct ReadError {
@@ -38,7 +40,7 @@ struct ReadError {
 
 class Reader {
  public:
-  explicit Reader(std::string_view bytes) : bytes_(bytes) {}
+  explicit Reader(std::string_view bytes);
 
   // Goes to the next piece. False at the end of the bytes and at damage; error() tells which.
   bool Next() { return NextPlain() || NextOfAnyForm(); }
@@ -100,6 +102,7 @@ class Reader {
 
   // What has the plain form (reader_plain.cc). False, and nothing changes, for all else.
   bool NextPlain();
+  std::size_t PlainName(const char* at, std::size_t before, Token* token);
   bool NextOfAnyForm();
   bool SkipBlank();
   bool SkipString();
@@ -132,6 +135,15 @@ class Reader {
   std::uint32_t group_begin_ = 0;
   bool passes_ = false;
   std::vector<Open> open_;
+  // By the piece before, where the bytes are so many that it is worth it: the name that came last behind such
+  // a one, which in most places is the one that comes.
+  struct Expected {
+    std::array<char, 16> name{};  // with the blank behind it
+    unsigned bits = ~0U;  // one for each byte that counts; more than there are bytes before a name came
+    Token token = Token::kUnknown;
+    std::uint8_t size = 0;
+  };
+  std::vector<Expected> expected_;
   std::vector<Macro> macros_;
   ReadError error_;
   ReadError suspicion_;  // a top-level statement seen inside a group, kept in case the file does not balance

@@ -77,10 +77,36 @@ const char* PassBlanks(const char* at) {
 
 }  // namespace
 
+// The token of the name here, and its size; 0 where it is not in plain form or has rules of its own.
+inline std::size_t Reader::PlainName(const char* at, std::size_t before, Token* token) {
+  if (!expected_.empty()) {
+    const Expected& expected = expected_[before];
+    const unsigned same = Bits(_mm_cmpeq_epi8(Load(at), Load(expected.name.data())));
+    *token = expected.token;
+    if ((same & expected.bits) == expected.bits) return expected.size;
+  }
+  const auto size = static_cast<std::size_t>(CountLetters(at));
+  if (at[size] != ' ' || size == 0) return 0;
+  *token = FindToken({at, size});
+  if (*token == Token::kComment) return 0;
+  if (!expected_.empty() && size < sizeof expected_[before].name) {
+    Expected& expected = expected_[before];
+    std::memcpy(expected.name.data(), at, sizeof expected.name);
+    expected.bits = (2U << size) - 1;
+    expected.token = *token;
+    expected.size = static_cast<std::uint8_t>(size);
+  }
+  return size;
+}
+
 bool Reader::NextPlain() {
   const char* const data = bytes_.data();
   const char* const end = data + bytes_.size();
   const char* at = data + at_;
+  const auto place_of = [](Token token, Piece kind) {
+    return static_cast<std::size_t>(token) * kPieceCount + static_cast<std::size_t>(kind);
+  };
+  std::size_t before = place_of(token_, kind_);
   for (;;) {
     if (end - at < kRoom || (at = PassBlanks(at)) == nullptr) return false;
     const auto begin = static_cast<std::uint32_t>(at - data);
@@ -90,12 +116,10 @@ bool Reader::NextPlain() {
     }
     if (*at != '<') return false;
     const char* const name = ++at;
-    const int length = CountLetters(at);
-    at += length;
-    if (*at != ' ' || length == 0) return false;
-    const Token token = FindToken({name, static_cast<std::size_t>(length)});
-    if (token == Token::kComment) return false;  // it has rules of its own
-    ++at;
+    Token token = Token::kUnknown;
+    const std::size_t length = PlainName(name, before, &token);
+    if (length == 0) return false;
+    at += length + 1;
     bool is_group = false;
     const char* data_begin = at;
     const char* data_end = nullptr;
@@ -118,11 +142,12 @@ bool Reader::NextPlain() {
     if (passes_ && !is_group && (token == Token::kUnknown || token == Token::kUnique)) {
       at = data_end + 1;
       at_ = static_cast<std::size_t>(at - data);
+      before = place_of(token, Piece::kLeaf);
       continue;
     }
     begin_ = begin;
     token_ = token;
-    name_ = {name, static_cast<std::size_t>(length)};
+    name_ = {name, length};
     if (is_group) {
       kind_ = Piece::kGroup;
       at_ = static_cast<std::size_t>(data_begin - data);

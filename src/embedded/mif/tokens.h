@@ -56,6 +56,9 @@ enum class Token : std::uint16_t {
   QELM_MIF_TOKENS(QELM_MIF_TOKEN)
 #undef QELM_MIF_TOKEN
 };
+#define QELM_MIF_TOKEN(name) +1
+constexpr std::size_t kTokenCount = 1 QELM_MIF_TOKENS(QELM_MIF_TOKEN);
+#undef QELM_MIF_TOKEN
 
 // The token of a statement name, compared exactly as MIF does; kUnknown for any other name.
 Token FindToken(std::string_view name);
