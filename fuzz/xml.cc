@@ -22,6 +22,10 @@ class Record : public qelm::embedded::xml::Handler {
       text_.append(attribute.name).append(attribute.value);
     }
   }
+  void OnPlainText(std::uint32_t begin, std::uint32_t end, std::string_view text, bool is_blank) override {
+    if (is_blank != (text.find_first_not_of(" \t\n") == std::string_view::npos)) std::abort();
+    Handler::OnPlainText(begin, end, text, is_blank);
+  }
   void OnAttributeDeclaration(const AttributeDeclaration& declaration) override {
     text_.append(declaration.element)
         .append(" ")

@@ -27,7 +27,7 @@ bool IsControl(char c) {
 
 // Of eight bytes, whether one is a control character. A subtraction that borrows from the next byte does so
 // where one was found.
-bool HasControl(const char* bytes) {
+bool EightHaveControl(const char* bytes) {
   constexpr std::uint64_t kEach = 0x0101010101010101U;
   const auto has_below = [](std::uint64_t eight, std::uint64_t limit) {
     return (eight - kEach * limit) & ~eight & (kEach * 0x80U);
@@ -42,9 +42,9 @@ bool HasControl(std::string_view text) {
   constexpr std::size_t kStep = sizeof(std::uint64_t);
   if (text.size() < kStep) return std::any_of(text.begin(), text.end(), IsControl);
   for (std::size_t at = 0; at + kStep < text.size(); at += kStep) {
-    if (HasControl(text.data() + at)) return true;
+    if (EightHaveControl(text.data() + at)) return true;
   }
-  return HasControl(text.data() + text.size() - kStep);
+  return EightHaveControl(text.data() + text.size() - kStep);
 }
 
 std::size_t IndexOf(std::int32_t rule) { return static_cast<std::size_t>(rule) - 1; }

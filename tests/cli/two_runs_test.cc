@@ -113,13 +113,14 @@ Names Filter(const std::string& source, const std::string& scheme, const std::st
 // The mark is flushed first; what is moved into place before it is moved, as an earlier copy gives way to it;
 // and all of it, after its last change, before the mark goes.
 TEST_F(TwoRuns, ACopyIsOnTheDeviceBeforeItCounts) {
-  const Names command =
-      Filter(folder().File("source/book.mif"), "Audience/Admin", "--output-folder", folder().File("out"));
+  const Names command = Filter(folder().File("source/book.mif"), "Audience/Admin", "--output-folder",
+                               folder().File("made/out"));
   for (int again = 0; again < 2; ++again) {
     const Names done = Operations(command);
     const auto is = [&](const std::string& operation, const std::string& name) {
-      return
-          [line = operation + " " + folder().File("out/" + name)](const std::string& d) { return d == line; };
+      return [line = operation + " " + folder().File("made/out/" + name)](const std::string& d) {
+        return d == line;
+      };
     };
     const auto last = [&](const std::string& operation, const std::string& name) {
       return std::find_if(done.rbegin(), done.rend(), is(operation, name));
@@ -133,6 +134,8 @@ TEST_F(TwoRuns, ACopyIsOnTheDeviceBeforeItCounts) {
       ASSERT_NE(last("rename", name), done.rend()) << name;
       EXPECT_TRUE(complete < last("fsync", name) && last("fsync", name) < last("rename", name)) << name;
     }
+    const auto named = std::find(done.begin(), done.end(), "fsync " + folder().File("made"));
+    EXPECT_TRUE(named != done.end() || again == 1) << "where the folder was made";
     const auto placed = first("rename", ".qelm-made-book.mif.txt");
     EXPECT_LT(first("fsync", "QELM-unfinished.txt"), first("fsync", ".qelm-copy-1/.qelm-0.new"));
     for (const char* name : {".qelm-0.new", ".qelm-1.new", ".qelm-2.new", ".qelm-3.new"}) {

@@ -31,9 +31,9 @@ class FilledFolder {
   void Moved(const std::string& from, const std::string& to);
   void Removed(const std::string& path) { files_.erase(path); }
 
-  // Flushes a file if it waits, or all that do and the folders in which names have changed. Returns an empty
-  // text, or which file could not be and why. The same from then on, until it is replaced or gone: a device
-  // may say only once that it has lost something.
+  // Flushes a file if it waits, or all that do and the folders with names that wait. Returns an empty text,
+  // or which file could not be and why. The same from then on, until it is replaced or gone: a device may say
+  // only once that it has lost something.
   std::string Flush(const std::string& path);
   std::string FlushAll();
 
@@ -45,7 +45,7 @@ class FilledFolder {
 
   std::unique_ptr<Descriptor> mark_;
   std::map<std::string, File> files_;
-  std::set<std::string> folders_;  // in which names have changed
+  std::set<std::string> folders_;  // into which names came that are not flushed
 };
 
 }  // namespace qelm::embedded::adapter

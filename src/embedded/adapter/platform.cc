@@ -198,12 +198,13 @@ bool PosixPlatform::MoveFile(const std::string& from, const std::string& to) {
   }
   if (std::string why = WhyTaken(to); !why.empty()) return Fail(std::move(why));
   FilledFolder* const filled = FilledAround(to);
+  FilledFolder* const before = FilledAround(from);
   // Before it takes the place of another one, or leaves the folder.
-  if (FilledFolder* const before = FilledAround(from)) {
+  if (before != nullptr) {
     if (std::string why = before->Flush(from); !why.empty()) return Fail(std::move(why));
-    if (before != filled) before->Removed(from);
   }
   if (::rename(from.c_str(), to.c_str()) == 0) {
+    if (before != nullptr && before != filled) before->Removed(from);
     if (filled != nullptr) filled->Moved(from, to);
     return true;
   }
@@ -215,7 +216,9 @@ bool PosixPlatform::MoveFile(const std::string& from, const std::string& to) {
   const std::string_view whole = bytes;
   if (!StaysInside(to, LastPart::kFollowed)) return false;
   std::string why = ReplaceBeside(to, {.pieces = std::span(&whole, 1), .mode_of_new = mode}, ignore_locks_);
-  return why.empty() ? RemoveFile(from) : Fail(std::move(why));
+  if (!why.empty()) return Fail(std::move(why));
+  if (filled != nullptr) filled->Written(to, false, 0);
+  return RemoveFile(from);
 }
 
 bool PosixPlatform::RemoveFile(const std::string& path) {
@@ -310,7 +313,10 @@ bool PosixPlatform::MakeFolder(const std::string& path) {
   if (!StaysInside(path, LastPart::kFollowed)) return false;
   for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
     const std::string part = path.substr(0, end);
-    if (!part.empty() && ::mkdir(part.c_str(), 0777) != 0 && errno != EEXIST) return Fail(errno);
+    const bool made = !part.empty() && ::mkdir(part.c_str(), 0777) == 0;
+    if (!part.empty() && !made && errno != EEXIST) return Fail(errno);
+    // What is on the device in a folder counts for nothing as long as the folder's name is not.
+    if (made) FlushFolder(FolderOf(part));
     if (end == std::string::npos) break;
   }
   return FolderExists(path) || Fail(ENOTDIR);

@@ -32,11 +32,6 @@ bool StartsAt(std::string_view bytes, std::size_t at, std::string_view word) {
 
 }  // namespace
 
-Reader::Reader(std::string_view bytes) : bytes_(bytes) {
-  constexpr std::size_t kLarge = std::size_t{1} << 16U;
-  if (bytes.size() >= kLarge) expected_.resize(kTokenCount * kPieceCount);
-}
-
 // Where a statement that only stands at the top level was seen inside a group, a bracket went missing before
 // it, and that is the place to name, wherever reading then came to grief.
 bool Reader::Fail(const char* message, std::uint32_t offset) {

@@ -40,7 +40,7 @@ struct ReadError {
 
 class Reader {
  public:
-  explicit Reader(std::string_view bytes);
+  explicit Reader(std::string_view bytes) : bytes_(bytes) {}
 
   // Goes to the next piece. False at the end of the bytes and at damage; error() tells which.
   bool Next() { return NextPlain() || NextOfAnyForm(); }
@@ -103,6 +103,7 @@ class Reader {
   // What has the plain form (reader_plain.cc). False, and nothing changes, for all else.
   bool NextPlain();
   std::size_t PlainName(const char* at, std::size_t before, Token* token);
+  void Expect(std::string_view name, std::size_t before, Token token);
   bool NextOfAnyForm();
   bool SkipBlank();
   bool SkipString();
@@ -135,11 +136,13 @@ class Reader {
   std::uint32_t group_begin_ = 0;
   bool passes_ = false;
   std::vector<Open> open_;
-  // By the piece before, where the bytes are so many that it is worth it: the name that came last behind such
-  // a one, which in most places is the one that comes.
+  // By the piece before, once so much was read that it is worth it: the name that came last behind such a
+  // one, which in most places is the one that comes.
   struct Expected {
     std::array<char, 16> name{};  // with the blank behind it
-    unsigned bits = ~0U;  // one for each byte that counts; more than there are bytes before a name came
+    // One for each byte that must be the same; before a name came also such beyond the sixteen, so that
+    // nothing fits.
+    unsigned bits = ~0U;
     Token token = Token::kUnknown;
     std::uint8_t size = 0;
   };

@@ -78,7 +78,7 @@ const char* PassBlanks(const char* at) {
 }  // namespace
 
 // The token of the name here, and its size; 0 where it is not in plain form or has rules of its own.
-inline std::size_t Reader::PlainName(const char* at, std::size_t before, Token* token) {
+std::size_t Reader::PlainName(const char* at, std::size_t before, Token* token) {
   if (!expected_.empty()) {
     const Expected& expected = expected_[before];
     const unsigned same = Bits(_mm_cmpeq_epi8(Load(at), Load(expected.name.data())));
@@ -89,14 +89,21 @@ inline std::size_t Reader::PlainName(const char* at, std::size_t before, Token* 
   if (at[size] != ' ' || size == 0) return 0;
   *token = FindToken({at, size});
   if (*token == Token::kComment) return 0;
-  if (!expected_.empty() && size < sizeof expected_[before].name) {
-    Expected& expected = expected_[before];
-    std::memcpy(expected.name.data(), at, sizeof expected.name);
-    expected.bits = (2U << size) - 1;
-    expected.token = *token;
-    expected.size = static_cast<std::uint8_t>(size);
-  }
+  Expect({at, size}, before, *token);
   return size;
+}
+
+// There are bytes enough behind the name, and the first of them is a blank.
+void Reader::Expect(std::string_view name, std::size_t before, Token token) {
+  constexpr std::size_t kFar = std::size_t{1} << 16U;
+  constexpr std::size_t kSize = sizeof Expected::name;
+  if (at_ < kFar || name.size() >= kSize) return;
+  if (expected_.empty()) expected_.resize(kTokenCount * kPieceCount);
+  Expected& expected = expected_[before];
+  std::memcpy(expected.name.data(), name.data(), kSize);
+  expected.bits = (2U << name.size()) - 1;
+  expected.token = token;
+  expected.size = static_cast<std::uint8_t>(name.size());
 }
 
 bool Reader::NextPlain() {

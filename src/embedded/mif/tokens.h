@@ -3,6 +3,7 @@
 // form.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 

@@ -188,8 +188,7 @@ void BookReader::ReadElements() {
 
 Id BookReader::BeginElement(std::uint32_t* component) {
   const auto id = static_cast<Id>(tree_.elements.size());
-  tree_.elements.emplace_back();
-  Element& element = tree_.elements.back();
+  Element& element = tree_.elements.emplace_back();
   element.source = reader_.begin();
   element.first_item = static_cast<std::uint32_t>(tree_.items.size());
   *component = kNoIndex;

@@ -2,10 +2,7 @@
 // page, when each is touched first, the same memory costs a quarter more.
 #pragma once
 
-#include <sys/mman.h>
-
 #include <cstddef>
-#include <cstdint>
 
 namespace qelm::embedded::model {
 
@@ -25,14 +22,7 @@ class RoomAhead {
   // The step: so many bytes, of which those that are whole pages are brought in. Where the system has no such
   // call, the memory comes as it always does.
   static constexpr std::size_t kStep = std::size_t{1} << 19U;
-  static void BringIn([[maybe_unused]] const void* begin) {
-#if defined(MADV_POPULATE_WRITE)
-    constexpr std::uintptr_t kPage = 4096;
-    const auto at = reinterpret_cast<std::uintptr_t>(begin);
-    const std::uintptr_t first = (at + kPage - 1) / kPage * kPage;
-    ::madvise(reinterpret_cast<void*>(first), (at + kStep) / kPage * kPage - first, MADV_POPULATE_WRITE);
-#endif
-  }
+  static void BringIn(const void* begin);
 
  private:
   std::size_t limit_ = 0;  // elements

@@ -57,8 +57,7 @@ class SharedArray {
     return {data_, size_};
   }
   void reserve(std::size_t capacity) {
-    Detach();
-    if (capacity > capacity_) Move(capacity);
+    if (shares_ || capacity > capacity_) Move(std::max(capacity, size_));
   }
   void resize(std::size_t size) {
     reserve(size);

@@ -29,7 +29,8 @@ std::uint32_t CountLineFeeds(std::string_view* bytes) {
 }
 
 std::uint32_t CountLineFeeds(std::string_view bytes) {
-  const std::uint32_t count = CountLineFeeds<128>(&bytes) + CountLineFeeds<16>(&bytes);
+  std::uint32_t count = CountLineFeeds<128>(&bytes);
+  count += CountLineFeeds<16>(&bytes);
   return count + static_cast<std::uint32_t>(std::count(bytes.begin(), bytes.end(), '\n'));
 }
 

@@ -214,7 +214,7 @@ void Gatherer::OnPlainText(std::uint32_t begin, std::uint32_t end, std::string_v
   if (is_blank) {
     AddBlank(begin, end);
   } else {
-    if (!open_.back().has_text) HasText();
+    HasText();
     Add(begin, end, ItemKind::kString);
   }
 }

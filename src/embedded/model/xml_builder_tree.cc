@@ -86,7 +86,7 @@ void TreeMaker::Warn(std::uint32_t offset, const char* text) {
 }
 
 void TreeMaker::Run() {
-  // One for each pair of tags, and at most one for any other item.
+  // Behind the first, which is none: one for each pair of tags, and at most one for any other item.
   document_.elements.reserve(1 + document_.items.size() - draft_.tags);
   OpenScope();
   items_ = document_.items.All();
