@@ -36,6 +36,11 @@ __m128i Is(__m128i bytes, char c) { return _mm_cmpeq_epi8(bytes, _mm_set1_epi8(c
 int CountBefore(unsigned marked) { return std::countr_zero(marked | (1U << kStep)); }
 unsigned Bits(__m128i bytes) { return static_cast<unsigned>(_mm_movemask_epi8(bytes)); }
 
+// Whether the first kStep bytes are the same, those of them that count.
+bool StartsLike(const char* at, const char* like, unsigned bits) {
+  return (Bits(_mm_cmpeq_epi8(Load(at), Load(like))) & bits) == bits;
+}
+
 // Spaces and line ends, up to kStep of them.
 int CountBlanks(const char* at) {
   const __m128i bytes = Load(at);
@@ -79,12 +84,6 @@ const char* PassBlanks(const char* at) {
 
 // The token of the name here, and its size; 0 where it is not in plain form or has rules of its own.
 std::size_t Reader::PlainName(const char* at, std::size_t before, Token* token) {
-  if (!expected_.empty()) {
-    const Expected& expected = expected_[before];
-    const unsigned same = Bits(_mm_cmpeq_epi8(Load(at), Load(expected.name.data())));
-    *token = expected.token;
-    if ((same & expected.bits) == expected.bits) return expected.size;
-  }
   const auto size = static_cast<std::size_t>(CountLetters(at));
   if (at[size] != ' ' || size == 0) return 0;
   *token = FindToken({at, size});
@@ -124,8 +123,14 @@ bool Reader::NextPlain() {
     if (*at != '<') return false;
     const char* const name = ++at;
     Token token = Token::kUnknown;
-    const std::size_t length = PlainName(name, before, &token);
-    if (length == 0) return false;
+    std::size_t length = 0;
+    const Expected* const expected = expected_.empty() ? nullptr : &expected_[before];
+    if (expected != nullptr && StartsLike(name, expected->name.data(), expected->bits)) {
+      token = expected->token;
+      length = expected->size;
+    } else if ((length = PlainName(name, before, &token)) == 0) {
+      return false;
+    }
     at += length + 1;
     bool is_group = false;
     const char* data_begin = at;
